@@ -1,0 +1,120 @@
+#include "ky/image.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace {
+
+constexpr std::align_val_t kAlignment{64};
+
+std::int64_t RowBytes(int width, int bitsPerPixel) noexcept {
+  return (std::int64_t{width} * bitsPerPixel + 7) / 8;
+}
+
+// Zeroed memory for the rows and the spare row; no pixels when it cannot be had.
+KyPixelBuffer Allocate(int width, int height, int bitsPerPixel) noexcept {
+  if (width < 0 || height < 0) return {};
+  const std::int64_t pitch =
+      (std::max<std::int64_t>(RowBytes(width, bitsPerPixel), 1) + 63) / 64 * 64;
+  if (pitch > INT_MAX) return {};
+  const std::int64_t bytes = pitch * (std::int64_t{height} + 1);
+  if (bytes > PTRDIFF_MAX / 2) return {};
+  void* const memory = ::operator new(static_cast<std::size_t>(bytes), kAlignment, std::nothrow);
+  if (memory == nullptr) return {};
+  std::memset(memory, 0, static_cast<std::size_t>(bytes));
+  return {static_cast<KyBW8*>(memory), memory, static_cast<int>(pitch), width, height};
+}
+
+void Free(const KyPixelBuffer& buffer) noexcept {
+  ::operator delete(buffer.allocation, kAlignment);
+}
+
+}  // namespace
+
+template <class T>
+KyImage<T>::KyImage() noexcept {
+  this->buffer_ = &own_;
+}
+
+template <class T>
+KyImage<T>::KyImage(int width, int height) noexcept : KyImage() {
+  KyImage::SetSize(width, height);
+}
+
+template <class T>
+KyImage<T>::KyImage(KyImage&& other) noexcept : KyImage() {
+  *this = std::move(other);
+}
+
+template <class T>
+KyImage<T>& KyImage<T>::operator=(KyImage&& other) noexcept {
+  if (this == &other) return *this;
+  Free(own_);
+  own_ = std::exchange(other.own_, {});
+  this->TakePlace(other);
+  return *this;
+}
+
+template <class T>
+KyImage<T>::~KyImage() {
+  Free(own_);
+}
+
+template <class T>
+void KyImage<T>::SetSize(int width, int height) noexcept {
+  KyOk();
+  if (width == 0 && height == 0) return Adopt({});
+  const KyPixelBuffer buffer = Allocate(width, height, this->bitsPerPixel_);
+  if (buffer.pixels == nullptr) return KySetError(KY_ERROR_NOT_ENOUGH_MEMORY);
+  Adopt(buffer);
+}
+
+template <class T>
+void KyImage<T>::SetSize(const KyGenericROI* roi) noexcept {
+  if (roi != nullptr) return SetSize(roi->GetWidth(), roi->GetHeight());
+  KyOk();
+  KySetError(KY_ERROR_NO_IMAGE);
+}
+
+template <class T>
+KY_ERRORS KyImage<T>::Attach(Memory* pixels, int width, int height, int pitch) noexcept {
+  KyOk();
+  constexpr int kAligned = alignof(Memory);
+  KY_ERRORS error = KY_OK;
+  if (pixels == nullptr || reinterpret_cast<std::uintptr_t>(pixels) % kAligned != 0)
+    error = KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+  else if (width < 0)
+    error = KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+  else if (height < 0)
+    error = KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+  else if (pitch < RowBytes(width, this->bitsPerPixel_) || pitch % kAligned != 0)
+    error = KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
+  if (error != KY_OK) {
+    KySetError(error);
+    return KyTraceError("KyImage::Attach");
+  }
+  Adopt({reinterpret_cast<KyBW8*>(pixels), nullptr, pitch, width, height});
+  return KY_OK;
+}
+
+// Replaces the buffer, and makes the image cover the new one.
+template <class T>
+void KyImage<T>::Adopt(const KyPixelBuffer& buffer) noexcept {
+  Free(own_);
+  own_ = buffer;
+  this->SetPlacement(0, 0, buffer.width, buffer.height);
+}
+
+template class KyImage<KyBW1>;
+template class KyImage<KyBW8>;
+template class KyImage<KyBW16>;
+template class KyImage<KyBW32>;
+template class KyImage<KyC24>;
+template class KyImage<KyC15>;
+template class KyImage<KyC16>;
+template class KyImage<KyC24A>;
+template class KyImage<KyComplex64>;

@@ -1,0 +1,34 @@
+# How everything here is compiled.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE AND PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+find_program(KY_CCACHE ccache)
+if(KY_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${KY_CCACHE})
+endif()
+
+find_package(hwy 1.0 REQUIRED)
+
+# Shared by the libraries, their tests and their benchmarks: the set of targets that Highway compiles
+# decides what its headers define. The scalar target is the plain path, so it must always be among them.
+# AVX-512 stays out until a machine that has it runs the tests.
+add_library(ky_build_options INTERFACE)
+target_compile_definitions(ky_build_options INTERFACE
+  HWY_COMPILE_ALL_ATTAINABLE "HWY_DISABLED_TARGETS=(HWY_AVX3|HWY_AVX3_DL)")
+# No contraction: a fused a * b + c differs from one processor to another.
+target_compile_options(ky_build_options INTERFACE
+  -ffp-contract=off -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion
+  $<$<BOOL:${KY_WERROR}>:-Werror>)
+if(KY_SANITIZE)
+  target_compile_options(ky_build_options INTERFACE
+    -fsanitize=${KY_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(ky_build_options INTERFACE -fsanitize=${KY_SANITIZE})
+endif()

@@ -1,0 +1,129 @@
+// Per-pixel operations: one result from the elements at the same place in each source.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+
+#include "foundation/rows.h"
+
+namespace ky {
+
+// The row kernel of a per-pixel operation: n results from n elements of each source. `out` may be
+// one of the sources, and holds the destination's old elements on entry.
+template <class Out, class... In>
+using MapKernel = void (*)(Out* out, std::size_t n, const In*... in);
+
+// What an operation reads. Each source is opened against the destination before anything is
+// written; false means no memory. `Span(y, x, n)` is where elements x.. x + n - 1 of row y stand. A
+// source that has to make them does so in pieces of kPiece elements; spans start at multiples of
+// it.
+inline constexpr std::ptrdiff_t kWholeRow = PTRDIFF_MAX;
+inline constexpr std::ptrdiff_t kPiece =
+    6144;  // of whole colour pixels, and small beside a first cache
+
+// The pixels of an ROI.
+template <class T>
+class FromRows {
+ public:
+  using Element = T;
+  static constexpr std::ptrdiff_t kLongest = kWholeRow;
+
+  FromRows(Rows<const T> rows) noexcept : source_(rows) {}
+  FromRows(Rows<T> rows) noexcept : source_(rows) {}
+  template <class Out>
+  bool Open(const Rows<Out>& destination) noexcept {
+    return input_.Open(source_, destination);
+  }
+  bool Joined() const noexcept { return input_.rows().Joined(); }
+  const T* Span(std::ptrdiff_t y, std::ptrdiff_t x, std::ptrdiff_t) const noexcept {
+    return input_.rows().Row(y) + x;
+  }
+
+ private:
+  Rows<const T> source_;
+  Input<T> input_;
+};
+template <class T>
+FromRows(Rows<T>) -> FromRows<std::remove_const_t<T>>;
+
+// A constant: the same few elements over and over, such as the three components of a colour.
+template <class T, int kPeriod = 1>
+class FromConstant {
+ public:
+  using Element = T;
+  static constexpr std::ptrdiff_t kLongest = kPiece / std::ptrdiff_t{sizeof(T)};
+  static_assert(kLongest % kPeriod == 0);
+
+  explicit FromConstant(const T (&period)[kPeriod]) noexcept {
+    for (int i = 0; i < kPeriod; ++i) pattern_[i] = period[i];
+  }
+  template <class Out>
+  bool Open(const Rows<Out>& destination) noexcept {
+    const std::ptrdiff_t all = destination.width * destination.height;
+    const std::ptrdiff_t filled =
+        std::min<std::ptrdiff_t>(kLongest, std::max<std::ptrdiff_t>(all, kPeriod));
+    for (std::ptrdiff_t i = kPeriod; i < filled; ++i) pattern_[i] = pattern_[i - kPeriod];
+    return true;
+  }
+  bool Joined() const noexcept { return true; }
+  const T* Span(std::ptrdiff_t, std::ptrdiff_t, std::ptrdiff_t) const noexcept { return pattern_; }
+
+ private:
+  alignas(64) T pattern_[kLongest];
+};
+
+// Grey pixels in the place of colours: each level three times. The destination is rows of
+// components.
+class FromGreyAsColor {
+ public:
+  using Element = KyBW8;
+  static constexpr std::ptrdiff_t kLongest = kPiece;
+
+  FromGreyAsColor(Rows<const KyBW8> rows, MapKernel<KyC24, KyBW8> triple) noexcept
+      : source_(rows), triple_(triple) {}
+  template <class Out>
+  bool Open(const Rows<Out>& destination) noexcept {
+    return source_.Open(destination);
+  }
+  bool Joined() const noexcept { return source_.Joined(); }
+  const KyBW8* Span(std::ptrdiff_t y, std::ptrdiff_t x, std::ptrdiff_t n) noexcept {
+    triple_(reinterpret_cast<KyC24*>(tripled_), static_cast<std::size_t>(n / 3),
+            source_.Span(y, x / 3, n / 3));
+    return tripled_;
+  }
+
+ private:
+  FromRows<KyBW8> source_;
+  MapKernel<KyC24, KyBW8> triple_;
+  alignas(64) KyBW8 tripled_[kLongest];
+};
+
+// destination(x, y) = kernel(source(x, y)...). Rows that lie without gaps everywhere are one long
+// row. 1303 when a source that overlaps the destination cannot be copied.
+template <class Out, class... Source>
+KY_ERRORS MapRows(MapKernel<Out, typename std::remove_reference_t<Source>::Element...> kernel,
+                  Rows<Out> destination, Source&&... source) noexcept {
+  if (!(source.Open(destination) && ...)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  if (destination.Joined() && (source.Joined() && ...)) destination = destination.AsOneRow();
+  constexpr std::ptrdiff_t kLongest =
+      std::min({kWholeRow, std::remove_reference_t<Source>::kLongest...});
+  for (std::ptrdiff_t y = 0; y < destination.height; ++y) {
+    for (std::ptrdiff_t x = 0; x < destination.width;) {
+      const std::ptrdiff_t n = std::min(kLongest, destination.width - x);
+      kernel(destination.Row(y) + x, static_cast<std::size_t>(n), source.Span(y, x, n)...);
+      x += n;
+    }
+  }
+  return KY_OK;
+}
+
+// destination(x, y) = source(x, y).
+template <class T, class Source>
+KY_ERRORS CopyRows(Rows<T> destination, Source&& source) noexcept {
+  const MapKernel<T, T> copy = [](T* out, std::size_t n, const T* in) {
+    std::memmove(out, in, n * sizeof(T));
+  };
+  return MapRows(copy, destination, source);
+}
+
+}  // namespace ky

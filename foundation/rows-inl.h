@@ -1,0 +1,165 @@
+// The vector loops that row kernels share, and every operation that crosses lanes. Compiled once
+// per instruction set: included by the row files after foreach_target.h, in the way of Highway's
+// own headers.
+//
+// A formula is a functor over vectors, `template <class D, class V> V operator()(D d, V a, V b)
+// const`, with `using Lane = ...`, the lane type that it works in. The same text serves every
+// instruction set, the tail of a row, and, on the one-lane scalar target, the plain path.
+#if defined(KY_FOUNDATION_ROWS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_FOUNDATION_ROWS_INL_H_
+#undef KY_FOUNDATION_ROWS_INL_H_
+#else
+#define KY_FOUNDATION_ROWS_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "ky/pixels.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Elements in memory to lanes of D, which may be wider, and back.
+template <class D, class T>
+HWY_INLINE hn::Vec<D> Load(D d, const T* from) {
+  if constexpr (sizeof(T) == sizeof(hn::TFromD<D>)) {
+    return hn::LoadU(d, from);
+  } else {
+    return hn::PromoteTo(d, hn::LoadU(hn::Rebind<T, D>(), from));
+  }
+}
+template <class D, class T>
+HWY_INLINE void Store(D d, hn::Vec<D> v, T* to) {
+  hn::StoreU(v, d, to);
+}
+
+// The first n elements alone; lanes without an element are 0. No byte behind them is touched.
+template <class D, class T>
+HWY_INLINE hn::Vec<D> LoadPart(D d, const T* from, size_t n) {
+  HWY_ALIGN T part[hn::MaxLanes(D())] = {};
+  std::memcpy(part, from, n * sizeof(T));
+  return Load(d, part);
+}
+template <class D, class T>
+HWY_INLINE void StorePart(D d, hn::Vec<D> v, T* to, size_t n) {
+  HWY_ALIGN T part[hn::MaxLanes(D())];
+  Store(d, v, part);
+  std::memcpy(to, part, n * sizeof(T));
+}
+
+// An operation that keeps some of the destination's elements says so with
+// `static constexpr bool kKeeps = true`, and is given them before the sources.
+template <class Op>
+concept Keeping = Op::kKeeps;
+
+// out[i] = op(in[i]...) for n elements: the loop of every per-pixel kernel.
+template <class Op, class Out, class... In>
+HWY_INLINE void MapSpan(const Op& op, Out* out, size_t n, const In*... in) {
+  const hn::ScalableTag<typename Op::Lane> d;
+  const size_t lanes = hn::Lanes(d);
+  size_t i = 0;
+  for (; i + lanes <= n; i += lanes) {
+    if constexpr (Keeping<Op>)
+      Store(d, op(d, Load(d, out + i), Load(d, in + i)...), out + i);
+    else
+      Store(d, op(d, Load(d, in + i)...), out + i);
+  }
+  const size_t rest = n - i;
+  if (rest == 0) return;
+  if constexpr (Keeping<Op>)
+    StorePart(d, op(d, LoadPart(d, out + i, rest), LoadPart(d, in + i, rest)...), out + i, rest);
+  else
+    StorePart(d, op(d, LoadPart(d, in + i, rest)...), out + i, rest);
+}
+
+// Runs `f(d16, v...)` on 8-bit lanes widened to 16 bits, without crossing lanes: first the even,
+// then the odd ones. The results must be at most 255.
+template <class D, class F, class... V>
+HWY_INLINE hn::Vec<D> OnWide(D d, const F& f, V... v) {
+#if HWY_TARGET == HWY_SCALAR
+  const hn::Rebind<uint16_t, D> d16;
+  const hn::Rebind<int16_t, D> signed16;
+  return hn::DemoteTo(d, hn::BitCast(signed16, f(d16, hn::PromoteTo(d16, v)...)));
+#else
+  const hn::Repartition<uint16_t, D> d16;
+  const auto low = hn::Set(d16, 0xFF);
+  const auto even = f(d16, hn::And(hn::BitCast(d16, v), low)...);
+  const auto odd = f(d16, hn::ShiftRight<8>(hn::BitCast(d16, v))...);
+  return hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd)));
+#endif
+}
+
+// Runs `f(df, v...)` on 8- or 16-bit lanes converted to single precision, and truncates the
+// results, which must be 0 or more and fit the lanes.
+template <class D, class F, class... V>
+HWY_INLINE hn::Vec<D> InFloat(D d, const F& f, V... v) {
+#if HWY_TARGET == HWY_SCALAR
+  const hn::Rebind<int32_t, D> d32;
+  const hn::Rebind<float, D> df;
+  return hn::DemoteTo(d, hn::ConvertTo(d32, f(df, hn::ConvertTo(df, hn::PromoteTo(d32, v))...)));
+#else
+  constexpr int kBits = 8 * sizeof(hn::TFromD<D>);
+  const hn::Repartition<uint32_t, D> d32;
+  const hn::Repartition<int32_t, D> signed32;
+  const hn::Repartition<float, D> df;
+  const auto low = hn::Set(d32, (1u << kBits) - 1);
+  const auto part = [&](int shift) HWY_ATTR {
+    const auto in = [&](auto wide) HWY_ATTR {
+      return hn::ConvertTo(df,
+                           hn::BitCast(signed32, hn::And(hn::ShiftRightSame(wide, shift), low)));
+    };
+    const auto result = hn::ConvertTo(signed32, f(df, in(hn::BitCast(d32, v))...));
+    return hn::ShiftLeftSame(hn::BitCast(d32, result), shift);
+  };
+  auto all = hn::Or(part(0), part(kBits));
+  if constexpr (kBits == 8) all = hn::Or(all, hn::Or(part(16), part(24)));
+  return hn::BitCast(d, all);
+#endif
+}
+
+// Three bytes a pixel: op(d, c0, c1, c2 of every source...) changes the planes of the first source
+// into those of the result.
+template <class Op, class... In>
+HWY_INLINE void MapColorSpan(const Op& op, KyC24* out, size_t n, const In*... in) {
+  const hn::ScalableTag<uint8_t> d;
+  using V = hn::Vec<decltype(d)>;
+  const size_t lanes = hn::Lanes(d);
+  struct Planes {
+    V c0, c1, c2;
+  };
+  const auto load = [&](const KyC24* from) HWY_ATTR {
+    Planes p;
+    hn::LoadInterleaved3(d, reinterpret_cast<const uint8_t*>(from), p.c0, p.c1, p.c2);
+    return p;
+  };
+  const auto store = [&](const Planes& p, KyC24* to) HWY_ATTR {
+    hn::StoreInterleaved3(p.c0, p.c1, p.c2, d, reinterpret_cast<uint8_t*>(to));
+  };
+  size_t i = 0;
+  for (; i + lanes <= n; i += lanes) store(op(d, load(in + i)...), out + i);
+  const size_t rest = n - i;
+  if (rest == 0) return;
+  const auto loadPart = [&](const KyC24* from) HWY_ATTR {
+    KyC24 part[hn::MaxLanes(d)];
+    std::memset(part, 0, sizeof part);
+    std::memcpy(part, from, rest * sizeof(KyC24));
+    return load(part);
+  };
+  KyC24 part[hn::MaxLanes(d)];
+  store(op(d, loadPart(in + i)...), part);
+  std::memcpy(out + i, part, rest * sizeof(KyC24));
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#endif  // per-target include guard

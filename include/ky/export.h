@@ -1,0 +1,4 @@
+// The visibility macro of everything public; all else in the libraries is hidden.
+#pragma once
+
+#define KY_API __attribute__((visibility("default")))

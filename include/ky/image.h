@@ -1,0 +1,61 @@
+// Images: ROIs that own their pixels, or wrap somebody else's.
+#pragma once
+
+#include <cstddef>
+
+#include "ky/roi.h"
+
+/// Where an image's pixels lie. `allocation` is null for foreign memory, which has no spare row.
+struct KY_API KyPixelBuffer {
+  KyBW8* pixels = nullptr;
+  void* allocation = nullptr;
+  int pitch = 0, width = 0, height = 0;
+};
+
+/// An image is an ROI that covers a buffer of its own. Rows start at 64-byte boundaries; one spare
+/// row lies below the last and belongs to the image. Images move; ROIs on a moved image lose their
+/// pixels.
+template <class T>
+class KY_API KyImage : public KyROI<T> {
+ public:
+  using Memory = typename KyPixelTraits<T>::Memory;
+
+  /// An image without pixels.
+  KyImage() noexcept;
+  /// An image of `width` x `height` pixels, all zero. See SetSize for its errors.
+  KyImage(int width, int height) noexcept;
+  KyImage(KyImage&& other) noexcept;
+  KyImage& operator=(KyImage&& other) noexcept;
+  ~KyImage() override;
+
+  /// Gives the image `width` x `height` pixels, all zero; (0, 0) releases them. Clears the status
+  /// first. A size that is negative or cannot be had: 1303, and the image stays as it was.
+  void SetSize(int width, int height) noexcept override;
+  /// Gives the image the size of `roi`; 1400 for null.
+  void SetSize(const KyGenericROI* roi) noexcept;
+
+  /// Wraps foreign memory, such as a camera's frame: rows of `width` pixels, `pitch` bytes apart.
+  /// Nothing is copied, and the memory is not freed; it must outlive its use. Errors, by position:
+  /// 1011 for null or misaligned pixels, 1012 and 1013 for a negative size, 1014 for a pitch that
+  /// is shorter than a row or does not keep the pixels aligned. The image stays as it was then.
+  KY_ERRORS Attach(Memory* pixels, int width, int height, int pitch) noexcept;
+
+ private:
+  void Adopt(const KyPixelBuffer& buffer) noexcept;
+
+  KyPixelBuffer own_;
+  void* reserved_[3] = {};  // room for later fields: the size is part of a file format
+};
+
+// The objects of images are written to files of vectors of images.
+static_assert(sizeof(KyImage<KyBW8>) == 120 && sizeof(KyImage<KyC24>) == 120);
+
+extern template class KyImage<KyBW1>;
+extern template class KyImage<KyBW8>;
+extern template class KyImage<KyBW16>;
+extern template class KyImage<KyBW32>;
+extern template class KyImage<KyC24>;
+extern template class KyImage<KyC15>;
+extern template class KyImage<KyC16>;
+extern template class KyImage<KyC24A>;
+extern template class KyImage<KyComplex64>;

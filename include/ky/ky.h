@@ -1,0 +1,13 @@
+// The whole library.
+#pragma once
+
+#include "ky/angle.h"
+#include "ky/color.h"
+#include "ky/image.h"
+#include "ky/operators.h"
+#include "ky/pixels.h"
+#include "ky/processor.h"
+#include "ky/roi.h"
+#include "ky/status.h"
+#include "ky/vector.h"
+#include "ky/version.h"

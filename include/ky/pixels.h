@@ -1,0 +1,67 @@
+// The pixel types of images and regions of interest.
+#pragma once
+
+#include <cstdint>
+
+#include "ky/export.h"
+
+/// Grey levels of 8, 16 and 32 bits.
+using KyBW8 = std::uint8_t;
+using KyBW16 = std::uint16_t;
+using KyBW32 = std::uint32_t;
+
+/// One bit a pixel: a tag only. Eight pixels share a byte, the leftmost in its most significant
+/// bit.
+struct KY_API KyBW1 {};
+
+/// A colour of three 8-bit components, stored one after the other in this order. The library gives
+/// no meaning to the components; its examples use red, green, blue.
+struct KY_API KyC24 {
+  KyBW8 c0, c1, c2;
+
+  KyC24() = default;
+  constexpr KyC24(KyBW8 first, KyBW8 second, KyBW8 third) noexcept
+      : c0(first), c1(second), c2(third) {}
+  constexpr bool operator==(const KyC24&) const noexcept = default;
+};
+
+/// Packed colours. Bits 0..4 hold component 0; KyC15 has 5 bits for each of the other two, KyC16
+/// has 6 bits for component 1 and 5 for component 2.
+struct KY_API KyC15 {
+  std::uint16_t bits;
+  constexpr bool operator==(const KyC15&) const noexcept = default;
+};
+struct KY_API KyC16 {
+  std::uint16_t bits;
+  constexpr bool operator==(const KyC16&) const noexcept = default;
+};
+
+/// A colour with an alpha component.
+struct KY_API KyC24A {
+  KyBW8 c0, c1, c2, a;
+  constexpr bool operator==(const KyC24A&) const noexcept = default;
+};
+
+/// A complex number.
+struct KY_API KyComplex64 {
+  float re, im;
+  constexpr bool operator==(const KyComplex64&) const noexcept = default;
+};
+
+/// What a pixel type is in memory: `Memory`, the type that its buffer consists of; `Value`, what
+/// one pixel is read and written as; `kBits`, the bits of one pixel.
+template <class T>
+struct KY_API KyPixelTraits {
+  using Memory = T;
+  using Value = T;
+  static constexpr int kBits = 8 * static_cast<int>(sizeof(T));
+};
+template <>
+struct KY_API KyPixelTraits<KyBW1> {
+  using Memory = KyBW8;
+  using Value = bool;
+  static constexpr int kBits = 1;
+};
+
+static_assert(sizeof(KyC24) == 3 && sizeof(KyC15) == 2 && sizeof(KyC16) == 2);
+static_assert(sizeof(KyC24A) == 4 && sizeof(KyComplex64) == 8);

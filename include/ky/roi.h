@@ -1,0 +1,138 @@
+// Regions of interest: rectangles of an image's pixels.
+#pragma once
+
+#include <cstdint>
+
+#include "ky/export.h"
+#include "ky/pixels.h"
+#include "ky/status.h"
+
+/// A run of pixels of a mask: its first position and its length in pixels.
+struct KY_API KyMaskRun {
+  int offset;
+  int length;
+};
+
+struct KY_API KyPixelBuffer;
+
+/// The part of every ROI and image that does not depend on the pixel type.
+///
+/// An ROI is a rectangle on a parent, which is an image or another ROI. It stores the parent and
+/// its place there and finds its pixels through the parent at each call: it stays right when the
+/// parent is resized or moved about, and the parent must outlive it. A rectangle that does not lie
+/// wholly inside its parent's pixels has no pixels: addresses are null and every function answers
+/// 1400. `const` protects the rectangle, not the pixels.
+class KY_API KyGenericROI {
+ public:
+  KyGenericROI(const KyGenericROI&) = delete;
+  KyGenericROI& operator=(const KyGenericROI&) = delete;
+  virtual ~KyGenericROI();
+
+  /// Width and height in pixels.
+  int GetWidth() const noexcept { return width_; }
+  int GetHeight() const noexcept { return height_; }
+
+  /// Bytes of one pixel; 0 for one-bit pixels, which share a byte.
+  virtual int GetPixelSize() const noexcept;
+
+  /// Sets the status when `other` has another size: 1400 when either has no pixels, else 1403.
+  /// Leaves it alone otherwise.
+  virtual void CheckSameSize(const KyGenericROI* other) const noexcept;
+
+  /// Resizes the rectangle; an image reallocates its pixels (see KyImage). Negative sizes have no
+  /// pixels.
+  virtual void SetSize(int width, int height) noexcept;
+
+  /// The address of pixel (x, y), counted from the ROI's own origin. x = width gives the address
+  /// just past a row, (0, height) the one just past the last row. Null outside 0..width x 0..height
+  /// and when there are no pixels. For one-bit pixels: the byte that holds the pixel.
+  virtual void* GetPixelPtr(int x, int y) const noexcept;
+
+  /// Bytes from the start of one row to the start of the next; 0 without pixels.
+  virtual int GetPitch() const noexcept;
+
+  /// Sets the status to 1400 when the ROI has no pixels. Leaves it alone otherwise.
+  virtual void CheckImage() const noexcept;
+
+  /// Bytes from the address just past a row to the first pixel of the next: pitch less the row's
+  /// bytes.
+  virtual int GetRowGap() const noexcept;
+
+  /// The address of position (x, y), counted from the ROI's origin, where the position may lie
+  /// outside the ROI: null unless it is a pixel of the root image or of the spare row below it.
+  void* GetRootPixelPtr(int x, int y) const noexcept;
+
+  /// Where (x, y) begins inside its byte, 0 being the most significant bit; 0 for pixels of whole
+  /// bytes.
+  int GetBitOffset(int x, int y) const noexcept;
+
+  /// Gives the ROI a mask: a list of runs of pixels that some functions (see histograms) confine
+  /// themselves to. Offsets count pixels from the ROI's first one, a row further being one pitch
+  /// (row * pitch / pixel size + column), or are `absolute`: counted likewise from the first pixel
+  /// of the root image. Runs may come in any order; what lies outside the ROI counts for nothing.
+  /// The list is copied. Errors: 1011 for a null list of more than 0 runs, 1303.
+  KY_ERRORS SetMask(const KyMaskRun* runs, unsigned count, bool absolute) noexcept;
+  /// Takes the mask away. Does not touch the status.
+  void ClearMask() noexcept;
+  /// The runs of the mask; null when the ROI has none.
+  const KyMaskRun* GetMaskOffsets() const noexcept { return mask_; }
+  unsigned GetMaskCount() const noexcept { return maskCount_; }
+  bool IsMaskAbsolute() const noexcept { return maskAbsolute_; }
+
+ protected:
+  explicit KyGenericROI(int bitsPerPixel) noexcept : bitsPerPixel_(bitsPerPixel) {}
+  KyGenericROI(int bitsPerPixel, KyGenericROI* parent, int x, int y, int width,
+               int height) noexcept;
+  void TakePlace(KyGenericROI& other) noexcept;
+
+  KyGenericROI* parent_ = nullptr;
+  const KyPixelBuffer* buffer_ = nullptr;  // an image's own; null in a plain ROI
+  int x_ = 0, y_ = 0, width_ = 0, height_ = 0;
+  int bitsPerPixel_;
+
+ private:
+  struct Location;
+  bool Locate(Location& location) const noexcept;
+  bool LiesIn(int width, int height) const noexcept;
+
+  bool maskAbsolute_ = false;
+  unsigned maskCount_ = 0;
+  KyMaskRun* mask_ = nullptr;
+};
+
+/// A rectangle of pixels of type T on a parent of the same type. T is any pixel type of pixels.h.
+template <class T>
+class KY_API KyROI : public KyGenericROI {
+ public:
+  using Value = typename KyPixelTraits<T>::Value;
+
+  /// An ROI of 0 x 0 pixels without a parent: it has no pixels.
+  KyROI() noexcept;
+  /// A rectangle of `width` x `height` pixels, whose first pixel is (x, y) of the parent.
+  KyROI(KyROI<T>* parent, int x, int y, int width, int height) noexcept;
+
+  /// Moves and resizes the rectangle on its parent.
+  void SetPlacement(int x, int y, int width, int height) noexcept;
+  int GetX() const noexcept { return x_; }
+  int GetY() const noexcept { return y_; }
+  /// The parent; null for an image.
+  KyROI<T>* GetParent() const noexcept { return static_cast<KyROI<T>*>(parent_); }
+
+  /// Reads or writes one pixel. Outside the ROI: 1011 for x, 1012 for y; without pixels: 1400. A
+  /// read that fails gives 0, a write that fails does nothing; neither clears the status.
+  Value GetPixel(int x, int y) const noexcept;
+  void SetPixel(Value value, int x, int y) noexcept;
+
+ private:
+  KyBW8* Address(int x, int y) const noexcept;
+};
+
+extern template class KyROI<KyBW1>;
+extern template class KyROI<KyBW8>;
+extern template class KyROI<KyBW16>;
+extern template class KyROI<KyBW32>;
+extern template class KyROI<KyC24>;
+extern template class KyROI<KyC15>;
+extern template class KyROI<KyC16>;
+extern template class KyROI<KyC24A>;
+extern template class KyROI<KyComplex64>;

@@ -1,0 +1,314 @@
+#include "ky/operators.h"
+
+#include <atomic>
+#include <initializer_list>
+
+#include "foundation/frame.h"
+#include "foundation/map.h"
+#include "point/operators_rows.h"
+
+namespace {
+
+using ky::Call;
+using ky::ChooseOperatorKernels;
+using ky::ComponentRowsOf;
+using ky::FromConstant;
+using ky::FromGreyAsColor;
+using ky::FromRows;
+using ky::MapRows;
+using ky::Ready;
+using ky::RowsOf;
+using ky::ShiftOperand;
+using Operation = ARITH_LOGIC_OPERATIONS;
+
+// The operations that an overload accepts. Compared as unsigned, a negative one lies above the
+// list.
+class Operations {
+ public:
+  static constexpr Operations Only(std::initializer_list<int> members) { return {0, members}; }
+  static constexpr Operations AllBut(std::initializer_list<int> others, bool open = true) {
+    return {open ? ~0ull : (1ull << (KY_OPER_ABS_DIFFERENCE + 1)) - 1, others};
+  }
+  constexpr bool Accept(Operation operation) const {
+    const unsigned bit = static_cast<unsigned>(operation);
+    return (bits_ >> (bit < 63 ? bit : 63) & 1) != 0;
+  }
+
+ private:
+  constexpr Operations(unsigned long long start, std::initializer_list<int> flipped)
+      : bits_(start) {
+    for (const int operation : flipped) bits_ ^= 1ull << operation;
+  }
+  unsigned long long bits_;
+};
+
+constexpr Operations kFill = Operations::Only({0});
+constexpr Operations kUnary = Operations::Only({0, 1});
+constexpr Operations kUnaryOrOverlay = Operations::Only({0, 1, 34});
+constexpr Operations kConstantAndImage = Operations::AllBut({7, 8, 16, 17, 18, 21, 22});
+constexpr Operations kImageAndConstant = Operations::AllBut({16, 17, 18});
+constexpr Operations kColorImageAndConstant = Operations::AllBut({16, 17, 18}, false);
+constexpr Operations kTwoImages = Operations::AllBut({7, 8});
+constexpr Operations kOverlay = Operations::Only({34});
+constexpr Operations kGreyTo16 = Operations::Only({2, 3, 4, 5});
+constexpr Operations kGrey16 = Operations::Only({2, 3, 4, 5, 29, 30});
+
+// The frame that all overloads share: the operation against the accepted set, the ROIs, the work.
+template <class Work, class... Rois>
+KY_ERRORS Operate(const char* name, Operation operation, Operations accepted, Work work,
+                  const Rois*... rois) noexcept {
+  return Call(name, [&] {
+    if (!accepted.Accept(operation)) return KY_ERROR_UNSUPPORTED_OPERATION;
+    if (const KY_ERRORS error = Ready(rois...)) return error;
+    return work(ChooseOperatorKernels());
+  });
+}
+
+// The kernel of an operation out of a table, null where there is none.
+template <class Kernel>
+Kernel KernelOf(const Kernel (&table)[KY_OPER_OVERLAY + 1], Operation operation) noexcept {
+  const unsigned index = static_cast<unsigned>(operation);
+  return index <= KY_OPER_OVERLAY ? table[index] : nullptr;
+}
+template <class Kernel, class Roi, class... Source>
+KY_ERRORS Combine(const Kernel (&table)[KY_OPER_OVERLAY + 1], Operation operation, Roi* destination,
+                  Source&&... source) noexcept {
+  const Kernel kernel = KernelOf(table, operation);
+  return kernel != nullptr ? MapRows(kernel, ComponentRowsOf(destination), source...)
+                           : KY_ERROR_INTERNAL;
+}
+
+bool IsShift(Operation operation) noexcept {
+  return operation == KY_OPER_SHIFT_LEFT || operation == KY_OPER_SHIFT_RIGHT;
+}
+
+// A constant as an operand of `operation`.
+FromConstant<KyBW8> Constant(KyBW8 value) noexcept { return FromConstant<KyBW8>({value}); }
+FromConstant<KyBW8, 3> Constant(KyC24 value) noexcept {
+  return FromConstant<KyBW8, 3>({value.c0, value.c1, value.c2});
+}
+KyBW8 SecondOperand(Operation operation, KyBW8 value) noexcept {
+  return IsShift(operation) ? ShiftOperand(operation, value) : value;
+}
+KyC24 SecondOperand(Operation operation, KyC24 value) noexcept {
+  return {SecondOperand(operation, value.c0), SecondOperand(operation, value.c1),
+          SecondOperand(operation, value.c2)};
+}
+
+// The overloads that differ in nothing but the pixel type.
+template <class T>
+KY_ERRORS Fill(const char* name, Operation operation, T value, KyROI<T>* destination) noexcept {
+  return Operate(
+      name, operation, kFill,
+      [&](const auto&) { return ky::CopyRows(ComponentRowsOf(destination), Constant(value)); },
+      destination);
+}
+template <class T>
+KY_ERRORS CopyOrInvert(const ky::OperatorKernels& kernels, Operation operation, const KyROI<T>* a,
+                       KyROI<T>* destination) noexcept {
+  if (operation == KY_OPER_INVERT)
+    return MapRows(kernels.invert, ComponentRowsOf(destination), FromRows(ComponentRowsOf(a)));
+  return ky::CopyRows(ComponentRowsOf(destination), FromRows(ComponentRowsOf(a)));
+}
+template <class T>
+KY_ERRORS ConstantAndImage(const char* name, Operation operation, T a, const KyROI<T>* b,
+                           KyROI<T>* destination) noexcept {
+  return Operate(
+      name, operation, kConstantAndImage,
+      [&](const auto& kernels) {
+        return Combine(kernels.combine, operation, destination, Constant(a),
+                       FromRows(ComponentRowsOf(b)));
+      },
+      b, destination);
+}
+template <class T>
+KY_ERRORS ImageAndConstant(const char* name, Operation operation, Operations accepted,
+                           const KyROI<T>* a, T b, KyROI<T>* destination) noexcept {
+  return Operate(
+      name, operation, accepted,
+      [&](const auto& kernels) {
+        return Combine(kernels.combine, operation, destination, FromRows(ComponentRowsOf(a)),
+                       Constant(SecondOperand(operation, b)));
+      },
+      a, destination);
+}
+FromGreyAsColor GreyAsColor(const KyROI<KyBW8>* roi, const ky::OperatorKernels& kernels) noexcept {
+  return FromGreyAsColor(RowsOf(roi), kernels.triple);
+}
+
+constexpr unsigned Pack(KyC24 color) noexcept {
+  return color.c0 | unsigned{color.c1} << 8 | unsigned{color.c2} << 16;
+}
+// Three bytes in one word, as a three-byte atomic would need a lock.
+std::atomic<unsigned> overlayColor{Pack({0, 0, 255})};
+
+}  // namespace
+
+void ImgSetOverlayColor(KyC24 color) noexcept {
+  overlayColor.store(Pack(color), std::memory_order_relaxed);
+}
+
+KyC24 ImgGetOverlayColor() noexcept {
+  const unsigned color = overlayColor.load(std::memory_order_relaxed);
+  return {static_cast<KyBW8>(color), static_cast<KyBW8>(color >> 8),
+          static_cast<KyBW8>(color >> 16)};
+}
+
+KY_ERRORS ImgCopy(KyBW8 value, KyROI<KyBW8>* destination) noexcept {
+  return Fill("ImgCopy (BW8 Const to Image)", KY_OPER_COPY, value, destination);
+}
+
+KY_ERRORS ImgCopy(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept {
+  return ImgOper(KY_OPER_COPY, source, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW8 a, KyROI<KyBW8>* destination) noexcept {
+  return Fill("ImgOper (BW8 Const to Image)", operation, a, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
+                  KyROI<KyBW8>* destination) noexcept {
+  return Operate(
+      "ImgOper (BW8 Image to Image)", operation, kUnary,
+      [&](const auto& kernels) { return CopyOrInvert(kernels, operation, a, destination); }, a,
+      destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
+                  KyROI<KyC24>* destination) noexcept {
+  return Operate(
+      "ImgOper (BW8 Image to C24 Image)", operation, kUnaryOrOverlay,
+      [&](const auto& kernels) {
+        if (operation == KY_OPER_OVERLAY)
+          return MapRows(kernels.combine[KY_OPER_SET_WHERE_NONZERO], ComponentRowsOf(destination),
+                         GreyAsColor(a, kernels), Constant(ImgGetOverlayColor()));
+        return MapRows(operation == KY_OPER_COPY ? kernels.triple : kernels.tripleInverse,
+                       RowsOf(destination), FromRows(RowsOf(a)));
+      },
+      a, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW8 a, const KyROI<KyBW8>* b,
+                  KyROI<KyBW8>* destination) noexcept {
+  return ConstantAndImage("ImgOper (BW8 Const, Image to Image)", operation, a, b, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, KyBW8 b,
+                  KyROI<KyBW8>* destination) noexcept {
+  return ImageAndConstant("ImgOper (BW8 Image, Const to Image)", operation, kImageAndConstant, a, b,
+                          destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const KyROI<KyBW8>* b,
+                  KyROI<KyBW8>* destination) noexcept {
+  return Operate(
+      "ImgOper (BW8 Image, Image to Image)", operation, kTwoImages,
+      [&](const auto& kernels) {
+        return Combine(kernels.combine, operation, destination, FromRows(RowsOf(a)),
+                       FromRows(RowsOf(b)));
+      },
+      a, b, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyC24 a, KyROI<KyC24>* destination) noexcept {
+  return Fill("ImgOper (C24 Const to Image)", operation, a, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a,
+                  KyROI<KyC24>* destination) noexcept {
+  return Operate(
+      "ImgOper (C24 Image to Image)", operation, kUnaryOrOverlay,
+      [&](const auto& kernels) {
+        if (operation != KY_OPER_OVERLAY) return CopyOrInvert(kernels, operation, a, destination);
+        return MapRows(kernels.overlay, RowsOf(destination), FromRows(RowsOf(destination)),
+                       FromRows(RowsOf(a)));
+      },
+      a, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyC24 a, const KyROI<KyC24>* b,
+                  KyROI<KyC24>* destination) noexcept {
+  return ConstantAndImage("ImgOper (C24 Const, Image to Image)", operation, a, b, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, KyC24 b,
+                  KyROI<KyC24>* destination) noexcept {
+  return ImageAndConstant("ImgOper (C24 Image, Const to Image)", operation, kColorImageAndConstant,
+                          a, b, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, const KyROI<KyC24>* b,
+                  KyROI<KyC24>* destination) noexcept {
+  return Operate(
+      "ImgOper (C24 Image, Image to Image)", operation, kTwoImages,
+      [&](const auto& kernels) {
+        if (operation == KY_OPER_OVERLAY)
+          return MapRows(kernels.overlay, RowsOf(destination), FromRows(RowsOf(a)),
+                         FromRows(RowsOf(b)));
+        return Combine(kernels.combine, operation, destination, FromRows(ComponentRowsOf(a)),
+                       FromRows(ComponentRowsOf(b)));
+      },
+      a, b, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const KyROI<KyC24>* b,
+                  KyROI<KyC24>* destination) noexcept {
+  return Operate(
+      "ImgOper (BW8 Image, C24 Image to C24 Image)", operation, kTwoImages,
+      [&](const auto& kernels) {
+        return Combine(kernels.combine, operation, destination, GreyAsColor(a, kernels),
+                       FromRows(ComponentRowsOf(b)));
+      },
+      a, b, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, const KyROI<KyBW8>* b,
+                  KyROI<KyC24>* destination) noexcept {
+  return Operate(
+      "ImgOper (C24 Image, BW8 Image to C24 Image)", operation, kTwoImages,
+      [&](const auto& kernels) {
+        return Combine(kernels.combine, operation, destination, FromRows(ComponentRowsOf(a)),
+                       GreyAsColor(b, kernels));
+      },
+      a, b, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const KyROI<KyBW8>* b,
+                  KyROI<KyC24>* destination) noexcept {
+  return Operate(
+      "ImgOper (BW8 Image, BW8 Image to C24 Image)", operation, kOverlay,
+      [&](const auto& kernels) {
+        return MapRows(kernels.overlayWhere, ComponentRowsOf(destination), GreyAsColor(a, kernels),
+                       GreyAsColor(b, kernels), Constant(ImgGetOverlayColor()));
+      },
+      a, b, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW16 a, KyROI<KyBW16>* destination) noexcept {
+  return Operate(
+      "ImgOper (BW16 Const to BW16 Image)", operation, kFill,
+      [&](const auto&) { return ky::CopyRows(RowsOf(destination), FromConstant<KyBW16>({a})); },
+      destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const KyROI<KyBW8>* b,
+                  KyROI<KyBW16>* destination) noexcept {
+  return Operate(
+      "ImgOper (BW8 Image and BW8 Image to BW16 Image)", operation, kGreyTo16,
+      [&](const auto& kernels) {
+        return MapRows(KernelOf(kernels.combine8To16, operation), RowsOf(destination),
+                       FromRows(RowsOf(a)), FromRows(RowsOf(b)));
+      },
+      a, b, destination);
+}
+
+KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW16>* a, const KyROI<KyBW8>* b,
+                  KyROI<KyBW16>* destination) noexcept {
+  return Operate(
+      "ImgOper (BW16 Image and BW8 Image to BW16 IMage)", operation, kGrey16,
+      [&](const auto& kernels) {
+        return MapRows(KernelOf(kernels.combine16, operation), RowsOf(destination),
+                       FromRows(RowsOf(a)), FromRows(RowsOf(b)));
+      },
+      a, b, destination);
+}

@@ -1,0 +1,400 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "point/operators_rows.cpp"
+#include "point/operators_rows.h"
+
+#include <hwy/foreach_target.h>  // keep first
+
+#include "foundation/dispatch.h"
+#include "foundation/rows-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+namespace {
+
+struct Op8 {
+  using Lane = uint8_t;
+};
+struct Op16 {
+  using Lane = uint16_t;
+};
+
+// 255 where the mask holds, else 0.
+template <class D, class M>
+HWY_INLINE hn::Vec<D> Truth(D d, M mask) {
+  return hn::VecFromMask(d, mask);
+}
+template <class D>
+HWY_INLINE hn::Vec<D> Ones(D d) {
+  return hn::Set(d, hwy::LimitsMax<hn::TFromD<D>>());
+}
+template <class D, class V>
+HWY_INLINE auto IsZero(D d, V v) {
+  return hn::Eq(v, hn::Zero(d));
+}
+
+struct Invert : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a) const {
+    return hn::Xor(a, Ones(d));
+  }
+};
+
+// For lanes of 8 and 16 bits alike.
+template <class Base>
+struct Add : Base {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::SaturatedAdd(a, b);
+  }
+};
+template <class Base>
+struct Subtract : Base {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::SaturatedSub(a, b);
+  }
+};
+
+struct Multiply : Op8 {
+  struct Wide {
+    template <class D16, class V>
+    HWY_INLINE V operator()(D16 d16, V a, V b) const {
+      return hn::Min(hn::Mul(a, b), hn::Set(d16, 255));
+    }
+  };
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return OnWide(d, Wide(), a, b);
+  }
+};
+
+// The quotient of integers a < 2^16 and 0 < b < 2^8, not yet truncated. (a + 1/2) / b lies at least
+// 1 / 2b away from every integer. One Newton step brings the reciprocal, good to 1.5 * 2^-12 on
+// every processor, within 2^-21, so the error stays below (a + 1/2) * 2^-20 / b, less than 1 / 2b.
+// For a < 2^8 the unrefined reciprocal will do.
+template <bool kRefined>
+struct Quotient {
+  template <class DF, class VF>
+  HWY_INLINE VF operator()(DF df, VF a, VF b) const {
+    VF reciprocal = hn::ApproximateReciprocal(b);
+    if constexpr (kRefined)
+      reciprocal = hn::Mul(reciprocal, hn::Sub(hn::Set(df, 2.0f), hn::Mul(b, reciprocal)));
+    return hn::Mul(hn::Add(a, hn::Set(df, 0.5f)), reciprocal);
+  }
+};
+struct ScaledQuotient {
+  template <class DF, class VF>
+  HWY_INLINE VF operator()(DF df, VF a, VF b) const {
+    const VF quotient = Quotient<true>()(df, hn::Mul(a, hn::Set(df, 256.0f)), b);
+    return hn::Min(quotient, hn::Set(df, 255.0f));
+  }
+};
+// Divides where b is not 0; there the result is all ones.
+template <class Base, class Formula>
+struct DivideBy : Base {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    const V quotient = InFloat(d, Formula(), a, hn::Max(b, hn::Set(d, 1)));
+    return hn::IfThenElse(IsZero(d, b), Ones(d), quotient);
+  }
+};
+using Divide = DivideBy<Op8, Quotient<false>>;
+
+struct Modulo : Op8 {
+  struct Wide {
+    template <class D16, class V>
+    HWY_INLINE V operator()(D16 d16, V a, V b, V quotient) const {
+      return hn::And(hn::Sub(a, hn::Mul(b, quotient)), hn::Set(d16, 255));
+    }
+  };
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    const V remainder = OnWide(d, Wide(), a, b, Divide()(d, a, b));
+    return hn::IfThenZeroElse(IsZero(d, b), remainder);
+  }
+};
+
+struct ShiftLeft : Op8 {
+  struct Wide {
+    template <class D16, class V>
+    HWY_INLINE V operator()(D16 d16, V a, V factor) const {
+      return hn::And(hn::Mul(a, factor), hn::Set(d16, 255));
+    }
+  };
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V factor) const {
+    return OnWide(d, Wide(), a, factor);
+  }
+};
+struct ShiftRight : Op8 {
+  struct Wide {
+    template <class D16, class V>
+    HWY_INLINE V operator()(D16, V a, V factorLess1) const {
+      return hn::ShiftRight<8>(hn::Add(hn::Mul(a, factorLess1), a));
+    }
+  };
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V factorLess1) const {
+    return OnWide(d, Wide(), a, factorLess1);
+  }
+};
+
+struct Average : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    const V roundedUp = hn::And(hn::Xor(a, b), hn::Set(d, 1));
+    return hn::Sub(hn::AverageRound(a, b), roundedUp);
+  }
+};
+struct HalfDifference : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return Average()(d, a, Invert()(d, b));
+  }
+};
+struct ScaledMultiply : Op8 {
+  struct Wide {
+    template <class D16, class V>
+    HWY_INLINE V operator()(D16, V a, V b) const {
+      return hn::ShiftRight<8>(hn::Mul(a, b));
+    }
+  };
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return OnWide(d, Wide(), a, b);
+  }
+};
+
+struct And : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::And(a, b);
+  }
+};
+struct Or : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Or(a, b);
+  }
+};
+struct Xor : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Xor(a, b);
+  }
+};
+struct LogicalAnd : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return Invert()(d, Truth(d, IsZero(d, hn::Min(a, b))));
+  }
+};
+struct LogicalOr : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return Invert()(d, Truth(d, IsZero(d, hn::Or(a, b))));
+  }
+};
+struct LogicalXor : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return hn::Xor(Truth(d, IsZero(d, a)), Truth(d, IsZero(d, b)));
+  }
+};
+
+struct Minimum : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Min(a, b);
+  }
+};
+struct Maximum : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Max(a, b);
+  }
+};
+
+struct SetWhereZero : Op8 {
+  static constexpr bool kKeeps = true;
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V old, V a, V b) const {
+    return hn::IfThenElse(IsZero(d, a), b, old);
+  }
+};
+struct SetWhereNonzero : Op8 {
+  static constexpr bool kKeeps = true;
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V old, V a, V b) const {
+    return hn::IfThenElse(IsZero(d, a), old, b);
+  }
+};
+struct OverlayWhere : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b, V c) const {
+    return hn::IfThenElse(IsZero(d, b), a, c);
+  }
+};
+
+struct Equal : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return Truth(d, hn::Eq(a, b));
+  }
+};
+struct GreaterOrEqual : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return Truth(d, hn::Eq(hn::Max(a, b), a));
+  }
+};
+// The same question with the operands exchanged, and its opposite.
+template <class Question>
+struct Exchanged : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return Question()(d, b, a);
+  }
+};
+template <class Question>
+struct Not : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return Invert()(d, Question()(d, a, b));
+  }
+};
+using LessOrEqual = Exchanged<GreaterOrEqual>;
+
+struct AbsDifference : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));
+  }
+};
+
+struct AddWrap : Op16 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Add(a, b);
+  }
+};
+struct SubtractWrap : Op16 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Sub(a, b);
+  }
+};
+struct Multiply16 : Op16 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return hn::IfThenElse(IsZero(d, hn::MulHigh(a, b)), hn::Mul(a, b), Ones(d));
+  }
+};
+using Divide16 = DivideBy<Op16, Quotient<true>>;
+
+struct Overlay {
+  template <class D, class Planes>
+  HWY_INLINE Planes operator()(D d, const Planes& a, const Planes& b) const {
+    const auto black = IsZero(d, hn::Or(b.c0, hn::Or(b.c1, b.c2)));
+    return {hn::IfThenElse(black, a.c0, b.c0), hn::IfThenElse(black, a.c1, b.c1),
+            hn::IfThenElse(black, a.c2, b.c2)};
+  }
+};
+
+template <class Op, class Out, class... In>
+void Map(Out* out, size_t n, const In*... in) {
+  MapSpan(Op(), out, n, in...);
+}
+void MapOverlay(KyC24* out, size_t n, const KyC24* a, const KyC24* b) {
+  MapColorSpan(Overlay(), out, n, a, b);
+}
+template <bool kInverse>
+void Triple(KyC24* out, size_t n, const KyBW8* in) {
+  const hn::ScalableTag<uint8_t> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto flip = kInverse ? Ones(d) : hn::Zero(d);
+  size_t i = 0;
+  for (; i + lanes <= n; i += lanes) {
+    const auto v = hn::Xor(Load(d, in + i), flip);
+    hn::StoreInterleaved3(v, v, v, d, &out[i].c0);
+  }
+  for (; i < n; ++i) {
+    const auto v = static_cast<KyBW8>(kInverse ? 255 - in[i] : in[i]);
+    out[i] = KyC24(v, v, v);
+  }
+}
+
+constexpr OperatorKernels MakeKernels() {
+  OperatorKernels kernels{};
+  kernels.invert = &Map<Invert, KyBW8, KyBW8>;
+  kernels.triple = &Triple<false>;
+  kernels.tripleInverse = &Triple<true>;
+  kernels.overlay = &MapOverlay;
+  kernels.overlayWhere = &Map<OverlayWhere, KyBW8, KyBW8, KyBW8, KyBW8>;
+
+  auto& combine = kernels.combine;
+  combine[KY_OPER_ADD] = &Map<Add<Op8>>;
+  combine[KY_OPER_SUBTRACT] = &Map<Subtract<Op8>>;
+  combine[KY_OPER_MULTIPLY] = &Map<Multiply>;
+  combine[KY_OPER_DIVIDE] = &Map<Divide>;
+  combine[KY_OPER_MODULO] = &Map<Modulo>;
+  combine[KY_OPER_SHIFT_LEFT] = &Map<ShiftLeft>;
+  combine[KY_OPER_SHIFT_RIGHT] = &Map<ShiftRight>;
+  combine[KY_OPER_AVERAGE] = &Map<Average>;
+  combine[KY_OPER_HALF_DIFFERENCE] = &Map<HalfDifference>;
+  combine[KY_OPER_SCALED_MULTIPLY] = &Map<ScaledMultiply>;
+  combine[KY_OPER_SCALED_DIVIDE] = &Map<DivideBy<Op8, ScaledQuotient>>;
+  combine[KY_OPER_AND] = &Map<And>;
+  combine[KY_OPER_OR] = &Map<Or>;
+  combine[KY_OPER_XOR] = &Map<Xor>;
+  combine[KY_OPER_LOGICAL_AND] = &Map<LogicalAnd>;
+  combine[KY_OPER_LOGICAL_OR] = &Map<LogicalOr>;
+  combine[KY_OPER_LOGICAL_XOR] = &Map<LogicalXor>;
+  combine[KY_OPER_MIN] = &Map<Minimum>;
+  combine[KY_OPER_MAX] = &Map<Maximum>;
+  combine[KY_OPER_SET_WHERE_ZERO] = &Map<SetWhereZero>;
+  combine[KY_OPER_SET_WHERE_NONZERO] = &Map<SetWhereNonzero>;
+  combine[KY_OPER_EQUAL] = &Map<Equal>;
+  combine[KY_OPER_NOT_EQUAL] = &Map<Not<Equal>>;
+  combine[KY_OPER_GREATER_OR_EQUAL] = &Map<GreaterOrEqual>;
+  combine[KY_OPER_LESS_OR_EQUAL] = &Map<LessOrEqual>;
+  combine[KY_OPER_GREATER] = &Map<Not<LessOrEqual>>;
+  combine[KY_OPER_LESS] = &Map<Not<GreaterOrEqual>>;
+  combine[KY_OPER_ABS_DIFFERENCE] = &Map<AbsDifference>;
+
+  auto& combine8To16 = kernels.combine8To16;
+  combine8To16[KY_OPER_ADD] = &Map<AddWrap>;
+  combine8To16[KY_OPER_SUBTRACT] = &Map<Subtract<Op16>>;
+  combine8To16[KY_OPER_MULTIPLY] = &Map<Multiply16>;
+  combine8To16[KY_OPER_DIVIDE] = &Map<Divide16>;
+
+  auto& combine16 = kernels.combine16;
+  combine16[KY_OPER_ADD] = &Map<Add<Op16>>;
+  combine16[KY_OPER_SUBTRACT] = &Map<Subtract<Op16>>;
+  combine16[KY_OPER_MULTIPLY] = &Map<Multiply16>;
+  combine16[KY_OPER_DIVIDE] = &Map<Divide16>;
+  combine16[KY_OPER_ADD_WRAP] = &Map<AddWrap>;
+  combine16[KY_OPER_SUBTRACT_WRAP] = &Map<SubtractWrap>;
+  return kernels;
+}
+
+constexpr OperatorKernels kKernels = MakeKernels();
+
+}  // namespace
+
+const OperatorKernels* TableOfOperatorKernels() { return &kKernels; }
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace ky {
+HWY_EXPORT(TableOfOperatorKernels);
+const OperatorKernels& ChooseOperatorKernels() noexcept {
+  return *KY_DISPATCH(TableOfOperatorKernels)();
+}
+}  // namespace ky
+#endif
