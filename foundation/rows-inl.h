@@ -26,9 +26,10 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Elements in memory to lanes of D, which may be wider, and back.
+// Elements in memory to lanes of D, which may be wider, and back. (Named apart from Highway's Load
+// and Store, which want aligned memory and would be found by argument-dependent lookup.)
 template <class D, class T>
-HWY_INLINE hn::Vec<D> Load(D d, const T* from) {
+HWY_INLINE hn::Vec<D> LoadLanes(D d, const T* from) {
   if constexpr (sizeof(T) == sizeof(hn::TFromD<D>)) {
     return hn::LoadU(d, from);
   } else {
@@ -36,7 +37,7 @@ HWY_INLINE hn::Vec<D> Load(D d, const T* from) {
   }
 }
 template <class D, class T>
-HWY_INLINE void Store(D d, hn::Vec<D> v, T* to) {
+HWY_INLINE void StoreLanes(D d, hn::Vec<D> v, T* to) {
   hn::StoreU(v, d, to);
 }
 
@@ -45,12 +46,12 @@ template <class D, class T>
 HWY_INLINE hn::Vec<D> LoadPart(D d, const T* from, size_t n) {
   HWY_ALIGN T part[hn::MaxLanes(D())] = {};
   std::memcpy(part, from, n * sizeof(T));
-  return Load(d, part);
+  return LoadLanes(d, part);
 }
 template <class D, class T>
 HWY_INLINE void StorePart(D d, hn::Vec<D> v, T* to, size_t n) {
   HWY_ALIGN T part[hn::MaxLanes(D())];
-  Store(d, v, part);
+  StoreLanes(d, v, part);
   std::memcpy(to, part, n * sizeof(T));
 }
 
@@ -67,9 +68,9 @@ HWY_INLINE void MapSpan(const Op& op, Out* out, size_t n, const In*... in) {
   size_t i = 0;
   for (; i + lanes <= n; i += lanes) {
     if constexpr (Keeping<Op>)
-      Store(d, op(d, Load(d, out + i), Load(d, in + i)...), out + i);
+      StoreLanes(d, op(d, LoadLanes(d, out + i), LoadLanes(d, in + i)...), out + i);
     else
-      Store(d, op(d, Load(d, in + i)...), out + i);
+      StoreLanes(d, op(d, LoadLanes(d, in + i)...), out + i);
   }
   const size_t rest = n - i;
   if (rest == 0) return;

@@ -316,7 +316,7 @@ void Triple(KyC24* out, size_t n, const KyBW8* in) {
   const auto flip = kInverse ? Ones(d) : hn::Zero(d);
   size_t i = 0;
   for (; i + lanes <= n; i += lanes) {
-    const auto v = hn::Xor(Load(d, in + i), flip);
+    const auto v = hn::Xor(LoadLanes(d, in + i), flip);
     hn::StoreInterleaved3(v, v, v, d, &out[i].c0);
   }
   for (; i < n; ++i) {
