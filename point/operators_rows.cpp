@@ -1,8 +1,8 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "point/operators_rows.cpp"
-#include "point/operators_rows.h"
-
 #include <hwy/foreach_target.h>  // keep first
+
+#include "point/operators_rows.h"
 
 #include "foundation/dispatch.h"
 #include "foundation/rows-inl.h"
