@@ -26,8 +26,10 @@ function(ky_library name)
     OUTPUT_NAME ky${name} EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
     LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
   target_link_options(ky_${name} PRIVATE
-    "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map"
-    $<$<NOT:$<BOOL:${KY_SANITIZE}>>:LINKER:--no-undefined>)
+    "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  if(NOT KY_SANITIZE)  # the program brings the sanitizer's symbols
+    target_link_options(ky_${name} PRIVATE LINKER:--no-undefined)
+  endif()
 endfunction()
 
 ky_library(base FOLDERS base)
