@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 
 #include "ky/color.h"
@@ -161,7 +161,7 @@ KyImage<T> DecodePnm(const Bytes& bytes, const std::string& name) {
 Bytes ReadFile(const std::string& path) {
   errno = 0;
   std::ifstream file(path, std::ios::binary);
-  if (!file) Fail(path, std::string("cannot be opened: ") + std::strerror(errno));
+  if (!file) Fail(path, "cannot be opened: " + std::generic_category().message(errno));
   Bytes bytes;
   char chunk[1 << 16];
   while (file.read(chunk, sizeof chunk), file.gcount() > 0)

@@ -1,0 +1,23 @@
+# find_package(ky COMPONENTS image) defines ky::image and what it is linked with. Without components:
+# all of them.
+if(NOT ky_FIND_COMPONENTS)
+  set(ky_FIND_COMPONENTS image)
+endif()
+set(ky_base_needs base)
+set(ky_color_needs base color)
+set(ky_image_needs base color image)
+
+foreach(component IN LISTS ky_FIND_COMPONENTS)
+  if(NOT DEFINED ky_${component}_needs)
+    if(ky_FIND_REQUIRED_${component})
+      set(ky_FOUND FALSE)
+      set(ky_NOT_FOUND_MESSAGE "ky has no component ${component}; it has base, color and image")
+      return()
+    endif()
+    continue()
+  endif()
+  foreach(library IN LISTS ky_${component}_needs)
+    include(${CMAKE_CURRENT_LIST_DIR}/ky-${library}.cmake)
+  endforeach()
+  set(ky_${component}_FOUND TRUE)
+endforeach()
