@@ -2,6 +2,7 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "benchmarks/limits.cpp"
 #include <hwy/foreach_target.h>  // keep first
+
 #include <hwy/highway.h>
 
 #include <cstring>
