@@ -8,6 +8,9 @@
 //   model: void(const Picture<In>&..., Picture<Out>& out), where `out` holds the destination's old
 //   pixels;
 //          PerPixel makes one from Out(Out old, In...).
+//
+// Sources have the size of the destination, unless an operation allows others: then a last argument
+// of CheckOperation makes their size from the destination's.
 #pragma once
 
 #include <memory>
@@ -58,15 +61,17 @@ auto PerPixel(F f) {
   };
 }
 
+inline constexpr auto kSameSize = [](Size destination) { return destination; };
+
 // What may share pixels with the destination.
 enum class Aliasing { kInPlaceAndOverlap, kNone };
 
 template <class Out, class... In>
 class Harness {
  public:
-  template <class Call, class Model>
+  template <class Call, class Model, class SourceSize>
   static void CheckOperation(Call call, Model model, const std::vector<Size>& sizes,
-                             Aliasing aliasing) {
+                             Aliasing aliasing, SourceSize sourceSize) {
     ForEachPath([&](const std::string&) {
       Random random(1);
       int turn = 0;
@@ -75,10 +80,12 @@ class Harness {
         SCOPED_TRACE(std::to_string(size.width) + " x " + std::to_string(size.height));
         const Placement place = kPlacements[turn++ % 3];
         const Placement other = kPlacements[turn % 3];
-        std::tuple<Picture<In>...> sources(RandomPicture<In>(size.width, size.height, random)...);
+        [[maybe_unused]] const Size from = sourceSize(size);
+        std::tuple<Picture<In>...> sources(RandomPicture<In>(from.width, from.height, random)...);
         RunSeparate(call, model, sources, size, place, other, random);
         if (aliasing == Aliasing::kInPlaceAndOverlap)
-          (RunShared(call, model, sources, size, place, random, std::index_sequence_for<In...>()));
+          (RunShared(call, model, sources, size, from, place, random,
+                     std::index_sequence_for<In...>()));
       }
     });
   }
@@ -129,8 +136,8 @@ class Harness {
   // Source I is the destination itself, or an area of the same image that overlaps it.
   template <class Call, class Model, std::size_t... I>
   static void RunShared(const Call& call, const Model& model,
-                        const std::tuple<Picture<In>...>& sources, Size size, Placement place,
-                        Random& random, std::index_sequence<I...>) {
+                        const std::tuple<Picture<In>...>& sources, Size size, Size from,
+                        Placement place, Random& random, std::index_sequence<I...>) {
     constexpr std::pair<int, int> kShifts[] = {{0, 0}, {1, 0}, {-1, 1}, {2, -1}};
     [[maybe_unused]] const auto run = [&]<std::size_t kShared>(
                                           std::integral_constant<std::size_t, kShared>) {
@@ -140,10 +147,12 @@ class Harness {
                        ", " + std::to_string(down) + ") from the destination");
           const Canvases canvases = Paint(sources, place, random);
           const Placement roomy = {place.left + 2, place.above + 1, place.right + 2};
-          Canvas<Out> shared(std::get<kShared>(sources), roomy, random);
+          Canvas<Out> shared(std::max(size.width, from.width), std::max(size.height, from.height),
+                             roomy, random);
+          shared.Put(std::get<kShared>(sources));
           KyROI<Out> out(shared.image(), roomy.left, roomy.above, size.width, size.height);
-          KyROI<Out> in(shared.image(), roomy.left + right, roomy.above + down, size.width,
-                        size.height);
+          KyROI<Out> in(shared.image(), roomy.left + right, roomy.above + down, from.width,
+                        from.height);
           auto seen = std::tuple<Picture<In>...>(sources);
           std::get<kShared>(seen) = Canvas<Out>::Get(in);
           Picture<Out> expected = Canvas<Out>::Get(out);
@@ -202,10 +211,11 @@ class Harness {
 
 // The types are the destination's and the sources', in the order of the call: CheckOperation<Out,
 // In...>.
-template <class Out, class... In, class Call, class Model>
+template <class Out, class... In, class Call, class Model, class SourceSize = decltype(kSameSize)>
 void CheckOperation(Call call, Model model, const std::vector<Size>& sizes = AwkwardSizes(),
-                    Aliasing aliasing = Aliasing::kInPlaceAndOverlap) {
-  Harness<Out, In...>::CheckOperation(call, model, sizes, aliasing);
+                    Aliasing aliasing = Aliasing::kInPlaceAndOverlap,
+                    SourceSize sourceSize = kSameSize) {
+  Harness<Out, In...>::CheckOperation(call, model, sizes, aliasing, sourceSize);
 }
 
 // Every null, missing, misplaced and unequal ROI is refused with its code and the trace, innermost
