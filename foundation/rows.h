@@ -101,6 +101,12 @@ class Input {
   bool Open(const Rows<const T>& source, const Rows<Out>& destination) noexcept {
     return SharingOf(source, destination) == Sharing::kPartly ? OpenCopy(source) : OpenAsIs(source);
   }
+  // For operations that read other places than they write: one that shares any is copied.
+  template <class Out>
+  bool OpenApart(const Rows<const T>& source, const Rows<Out>& destination) noexcept {
+    return SharingOf(source, destination) == Sharing::kNothing ? OpenAsIs(source)
+                                                               : OpenCopy(source);
+  }
   bool OpenAsIs(const Rows<const T>& source) noexcept {
     rows_ = source;
     return true;
