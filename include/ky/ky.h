@@ -3,6 +3,7 @@
 
 #include "ky/angle.h"
 #include "ky/color.h"
+#include "ky/geometry.h"
 #include "ky/image.h"
 #include "ky/operators.h"
 #include "ky/pixels.h"
