@@ -15,18 +15,21 @@ std::int64_t RowBytes(int width, int bitsPerPixel) noexcept {
   return (std::int64_t{width} * bitsPerPixel + 7) / 8;
 }
 
-// Zeroed memory for the rows and the spare row; no pixels when it cannot be had.
-KyPixelBuffer Allocate(int width, int height, int bitsPerPixel) noexcept {
-  if (width < 0 || height < 0) return {};
-  const std::int64_t pitch =
-      (std::max<std::int64_t>(RowBytes(width, bitsPerPixel), 1) + 63) / 64 * 64;
-  if (pitch > INT_MAX) return {};
+// Zeroed memory for rows of `pitch` bytes and the spare row; no pixels when it cannot be had.
+KyPixelBuffer AllocateRows(std::int64_t pitch, int width, int height) noexcept {
+  if (width < 0 || height < 0 || pitch > INT_MAX) return {};
   const std::int64_t bytes = pitch * (std::int64_t{height} + 1);
   if (bytes > PTRDIFF_MAX / 2) return {};
   void* const memory = ::operator new(static_cast<std::size_t>(bytes), kAlignment, std::nothrow);
   if (memory == nullptr) return {};
   std::memset(memory, 0, static_cast<std::size_t>(bytes));
   return {static_cast<KyBW8*>(memory), memory, static_cast<int>(pitch), width, height};
+}
+
+// The same with rows that start at 64-byte boundaries.
+KyPixelBuffer Allocate(int width, int height, int bitsPerPixel) noexcept {
+  const std::int64_t rowBytes = std::max<std::int64_t>(RowBytes(width, bitsPerPixel), 1);
+  return AllocateRows((rowBytes + 63) / 64 * 64, width, height);
 }
 
 void Free(const KyPixelBuffer& buffer) noexcept {
@@ -99,6 +102,48 @@ KY_ERRORS KyImage<T>::Attach(Memory* pixels, int width, int height, int pitch) n
   }
   Adopt({reinterpret_cast<KyBW8*>(pixels), nullptr, pitch, width, height});
   return KY_OK;
+}
+
+template <class T>
+KY_ERRORS KyImage<T>::CopyFrom(const KyImage& other) noexcept {
+  constexpr const char* kName = "KyImage::CopyFrom";
+  KyOk();
+  if (this == &other) return KY_OK;
+  KyImage copy;
+  const KyPixelBuffer& from = other.own_;
+  if (from.pixels != nullptr) {
+    // The offsets of a mask depend on the pitch.
+    copy.own_ = AllocateRows(from.pitch, from.width, from.height);
+    if (copy.own_.pixels == nullptr) {
+      KySetError(KY_ERROR_NOT_ENOUGH_MEMORY);
+      return KyTraceError(kName);
+    }
+    const std::int64_t rowBytes = RowBytes(from.width, this->bitsPerPixel_);
+    const std::int64_t rows = std::int64_t{from.height} + (from.allocation != nullptr ? 1 : 0);
+    for (std::int64_t y = 0; rowBytes > 0 && y < rows; ++y)
+      std::memcpy(copy.own_.pixels + y * from.pitch, from.pixels + y * from.pitch,
+                  static_cast<std::size_t>(rowBytes));
+  }
+  copy.SetPlacement(other.x_, other.y_, other.width_, other.height_);
+  if (other.GetMaskOffsets() != nullptr &&
+      copy.SetMask(other.GetMaskOffsets(), other.GetMaskCount(), other.IsMaskAbsolute()) != KY_OK)
+    return KyTraceError(kName);
+  *this = std::move(copy);
+  return KY_OK;
+}
+
+template <class T>
+void KyImage<T>::Restore(const void* object) noexcept {
+  const auto field = [&](const int& own) noexcept {
+    const auto offset = reinterpret_cast<const char*>(&own) - reinterpret_cast<const char*>(this);
+    int value;
+    std::memcpy(&value, static_cast<const char*>(object) + offset, sizeof value);
+    return value;
+  };
+  const int x = field(this->x_), y = field(this->y_);
+  const int width = field(this->width_), height = field(this->height_);
+  *this = KyImage();
+  this->SetPlacement(x, y, width, height);
 }
 
 // Replaces the buffer, and makes the image cover the new one.

@@ -40,6 +40,16 @@ class KY_API KyImage : public KyROI<T> {
   /// is shorter than a row or does not keep the pixels aligned. The image stays as it was then.
   KY_ERRORS Attach(Memory* pixels, int width, int height, int pitch) noexcept;
 
+  /// Makes the image a copy of `other` with pixels of its own, also where `other` wraps foreign
+  /// memory: the same pitch, rectangle and mask. 1303 when the memory cannot be had; the image
+  /// stays as it was then.
+  KY_ERRORS CopyFrom(const KyImage& other) noexcept;
+
+  /// Makes the image one without pixels at the place and of the size of the image whose object's
+  /// bytes `object` points to, as files of vectors of images hold them. Nothing else is taken from
+  /// the bytes, so that any are harmless. Does not touch the status.
+  void Restore(const void* object) noexcept;
+
  private:
   void Adopt(const KyPixelBuffer& buffer) noexcept;
 
