@@ -1,0 +1,36 @@
+// The typed vectors whose elements belong to this library.
+#include <algorithm>
+
+#include "ky/histogram_vector.h"
+#include "ky/image_vector.h"
+#include "ky/paths.h"
+#include "ky/typed_vector-inl.h"
+
+template <class T>
+KyPathVectorTemplate<T>::KyPathVectorTemplate(unsigned int maxElements) noexcept {
+  this->Reserve(maxElements);
+}
+
+KyBW8HistogramVector::KyBW8HistogramVector(unsigned int bins) noexcept { Reserve(bins); }
+
+KyBW8HistogramVector::~KyBW8HistogramVector() = default;
+
+void KyBW8HistogramVector::Clear() noexcept { std::fill(begin(), end(), 0u); }
+
+template struct KyPlaceHolder<KyPath>;
+template struct KyPlaceHolder<KyBW8Path>;
+template struct KyPlaceHolder<KyC24Path>;
+template struct KyPlaceHolder<KyPeak>;
+template struct KyPlaceHolder<KyRun>;
+template struct KyPlaceHolder<KyImage<KyBW8>>;
+template struct KyPlaceHolder<KyImage<KyC24>>;
+template class KyVectorTemplate<KyPath>;
+template class KyVectorTemplate<KyBW8Path>;
+template class KyVectorTemplate<KyC24Path>;
+template class KyVectorTemplate<KyPeak>;
+template class KyVectorTemplate<KyRun>;
+template class KyVectorTemplate<KyImage<KyBW8>>;
+template class KyVectorTemplate<KyImage<KyC24>>;
+template class KyPathVectorTemplate<KyPath>;
+template class KyPathVectorTemplate<KyBW8Path>;
+template class KyPathVectorTemplate<KyC24Path>;

@@ -1,0 +1,187 @@
+// Typed vectors: growable arrays of pixels and plain records that load from and save to files.
+#pragma once
+
+#include <cstdio>
+#include <type_traits>
+
+#include "ky/export.h"
+#include "ky/pixels.h"
+#include "ky/status.h"
+
+/// What a file says about its elements: `kSignature` names their type, `kVersion` their layout.
+/// Specialised beside every element type.
+template <class T>
+struct KyFileType;
+
+/// The element that stands in for those which are not there; T() whenever it is handed out. Every
+/// thread has its own.
+template <class T, bool kPlain = std::is_trivially_copyable_v<T>>
+struct KY_API KyPlaceHolder {
+  // Known to be constant, so that users of the library look for no initialiser.
+  [[gnu::tls_model("initial-exec")]] static thread_local constinit T m_PlaceHolder;
+};
+template <class T>
+struct KY_API KyPlaceHolder<T, false> {
+  [[gnu::tls_model("initial-exec")]] static thread_local T m_PlaceHolder;
+};
+
+/// A growable array of elements, kept in memory exactly as in a file.
+///
+///     KyBW8Vector profile(3, 10);                  // 10 10 10
+///     profile.AddElement(40);                      // 10 10 10 40
+///     profile[0] = 20;
+///     unsigned int sum = 0;
+///     for (KyBW8 level : profile) sum += level;    // 80
+///     if (profile.Save("profile.ky") != KY_OK) std::puts(KyGetErrorText(KyGetError()));
+///     KyBW8Vector copy;
+///     copy.Load("profile.ky");                     // 20 10 10 40
+///
+/// Members that return a status clear it first; nothing else clears it, constructors included. The
+/// vectors that are there: of pixels, below; of paths, peaks and runs, paths.h; of counts,
+/// histogram_vector.h; of images, image_vector.h. For a vector of other plain records specialise
+/// KyFileType and instantiate the template with typed_vector-inl.h.
+///
+/// A file holds "Q", the signature, the version, the exclusive or of these three bytes, the number
+/// of elements (32 bits, little-endian), and the elements' own bytes.
+template <class T>
+class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
+ public:
+  static constexpr KyBW8 m_un8Signature = KyFileType<T>::kSignature;
+  static constexpr KyBW8 m_un8Version = KyFileType<T>::kVersion;
+
+  /// An empty vector without an array.
+  KyVectorTemplate() noexcept = default;
+  KyVectorTemplate(KyVectorTemplate&& other) noexcept;
+  virtual ~KyVectorTemplate();
+
+  /// Takes over the array of `other`, which becomes empty; assigned to itself a vector stays as it
+  /// is. Pointers into the array held before stay valid: it is kept until the vector is destroyed.
+  KyVectorTemplate& operator=(KyVectorTemplate& other) noexcept;
+  KyVectorTemplate& operator=(KyVectorTemplate&& other) noexcept { return *this = other; }
+
+  /// The element at `index`, counted from 0. Beyond the elements in use: 1011, and m_PlaceHolder.
+  /// Trace "KyVector::operator[]".
+  T& operator[](unsigned int index) noexcept { return index < count_ ? data_[index] : Missing(); }
+  const T& operator[](unsigned int index) const noexcept {
+    return index < count_ ? data_[index] : Missing();
+  }
+
+  /// The elements in use, the elements that there is room for, and the first one; null without an
+  /// array.
+  unsigned int GetNumElements() const noexcept { return count_; }
+  unsigned int GetMaxElements() const noexcept { return capacity_; }
+  T* GetDataPtr() noexcept { return data_; }
+  const T* GetDataPtr() const noexcept { return data_; }
+  T* begin() noexcept { return data_; }
+  T* end() noexcept { return data_ + count_; }
+  const T* begin() const noexcept { return data_; }
+  const T* end() const noexcept { return data_ + count_; }
+
+  /// Leaves no element in use; the array is kept.
+  void Empty() noexcept;
+
+  /// Makes room for exactly `count` elements. Those in use stay if there is room for all of them,
+  /// otherwise all are dropped. 1303 when the memory cannot be had; the vector stays as it was
+  /// then. Trace "KyVector::SetMaxElements".
+  KY_ERRORS SetMaxElements(unsigned int count) noexcept;
+
+  /// Sets the number of elements in use. New ones are not initialised (images are empty). When
+  /// there is no room for them, the array is replaced and the former elements are lost; 1303 when
+  /// that memory cannot be had, and the vector stays as it was. Traces "KyVector::SetMaxElements",
+  /// "KyVector::SetNumElements".
+  KY_ERRORS SetNumElements(unsigned int count) noexcept;
+
+  /// Appends an element: AddElement by value (an image is moved), AddElementByRef a copy (of an
+  /// image, one with pixels of its own). A full array is replaced by one of twice the room: 1, 2,
+  /// 4, 8 ... elements. 1303 when the memory cannot be had; nothing is appended then. Traces
+  /// "KyVector::SetMaxElements", then "KyVector::AddElement" or "KyVector::AddElementByRef".
+  KY_ERRORS AddElement(T element) noexcept;
+  KY_ERRORS AddElementByRef(const T& element) noexcept;
+
+  /// Writes the elements to a file, which is replaced. Errors: 1102 the file cannot be opened (also
+  /// for null), 1104 not be written, 1106 not be closed. Trace "KyVector::Save".
+  KY_ERRORS Save(const char* name) const noexcept;
+
+  /// Replaces the elements by those of a file. Errors: 1102 the file cannot be opened (also for
+  /// null), 1103 it is too short, 1105 it holds something else, 1303 the memory cannot be had, 1106
+  /// the file cannot be closed. The vector stays as it was when the file does not even hold a
+  /// number of elements, and is empty after 1303. It has that number of elements when the file
+  /// ends too early; those that are missing are unspecified (a vector of images has only those
+  /// that were read). Trace "KyVector::Load".
+  KY_ERRORS Load(const char* name) noexcept;
+
+  /// The part of a file behind its first four bytes, written to an open stream (any `direction` but
+  /// 0) or read from it (0), for files that hold more than a vector. No element type uses
+  /// `version`. Errors as above; 1102 for null; no trace.
+  KY_ERRORS Serialize(std::FILE* stream, int direction, unsigned char version) noexcept;
+
+ protected:
+  // SetMaxElements and SetNumElements for constructors, which keep an earlier status.
+  KY_ERRORS Reserve(unsigned int count) noexcept;
+  KY_ERRORS Resize(unsigned int count) noexcept;
+
+ private:
+  struct Array;
+
+  static T* Allocate(unsigned int count) noexcept;
+  static Array* ArrayOf(T* data) noexcept;
+  static void Release(T* data, unsigned int count) noexcept;
+  static T& Missing() noexcept;
+  KY_ERRORS Replace(unsigned int capacity, unsigned int kept) noexcept;
+  void SetCount(unsigned int count) noexcept;
+  KY_ERRORS Append(T&& element, const char* name) noexcept;
+  KY_ERRORS Write(std::FILE* stream) const noexcept;
+  KY_ERRORS Read(std::FILE* stream) noexcept;
+
+  unsigned int count_ = 0;
+  unsigned int capacity_ = 0;
+  T* data_ = nullptr;
+  Array* former_ = nullptr;  // the arrays held before assignments
+};
+
+template <>
+struct KyFileType<KyBW8> {
+  static constexpr KyBW8 kSignature = 1, kVersion = 1;
+};
+template <>
+struct KyFileType<KyBW16> {
+  static constexpr KyBW8 kSignature = 2, kVersion = 1;
+};
+template <>
+struct KyFileType<KyC24> {
+  static constexpr KyBW8 kSignature = 3, kVersion = 1;
+};
+template <>
+struct KyFileType<unsigned int> {
+  static constexpr KyBW8 kSignature = 255, kVersion = 255;
+};
+
+/// A vector of pixels.
+template <class T>
+class KY_API KyPixelVectorTemplate : public KyVectorTemplate<T> {
+ public:
+  /// A vector of `count` elements, all `value`. 1303 when the memory cannot be had; the vector is
+  /// empty then.
+  explicit KyPixelVectorTemplate(unsigned int count = 0, T value = T()) noexcept;
+  KyPixelVectorTemplate(KyPixelVectorTemplate&&) noexcept = default;
+  KyPixelVectorTemplate& operator=(KyPixelVectorTemplate&) noexcept = default;
+  KyPixelVectorTemplate& operator=(KyPixelVectorTemplate&&) noexcept = default;
+};
+
+using KyBW8Vector = KyPixelVectorTemplate<KyBW8>;
+using KyBW16Vector = KyPixelVectorTemplate<KyBW16>;
+using KyBW32Vector = KyPixelVectorTemplate<KyBW32>;
+using KyC24Vector = KyPixelVectorTemplate<KyC24>;
+
+extern template struct KyPlaceHolder<KyBW8>;
+extern template struct KyPlaceHolder<KyBW16>;
+extern template struct KyPlaceHolder<unsigned int>;
+extern template struct KyPlaceHolder<KyC24>;
+extern template class KyVectorTemplate<KyBW8>;
+extern template class KyVectorTemplate<KyBW16>;
+extern template class KyVectorTemplate<unsigned int>;
+extern template class KyVectorTemplate<KyC24>;
+extern template class KyPixelVectorTemplate<KyBW8>;
+extern template class KyPixelVectorTemplate<KyBW16>;
+extern template class KyPixelVectorTemplate<KyBW32>;
+extern template class KyPixelVectorTemplate<KyC24>;
