@@ -94,7 +94,8 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   /// Appends an element: AddElement by value (an image is moved), AddElementByRef a copy (of an
   /// image, one with pixels of its own). A full array is replaced by one of twice the room: 1, 2,
   /// 4, 8 ... elements. 1303 when the memory cannot be had; nothing is appended then. Traces
-  /// "KyVector::SetMaxElements", then "KyVector::AddElement" or "KyVector::AddElementByRef".
+  /// "KyVector::SetMaxElements" or, for a copy, "KyImage::CopyFrom"; then "KyVector::AddElement" or
+  /// "KyVector::AddElementByRef".
   KY_ERRORS AddElement(T element) noexcept;
   KY_ERRORS AddElementByRef(const T& element) noexcept;
 
