@@ -90,11 +90,7 @@ void Load(const Bytes& bytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
-  // The first byte chooses the element type. The most significant byte of the count is left out:
-  // the fuzzer takes an allocation of gigabytes for a fault.
-  Bytes bytes(data + 1, data + size);
-  constexpr std::size_t kCountEnd = 8;
-  if (bytes.size() >= kCountEnd) bytes[kCountEnd - 1] = 0;
+  const Bytes bytes(data + 1, data + size);  // the first byte chooses the element type
   switch (data[0] % 11) {
     case 0: Load<KyBW8>(bytes); break;
     case 1: Load<KyBW16>(bytes); break;
