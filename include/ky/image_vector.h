@@ -13,13 +13,9 @@
 // every function answers 1400 until SetSize or Attach gives it some.
 
 template <>
-struct KyFileType<KyImage<KyBW8>> {
-  static constexpr KyBW8 kSignature = 18, kVersion = 1;
-};
+struct KyFileType<KyImage<KyBW8>> : KyFileTypeOf<18> {};
 template <>
-struct KyFileType<KyImage<KyC24>> {
-  static constexpr KyBW8 kSignature = 19, kVersion = 1;
-};
+struct KyFileType<KyImage<KyC24>> : KyFileTypeOf<19> {};
 
 extern template struct KyPlaceHolder<KyImage<KyBW8>>;
 extern template struct KyPlaceHolder<KyImage<KyC24>>;

@@ -53,25 +53,15 @@ static_assert(sizeof(KyPath) == 4 && sizeof(KyBW8Path) == 6 && sizeof(KyC24Path)
 static_assert(sizeof(KyPeak) == 20 && sizeof(KyRun) == 12);
 
 template <>
-struct KyFileType<KyPath> {
-  static constexpr KyBW8 kSignature = 6, kVersion = 1;
-};
+struct KyFileType<KyPath> : KyFileTypeOf<6> {};
 template <>
-struct KyFileType<KyBW8Path> {
-  static constexpr KyBW8 kSignature = 7, kVersion = 1;
-};
+struct KyFileType<KyBW8Path> : KyFileTypeOf<7> {};
 template <>
-struct KyFileType<KyC24Path> {
-  static constexpr KyBW8 kSignature = 8, kVersion = 1;
-};
+struct KyFileType<KyC24Path> : KyFileTypeOf<8> {};
 template <>
-struct KyFileType<KyPeak> {
-  static constexpr KyBW8 kSignature = 9, kVersion = 1;
-};
+struct KyFileType<KyPeak> : KyFileTypeOf<9> {};
 template <>
-struct KyFileType<KyRun> {
-  static constexpr KyBW8 kSignature = 10, kVersion = 1;
-};
+struct KyFileType<KyRun> : KyFileTypeOf<10> {};
 
 /// A path: a vector of positions, and a flag that tells whether the last one joins the first.
 template <class T>

@@ -13,6 +13,12 @@
 template <class T>
 struct KyFileType;
 
+/// The specialisations derive from this.
+template <KyBW8 signature, KyBW8 version = 1>
+struct KyFileTypeOf {
+  static constexpr KyBW8 kSignature = signature, kVersion = version;
+};
+
 /// The element that stands in for those which are not there; T() whenever it is handed out. Every
 /// thread has its own.
 template <class T, bool kPlain = std::is_trivially_copyable_v<T>>
@@ -141,21 +147,13 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
 };
 
 template <>
-struct KyFileType<KyBW8> {
-  static constexpr KyBW8 kSignature = 1, kVersion = 1;
-};
+struct KyFileType<KyBW8> : KyFileTypeOf<1> {};
 template <>
-struct KyFileType<KyBW16> {
-  static constexpr KyBW8 kSignature = 2, kVersion = 1;
-};
+struct KyFileType<KyBW16> : KyFileTypeOf<2> {};
 template <>
-struct KyFileType<KyC24> {
-  static constexpr KyBW8 kSignature = 3, kVersion = 1;
-};
+struct KyFileType<KyC24> : KyFileTypeOf<3> {};
 template <>
-struct KyFileType<unsigned int> {
-  static constexpr KyBW8 kSignature = 255, kVersion = 255;
-};
+struct KyFileType<unsigned int> : KyFileTypeOf<255, 255> {};
 
 /// A vector of pixels.
 template <class T>
