@@ -125,6 +125,51 @@ HWY_INLINE hn::Vec<D> InFloat(D d, const F& f, V... v) {
 #endif
 }
 
+// The bytes of a vector in reverse order.
+template <class D>
+HWY_INLINE hn::Vec<D> ReverseBytes(D d, hn::Vec<D> v) {
+#if HWY_TARGET == HWY_SCALAR
+  (void)d;
+  return v;
+#else
+  alignas(16) static constexpr uint8_t kReversed[16] = {15, 14, 13, 12, 11, 10, 9, 8,
+                                                        7,  6,  5,  4,  3,  2,  1, 0};
+  return hn::ReverseBlocks(d, hn::TableLookupBytes(v, hn::LoadDup128(d, kReversed)));
+#endif
+}
+
+// Three vectors of up to 16 bytes that hold as many triples as one of them bytes: the triples in
+// reverse order.
+template <class D>
+HWY_INLINE void ReverseTriples(D d, hn::Vec<D>& a, hn::Vec<D>& b, hn::Vec<D>& c) {
+#if HWY_TARGET == HWY_SCALAR
+  (void)d, (void)a, (void)b, (void)c;
+#else
+  // Byte i of the result comes from byte 45 - i + 2 * (i % 3): row o, column s, of this table says
+  // which bytes of vector s vector o of the result takes.
+  struct Tables {
+    uint8_t bytes[3][3][16];
+  };
+  alignas(16) static constexpr Tables kTables = [] {
+    Tables tables{};
+    for (int i = 0; i < 48; ++i) {
+      const int from = 45 - i + 2 * (i % 3);
+      for (int s = 0; s < 3; ++s)
+        tables.bytes[i / 16][s][i % 16] = static_cast<uint8_t>(from / 16 == s ? from % 16 : 0x80);
+    }
+    return tables;
+  }();
+  const auto take = [&](int to, int from, hn::Vec<D> v) HWY_ATTR {
+    return hn::TableLookupBytesOr0(v, hn::LoadU(d, kTables.bytes[to][from]));
+  };
+  const auto first = hn::Or(take(0, 1, b), take(0, 2, c));
+  const auto second = hn::Or(hn::Or(take(1, 0, a), take(1, 1, b)), take(1, 2, c));
+  c = hn::Or(take(2, 0, a), take(2, 1, b));
+  a = first;
+  b = second;
+#endif
+}
+
 // Three bytes a pixel: op(d, c0, c1, c2 of every source...) changes the planes of the first source
 // into those of the result.
 template <class Op, class... In>

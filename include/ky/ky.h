@@ -7,6 +7,7 @@
 #include "ky/histogram_vector.h"
 #include "ky/image.h"
 #include "ky/image_vector.h"
+#include "ky/mirrors.h"
 #include "ky/operators.h"
 #include "ky/paths.h"
 #include "ky/pixels.h"

@@ -1,0 +1,106 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "geometry/mirror_rows.cpp"
+#include <hwy/foreach_target.h>  // keep first
+
+#include "geometry/mirror_rows.h"
+
+#include <algorithm>
+
+#include "foundation/dispatch.h"
+#include "foundation/rows-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+namespace {
+
+void Exchange(KyBW8* a, KyBW8* b, size_t n) {
+  const hn::ScalableTag<uint8_t> d;
+  const size_t lanes = hn::Lanes(d);
+  size_t i = 0;
+  for (; i + lanes <= n; i += lanes) {
+    const auto v = hn::LoadU(d, a + i);
+    hn::StoreU(hn::LoadU(d, b + i), d, a + i);
+    hn::StoreU(v, d, b + i);
+  }
+  const size_t rest = n - i;
+  if (rest == 0) return;
+  const auto v = LoadPart(d, a + i, rest);
+  StorePart(d, LoadPart(d, b + i, rest), a + i, rest);
+  StorePart(d, v, b + i, rest);
+}
+
+// Blocks of pixels at both ends change places, each reversed on the way, while at least one block
+// lies between `first` and `end`. The last two may overlap: both are read before either is written.
+template <class Block, class T>
+HWY_INLINE void ReverseBlocks(T*& first, T*& end) {
+  constexpr ptrdiff_t kPixels = Block::kPixels;
+  while (end - first >= kPixels) {
+    const Block left(first), right(end - kPixels);
+    right.StoreReversed(first);
+    left.StoreReversed(end - kPixels);
+    first += kPixels;
+    end -= kPixels;
+  }
+}
+
+template <class D>
+struct GreyBlock {
+  static constexpr ptrdiff_t kPixels = hn::MaxLanes(D());
+  hn::Vec<D> v;
+
+  explicit HWY_INLINE GreyBlock(const KyBW8* from) : v(hn::LoadU(D(), from)) {}
+  HWY_INLINE void StoreReversed(KyBW8* to) const { hn::StoreU(ReverseBytes(D(), v), D(), to); }
+};
+
+void Reverse(KyBW8* row, size_t n) {
+  KyBW8* end = row + n;
+  ReverseBlocks<GreyBlock<hn::ScalableTag<uint8_t>>>(row, end);
+  ReverseBlocks<GreyBlock<hn::CappedTag<uint8_t, 16>>>(row, end);
+  if (row < end) std::reverse(row, end);
+}
+
+struct ColorBlock {
+  using D = hn::CappedTag<uint8_t, 16>;
+  static constexpr ptrdiff_t kPixels = hn::MaxLanes(D());
+  hn::Vec<D> a, b, c;
+
+  explicit HWY_INLINE ColorBlock(const KyC24* from) {
+    const KyBW8* const bytes = &from->c0;
+    a = hn::LoadU(D(), bytes);
+    b = hn::LoadU(D(), bytes + kPixels);
+    c = hn::LoadU(D(), bytes + 2 * kPixels);
+  }
+  HWY_INLINE void StoreReversed(KyC24* to) const {
+    KyBW8* const bytes = &to->c0;
+    hn::Vec<D> first = a, second = b, third = c;
+    ReverseTriples(D(), first, second, third);
+    hn::StoreU(first, D(), bytes);
+    hn::StoreU(second, D(), bytes + kPixels);
+    hn::StoreU(third, D(), bytes + 2 * kPixels);
+  }
+};
+
+void ReverseColors(KyC24* row, size_t n) {
+  KyC24* end = row + n;
+  ReverseBlocks<ColorBlock>(row, end);
+  if (row < end) std::reverse(row, end);
+}
+
+constexpr MirrorKernels kKernels = {&Exchange, &Reverse, &ReverseColors};
+
+}  // namespace
+
+const MirrorKernels* TableOfMirrorKernels() { return &kKernels; }
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace ky {
+HWY_EXPORT(TableOfMirrorKernels);
+const MirrorKernels& ChooseMirrorKernels() noexcept { return *KY_DISPATCH(TableOfMirrorKernels)(); }
+}  // namespace ky
+#endif
