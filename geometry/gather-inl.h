@@ -13,6 +13,9 @@ HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 
+// Whether the instruction set has loads from scattered places.
+constexpr bool kGathers = HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2;
+
 // The pixels (x, y), from the lowest byte of each lane up. Only the first `kBytes` bytes from the
 // pixel's place on are meant, and they must lie inside the row; the bytes above are anything.
 #if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2

@@ -1,0 +1,119 @@
+#include "foundation/frame.h"
+#include "foundation/rows.h"
+#include "geometry/warp_rows.h"
+#include "ky/geometry.h"
+
+namespace {
+
+using ky::Call;
+using ky::HasImage;
+using ky::Input;
+using ky::Rows;
+using ky::RowsOf;
+using ky::WarpKernelsFor;
+
+template <class T>
+Rows<const T> TableOf(const KyImage<T>* table) noexcept {
+  return RowsOf(static_cast<const KyROI<T>*>(table));
+}
+
+template <class T>
+void Clear(const Rows<T>& rows) noexcept {
+  for (std::ptrdiff_t y = 0; y < rows.height; ++y)
+    std::memset(static_cast<void*>(rows.Row(y)), 0, static_cast<std::size_t>(rows.RowBytes()));
+}
+
+template <class T>
+KY_ERRORS WarpByTables(const Rows<const T>& original, const Rows<T>& destination,
+                       const Rows<const KyBW16>& xTable, const Rows<const KyBW16>& yTable,
+                       int shiftX, int shiftY) noexcept {
+  Input<T> source;
+  Input<KyBW16> xs, ys;
+  if (!source.OpenApart(original, destination) || !xs.OpenApart(xTable, destination) ||
+      !ys.OpenApart(yTable, destination))
+    return KY_ERROR_NOT_ENOUGH_MEMORY;
+  if (source.rows().Empty()) {
+    Clear(destination);
+    return KY_OK;
+  }
+  const auto fromTables = WarpKernelsFor(source.rows()).fromTables;
+  for (std::ptrdiff_t y = 0; y < destination.height; ++y)
+    fromTables(destination.Row(y), static_cast<std::size_t>(destination.width), source.rows(),
+               xs.rows().Row(y), ys.rows().Row(y), shiftX, shiftY);
+  return KY_OK;
+}
+
+template <class T>
+KY_ERRORS WarpByPacked(const Rows<const T>& original, const Rows<T>& destination,
+                       const Rows<const KyBW32>& table) noexcept {
+  ky::Scratch<std::ptrdiff_t> rowStarts;
+  if (!rowStarts.Allocate(original.height)) return KY_ERROR_NO_RESULT;
+  Input<T> source;
+  Input<KyBW32> positions;
+  if (!source.OpenApart(original, destination) || !positions.OpenApart(table, destination))
+    return KY_ERROR_NOT_ENOUGH_MEMORY;
+  for (std::ptrdiff_t y = 0; y < original.height; ++y) rowStarts[y] = y * source.rows().pitch;
+  const auto fromPacked = WarpKernelsFor(source.rows()).fromPacked;
+  const auto width = static_cast<std::size_t>(destination.width);
+  for (std::ptrdiff_t y = 0; y < destination.height; ++y)
+    if (fromPacked(destination.Row(y), width, source.rows(), rowStarts.get(),
+                   positions.rows().Row(y)) < width)
+      return KY_ERROR_WARP_MAP;
+  return KY_OK;
+}
+
+template <class T>
+KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyImage<KyBW16>* xTable,
+               const KyImage<KyBW16>* yTable, int shiftX, int shiftY) noexcept {
+  return Call("ImgWarp", [&] {
+    for (const KyGenericROI* roi :
+         std::initializer_list<const KyGenericROI*>{source, destination, xTable, yTable})
+      if (const KY_ERRORS error = HasImage(roi)) return error;
+    for (const KyGenericROI* table : {xTable, yTable}) {
+      destination->CheckSameSize(table);
+      if (const KY_ERRORS error = KyGetError()) return error;
+    }
+    return WarpByTables(RowsOf(source), RowsOf(destination), TableOf(xTable), TableOf(yTable),
+                        shiftX, shiftY);
+  });
+}
+
+template <class T>
+KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination,
+               const KyImage<KyBW32>* table) noexcept {
+  return Call("ImgWarp", [&] {
+    if (source == nullptr || destination == nullptr) return KY_ERROR_NO_IMAGE;
+    source->CheckSameSize(destination);
+    if (const KY_ERRORS error = KyGetError()) return error;
+    if (table == nullptr) return KY_ERROR_NO_IMAGE;
+    if (table->GetWidth() < destination->GetWidth() ||
+        table->GetHeight() < destination->GetHeight())
+      return KY_ERROR_WARP_2200;
+    for (const KyGenericROI* roi :
+         std::initializer_list<const KyGenericROI*>{source, destination, table})
+      if (const KY_ERRORS error = HasImage(roi)) return error;
+    return WarpByPacked(RowsOf(source), RowsOf(destination), TableOf(table));
+  });
+}
+
+}  // namespace
+
+KY_ERRORS ImgWarp(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
+                  const KyImage<KyBW16>* xTable, const KyImage<KyBW16>* yTable, int shiftX,
+                  int shiftY) noexcept {
+  return Warp(source, destination, xTable, yTable, shiftX, shiftY);
+}
+KY_ERRORS ImgWarp(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                  const KyImage<KyBW16>* xTable, const KyImage<KyBW16>* yTable, int shiftX,
+                  int shiftY) noexcept {
+  return Warp(source, destination, xTable, yTable, shiftX, shiftY);
+}
+
+KY_ERRORS ImgWarp(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
+                  const KyImage<KyBW32>* table) noexcept {
+  return Warp(source, destination, table);
+}
+KY_ERRORS ImgWarp(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                  const KyImage<KyBW32>* table) noexcept {
+  return Warp(source, destination, table);
+}
