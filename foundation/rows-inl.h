@@ -60,24 +60,29 @@ HWY_INLINE void StorePart(D d, hn::Vec<D> v, T* to, size_t n) {
 template <class Op>
 concept Keeping = Op::kKeeps;
 
-// out[i] = op(in[i]...) for n elements: the loop of every per-pixel kernel.
+// out[i] = op(in[i]...) for n elements: the loop of every per-pixel kernel. The last vector
+// overlaps the one before it; it is computed first, as in place the others overwrite its sources.
 template <class Op, class Out, class... In>
 HWY_INLINE void MapSpan(const Op& op, Out* out, size_t n, const In*... in) {
   const hn::ScalableTag<typename Op::Lane> d;
   const size_t lanes = hn::Lanes(d);
-  size_t i = 0;
-  for (; i + lanes <= n; i += lanes) {
+  const auto apply = [&](const auto& load) HWY_ATTR {
     if constexpr (Keeping<Op>)
-      StoreLanes(d, op(d, LoadLanes(d, out + i), LoadLanes(d, in + i)...), out + i);
+      return op(d, load(out), load(in)...);
     else
-      StoreLanes(d, op(d, LoadLanes(d, in + i)...), out + i);
+      return op(d, load(in)...);
+  };
+  if (n < lanes) {
+    if (n != 0)
+      StorePart(d, apply([=](auto* from) HWY_ATTR { return LoadPart(d, from, n); }), out, n);
+    return;
   }
-  const size_t rest = n - i;
-  if (rest == 0) return;
-  if constexpr (Keeping<Op>)
-    StorePart(d, op(d, LoadPart(d, out + i, rest), LoadPart(d, in + i, rest)...), out + i, rest);
-  else
-    StorePart(d, op(d, LoadPart(d, in + i, rest)...), out + i, rest);
+  const auto at = [&](size_t i) HWY_ATTR {
+    return apply([=](auto* from) HWY_ATTR { return LoadLanes(d, from + i); });
+  };
+  const auto last = at(n - lanes);
+  for (size_t i = 0; i + lanes < n; i += lanes) StoreLanes(d, at(i), out + i);
+  StoreLanes(d, last, out + (n - lanes));
 }
 
 // Runs `f(d16, v...)` on 8-bit lanes widened to 16 bits, without crossing lanes: first the even,
