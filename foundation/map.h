@@ -59,10 +59,11 @@ class FromConstant {
   }
   template <class Out>
   bool Open(const Rows<Out>& destination) noexcept {
-    const std::ptrdiff_t all = destination.width * destination.height;
-    const std::ptrdiff_t filled =
-        std::min<std::ptrdiff_t>(kLongest, std::max<std::ptrdiff_t>(all, kPeriod));
-    for (std::ptrdiff_t i = kPeriod; i < filled; ++i) pattern_[i] = pattern_[i - kPeriod];
+    const std::ptrdiff_t longest =
+        destination.Joined() ? destination.width * destination.height : destination.width;
+    const std::ptrdiff_t wanted = std::min(kLongest, longest);
+    for (std::ptrdiff_t have = kPeriod; have < wanted; have *= 2)
+      std::copy_n(pattern_, std::min(have, wanted - have), pattern_ + have);
     return true;
   }
   bool Joined() const noexcept { return true; }
