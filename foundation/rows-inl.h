@@ -102,31 +102,28 @@ HWY_INLINE hn::Vec<D> OnWide(D d, const F& f, V... v) {
 #endif
 }
 
-// Runs `f(df, v...)` on 8- or 16-bit lanes converted to single precision, and truncates the
-// results, which must be 0 or more and fit the lanes.
-template <class D, class F, class... V>
-HWY_INLINE hn::Vec<D> InFloat(D d, const F& f, V... v) {
+// Runs `f(df, v...)` on 16-bit lanes converted to single precision. The results are the low 16 bits
+// of the floats that it returns: adding 2^k to a smaller number of 0 or more, or 1.5 * 2^k to one
+// that may be negative too, leaves it there as a multiple of 2^(k - 23), rounded to the nearest.
+// That is cheaper than a conversion, which has to look for overflow.
+template <class D16, class F, class... V>
+HWY_INLINE hn::Vec<D16> InFloat(D16 d16, const F& f, V... v) {
 #if HWY_TARGET == HWY_SCALAR
-  const hn::Rebind<int32_t, D> d32;
-  const hn::Rebind<float, D> df;
-  return hn::DemoteTo(d, hn::ConvertTo(d32, f(df, hn::ConvertTo(df, hn::PromoteTo(d32, v))...)));
+  const hn::Rebind<int32_t, D16> d32;
+  const hn::Rebind<uint32_t, D16> unsigned32;
+  const hn::Rebind<float, D16> df;
+  const auto result = f(df, hn::ConvertTo(df, hn::PromoteTo(d32, v))...);
+  return hn::TruncateTo(d16, hn::BitCast(unsigned32, result));
 #else
-  constexpr int kBits = 8 * sizeof(hn::TFromD<D>);
-  const hn::Repartition<uint32_t, D> d32;
-  const hn::Repartition<int32_t, D> signed32;
-  const hn::Repartition<float, D> df;
-  const auto low = hn::Set(d32, (1u << kBits) - 1);
-  const auto part = [&](int shift) HWY_ATTR {
-    const auto in = [&](auto wide) HWY_ATTR {
-      return hn::ConvertTo(df,
-                           hn::BitCast(signed32, hn::And(hn::ShiftRightSame(wide, shift), low)));
-    };
-    const auto result = hn::ConvertTo(signed32, f(df, in(hn::BitCast(d32, v))...));
-    return hn::ShiftLeftSame(hn::BitCast(d32, result), shift);
-  };
-  auto all = hn::Or(part(0), part(kBits));
-  if constexpr (kBits == 8) all = hn::Or(all, hn::Or(part(16), part(24)));
-  return hn::BitCast(d, all);
+  const hn::Repartition<uint32_t, D16> d32;
+  const hn::Repartition<int32_t, D16> signed32;
+  const hn::Repartition<float, D16> df;
+  const auto toFloat = [&](auto wide)
+                           HWY_ATTR { return hn::ConvertTo(df, hn::BitCast(signed32, wide)); };
+  const auto mask = hn::Set(d32, 0xFFFF);
+  const auto low = f(df, toFloat(hn::And(hn::BitCast(d32, v), mask))...);
+  const auto high = f(df, toFloat(hn::ShiftRight<16>(hn::BitCast(d32, v)))...);
+  return hn::OddEven(hn::ShiftLeftLanes<1>(d16, hn::BitCast(d16, high)), hn::BitCast(d16, low));
 #endif
 }
 

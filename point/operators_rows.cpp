@@ -69,49 +69,70 @@ struct Multiply : Op8 {
   }
 };
 
-// The quotient of integers a < 2^16 and 0 < b < 2^8, not yet truncated. (a + 1/2) / b lies at least
-// 1 / 2b away from every integer. One Newton step brings the reciprocal, good to 1.5 * 2^-12 on
-// every processor, within 2^-21, so the error stays below (a + 1/2) * 2^-20 / b, less than 1 / 2b.
-// For a < 2^8 the unrefined reciprocal will do.
-template <bool kRefined>
-struct Quotient {
+// 65536 / b - kLess in 16-bit lanes, for b of 1 to 255, within 1/2 + 24 / b: processors approximate
+// reciprocals to 1.5 * 2^-12. 0 for b = 0; a result of 65536 wraps.
+template <int kLess>
+struct Reciprocal {
   template <class DF, class VF>
-  HWY_INLINE VF operator()(DF df, VF a, VF b) const {
-    VF reciprocal = hn::ApproximateReciprocal(b);
-    if constexpr (kRefined)
-      reciprocal = hn::Mul(reciprocal, hn::Sub(hn::Set(df, 2.0f), hn::Mul(b, reciprocal)));
-    return hn::Mul(hn::Add(a, hn::Set(df, 0.5f)), reciprocal);
+  HWY_INLINE VF operator()(DF df, VF b) const {
+    return hn::Add(hn::ApproximateReciprocal(b), hn::Set(df, 128 - kLess / 65536.0f));
   }
 };
-struct ScaledQuotient {
-  template <class DF, class VF>
-  HWY_INLINE VF operator()(DF df, VF a, VF b) const {
-    const VF quotient = Quotient<true>()(df, hn::Mul(a, hn::Set(df, 256.0f)), b);
-    return hn::Min(quotient, hn::Set(df, 255.0f));
-  }
-};
-// Divides where b is not 0; there the result is all ones.
-template <class Base, class Formula>
-struct DivideBy : Base {
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V a, V b) const {
-    const V quotient = InFloat(d, Formula(), a, hn::Max(b, hn::Set(d, 1)));
-    return hn::IfThenElse(IsZero(d, b), Ones(d), quotient);
-  }
-};
-using Divide = DivideBy<Op8, Quotient<false>>;
+// -1 where the difference a - b of 16-bit lanes, of a size below 2^15, is negative, else 0.
+template <class D16, class V>
+HWY_INLINE V Borrow(D16 d16, V a, V b) {
+  const hn::RebindToSigned<D16> signed16;
+  return hn::BitCast(d16, hn::BroadcastSignBit(hn::BitCast(signed16, hn::Sub(a, b))));
+}
 
-struct Modulo : Op8 {
-  struct Wide {
-    template <class D16, class V>
-    HWY_INLINE V operator()(D16 d16, V a, V b, V quotient) const {
-      return hn::And(hn::Sub(a, hn::Mul(b, quotient)), hn::Set(d16, 255));
-    }
-  };
+// The divisions estimate the quotient by a reciprocal, which need not be exact, and correct it by
+// the remainder. One that lies up to 257 below 65536 / b makes the estimate right or one too small,
+// as a < 256.
+using ReciprocalBelow = Reciprocal<25>;
+struct WideDivide {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16 d16, V a, V b) const {
+    const V reciprocal = InFloat(d16, ReciprocalBelow(), b);
+    const V quotient = hn::Add(hn::MulHigh(a, reciprocal), hn::Set(d16, 1));
+    return hn::Add(quotient, Borrow(d16, a, hn::Mul(quotient, b)));
+  }
+};
+struct WideModulo {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16 d16, V a, V b) const {
+    const V reciprocal = InFloat(d16, ReciprocalBelow(), b);
+    const V remainder = hn::Sub(a, hn::Mul(hn::MulHigh(a, reciprocal), b));
+    return hn::Min(remainder, hn::Sub(remainder, b));
+  }
+};
+// 256 a / b for a < b. An error of 1/2 + 24 / b in the reciprocal makes the estimate wrong by less
+// than (b / 2 + 24) / 256, so by one at most, either way.
+struct WideScaledDivide {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16 d16, V a, V b) const {
+    const V dividend = hn::ShiftLeft<8>(a);
+    const V estimate = hn::MulHigh(dividend, InFloat(d16, Reciprocal<0>(), b));
+    const V remainder = hn::Sub(dividend, hn::Mul(estimate, b));
+    const V quotient = hn::Add(hn::Add(estimate, hn::Set(d16, 1)), Borrow(d16, remainder, b));
+    return hn::And(hn::Add(quotient, Borrow(d16, remainder, hn::Zero(d16))), hn::Set(d16, 255));
+  }
+};
+struct Divide : Op8 {
   template <class D, class V>
   HWY_INLINE V operator()(D d, V a, V b) const {
-    const V remainder = OnWide(d, Wide(), a, b, Divide()(d, a, b));
-    return hn::IfThenZeroElse(IsZero(d, b), remainder);
+    return hn::Or(Truth(d, IsZero(d, b)), OnWide(d, WideDivide(), a, b));
+  }
+};
+struct Modulo : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return hn::AndNot(Truth(d, IsZero(d, b)), OnWide(d, WideModulo(), a, b));
+  }
+};
+struct ScaledDivide : Op8 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return hn::Or(Truth(d, hn::Eq(hn::Max(a, b), a)), OnWide(d, WideScaledDivide(), a, b));
   }
 };
 
@@ -291,7 +312,31 @@ struct Multiply16 : Op16 {
     return hn::IfThenElse(IsZero(d, hn::MulHigh(a, b)), hn::Mul(a, b), Ones(d));
   }
 };
-using Divide16 = DivideBy<Op16, Quotient<true>>;
+struct Divide8To16 : Op16 {
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return hn::Or(Truth(d, IsZero(d, b)), WideDivide()(d, a, b));
+  }
+};
+// One Newton step brings the reciprocal within 2^-21, so that the quotient of a + 1/2 is wrong by
+// less than (a + 1/2) * 2^-20 / b. That is less than its distance of 1 / 2b from every integer.
+struct Divide16 : Op16 {
+  struct Quotient {
+    template <class DF, class VF>
+    HWY_INLINE VF operator()(DF df, VF a, VF b) const {
+      const VF half = hn::Set(df, 0.5f);
+      const VF near = hn::ApproximateReciprocal(b);
+      const VF reciprocal = hn::Mul(near, hn::Sub(hn::Set(df, 2.0f), hn::Mul(b, near)));
+      const VF quotient = hn::Mul(hn::Add(a, half), reciprocal);
+      return hn::Add(hn::Sub(quotient, half), hn::Set(df, 1.5f * (1 << 23)));
+    }
+  };
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    const V quotient = InFloat(d, Quotient(), a, hn::Max(b, hn::Set(d, 1)));
+    return hn::Or(Truth(d, IsZero(d, b)), quotient);
+  }
+};
 
 struct Overlay {
   template <class D, class Planes>
@@ -344,7 +389,7 @@ constexpr OperatorKernels MakeKernels() {
   combine[KY_OPER_AVERAGE] = &Map<Average>;
   combine[KY_OPER_HALF_DIFFERENCE] = &Map<HalfDifference>;
   combine[KY_OPER_SCALED_MULTIPLY] = &Map<ScaledMultiply>;
-  combine[KY_OPER_SCALED_DIVIDE] = &Map<DivideBy<Op8, ScaledQuotient>>;
+  combine[KY_OPER_SCALED_DIVIDE] = &Map<ScaledDivide>;
   combine[KY_OPER_AND] = &Map<And>;
   combine[KY_OPER_OR] = &Map<Or>;
   combine[KY_OPER_XOR] = &Map<Xor>;
@@ -367,7 +412,7 @@ constexpr OperatorKernels MakeKernels() {
   combine8To16[KY_OPER_ADD] = &Map<AddWrap>;
   combine8To16[KY_OPER_SUBTRACT] = &Map<Subtract<Op16>>;
   combine8To16[KY_OPER_MULTIPLY] = &Map<Multiply16>;
-  combine8To16[KY_OPER_DIVIDE] = &Map<Divide16>;
+  combine8To16[KY_OPER_DIVIDE] = &Map<Divide8To16>;
 
   auto& combine16 = kernels.combine16;
   combine16[KY_OPER_ADD] = &Map<Add<Op16>>;
