@@ -69,13 +69,14 @@ struct Multiply : Op8 {
   }
 };
 
-// 65536 / b - kLess in 16-bit lanes, for b of 1 to 255, within 1/2 + 24 / b: processors approximate
-// reciprocals to 1.5 * 2^-12. 0 for b = 0; a result of 65536 wraps.
-template <int kLess>
+// 2^kBits / b - kLess in 16-bit lanes, for b of 1 to 255, within 1/2 + 2^(kBits - 11.4) / b:
+// processors approximate reciprocals to 1.5 * 2^-12. 0 for b = 0; a result of 2^16 wraps.
+template <int kBits, int kLess>
 struct Reciprocal {
   template <class DF, class VF>
   HWY_INLINE VF operator()(DF df, VF b) const {
-    return hn::Add(hn::ApproximateReciprocal(b), hn::Set(df, 128 - kLess / 65536.0f));
+    constexpr float kShift = (1 << (23 - kBits)) - kLess / float{1 << kBits};
+    return hn::Add(hn::ApproximateReciprocal(b), hn::Set(df, kShift));
   }
 };
 // -1 where the difference a - b of 16-bit lanes, of a size below 2^15, is negative, else 0.
@@ -86,23 +87,27 @@ HWY_INLINE V Borrow(D16 d16, V a, V b) {
 }
 
 // The divisions estimate the quotient by a reciprocal, which need not be exact, and correct it by
-// the remainder. One that lies up to 257 below 65536 / b makes the estimate right or one too small,
-// as a < 256.
-using ReciprocalBelow = Reciprocal<25>;
+// the remainder. Here the reciprocal is off by less than 26, the estimate before rounding by less
+// than 255 * 26 / 2^15 < 1/4: rounded to the nearest, it is the quotient or one more.
+template <class D16, class V>
+HWY_INLINE V QuotientOrOneMore(D16 d16, V a, V b) {
+  const hn::RebindToSigned<D16> signed16;
+  const V reciprocal = InFloat(d16, Reciprocal<15, 13>(), b);
+  return hn::BitCast(
+      d16, hn::MulFixedPoint15(hn::BitCast(signed16, a), hn::BitCast(signed16, reciprocal)));
+}
 struct WideDivide {
   template <class D16, class V>
   HWY_INLINE V operator()(D16 d16, V a, V b) const {
-    const V reciprocal = InFloat(d16, ReciprocalBelow(), b);
-    const V quotient = hn::Add(hn::MulHigh(a, reciprocal), hn::Set(d16, 1));
+    const V quotient = QuotientOrOneMore(d16, a, b);
     return hn::Add(quotient, Borrow(d16, a, hn::Mul(quotient, b)));
   }
 };
 struct WideModulo {
   template <class D16, class V>
   HWY_INLINE V operator()(D16 d16, V a, V b) const {
-    const V reciprocal = InFloat(d16, ReciprocalBelow(), b);
-    const V remainder = hn::Sub(a, hn::Mul(hn::MulHigh(a, reciprocal), b));
-    return hn::Min(remainder, hn::Sub(remainder, b));
+    const V remainder = hn::Sub(a, hn::Mul(QuotientOrOneMore(d16, a, b), b));
+    return hn::Min(remainder, hn::Add(remainder, b));
   }
 };
 // 256 a / b for a < b. An error of 1/2 + 24 / b in the reciprocal makes the estimate wrong by less
@@ -111,7 +116,7 @@ struct WideScaledDivide {
   template <class D16, class V>
   HWY_INLINE V operator()(D16 d16, V a, V b) const {
     const V dividend = hn::ShiftLeft<8>(a);
-    const V estimate = hn::MulHigh(dividend, InFloat(d16, Reciprocal<0>(), b));
+    const V estimate = hn::MulHigh(dividend, InFloat(d16, Reciprocal<16, 0>(), b));
     const V remainder = hn::Sub(dividend, hn::Mul(estimate, b));
     const V quotient = hn::Add(hn::Add(estimate, hn::Set(d16, 1)), Borrow(d16, remainder, b));
     return hn::And(hn::Add(quotient, Borrow(d16, remainder, hn::Zero(d16))), hn::Set(d16, 255));
