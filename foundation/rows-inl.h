@@ -190,19 +190,21 @@ HWY_INLINE void MapColorSpan(const Op& op, KyC24* out, size_t n, const In*... in
   const auto store = [&](const Planes& p, KyC24* to) HWY_ATTR {
     hn::StoreInterleaved3(p.c0, p.c1, p.c2, d, reinterpret_cast<uint8_t*>(to));
   };
-  size_t i = 0;
-  for (; i + lanes <= n; i += lanes) store(op(d, load(in + i)...), out + i);
-  const size_t rest = n - i;
-  if (rest == 0) return;
-  const auto loadPart = [&](const KyC24* from) HWY_ATTR {
+  if (n < lanes) {
+    const auto loadPart = [&](const KyC24* from) HWY_ATTR {
+      KyC24 part[hn::MaxLanes(d)];
+      std::memset(part, 0, sizeof part);
+      std::memcpy(part, from, n * sizeof(KyC24));
+      return load(part);
+    };
     KyC24 part[hn::MaxLanes(d)];
-    std::memset(part, 0, sizeof part);
-    std::memcpy(part, from, rest * sizeof(KyC24));
-    return load(part);
-  };
-  KyC24 part[hn::MaxLanes(d)];
-  store(op(d, loadPart(in + i)...), part);
-  std::memcpy(out + i, part, rest * sizeof(KyC24));
+    store(op(d, loadPart(in)...), part);
+    std::memcpy(out, part, n * sizeof(KyC24));
+    return;
+  }
+  const Planes last = op(d, load(in + (n - lanes))...);  // see MapSpan
+  for (size_t i = 0; i + lanes < n; i += lanes) store(op(d, load(in + i)...), out + i);
+  store(last, out + (n - lanes));
 }
 
 // The pixels around one vector of places in the rows of a window: at(right, down) are those that
