@@ -207,28 +207,6 @@ HWY_INLINE void MapColorSpan(const Op& op, KyC24* out, size_t n, const In*... in
   store(last, out + (n - lanes));
 }
 
-// The pixels around one vector of places in the rows of a window: at(right, down) are those that
-// lie so many columns to the right and rows below.
-template <class D, int kRadius>
-struct Around {
-  D d;
-  const uint8_t* const* rows;
-  size_t x;
-
-  HWY_INLINE hn::Vec<D> operator()(int right, int down) const {
-    return hn::LoadU(d, rows[kRadius + down] + static_cast<ptrdiff_t>(x) + right);
-  }
-};
-
-// out[i] = op(d, at) for the windows around n places, a multiple of the vector length (see
-// window.h).
-template <int kRadius, class Op>
-HWY_INLINE void WindowSpan(const Op& op, uint8_t* out, size_t n, const uint8_t* const* rows) {
-  const hn::ScalableTag<uint8_t> d;
-  for (size_t x = 0; x < n; x += hn::Lanes(d))
-    hn::StoreU(op(d, Around<decltype(d), kRadius>{d, rows, x}), d, out + x);
-}
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky

@@ -19,13 +19,16 @@ struct Border {
   static constexpr Border Constant(KyBW8 value) { return {false, value}; }
 };
 
-// Walks the windows of 2 * radius + 1 rows and columns.
-//
-// A row kernel, `inside(out, n, rows)`, makes n results from rows[0] to rows[2 * radius], the one
-// above to the one below, each pointing at the column of out[0] and readable from -radius to n - 1
-// + radius. n is always a multiple of `lanes`, the vector length of the kernel, so kernels need no
-// tails; `out` has room. Kernels may not look at what they have written. `frame` is the kernel of
-// those results whose window reaches over the border.
+// Makes the results `out` from source rows: out.height + 2 * radius of them, from the one `radius`
+// rows above the first result down. Each points at the column of the first result and is readable
+// from -radius to out.width - 1 + radius. out.width is a multiple of the kernel's vector length,
+// so kernels need no tails. Kernels may not look at what they have written.
+template <class T, class Out>
+using WindowKernel = void (*)(Rows<Out> out, const T* const* rows);
+
+// Walks the windows of 2 * radius + 1 rows and columns, a band of rows at a time, so that kernels
+// can carry what they know of one row to the next. `frame` is the kernel of those results whose
+// window reaches over the border.
 //
 // Source rows are read where they are, but for the two ends of a row, which go through small padded
 // strips. In place, and for narrow images, a ring of padded copies of the rows still needed takes
@@ -48,152 +51,157 @@ class WindowWalk {
     out_ = destination;
     if (!input_.Open(source, destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     in_ = input_.rows();
-    const bool inPlace = SharingOf(in_, destination) == Sharing::kTheSame;
-    const bool narrow = in_.width < 4 * lanes_ + 4 * radius_;
-    if (!Allocate(inPlace || narrow)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-    if (inPlace || narrow)
-      ThroughRing<kFrame>(inside, frame);
-    else
-      FromSource<kFrame>(inside, frame);
+    const bool narrow = in_.width < lanes_ + 2 * radius_;
+    ring_ = narrow || SharingOf(in_, destination) == Sharing::kTheSame;
+    if (!Allocate()) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    const auto run = [&](std::ptrdiff_t y, std::ptrdiff_t end, bool inFrame) {
+      while (y < end) {
+        const std::ptrdiff_t count = std::min<std::ptrdiff_t>(end - y, kBand);
+        OpenBand(y, count);
+        if (inFrame)
+          MakeBand(frame);
+        else
+          MakeBand(inside);
+        if (kFrame && !inFrame) MakeEnds(frame, std::min<std::ptrdiff_t>(radius_, in_.width));
+        y += count;
+      }
+    };
+    const std::ptrdiff_t above = kFrame ? std::min<std::ptrdiff_t>(radius_, in_.height) : 0;
+    const std::ptrdiff_t below = std::max(above, in_.height - (kFrame ? radius_ : 0));
+    run(0, above, true);
+    run(above, below, false);
+    run(below, in_.height, true);
     return KY_OK;
   }
 
  private:
   static constexpr int kLongestRadius = 3;
-  static constexpr int kMostRows = 2 * kLongestRadius + 1;
+  static constexpr int kBand = 6;
+  static constexpr int kMostRows = kBand + 2 * kLongestRadius;
+
+  static constexpr std::ptrdiff_t kSize = sizeof(Out);
 
   std::ptrdiff_t RoundUp(std::ptrdiff_t n) const { return (n + lanes_ - 1) / lanes_ * lanes_; }
-  bool InFrame(std::ptrdiff_t y) const { return y < radius_ || y >= out_.height - radius_; }
 
-  // One slot for each row of the window and one for the constant row outside; and one row of
-  // results.
-  bool Allocate(bool wholeRows) noexcept {
-    const std::ptrdiff_t pixels = wholeRows ? in_.width : 4 * radius_ + lanes_;
-    slotPixels_ = RoundUp(pixels + 2 * radius_) + 2 * lanes_ + 64;
-    const int slots = 2 * radius_ + 2;
-    constantRow_ = !wholeRows && !border_.repeats ? in_.width + 2 * radius_ : 0;
-    if (!slots_.Allocate(slots * slotPixels_ + constantRow_) ||
-        !results_.Allocate(RoundUp(6 * radius_ + lanes_) + lanes_))
-      return false;
-    std::fill_n(slots_.get(), slots * slotPixels_ + constantRow_, static_cast<T>(border_.value));
+  std::ptrdiff_t ResultsPixels() const { return RoundUp(4 * radius_) + lanes_; }
+
+  // A slot for each row that a band reads: a padded copy in a ring, else a strip with its ends. One
+  // row more stands for all outside. And a band of results for the ends of rows.
+  bool Allocate() noexcept {
+    const std::ptrdiff_t strip = 4 * radius_, padding = 2 * radius_ + lanes_;
+    const std::ptrdiff_t slotPixels = RoundUp(ring_ ? in_.width : strip) + padding;
+    const std::ptrdiff_t outsidePixels = std::max(in_.width, strip) + padding;
+    const int slots = kBand + 2 * radius_;
+    const std::ptrdiff_t all = slots * slotPixels + (border_.repeats ? 0 : outsidePixels);
+    if (!slots_.Allocate(all) || !results_.Allocate(kBand * ResultsPixels())) return false;
+    std::fill_n(slots_.get(), all, static_cast<T>(border_.value));
+    for (int k = 0; k <= slots; ++k) ordered_[k] = slots_.get() + k * slotPixels + radius_;
+    outside_ = ordered_[slots];
     return true;
   }
 
-  // The row that stands for row y of the window, and its slot; the constant row has a slot of its
-  // own.
-  std::ptrdiff_t Stands(std::ptrdiff_t y) const {
-    if (border_.repeats) return std::clamp<std::ptrdiff_t>(y, 0, in_.height - 1);
-    return y < 0 || y >= in_.height ? -1 : y;
+  // Fills a slot: with the whole row, or with the 2 * radius pixels at either end.
+  void Fetch(const T* row, T* slot) const {
+    if (ring_) {
+      std::memcpy(slot, row, static_cast<std::size_t>(in_.width) * sizeof(T));
+      Pad(slot, in_.width);
+      return;
+    }
+    for (std::ptrdiff_t i = 0; i < 2 * radius_; ++i) {
+      slot[i] = row[i];
+      slot[2 * radius_ + i] = row[in_.width - 2 * radius_ + i];
+    }
+    Pad(slot, 4 * radius_);
   }
-  T* Slot(std::ptrdiff_t y) const {
-    const int rows = 2 * radius_ + 1;
-    return slots_.get() + (y < 0 ? rows : y % rows) * slotPixels_ + radius_;
-  }
-
-  // Fills `count` border pixels from `to` on.
-  void FillBorder(T* to, T nearest) const {
-    for (int i = 0; i < radius_; ++i)
-      to[i] = border_.repeats ? nearest : static_cast<T>(border_.value);
-  }
-
-  template <bool kFrame, class Inside, class Frame>
-  void ThroughRing(const Inside& inside, const Frame& frame) {
-    const std::ptrdiff_t width = in_.width;
-    const auto fetch = [&](std::ptrdiff_t y) {
-      if (y >= in_.height) return;
-      T* const slot = Slot(y);
-      std::memcpy(slot, in_.Row(y), static_cast<std::size_t>(width) * sizeof(T));
-      FillBorder(slot - radius_, slot[0]);
-      FillBorder(slot + width, slot[width - 1]);
-    };
-    for (std::ptrdiff_t y = 0; y < radius_; ++y) fetch(y);
-    for (std::ptrdiff_t y = 0; y < in_.height; ++y) {
-      fetch(y + radius_);
-      const T* rows[kMostRows];
-      for (int k = 0; k <= 2 * radius_; ++k) rows[k] = Slot(Stands(y + k - radius_));
-      Out* const out = out_.Row(y);
-      const std::ptrdiff_t whole = width / lanes_ * lanes_;
-      const auto makeRow = [&](const auto& kernel) {
-        kernel(out, static_cast<std::size_t>(whole), rows);
-        MakePart(kernel, out + whole, width - whole, rows, whole);
-      };
-      if (kFrame && InFrame(y)) {
-        makeRow(frame);
-        continue;
-      }
-      makeRow(inside);
-      if (kFrame) {
-        const std::ptrdiff_t ends = std::min<std::ptrdiff_t>(radius_, width);
-        MakePart(frame, out, ends, rows, 0);
-        MakePart(frame, out + width - ends, ends, rows, width - ends);
-      }
+  void Pad(T* slot, std::ptrdiff_t width) const {
+    for (int i = 1; i <= radius_; ++i) {
+      slot[-i] = border_.repeats ? slot[0] : static_cast<T>(border_.value);
+      slot[width - 1 + i] = border_.repeats ? slot[width - 1] : static_cast<T>(border_.value);
     }
   }
 
-  // The first `n` results at `column`, through the scratch for results.
+  // Finds the rows of the windows of results y.. y + count - 1. The slots are in the order of the
+  // rows from y - radius on; those that the band before has done with come last.
+  void OpenBand(std::ptrdiff_t y, std::ptrdiff_t count) {
+    const std::ptrdiff_t top = y - radius_;
+    std::rotate(ordered_, ordered_ + band_.height, ordered_ + kBand + 2 * radius_);
+    for (; fetched_ < std::min(y + count + radius_, in_.height); ++fetched_)
+      Fetch(in_.Row(fetched_), ordered_[fetched_ - top]);
+    for (std::ptrdiff_t k = 0; k < count + 2 * radius_; ++k) {
+      const std::ptrdiff_t row = std::clamp<std::ptrdiff_t>(top + k, 0, in_.height - 1);
+      const bool constant = row != top + k && !border_.repeats;
+      strips_[k] = constant ? outside_ : ordered_[row - top];
+      rows_[k] = ring_ || constant ? strips_[k] : in_.Row(row);
+    }
+    band_ = {out_.Row(y), out_.pitch, out_.width, count};
+  }
+
+  // All results of the band. A destination apart from the source may be written twice, so its last
+  // whole vector overlaps the one before.
   template <class Kernel>
-  void MakePart(const Kernel& kernel, Out* out, std::ptrdiff_t n, const T* const* rows,
-                std::ptrdiff_t column) const {
-    if (n == 0) return;
-    const T* at[kMostRows];
-    for (int k = 0; k <= 2 * radius_; ++k) at[k] = rows[k] + column;
-    kernel(results_.get(), static_cast<std::size_t>(RoundUp(n)), at);
-    std::memcpy(out, results_.get(), static_cast<std::size_t>(n) * sizeof(Out));
+  void MakeBand(const Kernel& kernel) {
+    const std::ptrdiff_t first = ring_ ? 0 : radius_, end = in_.width - first;
+    const std::ptrdiff_t whole = (end - first) / lanes_ * lanes_, rest = end - first - whole;
+    if (whole > 0) Make(kernel, rows_, first, {band_.first + first, band_.pitch, whole});
+    if (ring_ && rest > 0) {
+      MakeApart(kernel, rows_, whole, rest);
+      Put(0, rest, whole);
+    } else if (rest > 0) {
+      Make(kernel, rows_, end - lanes_, {band_.first + end - lanes_, band_.pitch, lanes_});
+    }
+    if (!ring_) MakeEnds(kernel, radius_);
   }
 
-  // A strip holds what the results at both ends of a row need: the border and the first 2 * radius
-  // pixels, then the last pixels, from `tail - radius` on, and the border again.
-  template <bool kFrame, class Inside, class Frame>
-  void FromSource(const Inside& inside, const Frame& frame) {
-    const std::ptrdiff_t r = radius_, width = in_.width;
-    const std::ptrdiff_t whole = (width - 2 * r) / lanes_ * lanes_;
-    const std::ptrdiff_t tail = r + whole, rest = width - tail;
-    const auto cut = [&](std::ptrdiff_t y) {
-      if (y >= in_.height) return;
-      const T* const row = in_.Row(y);
-      T* const strip = Slot(y);
-      FillBorder(strip - r, row[0]);
-      std::memcpy(strip, row, static_cast<std::size_t>(2 * r) * sizeof(T));
-      std::memcpy(strip + 2 * r, row + tail - r, static_cast<std::size_t>(rest + r) * sizeof(T));
-      FillBorder(strip + 3 * r + rest, row[width - 1]);
-    };
-    for (std::ptrdiff_t y = 0; y < r; ++y) cut(y);
-    for (std::ptrdiff_t y = 0; y < in_.height; ++y) {
-      cut(y + r);
-      const T *rows[kMostRows], *strips[kMostRows];
-      for (int k = 0; k <= 2 * radius_; ++k) {
-        const std::ptrdiff_t stands = Stands(y + k - r);
-        strips[k] = Slot(stands);
-        rows[k] = stands < 0 ? slots_.get() + (2 * r + 2) * slotPixels_ + r : in_.Row(stands) + r;
-      }
-      Out* const out = out_.Row(y);
-      const auto makeEnds = [&](const auto& kernel, std::ptrdiff_t rightmost) {
-        kernel(results_.get(), static_cast<std::size_t>(RoundUp(3 * r + rest)), strips);
-        const Out* const right = results_.get() + 3 * r + rest - rightmost;
-        std::memcpy(out, results_.get(), static_cast<std::size_t>(r) * sizeof(Out));
-        std::memcpy(out + width - rightmost, right,
-                    static_cast<std::size_t>(rightmost) * sizeof(Out));
-      };
-      if (kFrame && InFrame(y)) {
-        frame(out + r, static_cast<std::size_t>(whole), rows);
-        makeEnds(frame, rest);
-        continue;
-      }
-      inside(out + r, static_cast<std::size_t>(whole), rows);
-      makeEnds(inside, rest);
-      if (kFrame) makeEnds(frame, r);
+  // The first and the last `n` results of every row.
+  template <class Kernel>
+  void MakeEnds(const Kernel& kernel, std::ptrdiff_t n) {
+    const std::ptrdiff_t width = in_.width, strip = 4 * radius_;
+    if (ring_) {
+      MakeApart(kernel, rows_, 0, n);
+      Put(0, n, 0);
+      MakeApart(kernel, rows_, width - n, n);
+      Put(0, n, width - n);
+    } else {
+      MakeApart(kernel, strips_, 0, strip);
+      Put(0, n, 0);
+      Put(strip - n, n, width - n);
     }
+  }
+
+  // Results from `column` of the given rows on, made in the scratch, as kernels write whole
+  // vectors; and `n` of them, from `column` on, put where they belong.
+  template <class Kernel>
+  void MakeApart(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column,
+                 std::ptrdiff_t n) {
+    Make(kernel, rows, column, {results_.get(), ResultsPixels() * kSize, RoundUp(n)});
+  }
+  void Put(std::ptrdiff_t column, std::ptrdiff_t n, std::ptrdiff_t to) const {
+    for (std::ptrdiff_t k = 0; k < band_.height; ++k)
+      std::memcpy(band_.Row(k) + to, results_.get() + k * ResultsPixels() + column,
+                  static_cast<std::size_t>(n * kSize));
+  }
+
+  template <class Kernel>
+  void Make(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column, Rows<Out> out) {
+    const T* at[kMostRows];
+    for (std::ptrdiff_t k = 0; k < band_.height + 2 * radius_; ++k) at[k] = rows[k] + column;
+    out.height = band_.height;
+    kernel(out, at);
   }
 
   int radius_;
   std::ptrdiff_t lanes_;
   Border border_;
-  Rows<Out> out_;
+  bool ring_ = false;
+  Rows<Out> out_, band_;
   Rows<const T> in_;
   Input<T> input_;
   Scratch<T> slots_;
   Scratch<Out> results_;
-  std::ptrdiff_t slotPixels_ = 0, constantRow_ = 0;
+  T* ordered_[kMostRows + 1];
+  const T* outside_ = nullptr;
+  std::ptrdiff_t fetched_ = 0;
+  const T *rows_[kMostRows], *strips_[kMostRows];
 };
 
 // destination(x, y) = kernel of the window around source(x, y). 1303 when there is no scratch

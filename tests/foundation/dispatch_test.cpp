@@ -6,7 +6,7 @@
 
 #include "foundation/dispatch.h"
 
-#include "foundation/rows-inl.h"
+#include "foundation/window-inl.h"
 #include "foundation/window.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -28,8 +28,8 @@ struct Largest {
 
 int64_t CompiledTarget() { return HWY_TARGET; }
 size_t LanesOf8Bits() { return hn::Lanes(hn::ScalableTag<uint8_t>()); }
-void LargestRow(KyBW8* out, size_t n, const KyBW8* const* rows) {
-  WindowSpan<1>(Largest(), out, n, rows);
+void LargestOfWindow(Rows<KyBW8> out, const KyBW8* const* rows) {
+  MapWindows<1>(Largest(), out, rows);
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
@@ -48,7 +48,7 @@ namespace {
 
 HWY_EXPORT(CompiledTarget);
 HWY_EXPORT(LanesOf8Bits);
-HWY_EXPORT(LargestRow);
+HWY_EXPORT(LargestOfWindow);
 
 TEST(Dispatch, EveryPathIsTheOneAskedFor) {
   int paths = 0;
@@ -63,12 +63,12 @@ TEST(Dispatch, EveryPathIsTheOneAskedFor) {
   EXPECT_GE(paths, 2);
 }
 
-TEST(Dispatch, WindowSpanOnEveryPath) {
+TEST(Dispatch, MapWindowsOnEveryPath) {
   const auto call = [](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
     return Call("Largest", [&] {
       if (const KY_ERRORS error = Ready(in, out)) return error;
       return FilterWindows(RowsOf(out), RowsOf(in), 1, Border::Repeat(),
-                           KY_DISPATCH(LanesOf8Bits)(), KY_DISPATCH(LargestRow));
+                           KY_DISPATCH(LanesOf8Bits)(), KY_DISPATCH(LargestOfWindow));
     });
   };
   const auto model = [](const test::Picture<KyBW8>& in, test::Picture<KyBW8>& out) {

@@ -25,14 +25,15 @@ KyBW8 Model(const Picture<KyBW8>& in, int x, int y, int radius, ky::Border borde
 }
 
 auto Kernel(int radius, int scale) {
-  return [=](KyBW8* out, std::size_t n, const KyBW8* const* rows) {
-    for (std::ptrdiff_t x = 0; x < static_cast<std::ptrdiff_t>(n); ++x) {
-      int sum = 0;
-      for (int down = -radius; down <= radius; ++down)
-        for (int right = -radius; right <= radius; ++right)
-          sum += Weight(right, down) * rows[radius + down][x + right];
-      out[x] = static_cast<KyBW8>(scale * sum);
-    }
+  return [=](ky::Rows<KyBW8> out, const KyBW8* const* rows) {
+    for (std::ptrdiff_t y = 0; y < out.height; ++y)
+      for (std::ptrdiff_t x = 0; x < out.width; ++x) {
+        int sum = 0;
+        for (int down = -radius; down <= radius; ++down)
+          for (int right = -radius; right <= radius; ++right)
+            sum += Weight(right, down) * rows[y + radius + down][x + right];
+        out.Row(y)[x] = static_cast<KyBW8>(scale * sum);
+      }
   };
 }
 
@@ -68,9 +69,10 @@ TEST(Window, EveryRadiusBorderAndVectorLength) {
                                         {3, 3},
                                         {5, 9},
                                         {31, 4},
+                                        {35, 19},
                                         {33, 5},
                                         {77, 8},
-                                        {140, 7},
+                                        {140, 27},
                                         {141, 1},
                                         {142, 2},
                                         {171, 6},

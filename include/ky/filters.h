@@ -1,0 +1,75 @@
+// Named 3x3 filters of grey images.
+#pragma once
+
+#include "ky/export.h"
+#include "ky/pixels.h"
+#include "ky/roi.h"
+#include "ky/status.h"
+
+/// Fixed 3x3 neighbourhood filters, in integer arithmetic:
+///
+///     a-1 a0 a+1
+///     b-1 b0 b+1     destination(x, y) = formula of the source's pixels around b0 = source(x, y)
+///     c-1 c0 c+1
+///
+/// - A magnitude is an absolute value; magnitudes and positive parts are limited to 255. Shifts
+///   and divisions truncate.
+/// - Border rule, one of two. "Nearest": a position outside the source has the value of the nearest
+///   pixel inside. "Zero": it has the value 0, so that along the border smoothing gets darker and
+///   edge operators respond.
+/// - In place: a null destination, or one that is the source's own rectangle, has the source
+///   itself filtered. An area that overlaps the source otherwise is read before it is written.
+/// - Errors, the destination untouched: 1400 for a source or a destination without pixels; 1403 for
+///   different sizes; 1303. The trace is the function's name and " (BW8)", as in
+///   "ImgConvolSobelX (BW8)", where nothing else is said.
+
+/// Uniform smoothing: (14 * (sum of the 9 pixels)) >> 7. The factor 14/128 for 1/9 darkens
+/// slightly: 255 gives 251. Border: nearest.
+KY_API KY_ERRORS ImgConvolUniform3x3(const KyROI<KyBW8>* source,
+                                     KyROI<KyBW8>* destination) noexcept;
+/// The same as ImgConvolUniform3x3.
+KY_API KY_ERRORS ImgConvolLowpass1(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+/// Uniform smoothing: (932067 * (sum of the 9 pixels)) >> 23, which is just below a ninth: 255
+/// gives 254, and 1 gives 0. Border: nearest. Trace "ImgConvolUniform3x3".
+KY_API KY_ERRORS ImgConvolUniform3x3Plain(const KyROI<KyBW8>* source,
+                                          KyROI<KyBW8>* destination) noexcept;
+
+/// Binomial smoothing: the sum under the weights 1 2 1, 2 4 2, 1 2 1, >> 4. Border: nearest.
+KY_API KY_ERRORS ImgConvolGaussian3x3(const KyROI<KyBW8>* source,
+                                      KyROI<KyBW8>* destination) noexcept;
+/// The same as ImgConvolGaussian3x3.
+KY_API KY_ERRORS ImgConvolLowpass3(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+/// The same as ImgConvolGaussian3x3, with the trace "ImgConvolGaussian3x3".
+KY_API KY_ERRORS ImgConvolGaussian3x3Plain(const KyROI<KyBW8>* source,
+                                           KyROI<KyBW8>* destination) noexcept;
+
+/// Mean of the ring: (sum of the 8 neighbours, without b0) >> 3. Border: zero.
+KY_API KY_ERRORS ImgConvolLowpass2(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+
+/// Sharpening by 4 neighbours: magnitude of 5 b0 - a0 - b-1 - b+1 - c0. Border: zero.
+KY_API KY_ERRORS ImgConvolHighpass1(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+/// Sharpening by 8 neighbours: positive part of 9 b0 - (sum of the 8 neighbours); in the first and
+/// last rows and columns its magnitude. Border: zero.
+KY_API KY_ERRORS ImgConvolHighpass2(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+
+/// Sobel's gradient along x: magnitude of (a+1 - a-1) + 2 (b+1 - b-1) + (c+1 - c-1). Border: zero.
+KY_API KY_ERRORS ImgConvolSobelX(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+/// Sobel's gradient along y: magnitude of (c-1 + 2 c0 + c+1) - (a-1 + 2 a0 + a+1). Border: zero.
+KY_API KY_ERRORS ImgConvolSobelY(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+/// Sobel's gradient: the sum of the magnitudes along x and y, limited to 255. Border: zero.
+KY_API KY_ERRORS ImgConvolSobel(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+
+/// Prewitt's gradient along x: magnitude of (a+1 + b+1 + c+1) - (a-1 + b-1 + c-1). Border: nearest.
+KY_API KY_ERRORS ImgConvolPrewittX(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+/// Prewitt's gradient along y: magnitude of (c-1 + c0 + c+1) - (a-1 + a0 + a+1). Border: zero.
+KY_API KY_ERRORS ImgConvolPrewittY(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+/// Prewitt's gradient: the sum of the magnitudes along x and y, limited to 255. Border: zero, along
+/// x too.
+KY_API KY_ERRORS ImgConvolPrewitt(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+
+/// Laplacian of 4 neighbours: magnitude of a0 + b-1 + b+1 + c0 - 4 b0. Border: zero.
+KY_API KY_ERRORS ImgConvolLaplacian4(const KyROI<KyBW8>* source,
+                                     KyROI<KyBW8>* destination) noexcept;
+/// Laplacian of 8 neighbours: magnitude of (sum of the 8 neighbours) - 8 b0. Border: zero.
+KY_API KY_ERRORS ImgConvolLaplacian8(const KyROI<KyBW8>* source,
+                                     KyROI<KyBW8>* destination) noexcept;
