@@ -14,6 +14,7 @@
 #include "ky/pixels.h"
 #include "ky/processor.h"
 #include "ky/roi.h"
+#include "ky/statistics.h"
 #include "ky/status.h"
 #include "ky/typed_vector.h"
 #include "ky/vector.h"

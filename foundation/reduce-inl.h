@@ -1,0 +1,226 @@
+// The vector loops of reductions. Included by row files like rows-inl.h.
+#if defined(KY_FOUNDATION_REDUCE_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_FOUNDATION_REDUCE_INL_H_
+#undef KY_FOUNDATION_REDUCE_INL_H_
+#else
+#define KY_FOUNDATION_REDUCE_INL_H_
+#endif
+
+#include "foundation/reduce.h"
+#include "foundation/rows-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+
+// Start, step, done over the elements of a row: Fold<D>() starts, Step(d, v, absent) takes a vector
+// in, Done() gives the result. The lanes that the row leaves free in its last vector are 0 in v and
+// all ones in `absent`, which is 0 in all others.
+template <template <class> class Fold, class T>
+HWY_INLINE auto ReduceSpan(const T* row, size_t n) {
+  using D = hn::ScalableTag<T>;
+  const D d;
+  const size_t lanes = hn::Lanes(d);
+  constexpr size_t kAtOnce = 4;
+  Fold<D> fold;
+  const auto step = [&](size_t at) HWY_ATTR { fold.Step(d, hn::LoadU(d, row + at), hn::Zero(d)); };
+  size_t i = 0;
+  for (; i + kAtOnce * lanes <= n; i += kAtOnce * lanes)
+    for (size_t k = 0; k < kAtOnce; ++k) step(i + k * lanes);
+  for (; i + lanes <= n; i += lanes) step(i);
+  if (const size_t rest = n - i; rest > 0) {
+    const auto absent = hn::VecFromMask(d, hn::Not(hn::FirstN(d, rest)));
+    fold.Step(d, LoadPart(d, row + i, rest), absent);
+  }
+  return fold.Done();
+}
+
+#if HWY_TARGET != HWY_SCALAR
+// Every second 8-bit lane in 16 bits.
+template <class D>
+HWY_INLINE auto EvenBytes(D, hn::Vec<D> v) {
+  const hn::Repartition<uint16_t, D> d16;
+  return hn::And(hn::BitCast(d16, v), hn::Set(d16, 0xFF));
+}
+template <class D>
+HWY_INLINE auto OddBytes(D, hn::Vec<D> v) {
+  return hn::ShiftRight<8>(hn::BitCast(hn::Repartition<uint16_t, D>(), v));
+}
+#endif
+
+// The sum of all lanes.
+template <class V>
+HWY_INLINE auto SumOfAll(V v) {
+  return hn::GetLane(hn::SumOfLanes(hn::DFromV<V>(), v));
+}
+
+// The sum of 8-bit elements.
+template <class D>
+class SumOfBytes {
+ public:
+  HWY_INLINE SumOfBytes() : sums_(hn::Zero(hn::DFromV<V64>())) {}
+  HWY_INLINE void Step(D, hn::Vec<D> v, hn::Vec<D>) { sums_ = hn::Add(sums_, hn::SumsOf8(v)); }
+  HWY_INLINE uint64_t Done() const { return SumOfAll(sums_); }
+
+ private:
+  using V64 = decltype(hn::SumsOf8(hn::Vec<D>()));
+  V64 sums_;
+};
+
+// The Moments of at most kMostSquares 8-bit elements.
+inline constexpr size_t kMostSquares = 1 << 16;
+template <class D>
+class SumAndSquares {
+ public:
+#if HWY_TARGET == HWY_SCALAR
+  HWY_INLINE SumAndSquares() : squares_(hn::Zero(D32())) {}
+  HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
+    sum_.Step(d, v, absent);
+    const auto wide = hn::PromoteTo(D32(), v);
+    squares_ = hn::Add(squares_, hn::Mul(wide, wide));
+  }
+  HWY_INLINE Moments Done() const {
+    return {static_cast<uint32_t>(sum_.Done()), hn::GetLane(squares_)};
+  }
+
+ private:
+  using D32 = hn::Rebind<uint32_t, D>;
+  SumOfBytes<D> sum_;
+  hn::Vec<D32> squares_;
+#else
+  HWY_INLINE SumAndSquares()
+      : even_(hn::Zero(D32())), odd_(hn::Zero(D32())), more_(hn::Zero(D32())) {}
+  HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
+    const hn::Repartition<int16_t, D> d16;
+    sum_.Step(d, v, absent);
+    const auto even = hn::BitCast(d16, EvenBytes(d, v)), odd = hn::BitCast(d16, OddBytes(d, v));
+    even_ = hn::ReorderWidenMulAccumulate(D32(), even, even, even_, more_);
+    odd_ = hn::ReorderWidenMulAccumulate(D32(), odd, odd, odd_, more_);
+  }
+  HWY_INLINE Moments Done() const {
+    const hn::RebindToUnsigned<D32> du32;
+    const auto squares = hn::BitCast(du32, hn::Add(hn::Add(even_, odd_), more_));
+    return {static_cast<uint32_t>(sum_.Done()), SumOfAll(squares)};
+  }
+
+ private:
+  using D32 = hn::Repartition<int32_t, D>;
+  SumOfBytes<D> sum_;
+  hn::Vec<D32> even_, odd_, more_;
+#endif
+};
+
+// The smallest and the largest of 8-bit elements, and their sum.
+template <class D>
+class ExtremesAndSumOfBytes {
+ public:
+  HWY_INLINE ExtremesAndSumOfBytes() : smallest_(hn::Set(D(), 255)), largest_(hn::Zero(D())) {}
+  HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
+    sum_.Step(d, v, absent);
+    smallest_ = hn::Min(smallest_, hn::Or(v, absent));
+    largest_ = hn::Max(largest_, v);
+  }
+  HWY_INLINE ExtremesAndSum Done() const {
+    const auto sum = static_cast<uint32_t>(sum_.Done());
+#if HWY_TARGET == HWY_SCALAR
+    return {hn::GetLane(smallest_), hn::GetLane(largest_), sum};
+#else
+    const D d;
+    const hn::Repartition<uint16_t, D> d16;
+    const auto smallest = hn::Min(EvenBytes(d, smallest_), OddBytes(d, smallest_));
+    const auto largest = hn::Max(EvenBytes(d, largest_), OddBytes(d, largest_));
+    return {static_cast<uint8_t>(hn::GetLane(hn::MinOfLanes(d16, smallest))),
+            static_cast<uint8_t>(hn::GetLane(hn::MaxOfLanes(d16, largest))), sum};
+#endif
+  }
+
+ private:
+  SumOfBytes<D> sum_;
+  hn::Vec<D> smallest_, largest_;
+};
+
+// The sum of every lane, modulo the range of lanes twice as wide. Neighbours are kept in one wide
+// lane: their sum as if both were one number, and the sum of the odd one.
+template <class D>
+class SumOfLane {
+ public:
+  using Wide = hwy::MakeWide<hn::TFromD<D>>;
+
+#if HWY_TARGET == HWY_SCALAR
+  HWY_INLINE SumOfLane() : sum_(hn::Zero(DWide())) {}
+  HWY_INLINE void Step(D, hn::Vec<D> v) { sum_ = hn::Add(sum_, hn::PromoteTo(DWide(), v)); }
+  HWY_INLINE void Store(Wide* to) const { hn::StoreU(sum_, DWide(), to); }
+  HWY_INLINE auto EvenAndOdd() const { return sum_; }
+
+ private:
+  using DWide = hn::Rebind<Wide, D>;
+  hn::Vec<DWide> sum_;
+#else
+  HWY_INLINE SumOfLane() : both_(hn::Zero(DWide())), odd_(hn::Zero(DWide())) {}
+  HWY_INLINE void Step(D, hn::Vec<D> v) {
+    const auto both = hn::BitCast(DWide(), v);
+    both_ = hn::Add(both_, both);
+    odd_ = hn::Add(odd_, hn::ShiftRight<kBits>(both));
+  }
+  HWY_INLINE void Store(Wide* to) const { hn::StoreInterleaved2(Even(), odd_, DWide(), to); }
+  HWY_INLINE auto EvenAndOdd() const { return hn::Add(Even(), odd_); }
+
+ private:
+  using DWide = hn::Repartition<Wide, D>;
+  static constexpr int kBits = 8 * sizeof(hn::TFromD<D>);
+  HWY_INLINE auto Even() const { return hn::Sub(both_, hn::ShiftLeft<kBits>(odd_)); }
+  hn::Vec<DWide> both_, odd_;
+#endif
+};
+
+// The sum of 16-bit elements, modulo 2^32.
+template <class D>
+class SumOfWords {
+ public:
+  HWY_INLINE SumOfWords() {}
+  HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D>) { sums_.Step(d, v); }
+  HWY_INLINE uint32_t Done() const { return SumOfAll(sums_.EvenAndOdd()); }
+
+ private:
+  SumOfLane<D> sums_;
+};
+
+struct AddToSums {
+  using Lane = uint32_t;
+  static constexpr bool kKeeps = true;
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V sum, V more) const {
+    return hn::Add(sum, more);
+  }
+};
+
+// A ColumnKernel: 16 rows of 8-bit elements fit the 16-bit sums.
+template <class T>
+HWY_INLINE void AddColumns(uint32_t* sums, size_t n, const T* first, ptrdiff_t pitch,
+                           ptrdiff_t height) {
+  using D = hn::ScalableTag<T>;
+  const D d;
+  const size_t lanes = hn::Lanes(d);
+  const Rows<const T> rows{first, pitch, static_cast<ptrdiff_t>(n), height};
+  HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())];
+  size_t x = 0;
+  for (; x + lanes <= n; x += lanes) {
+    SumOfLane<D> sum;
+    for (ptrdiff_t y = 0; y < height; ++y) sum.Step(d, hn::LoadU(d, rows.Row(y) + x));
+    sum.Store(columns);
+    MapSpan(AddToSums(), sums + x, lanes, columns);
+  }
+  if (const size_t rest = n - x; rest > 0) {
+    SumOfLane<D> sum;
+    for (ptrdiff_t y = 0; y < height; ++y) sum.Step(d, LoadPart(d, rows.Row(y) + x, rest));
+    sum.Store(columns);
+    MapSpan(AddToSums(), sums + x, rest, columns);
+  }
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#endif  // per-target include guard

@@ -1,0 +1,50 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "histogram/reduce_rows.cpp"
+#include <hwy/foreach_target.h>  // keep first
+
+#include "histogram/reduce_rows.h"
+
+#include "foundation/dispatch.h"
+#include "foundation/reduce-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+namespace {
+
+uint32_t Sum(const KyBW8* row, size_t n) {
+  return static_cast<uint32_t>(ReduceSpan<SumOfBytes>(row, n));
+}
+uint32_t Sum16(const KyBW16* row, size_t n) { return ReduceSpan<SumOfWords>(row, n); }
+
+Moments MomentsOf(const KyBW8* row, size_t n) {
+  Moments total{};
+  for (size_t x = 0; x < n; x += kMostSquares) {
+    const auto piece = ReduceSpan<SumAndSquares>(row + x, HWY_MIN(n - x, kMostSquares));
+    total.sum += piece.sum;
+    total.squares += piece.squares;
+  }
+  return total;
+}
+ExtremesAndSum ExtremesAndSumOf(const KyBW8* row, size_t n) {
+  return ReduceSpan<ExtremesAndSumOfBytes>(row, n);
+}
+
+constexpr ReduceKernels kKernels = {
+    &Sum, &Sum16, &MomentsOf, &ExtremesAndSumOf, &AddColumns<KyBW8>, &AddColumns<KyBW16>};
+
+}  // namespace
+
+const ReduceKernels* TableOfReduceKernels() { return &kKernels; }
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace ky {
+HWY_EXPORT(TableOfReduceKernels);
+const ReduceKernels& ChooseReduceKernels() noexcept { return *KY_DISPATCH(TableOfReduceKernels)(); }
+}  // namespace ky
+#endif

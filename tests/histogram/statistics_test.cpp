@@ -1,0 +1,124 @@
+// Pixel statistics against their definitions, to the last bit.
+#include "ky/statistics.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <tuple>
+
+#include "tests/support/reading.h"
+
+namespace {
+
+using namespace ky::test;  // NOLINT
+
+constexpr float kUntouched = -7;
+
+struct Numbers {
+  KY_ERRORS status[4] = {};
+  float average = kUntouched, variance = kUntouched, varianceMean = kUntouched;
+  float deviation = kUntouched, deviationMean = kUntouched, statMean = kUntouched;
+  KyBW8 minimum = 77, maximum = 77;
+  bool operator==(const Numbers&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const Numbers& n) {
+  out.precision(9);
+  return out << n.status[0] << ": average " << n.average << ", variance " << n.variance << " and "
+             << n.varianceMean << ", deviation " << n.deviation << ", extremes " << int{n.minimum}
+             << " to " << int{n.maximum} << " and " << n.statMean;
+}
+
+Numbers Measure(const KyROI<KyBW8>* roi) {
+  Numbers n;
+  n.status[0] = ImgPixelAverage(roi, n.average);
+  n.status[1] = ImgPixelVariance(roi, n.variance, n.varianceMean);
+  n.status[2] = ImgPixelStdDev(roi, n.deviation, n.deviationMean);
+  n.status[3] = ImgPixelStat(roi, n.minimum, n.maximum, n.statMean);
+  return n;
+}
+
+// Literally, of an image given row by row.
+Numbers Model(int width, int height, const std::function<KyBW8(int x, int y)>& at) {
+  Numbers n;
+  if (width == 0 || height == 0) {
+    for (KY_ERRORS& status : n.status) status = KY_ERROR_NO_PIXELS;
+    return n;
+  }
+  std::uint32_t sum = 0;
+  double squares = 0;
+  float rowMeans = 0;
+  n.minimum = n.maximum = at(0, 0);
+  for (int y = 0; y < height; ++y) {
+    std::uint32_t rowSum = 0, rowSquares = 0;
+    for (int x = 0; x < width; ++x) {
+      const KyBW8 p = at(x, y);
+      n.minimum = std::min(n.minimum, p);
+      n.maximum = std::max(n.maximum, p);
+      rowSum += p;
+      rowSquares += p * p;
+    }
+    sum += rowSum;
+    squares += rowSquares;
+    const float rowMean = static_cast<float>(rowSum) / static_cast<float>(width);
+    rowMeans = rowMeans + rowMean;
+  }
+  const int pixels = width * height;
+  const long double s = sum, q = squares, all = pixels;
+  n.average = static_cast<float>(s / all);
+  n.varianceMean = n.deviationMean = static_cast<float>(sum) / static_cast<float>(pixels);
+  n.variance = static_cast<float>((q * all - s * s) / (all * all));
+  if (n.variance < 0) n.variance = 0;
+  n.deviation = static_cast<float>(std::sqrt(static_cast<double>(n.variance)));
+  n.statMean = rowMeans / static_cast<float>(height);
+  return n;
+}
+
+TEST(Statistics, AsDefined) {
+  std::vector<Size> sizes = AwkwardSizes();
+  sizes.push_back({301, 257});
+  sizes.push_back({70000, 3});  // wider than a row's sum of squares
+  CheckReading<KyBW8>(
+      Measure,
+      [](const Picture<KyBW8>& picture) {
+        return Model(picture.width, picture.height, [&](int x, int y) { return picture.At(x, y); });
+      },
+      sizes);
+}
+
+// Sums that wrap, over many rows and over one long row.
+TEST(Statistics, WhiteBeyond32Bits) {
+  std::vector<KyBW8> memory(4200 * 4100, 255);
+  for (const Size size : {Size{4200, 4100}, Size{16843100, 1}}) {
+    KyImage<KyBW8> image;
+    ASSERT_EQ(image.Attach(memory.data(), size.width, size.height, size.width), KY_OK);
+    const Numbers expected = Model(size.width, size.height, [](int, int) { return KyBW8(255); });
+    ForEachPath([&](const std::string&) { EXPECT_EQ(Measure(&image), expected); });
+  }
+}
+
+TEST(Statistics, SmallExamples) {
+  KyImage<KyBW8> two(2, 1);
+  two.SetPixel(255, 1, 0);
+  const Numbers n = Measure(&two);
+  EXPECT_EQ(n.average, 127.5f);
+  EXPECT_EQ(n.variance, 16256.25f);
+  EXPECT_EQ(n.deviation, 127.5f);
+  EXPECT_EQ(n.minimum, 0);
+  EXPECT_EQ(n.maximum, 255);
+}
+
+TEST(Statistics, RoisWithoutPixels) {
+  float a = kUntouched, b = kUntouched;
+  KyBW8 low = 77, high = 77;
+  CheckRefusals<KyBW8>([&](auto* roi) { return ImgPixelAverage(roi, a); },
+                       {"ImgPixelAverage (BW8)"});
+  CheckRefusals<KyBW8>([&](auto* roi) { return ImgPixelVariance(roi, a, b); },
+                       {"ImgPixelVariance (BW8)"});
+  CheckRefusals<KyBW8>([&](auto* roi) { return ImgPixelStdDev(roi, a, b); },
+                       {"ImgPixelVariance (BW8)", "ImgPixelStdDev"});
+  CheckRefusals<KyBW8>([&](auto* roi) { return ImgPixelStat(roi, low, high, a); },
+                       {"ImgPixelStat"});
+  EXPECT_EQ(std::tuple(a, b, low, high), std::tuple(kUntouched, kUntouched, 77, 77));
+}
+
+}  // namespace
