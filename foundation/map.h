@@ -73,6 +73,28 @@ class FromConstant {
   alignas(64) T pattern_[kLongest];
 };
 
+// Not pixels but what the kernel is told once for all of them: a lookup table, factors. It is a
+// copy and so cannot change while the destination is written.
+template <class T>
+class FromParameters {
+ public:
+  using Element = T;
+  static constexpr std::ptrdiff_t kLongest = kWholeRow;
+
+  explicit FromParameters(const T& parameters) noexcept : parameters_(parameters) {}
+  template <class Out>
+  bool Open(const Rows<Out>&) noexcept {
+    return true;
+  }
+  bool Joined() const noexcept { return true; }
+  const T* Span(std::ptrdiff_t, std::ptrdiff_t, std::ptrdiff_t) const noexcept {
+    return &parameters_;
+  }
+
+ private:
+  T parameters_;
+};
+
 // Grey pixels in the place of colours: each level three times. The destination is rows of
 // components.
 class FromGreyAsColor {

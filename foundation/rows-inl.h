@@ -102,6 +102,23 @@ HWY_INLINE hn::Vec<D> OnWide(D d, const F& f, V... v) {
 #endif
 }
 
+// The same, with f given 256 times the 8-bit lanes.
+template <class D, class F>
+HWY_INLINE hn::Vec<D> OnWideScaled(D d, const F& f, hn::Vec<D> v) {
+#if HWY_TARGET == HWY_SCALAR
+  const hn::Rebind<uint16_t, D> d16;
+  const hn::Rebind<int16_t, D> signed16;
+  const auto scaled = hn::ShiftLeft<8>(hn::PromoteTo(d16, v));
+  return hn::DemoteTo(d, hn::BitCast(signed16, f(d16, scaled)));
+#else
+  const hn::Repartition<uint16_t, D> d16;
+  const auto both = hn::BitCast(d16, v);
+  const auto even = f(d16, hn::ShiftLeft<8>(both));
+  const auto odd = f(d16, hn::And(both, hn::Set(d16, 0xFF00)));
+  return hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd)));
+#endif
+}
+
 // Runs `f(df, v...)` on 16-bit lanes converted to single precision. The results are the low 16 bits
 // of the floats that it returns: adding 2^k to a smaller number of 0 or more, or 1.5 * 2^k to one
 // that may be negative too, leaves it there as a multiple of 2^(k - 23), rounded to the nearest.

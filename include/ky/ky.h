@@ -8,6 +8,7 @@
 #include "ky/histogram_vector.h"
 #include "ky/image.h"
 #include "ky/image_vector.h"
+#include "ky/lookup.h"
 #include "ky/mirrors.h"
 #include "ky/operators.h"
 #include "ky/paths.h"

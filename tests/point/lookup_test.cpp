@@ -1,0 +1,145 @@
+// Lookup tables against their definitions, level by level.
+#include "ky/lookup.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "ky/statistics.h"
+#include "tests/support/harness.h"
+
+namespace {
+
+using namespace ky::test;  // NOLINT
+
+std::vector<KyBW8> RandomTable(Random& random) {
+  std::vector<KyBW8> table(256);
+  for (KyBW8& level : table) level = static_cast<KyBW8>(random());
+  return table;
+}
+
+TEST(Lookup, TablesOnEveryPath) {
+  Random random(5);
+  const std::vector<KyBW8> table = RandomTable(random);
+  KyBW8Vector vector(256, 0);
+  std::copy(table.begin(), table.end(), vector.begin());
+  const auto model = PerPixel([&](KyBW8, KyBW8 v) { return table[v]; });
+  CheckOperation<KyBW8, KyBW8>([&](auto... roi) { return ImgLut(roi..., table.data()); }, model);
+  CheckOperation<KyBW8, KyBW8>([&](auto... roi) { return ImgLut(roi..., &vector); }, model);
+  CheckRefusals<KyBW8, KyBW8>([&](auto... roi) { return ImgLut(roi..., table.data()); }, {});
+  CheckRefusals<KyBW8, KyBW8>([&](auto... roi) { return ImgLut(roi..., &vector); }, {"ImgLut"});
+}
+
+// All levels in all lanes, and a table that lies in the destination.
+TEST(Lookup, EveryLevelAndATableThatIsOverwritten) {
+  Random random(6);
+  Picture<KyBW8> levels(257, 256);
+  for (int y = 0; y < 256; ++y)
+    for (int x = 0; x < 257; ++x) levels.At(x, y) = static_cast<KyBW8>(x + y);
+  const std::vector<KyBW8> table = RandomTable(random);
+  Picture<KyBW8> expected = levels;
+  for (KyBW8& level : expected.pixels) level = table[level];
+  ForEachPath([&](const std::string&) {
+    Canvas<KyBW8> in(levels, {}, random), out(257, 256, {}, random);
+    auto* const inside = static_cast<KyBW8*>(out.roi()->GetPixelPtr(1, 0));
+    std::copy(table.begin(), table.end(), inside);
+    ASSERT_EQ(ImgLut(in.roi(), out.roi(), inside), KY_OK);
+    EXPECT_TRUE(Same(expected, out.Get()));
+  });
+}
+
+TEST(Lookup, TablesOfOtherLengthsAreRefused) {
+  KyImage<KyBW8> image(3, 2);
+  for (const unsigned length : {0u, 255u, 257u}) {
+    KyBW8Vector vector(length, 9);
+    EXPECT_EQ(ImgLut(&image, &image, &vector), KY_ERROR_NOT_256_ENTRIES);
+    EXPECT_STREQ(KyGetTrace(0), "ImgLut");
+  }
+  EXPECT_EQ(ImgLut(&image, &image, static_cast<KyBW8Vector*>(nullptr)), KY_ERROR_NOT_256_ENTRIES);
+  EXPECT_EQ(ImgLut(&image, &image, static_cast<KyBW8*>(nullptr)), KY_ERROR_NOT_256_ENTRIES);
+  EXPECT_EQ(KyGetTraceCount(), 0);
+  EXPECT_EQ(image.GetPixel(0, 0), 0);
+}
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+TEST(Normalize, AsDefined) {
+  struct {
+    float mean, deviation;
+  } const wanted[] = {{128, 40},  {0, 10},         {127.3f, 0},
+                      {300, -20}, {-1e30f, 3e38f}, {20, kInfinity}};
+  for (const auto [mean, deviation] : wanted) {
+    SCOPED_TRACE(mean);
+    const auto call = [&](auto... roi) { return ImgNormalize(roi..., mean, deviation); };
+    const auto model = [&](const Picture<KyBW8>& in, Picture<KyBW8>& out) {
+      // The statistics have a test of their own.
+      Random random(7);
+      Canvas<KyBW8> canvas(in, {}, random);
+      float sigma, mu;
+      ImgPixelStdDev(canvas.roi(), sigma, mu);
+      const float ratio = sigma == 0 ? 0 : deviation / sigma;
+      for (int i = 0; i < in.width * in.height; ++i) {
+        const float scaled = static_cast<float>(in.pixels[i]) * ratio;
+        const float shifted = scaled + mean, base = ratio * mu;
+        const float v = shifted - base;
+        out.pixels[i] = std::isnan(v) || v < 0 ? 0 : v > 255 ? 255 : static_cast<KyBW8>(v);
+      }
+    };
+    std::vector<Size> sizes = {{1, 1}, {9, 5}, {64, 3}, {131, 17}};
+    CheckOperation<KyBW8, KyBW8>(call, model, sizes);
+  }
+  const auto call = [](auto... roi) { return ImgNormalize(roi..., 1, 1); };
+  CheckRefusals<KyBW8, KyBW8>(call, {"ImgNormalize"});
+  KyImage<KyBW8> none(0, 4);
+  EXPECT_EQ(call(&none, &none), KY_ERROR_NO_PIXELS);
+  EXPECT_EQ(KyGetTraceCount(), 3);
+}
+
+KyBW8 GainOffsetModel(KyBW8 level, float gain, float offset) {
+  const auto truncate = [](double v) {
+    return static_cast<std::int32_t>(std::isnan(v) ? 0
+                                                   : std::clamp(v, -2147483648.0, 2147483647.0));
+  };
+  const std::int32_t g = truncate(gain * 32.0f), o = truncate(offset);
+  const std::uint32_t product = static_cast<std::uint32_t>(g) * level;
+  const std::uint32_t s = (product >> 5) + static_cast<std::uint32_t>(o);
+  return s <= 255 ? static_cast<KyBW8>(s) : static_cast<std::int32_t>(s) < 0 ? 0 : 255;
+}
+
+TEST(GainOffset, EveryLevelUnderManyLaws) {
+  Picture<KyBW8> levels(259, 1);
+  for (int x = 0; x < 259; ++x) levels.At(x, 0) = static_cast<KyBW8>(x);
+  const float gains[] = {0,     1,      0.5f, 1.01f, 7.9f,     8.03f, 8.1f,   255.95f,   255.97f,
+                         256.f, -0.03f, -1,   2e5f,  67108864, 1e30f, -1e30f, kInfinity, NAN};
+  const float offsets[] = {
+      0,     0.9f,       -0.9f,     17,     -40,           255,        256,
+      -255,  -65272,     -65273,    -65280, -70000,        2147418112, 2147483520,
+      -2e9f, -kInfinity, kInfinity, NAN,    -2147483648.0f};
+  ForEachPath([&](const std::string&) {
+    Random random(8);
+    for (const float gain : gains)
+      for (const float offset : offsets) {
+        SCOPED_TRACE(std::to_string(gain) + " and " + std::to_string(offset));
+        Canvas<KyBW8> in(levels, {}, random), out(259, 1, {}, random);
+        ASSERT_EQ(ImgGainOffset(in.roi(), out.roi(), gain, offset), KY_OK);
+        Picture<KyBW8> expected = levels;
+        for (KyBW8& level : expected.pixels) level = GainOffsetModel(level, gain, offset);
+        ASSERT_TRUE(Same(expected, out.Get()));
+      }
+  });
+}
+
+TEST(GainOffset, OnEveryPath) {
+  const auto check = [](float gain, float offset) {
+    CheckOperation<KyBW8, KyBW8>(
+        [=](auto... roi) { return ImgGainOffset(roi..., gain, offset); },
+        PerPixel([=](KyBW8, KyBW8 v) { return GainOffsetModel(v, gain, offset); }));
+  };
+  check(1.7f, -33);
+  check(-1, 100);
+  CheckRefusals<KyBW8, KyBW8>([](auto... roi) { return ImgGainOffset(roi..., 1, 0); },
+                              {"ImgGainOffset"});
+}
+
+}  // namespace
