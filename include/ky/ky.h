@@ -3,6 +3,7 @@
 
 #include "ky/angle.h"
 #include "ky/color.h"
+#include "ky/contour.h"
 #include "ky/filters.h"
 #include "ky/geometry.h"
 #include "ky/histogram_vector.h"
