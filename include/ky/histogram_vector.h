@@ -16,4 +16,10 @@ class KY_API KyBW8HistogramVector : public KyVectorTemplate<unsigned int> {
 
   /// Sets every bin in use to 0.
   void Clear() noexcept;
+
+  /// Shannon's entropy, in bits, of the distribution that bins `first` to `last` describe, ~0u
+  /// being the last one in use: (ln N - L / N) / ln 2, where N is the sum of the counts h (modulo
+  /// 2^32) and L that of h ln h, in single precision; 0 when N is 0. Errors: 1011 and 1012 for bins
+  /// that are not in use; the result is 0 then. Trace "KyBW8HistogramVector::Entropy".
+  float Entropy(unsigned int first = 0, unsigned int last = ~0u) const noexcept;
 };

@@ -6,6 +6,7 @@
 #include "ky/contour.h"
 #include "ky/filters.h"
 #include "ky/geometry.h"
+#include "ky/histogram.h"
 #include "ky/histogram_vector.h"
 #include "ky/image.h"
 #include "ky/image_vector.h"

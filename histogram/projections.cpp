@@ -1,0 +1,86 @@
+#include <cstdint>
+
+#include "foundation/frame.h"
+#include "histogram/counts.h"
+#include "histogram/reduce_rows.h"
+#include "ky/histogram.h"
+
+namespace {
+
+using ky::RowsOf;
+
+// Gives a vector exactly `count` elements.
+KY_ERRORS Resize(KyBW32Vector* sums, int count) noexcept {
+  if (const KY_ERRORS error = sums->SetMaxElements(static_cast<unsigned int>(count))) return error;
+  return sums->SetNumElements(static_cast<unsigned int>(count));
+}
+KY_ERRORS Resize(KyVector* sums, int count) noexcept {
+  if (const KY_ERRORS error = sums->SetType(ky::kCountVector, count, 0)) return error;
+  return sums->SetNbGroup(count);
+}
+
+// The frame of all projections: `project` fills the array of `count` sums.
+template <class T, class Vector, class Project>
+KY_ERRORS Projection(const char* name, const KyROI<T>* source, Vector* sums,
+                     int (KyGenericROI::*count)() const noexcept, Project project) noexcept {
+  return ky::Call(name, [&] {
+    if (const KY_ERRORS error = ky::HasImage(source)) return error;
+    if (sums == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    if (const KY_ERRORS error = Resize(sums, (source->*count)())) return error;
+    project(ky::ChooseReduceKernels(), static_cast<std::uint32_t*>(sums->GetDataPtr()));
+    return KY_OK;
+  });
+}
+
+template <class T>
+auto ColumnKernelOf(const ky::ReduceKernels& kernels) noexcept {
+  if constexpr (sizeof(T) == 1)
+    return kernels.columns;
+  else
+    return kernels.columns16;
+}
+template <class T>
+auto RowKernelOf(const ky::ReduceKernels& kernels) noexcept {
+  if constexpr (sizeof(T) == 1)
+    return kernels.sum;
+  else
+    return kernels.sum16;
+}
+
+template <class T, class Vector>
+KY_ERRORS ProjectOnARow(const char* name, const KyROI<T>* source, Vector* sums) noexcept {
+  return Projection(name, source, sums, &KyGenericROI::GetWidth,
+                    [&](const ky::ReduceKernels& kernels, std::uint32_t* to) {
+                      ky::SumColumns(ColumnKernelOf<T>(kernels), RowsOf(source), to);
+                    });
+}
+template <class T, class Vector>
+KY_ERRORS ProjectOnAColumn(const char* name, const KyROI<T>* source, Vector* sums) noexcept {
+  return Projection(name, source, sums, &KyGenericROI::GetHeight,
+                    [&](const ky::ReduceKernels& kernels, std::uint32_t* to) {
+                      ky::ReduceRows(RowKernelOf<T>(kernels), RowsOf(source),
+                                     [&](std::uint32_t sum, std::ptrdiff_t y) { to[y] = sum; });
+                    });
+}
+
+}  // namespace
+
+KY_ERRORS ImgProjectOnARow(const KyROI<KyBW8>* source, KyBW32Vector* sums) noexcept {
+  return ProjectOnARow("ImgProjectOnARow (BW8 Image)", source, sums);
+}
+KY_ERRORS ImgProjectOnARow(const KyROI<KyBW16>* source, KyBW32Vector* sums) noexcept {
+  return ProjectOnARow("ImgProjectOnARow (BW16 Image)", source, sums);
+}
+KY_ERRORS ImgProjectOnARow(const KyROI<KyBW8>* source, KyVector* sums) noexcept {
+  return ProjectOnARow("ImgProjectOnARow (KyVector)", source, sums);
+}
+
+KY_ERRORS ImgProjectOnAColumn(const KyROI<KyBW8>* source, KyBW32Vector* sums) noexcept {
+  return ProjectOnAColumn("ImgProjectOnAColumn (BW8 Image)", source, sums);
+}
+KY_ERRORS ImgProjectOnAColumn(const KyROI<KyBW16>* source, KyBW32Vector* sums) noexcept {
+  return ProjectOnAColumn("ImgProjectOnAColumn (BW16 Image)", source, sums);
+}
+KY_ERRORS ImgProjectOnAColumn(const KyROI<KyBW8>* source, KyVector* sums) noexcept {
+  return ProjectOnAColumn("ImgProjectOnAColumn", source, sums);
+}
