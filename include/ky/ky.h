@@ -5,6 +5,7 @@
 #include "ky/color.h"
 #include "ky/contour.h"
 #include "ky/filters.h"
+#include "ky/frames.h"
 #include "ky/geometry.h"
 #include "ky/histogram.h"
 #include "ky/histogram_vector.h"

@@ -1,0 +1,19 @@
+// The row kernels of interlaced frames.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "ky/pixels.h"
+
+namespace ky {
+
+struct FrameKernels {
+  // The sum of (a[i] - b[i])^2, modulo 2^32.
+  std::uint32_t (*squaredDistance)(const KyBW8* a, const KyBW8* b, std::size_t n);
+};
+
+// The kernels of the instruction set that this call may use.
+const FrameKernels& ChooseFrameKernels() noexcept;
+
+}  // namespace ky
