@@ -26,8 +26,9 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Elements in memory to lanes of D, which may be wider, and back. (Named apart from Highway's Load
-// and Store, which want aligned memory and would be found by argument-dependent lookup.)
+// Elements in memory to lanes of D, which may be wider, and back; wider lanes, taken as signed, are
+// clamped to what an element can hold. (Named apart from Highway's Load and Store, which want
+// aligned memory and would be found by argument-dependent lookup.)
 template <class D, class T>
 HWY_INLINE hn::Vec<D> LoadLanes(D d, const T* from) {
   if constexpr (sizeof(T) == sizeof(hn::TFromD<D>)) {
@@ -38,7 +39,13 @@ HWY_INLINE hn::Vec<D> LoadLanes(D d, const T* from) {
 }
 template <class D, class T>
 HWY_INLINE void StoreLanes(D d, hn::Vec<D> v, T* to) {
-  hn::StoreU(v, d, to);
+  if constexpr (sizeof(T) == sizeof(hn::TFromD<D>)) {
+    hn::StoreU(v, d, to);
+  } else {
+    const hn::Rebind<hwy::MakeSigned<hn::TFromD<D>>, D> wide;
+    const hn::Rebind<T, D> narrow;
+    hn::StoreU(hn::DemoteTo(narrow, hn::BitCast(wide, v)), narrow, to);
+  }
 }
 
 // The first n elements alone; lanes without an element are 0. No byte behind them is touched.

@@ -20,6 +20,7 @@
 #include "ky/roi.h"
 #include "ky/statistics.h"
 #include "ky/status.h"
+#include "ky/temporal.h"
 #include "ky/typed_vector.h"
 #include "ky/vector.h"
 #include "ky/version.h"

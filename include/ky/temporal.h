@@ -1,0 +1,77 @@
+// Averages over the frames of a sequence, against noise.
+#pragma once
+
+#include "ky/export.h"
+#include "ky/image.h"
+#include "ky/pixels.h"
+#include "ky/roi.h"
+#include "ky/status.h"
+
+/// The mean of the last frames of a sequence, at the cost of one addition and one subtraction a
+/// pixel. With f(t) the frames since the last reset and f(t) = f(0) for t < 0,
+///
+///     destination = (f(t) + f(t - 1) + ... + f(t - period + 1)) / period,    rounded down.
+///
+/// The frames come in one of two ways. Where the object keeps the sources, every frame is put into
+/// the image that GetSrcImage names, and is there to stay:
+///
+///     KyMovingAverage average(4, 640, 480, 1);
+///     camera.Grab(average.GetSrcImage());
+///     average.Average(&smooth);
+///
+/// otherwise it is handed over, and copied:
+///
+///     KyMovingAverage average(4, 640, 480, 0);
+///     average.Average(&frame, &smooth);
+///
+/// Totals have 16 bits: up to a period of 257 they are exact, longer ones wrap. Who changes kept
+/// frames, or their images, changes what later averages are made of. Members other than GetSize
+/// clear the status first. An object serves one thread at a time.
+class KY_API KyMovingAverage {
+ public:
+  /// An object without frames: every average is refused.
+  KyMovingAverage() noexcept;
+  /// The same, and SetSize.
+  KyMovingAverage(unsigned int period, int width, int height, int keepSource) noexcept;
+  KyMovingAverage(const KyMovingAverage&) = delete;
+  KyMovingAverage& operator=(const KyMovingAverage&) = delete;
+  virtual ~KyMovingAverage();
+
+  /// Prepares for averages of `period` frames of `width` x `height` pixels, and forgets the frames
+  /// seen so far. `keepSource` other than 0 keeps the sources (see above). 1303 for sizes that are
+  /// negative or cannot be had; the object is as after its default constructor then. Trace
+  /// "KyMovingAverage::SetSize".
+  KY_ERRORS SetSize(unsigned int period, int width, int height, int keepSource) noexcept;
+  /// What SetSize was given; zeros before.
+  void GetSize(unsigned int& period, int& width, int& height, int& keepSource) const noexcept;
+
+  /// Starts a new sequence: the next frame stands for all before it.
+  void Reset() noexcept;
+
+  /// The image that the next frame must be put into; its size must stay. Null when the period is 0;
+  /// null and 1003 when the sources are not kept. Trace "KyMovingAverage::GetSrcImage".
+  KyImage<KyBW8>* GetSrcImage() noexcept;
+
+  /// Takes the frame out of the image of GetSrcImage, or the one given, into the average. The
+  /// source may be the destination. Errors, in this order, nothing changed: 1003 where the sources
+  /// are not kept, or are; 1003 (with one argument) or 1403 (with two) when the period is 0; 1400;
+  /// 1403 for other sizes than the object's; 1303. Trace "KyMovingAverage::Average".
+  KY_ERRORS Average(KyROI<KyBW8>* destination) noexcept;
+  KY_ERRORS Average(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
+
+ private:
+  KY_ERRORS Configure(unsigned int period, int width, int height, int keepSource) noexcept;
+  KY_ERRORS Allocate(int width, int height) noexcept;
+  void Release() noexcept;
+  int Current() const noexcept;
+  int Oldest() const noexcept;
+  KY_ERRORS Take(const KyROI<KyBW8>* frame, KyROI<KyBW8>* destination) noexcept;
+
+  unsigned int period_ = 0;
+  int shift_ = 0;       // log2 of a period that is a power of two, else 0
+  int index_ = 0;       // the ring's next slot; less count_ until every slot has been filled
+  int count_ = 0;       // slots of the ring
+  int keepSource_ = 0;  // 0: the ring holds copies
+  KyImage<KyBW8>** ring_ = nullptr;
+  KyImage<KyBW16> sum_;  // of the last period - 1 frames
+};
