@@ -4,6 +4,8 @@
 
 #include "temporal/temporal_rows.h"
 
+#include <algorithm>
+
 #include "foundation/dispatch.h"
 #include "foundation/rows-inl.h"
 
@@ -93,7 +95,51 @@ void StepByReciprocal(const MovingRow& row, const Reciprocal& reciprocal) {
   UpdateRow(Step<MultiplyBy>{{reciprocal}}, row);
 }
 
-constexpr TemporalKernels kKernels = {&StartRow, &StepByShift, &StepByReciprocal};
+// The place of a pixel's change in the table.
+struct Place {
+  using Lane = int16_t;
+
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V source, V state) const {
+    const V farthest = hn::Set(d, kFarthest);
+    const V difference = hn::SaturatedSub(hn::ShiftLeft<4>(source), state);
+    return hn::Add(hn::Max(hn::Min(difference, farthest), hn::Neg(farthest)), farthest);
+  }
+};
+struct Change {
+  using Lane = int16_t;
+
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V state, V change) const {
+    return hn::Add(state, change);
+  }
+};
+struct Level {
+  using Lane = int16_t;
+
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V state) const {
+    return hn::ShiftRight<4>(state);
+  }
+};
+
+// Tables are read a pixel at a time, between vector loops over a piece that stays in the first
+// cache.
+void Recur(const KyBW8* source, KyBW16* state, KyBW8* destination, size_t n,
+           const KyBW16* changes) {
+  constexpr size_t kPiece = 512;
+  HWY_ALIGN int16_t piece[kPiece];
+  for (size_t i = 0; i < n; i += kPiece) {
+    const size_t length = std::min(kPiece, n - i);
+    auto* const states = reinterpret_cast<int16_t*>(state + i);
+    MapSpan(Place(), piece, length, source + i, states);
+    for (size_t k = 0; k < length; ++k) piece[k] = static_cast<int16_t>(changes[piece[k]]);
+    MapSpan(Change(), states, length, states, piece);
+    MapSpan(Level(), destination + i, length, states);
+  }
+}
+
+constexpr TemporalKernels kKernels = {&StartRow, &StepByShift, &StepByReciprocal, &Recur};
 
 }  // namespace
 

@@ -28,12 +28,19 @@ struct MovingRow {
   std::size_t width;
 };
 
+// A recursive average looks its changes up by the difference, from -kFarthest to kFarthest.
+inline constexpr int kFarthest = 4095;
+inline constexpr int kChanges = 2 * kFarthest + 1;
+
 struct TemporalKernels {
   // The first frame of a sequence: it stands for `others` frames before it.
   void (*start)(const MovingRow& row, KyBW16 others);
   // The mean of 2^shift frames, and of any number.
   void (*stepByShift)(const MovingRow& row, int shift);
   void (*stepByReciprocal)(const MovingRow& row, const Reciprocal& reciprocal);
+  // A step of a recursive average.
+  void (*recur)(const KyBW8* source, KyBW16* state, KyBW8* destination, std::size_t n,
+                const KyBW16* changes);
 };
 
 // The kernels of the instruction set that this call may use.

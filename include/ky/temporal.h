@@ -6,6 +6,7 @@
 #include "ky/pixels.h"
 #include "ky/roi.h"
 #include "ky/status.h"
+#include "ky/typed_vector.h"
 
 /// The mean of the last frames of a sequence, at the cost of one addition and one subtraction a
 /// pixel. With f(t) the frames since the last reset and f(t) = f(0) for t < 0,
@@ -75,3 +76,34 @@ class KY_API KyMovingAverage {
   KyImage<KyBW8>** ring_ = nullptr;
   KyImage<KyBW16> sum_;  // of the last period - 1 frames
 };
+
+/// Fills the table of a recursive average, which says by how much a state changes towards a frame.
+/// Its 8191 elements hold the signed change for differences d of -4095 to 4095 sixteenths of a
+/// grey level, d = 0 being at index 4095: table[4095 + d] = trunc(c(d)), table[4095 - d] =
+/// -trunc(c(d)), for d >= 0.
+///
+/// - `noise` 0, a linear filter: c(d) = 1/2 + d * k, where k = 2 / (reduction^2 + 1), added up in
+///   single precision. It divides the standard deviation of noise by `reduction`, above 1.
+/// - Any other, a filter that gives way to motion: c(d) = d + g * tanh(d / B), where B = 16 * noise
+///   and g = B * (1 - reduction^2) / (1 + reduction^2). Differences well below `noise` grey levels
+///   are damped as by the linear filter, those above it pass almost whole. tanh is computed as
+///   (t - 1) / (t + 1) for t = exp(2 * d / B), by repeated multiplication.
+///
+/// What is not a number gives 0. Errors: 1601 for a null vector; 1303, traced first
+/// "KyVector::SetMaxElements", "KyVector::SetNumElements". Trace "ImgSetRecursiveAverageLUT".
+KY_API KY_ERRORS ImgSetRecursiveAverageLUT(KyBW16Vector* table, float reduction,
+                                           float noise = 0) noexcept;
+
+/// One step of a first-order recursive filter. The state is the filtered image in sixteenths of a
+/// grey level, signed; its owner starts it, with 16 times the first frame for example.
+///
+///     d = 16 * source - state, limited to -4095..4095
+///     state = state + table[4095 + d]                  (16 bits, wrapping)
+///     destination = state / 16, rounded down, limited to 0..255
+///
+/// The source may be the destination. A source that shares memory with the state, or with the
+/// destination otherwise, is read first; state and destination must not share any. Errors, in this
+/// order, nothing changed: 1400; 1403 for different sizes; 1613 for a table that is null or does
+/// not have 8191 elements; 1303. Trace "ImgRecursiveAverage".
+KY_API KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
+                                     KyROI<KyBW8>* destination, KyBW16Vector* table) noexcept;

@@ -1,0 +1,75 @@
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "foundation/frame.h"
+#include "foundation/rows.h"
+#include "ky/temporal.h"
+#include "temporal/temporal_rows.h"
+
+namespace {
+
+using ky::kChanges;
+using ky::kFarthest;
+
+int Truncate(double value) noexcept {
+  if (std::isnan(value)) return 0;
+  return static_cast<int>(std::clamp<double>(value, INT16_MIN, INT16_MAX));
+}
+
+// The changes for d = 0 to kFarthest, given to `set` in turn.
+template <class Set>
+void LinearChanges(float reduction, const Set& set) noexcept {
+  const float gain = 2 / (reduction * reduction + 1);
+  float value = 0.5f;
+  for (int d = 0; d <= kFarthest; ++d, value += gain) set(d, value);
+}
+template <class Set>
+void AdaptiveChanges(double reduction, double noise, const Set& set) noexcept {
+  const double squared = reduction * reduction;
+  const double range = 16 * noise;
+  const double gain = range * (1 - squared) / (1 + squared);
+  const double factor = std::exp(2 / range);
+  double t = 1;
+  for (int d = 0; d <= kFarthest; ++d, t *= factor)
+    set(d, d + gain * (std::isfinite(t) ? (t - 1) / (t + 1) : 1));
+}
+
+}  // namespace
+
+KY_ERRORS ImgSetRecursiveAverageLUT(KyBW16Vector* table, float reduction, float noise) noexcept {
+  return ky::Call("ImgSetRecursiveAverageLUT", [&] {
+    if (table == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    if (const KY_ERRORS error = table->SetNumElements(kChanges)) return error;
+    KyBW16* const middle = table->GetDataPtr() + kFarthest;
+    const auto set = [middle](int d, double value) {
+      middle[-d] = static_cast<KyBW16>(-Truncate(value));
+      middle[d] = static_cast<KyBW16>(Truncate(value));
+    };
+    if (noise == 0)
+      LinearChanges(reduction, set);
+    else
+      AdaptiveChanges(reduction, noise, set);
+    return KY_OK;
+  });
+}
+
+KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
+                              KyROI<KyBW8>* destination, KyBW16Vector* table) noexcept {
+  return ky::Call("ImgRecursiveAverage", [&] {
+    if (const KY_ERRORS error = ky::Ready(source, state, destination)) return error;
+    if (table == nullptr || table->GetNumElements() != kChanges) return KY_ERROR_NOT_256_ENTRIES;
+    const ky::Rows<KyBW8> out = ky::RowsOf(destination);
+    const ky::Rows<KyBW16> states = ky::RowsOf(state);
+    const ky::Rows<const KyBW8> in = ky::RowsOf(source);
+    ky::Input<KyBW8> input;
+    const bool apart = ky::SharingOf(in, states) == ky::Sharing::kNothing;
+    if (!(apart ? input.Open(in, out) : input.OpenCopy(in))) return KY_ERROR_NOT_ENOUGH_MEMORY;
+
+    const ky::TemporalKernels& kernels = ky::ChooseTemporalKernels();
+    for (std::ptrdiff_t y = 0; y < out.height; ++y)
+      kernels.recur(input.rows().Row(y), states.Row(y), out.Row(y),
+                    static_cast<std::size_t>(out.width), table->GetDataPtr());
+    return KY_OK;
+  });
+}
