@@ -7,6 +7,7 @@
 #include "ky/filters.h"
 #include "ky/frames.h"
 #include "ky/geometry.h"
+#include "ky/gradient.h"
 #include "ky/histogram.h"
 #include "ky/histogram_vector.h"
 #include "ky/image.h"

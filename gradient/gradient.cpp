@@ -1,0 +1,114 @@
+#include "ky/gradient.h"
+
+#include <climits>
+#include <cmath>
+
+#include "foundation/frame.h"
+#include "foundation/window.h"
+#include "gradient/gradient_rows.h"
+#include "ky/angle.h"
+
+namespace {
+
+using ky::Call;
+using ky::Ready;
+using ky::Rows;
+using ky::RowsOf;
+
+constexpr int kSide = 512;
+constexpr int kMiddle = kSide / 2;
+
+// The results of all windows that have a pixel of the source at their centre.
+template <class Out, class Kernel>
+KY_ERRORS FilterNeighbours(KyROI<Out>* destination, const KyROI<KyBW8>* source,
+                           const ky::GradientKernels& kernels, const Kernel& kernel) noexcept {
+  return ky::WindowWalk<KyBW8, Out>(1, ky::Border::Repeat(), kernels.lanes)
+      .Run(RowsOf(destination), RowsOf(source), kernel);
+}
+
+// The frame of both scalar forms: calls work(kernels, table) when all may be used.
+template <class T, class Work>
+KY_ERRORS MapGradients(const KyROI<T>* source, KyROI<KyBW8>* destination,
+                       const KyROI<KyBW8>* lookup, const Work& work) noexcept {
+  return Call("ImgGradientScalar", [&] {
+    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    if (const KY_ERRORS error = ky::HasImage(lookup)) return error;
+    if (lookup->GetWidth() != kSide || lookup->GetHeight() != kSide)
+      return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+    ky::Input<KyBW8> table;
+    const Rows<const KyBW8> rows = RowsOf(lookup);
+    const bool fits = rows.pitch <= INT_MAX / kSide;
+    if (!(fits ? table.OpenApart(rows, RowsOf(destination)) : table.OpenCopy(rows)))
+      return KY_ERROR_NOT_ENOUGH_MEMORY;
+    return work(ky::ChooseGradientKernels(),
+                ky::GradientTable{table.rows().first, static_cast<int>(table.rows().pitch)});
+  });
+}
+
+// Gives a lookup image its size and entries: entryOf(gx, gy).
+template <class EntryOf>
+KY_ERRORS MakeLookup(const char* name, KyImage<KyBW8>* lookup, const EntryOf& entryOf) noexcept {
+  return Call(name, [&] {
+    if (lookup == nullptr) return KY_ERROR_NO_IMAGE;
+    lookup->SetSize(kSide, kSide);
+    if (const KY_ERRORS error = KyGetError()) return error;
+    const Rows<KyBW8> rows = RowsOf(lookup);
+    for (int gy = -kMiddle; gy < kMiddle; ++gy)
+      for (int gx = -kMiddle; gx < kMiddle; ++gx)
+        rows.Row(gy + kMiddle)[gx + kMiddle] = entryOf(gx, gy);
+    return KY_OK;
+  });
+}
+
+// The low 8 bits of a value truncated to 64 bits; 0 when it does not fit them.
+KyBW8 LowByte(double value) noexcept {
+  constexpr double kLimit = 0x1p63;
+  return std::abs(value) < kLimit ? static_cast<KyBW8>(static_cast<std::int64_t>(value)) : KyBW8{0};
+}
+
+}  // namespace
+
+KY_ERRORS ImgGradientVector(const KyROI<KyBW8>* source, KyROI<KyBW32>* destination) noexcept {
+  return Call("ImgGradientVector", [&] {
+    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    const ky::GradientKernels& kernels = ky::ChooseGradientKernels();
+    return FilterNeighbours(destination, source, kernels, kernels.store);
+  });
+}
+
+KY_ERRORS ImgGradientScalar(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
+                            const KyROI<KyBW8>* lookup) noexcept {
+  return MapGradients(source, destination, lookup, [&](const auto& kernels, const auto& table) {
+    return FilterNeighbours(
+        destination, source, kernels,
+        [&](Rows<KyBW8> out, const KyBW8* const* rows) { kernels.look(out, rows, table); });
+  });
+}
+
+KY_ERRORS ImgGradientScalar(const KyROI<KyBW32>* source, KyROI<KyBW8>* destination,
+                            const KyROI<KyBW8>* lookup) noexcept {
+  return MapGradients(source, destination, lookup, [&](const auto& kernels, const auto& table) {
+    const Rows<KyBW8> out = RowsOf(destination);
+    ky::Input<KyBW32> input;
+    if (!input.Open(RowsOf(source), out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    for (std::ptrdiff_t y = 0; y < out.height; ++y)
+      kernels.lookStored(out.Row(y), static_cast<std::size_t>(out.width), input.rows().Row(y),
+                         table);
+    return KY_OK;
+  });
+}
+
+KY_ERRORS ImgModulusImage(KyImage<KyBW8>* lookup, float gain) noexcept {
+  return MakeLookup("ImgModulusImage", lookup, [gain](int gx, int gy) {
+    const double value = std::sqrt(double(gx * gx + gy * gy)) * gain + 0.5;
+    return value > 255 ? KyBW8{255} : LowByte(value);
+  });
+}
+
+KY_ERRORS ImgArgumentImage(KyImage<KyBW8>* lookup, KyBW8 origin, float angleSpan) noexcept {
+  const double scale = angleSpan != 0 ? 256.0 / KyToRadians(angleSpan) : 0;
+  const double offset = origin + 256.5;
+  return MakeLookup("ImgArgumentImage", lookup, [=](int gx, int gy) {
+    return gx == 0 && gy == 0 ? KyBW8{0} : LowByte(std::atan2(gy, gx) * scale + offset);
+  });
+}

@@ -1,0 +1,93 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "gradient/gradient_rows.cpp"
+#include <hwy/foreach_target.h>  // keep first
+
+#include "gradient/gradient_rows.h"
+
+#include <algorithm>
+
+#include "foundation/dispatch.h"
+#include "foundation/rows-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+namespace {
+
+// The gradients of n pixels. Differences have 9 bits: the low byte wraps, the high one is the sign.
+HWY_INLINE void StoreRow(KyBW32* out, size_t n, const KyBW8* above, const KyBW8* row,
+                         const KyBW8* below) {
+  const hn::ScalableTag<uint8_t> d;
+  const auto sign = [=](auto a, auto b)
+                        HWY_ATTR { return hn::Not(hn::VecFromMask(d, hn::Eq(hn::Max(a, b), a))); };
+  for (size_t x = 0; x < n; x += hn::Lanes(d)) {
+    const auto left = hn::LoadU(d, row + x - 1), right = hn::LoadU(d, row + x + 1);
+    const auto up = hn::LoadU(d, above + x), down = hn::LoadU(d, below + x);
+    hn::StoreInterleaved4(hn::Sub(left, right), sign(left, right), hn::Sub(up, down),
+                          sign(up, down), d, reinterpret_cast<uint8_t*>(out + x));
+  }
+}
+
+void Store(Rows<KyBW32> out, const KyBW8* const* rows) {
+  for (ptrdiff_t y = 0; y < out.height; ++y)
+    StoreRow(out.Row(y), static_cast<size_t>(out.width), rows[y], rows[y + 1], rows[y + 2]);
+}
+
+// Where a gradient's entry lies: the low 9 bits of both differences count, and 256 more.
+struct Offset {
+  using Lane = int32_t;
+  int32_t pitch;
+
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V gradient) const {
+    const auto place = [=](V g) HWY_ATTR {
+      return hn::And(hn::Add(g, hn::Set(d, 256)), hn::Set(d, 511));
+    };
+    const V row = place(hn::ShiftRight<16>(gradient));
+    return hn::Add(hn::Mul(row, hn::Set(d, pitch)), place(gradient));
+  }
+};
+
+// Tables are read a pixel at a time, from offsets of a piece that stays in the first cache.
+constexpr size_t kPiece = 512;
+
+void LookUpStored(KyBW8* out, size_t n, const KyBW32* gradients, const GradientTable& table) {
+  HWY_ALIGN int32_t offsets[kPiece];
+  for (size_t i = 0; i < n; i += kPiece) {
+    const size_t length = std::min(kPiece, n - i);
+    MapSpan(Offset{table.pitch}, offsets, length, reinterpret_cast<const int32_t*>(gradients + i));
+    for (size_t k = 0; k < length; ++k) out[i + k] = table.first[offsets[k]];
+  }
+}
+void LookUp(Rows<KyBW8> out, const KyBW8* const* rows, const GradientTable& table) {
+  HWY_ALIGN KyBW32 gradients[kPiece];
+  const size_t width = static_cast<size_t>(out.width);
+  for (ptrdiff_t y = 0; y < out.height; ++y) {
+    for (size_t i = 0; i < width; i += kPiece) {
+      const size_t length = std::min(kPiece, width - i);
+      StoreRow(gradients, length, rows[y] + i, rows[y + 1] + i, rows[y + 2] + i);
+      LookUpStored(out.Row(y) + i, length, gradients, table);
+    }
+  }
+}
+
+constexpr GradientKernels kKernels = {hn::MaxLanes(hn::ScalableTag<uint8_t>()), &Store, &LookUp,
+                                      &LookUpStored};
+
+}  // namespace
+
+const GradientKernels* TableOfGradientKernels() { return &kKernels; }
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace ky {
+HWY_EXPORT(TableOfGradientKernels);
+const GradientKernels& ChooseGradientKernels() noexcept {
+  return *KY_DISPATCH(TableOfGradientKernels)();
+}
+}  // namespace ky
+#endif

@@ -1,0 +1,25 @@
+// The row kernels of gradients.
+#pragma once
+
+#include "foundation/window.h"
+
+namespace ky {
+
+// A lookup image. Offsets into it fit 32 bits.
+struct GradientTable {
+  const KyBW8* first;
+  std::int32_t pitch;
+};
+
+struct GradientKernels {
+  std::size_t lanes;
+  WindowKernel<KyBW8, KyBW32> store;
+  void (*look)(Rows<KyBW8> out, const KyBW8* const* rows, const GradientTable& table);
+  void (*lookStored)(KyBW8* out, std::size_t n, const KyBW32* gradients,
+                     const GradientTable& table);
+};
+
+// The kernels of the instruction set that this call may use.
+const GradientKernels& ChooseGradientKernels() noexcept;
+
+}  // namespace ky
