@@ -92,6 +92,23 @@ HWY_INLINE void MapSpan(const Op& op, Out* out, size_t n, const In*... in) {
   StoreLanes(d, last, out + (n - lanes));
 }
 
+// What stands kLanes elements behind `here` in a row that goes on with `next`. Vectors of one lane
+// have no such place for more than one.
+template <size_t kLanes, class D>
+HWY_INLINE hn::Vec<D> Behind([[maybe_unused]] D d, [[maybe_unused]] hn::Vec<D> here,
+                             hn::Vec<D> next) {
+#if HWY_TARGET == HWY_SCALAR
+  static_assert(kLanes == 1);
+  return next;
+#else
+  constexpr size_t kBytes = kLanes * sizeof(hn::TFromD<D>);
+  if constexpr (sizeof(hn::Vec<D>) > 16)
+    return hn::CombineShiftRightBytes<kBytes>(d, hn::ConcatLowerUpper(d, next, here), here);
+  else
+    return hn::CombineShiftRightBytes<kBytes>(d, next, here);
+#endif
+}
+
 // Runs `f(d16, v...)` on 8-bit lanes widened to 16 bits, without crossing lanes: first the even,
 // then the odd ones. The results must be at most 255.
 template <class D, class F, class... V>
