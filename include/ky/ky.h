@@ -14,6 +14,7 @@
 #include "ky/image_vector.h"
 #include "ky/lookup.h"
 #include "ky/mirrors.h"
+#include "ky/morphology.h"
 #include "ky/operators.h"
 #include "ky/paths.h"
 #include "ky/pixels.h"

@@ -1,0 +1,277 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "morphology/extremes_rows.cpp"
+#include <hwy/foreach_target.h>  // keep first
+
+#include "morphology/extremes_rows.h"
+
+#include <hwy/cache_control.h>
+
+#include <algorithm>
+
+#include "foundation/dispatch.h"
+#include "foundation/rows-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+namespace {
+
+struct Maximum {
+  static constexpr KyBW8 kNeutral = 0;
+  static KyBW8 OfTwo(KyBW8 a, KyBW8 b) { return std::max(a, b); }
+  template <class V>
+  HWY_INLINE V operator()(V a, V b) const {
+    return hn::Max(a, b);
+  }
+};
+struct Minimum {
+  static constexpr KyBW8 kNeutral = 255;
+  static KyBW8 OfTwo(KyBW8 a, KyBW8 b) { return std::min(a, b); }
+  template <class V>
+  HWY_INLINE V operator()(V a, V b) const {
+    return hn::Min(a, b);
+  }
+};
+
+using D = hn::ScalableTag<uint8_t>;
+using V = hn::Vec<D>;
+HWY_INLINE ptrdiff_t Lanes() { return static_cast<ptrdiff_t>(hn::Lanes(D())); }
+
+template <class Op, class... More>
+HWY_INLINE V ExtremeOf(V v, More... more) {
+  ((v = Op()(v, more)), ...);
+  return v;
+}
+
+// The extreme of the elements at some distances from one place.
+template <class Op, class... Distance>
+HWY_INLINE V ExtremeAt(const KyBW8* at, Distance... distance) {
+  return ExtremeOf<Op>(hn::LoadU(D(), at + distance)...);
+}
+
+// out[x] = extreme of row[x + distance...] for n places, rounded up to whole vectors. `out` may be
+// `row`.
+template <class Op, class... Distance>
+HWY_INLINE void Gather(KyBW8* out, ptrdiff_t n, const KyBW8* row, Distance... distance) {
+  for (ptrdiff_t x = 0; x < n; x += Lanes())
+    hn::StoreU(ExtremeAt<Op>(row + x, distance...), D(), out + x);
+}
+
+// How far ahead of its use a source is asked for: the other work on a row keeps processors from
+// seeing that it is read in order.
+constexpr ptrdiff_t kAhead = 3840;
+
+// Makes vectors of the extremes of kSpan elements from each place on, going along a row, out of
+// those of shorter spans: shifting what is at hand is faster than loads across the lines of a
+// cache. A result takes the elements up to kBehind vectors further on, and so Next is given the
+// vector that stands so far behind the one that it makes.
+template <class Op, int kSpan>
+struct Spans {
+  static constexpr int kShorter = kSpan > 4 ? 4 : 2;
+  static constexpr int kBehind = Spans<Op, kShorter>::kBehind + 1;
+
+  HWY_INLINE void Start(const KyBW8* at) {
+    shorter.Start(at);
+    here = shorter.Next(at + (kBehind - 1) * Lanes());
+  }
+  HWY_INLINE V Next(const KyBW8* at) {
+    const V next = shorter.Next(at);
+    const V v = Op()(here, Behind<kSpan - kShorter>(D(), here, next));
+    here = next;
+    return v;
+  }
+
+  Spans<Op, kShorter> shorter;
+  V here;
+};
+template <class Op>
+struct Spans<Op, 2> {
+  static constexpr int kBehind = 0;
+  HWY_INLINE void Start(const KyBW8*) {}
+  HWY_INLINE V Next(const KyBW8* at) { return ExtremeAt<Op>(at, 0, 1); }
+};
+
+// out[x] = extreme(in[x], ..., in[x + kSpan - 1]) for n places, a vector or more. Of `in`, no more
+// is read; it does not overlap `out`, so that the last vector may go over some places again.
+template <class Op, int kSpan>
+HWY_INLINE void GatherInside(KyBW8* out, ptrdiff_t n, const KyBW8* in) {
+  const D d;
+  ptrdiff_t x = 0;
+  if constexpr (hn::MaxLanes(D()) > kSpan) {
+    Spans<Op, kSpan> spans;
+    const ptrdiff_t behind = spans.kBehind * Lanes();
+    if (behind + Lanes() <= n) spans.Start(in);
+    for (; x + behind + Lanes() <= n; x += Lanes()) {
+      hwy::Prefetch(in + x + kAhead);
+      hn::StoreU(spans.Next(in + x + behind), d, out + x);
+    }
+  }
+  const auto direct = [&](ptrdiff_t at) HWY_ATTR {
+    V v = ExtremeAt<Op>(in + at, 0, 1, 2);
+    for (int i = 3; i < kSpan; ++i) v = Op()(v, hn::LoadU(d, in + at + i));
+    hn::StoreU(v, d, out + at);
+  };
+  for (; x + Lanes() <= n; x += Lanes()) direct(x);
+  direct(n - Lanes());
+}
+
+// row[x] = extreme of the kSpan elements from x on, for all but the last kSpan - 1 of the
+// half + n + half elements: n that are given, between others that count for nothing.
+template <class Op, int kSpan>
+HWY_INLINE void GatherPadded(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t half) {
+  const ptrdiff_t end = n + 2 * half + 1 - kSpan, whole = n + 1 - kSpan;
+  const auto neutralTo = [&](ptrdiff_t from, ptrdiff_t to) {
+    if (from < to) std::memset(row + from, Op::kNeutral, static_cast<size_t>(to - from));
+  };
+  const auto partTo = [&](ptrdiff_t from, ptrdiff_t to) {
+    for (ptrdiff_t x = from; x < to; ++x) {
+      KyBW8 extreme = Op::kNeutral;
+      for (ptrdiff_t i = std::max<ptrdiff_t>(x - half, 0); i < std::min(x - half + kSpan, n); ++i)
+        extreme = Op::OfTwo(extreme, in[i]);
+      row[x] = extreme;
+    }
+  };
+  const ptrdiff_t left = std::max<ptrdiff_t>(half + 1 - kSpan, 0);
+  const ptrdiff_t right = whole < Lanes() ? half : half + whole;
+  neutralTo(0, left);
+  partTo(left, half);
+  if (right > half) GatherInside<Op, kSpan>(row + half, whole, in);
+  partTo(right, std::min(half + n, end));
+  neutralTo(half + n, end);
+}
+
+// row[x] = extreme of row[x + i span] for 0 <= i < 4 and n places, rounded up to whole vectors.
+template <class Op>
+HWY_INLINE void Quadruple(KyBW8* row, ptrdiff_t n, ptrdiff_t span) {
+  if (2 * span != Lanes()) return Gather<Op>(row, n, row, 0, span, 2 * span, 3 * span);
+  V here = ExtremeAt<Op>(row, 0, span);
+  for (ptrdiff_t x = 0; x < n; x += Lanes()) {
+    const V next = ExtremeAt<Op>(row + x + Lanes(), 0, span);
+    hn::StoreU(Op()(here, next), D(), row + x);
+    here = next;
+  }
+}
+
+// row[x] = extreme of the `count` elements row[x], row[x + lanes], row[x + 2 lanes], ... for n
+// places, rounded up to whole vectors: running extremes of vectors, in blocks of `count`.
+template <class Op>
+HWY_INLINE void GatherVectors(KyBW8* row, ptrdiff_t n, KyBW8* spare, ptrdiff_t count) {
+  const ptrdiff_t lanes = Lanes(), vectors = (n + lanes - 1) / lanes;
+  const auto neutral = hn::Set(D(), Op::kNeutral);
+  for (ptrdiff_t first = 0; first < vectors; first += count) {
+    // From each vector to the end of the block, and from the start of the next block on.
+    V suffix = neutral;
+    for (ptrdiff_t i = count - 1; i >= 0; --i) {
+      suffix = Op()(suffix, hn::LoadU(D(), row + (first + i) * lanes));
+      hn::StoreU(suffix, D(), spare + i * lanes);
+    }
+    V prefix = neutral;
+    const ptrdiff_t end = std::min(count, vectors - first);
+    for (ptrdiff_t i = 0; i < end; ++i) {
+      hn::StoreU(Op()(prefix, hn::LoadU(D(), spare + i * lanes)), D(), row + (first + i) * lanes);
+      prefix = Op()(prefix, hn::LoadU(D(), row + (first + count + i) * lanes));
+    }
+  }
+}
+
+// Each step makes row[x] the extreme of a four times longer span, until four spans cover the
+// window. Spans of a vector or more are joined by running extremes of whole vectors.
+template <class Op>
+void Along(KyBW8* out, ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare, ptrdiff_t half) {
+  const ptrdiff_t window = 2 * half + 1;
+  if (half == 1) return GatherPadded<Op, 3>(out, n, in, half);
+  if (half == 2) return GatherPadded<Op, 5>(out, n, in, half);
+  if (half == 3) return GatherPadded<Op, 7>(out, n, in, half);
+  GatherPadded<Op, 4>(row, n, in, half);
+  ptrdiff_t span = 4;
+  for (; span < Lanes() && 4 * span <= window; span *= 4)
+    Quadruple<Op>(row, n + window - 4 * span, span);
+  if (window > 4 * span) {
+    const ptrdiff_t steps = (window - span) / Lanes();
+    GatherVectors<Op>(row, n + window - span - steps * Lanes(), spare, steps + 1);
+    span += steps * Lanes();
+  }
+  const ptrdiff_t last = window - span;
+  if (window <= 2 * span)
+    Gather<Op>(out, n, row, 0, last);
+  else if (window <= 3 * span)
+    Gather<Op>(out, n, row, 0, span, last);
+  else
+    Gather<Op>(out, n, row, 0, span, 2 * span, last);
+}
+
+// A strip of some vectors through the rows of a block. Of a strip that reaches beyond the block,
+// `part` elements are written to the output.
+template <class Op, int kVectors>
+HWY_INLINE void AcrossStrip(const RowBlock& block, ptrdiff_t x, ptrdiff_t part) {
+  const D d;
+  const ptrdiff_t lanes = Lanes();
+  V extreme[kVectors];
+  for (V& v : extreme) v = hn::Set(d, Op::kNeutral);
+  for (ptrdiff_t i = 0; i < block.outputs; ++i) {
+    const KyBW8 *const row = block.rows[i] + x, *const before = block.before[i] + x;
+    KyBW8* const out = block.out[i] + x;
+    for (int k = 0; k < kVectors; ++k) {
+      extreme[k] = Op()(extreme[k], hn::LoadU(d, row + k * lanes));
+      const V result = Op()(extreme[k], hn::LoadU(d, before + k * lanes));
+      if (part < lanes)
+        StorePart(d, result, out, static_cast<size_t>(part));
+      else
+        hn::StoreU(result, d, out + k * lanes);
+    }
+  }
+  if (block.suffixFrom >= block.suffixEnd) return;
+  const KyBW8* const last = block.rows[block.suffixEnd - 1] + x;
+  for (int k = 0; k < kVectors; ++k) extreme[k] = hn::LoadU(d, last + k * lanes);
+  for (ptrdiff_t i = block.suffixEnd - 2; i >= block.suffixFrom; --i) {
+    KyBW8* const row = block.rows[i] + x;
+    for (int k = 0; k < kVectors; ++k) {
+      extreme[k] = Op()(extreme[k], hn::LoadU(d, row + k * lanes));
+      hn::StoreU(extreme[k], d, row + k * lanes);
+    }
+  }
+}
+
+template <class Op>
+void Across(const RowBlock& block) {
+  constexpr int kVectors = 4;
+  ptrdiff_t x = block.from;
+  for (; x + kVectors * Lanes() <= block.to; x += kVectors * Lanes())
+    AcrossStrip<Op, kVectors>(block, x, Lanes());
+  for (; x < block.to; x += Lanes()) AcrossStrip<Op, 1>(block, x, std::min(Lanes(), block.to - x));
+}
+
+template <class Op>
+void Cross(KyBW8* out, ptrdiff_t n, const KyBW8* above, const KyBW8* row, const KyBW8* below) {
+  const D d;
+  const auto extreme = [=](ptrdiff_t x) HWY_ATTR {
+    return ExtremeOf<Op>(ExtremeAt<Op>(row + x, -1, 0, 1), hn::LoadU(d, above + x),
+                         hn::LoadU(d, below + x));
+  };
+  ptrdiff_t x = 0;
+  for (; x + Lanes() <= n; x += Lanes()) hn::StoreU(extreme(x), d, out + x);
+  if (x < n) StorePart(d, extreme(x), out + x, static_cast<size_t>(n - x));
+}
+
+template <class Op>
+constexpr ExtremeKernels kKernels = {Op::kNeutral, &Along<Op>, &Across<Op>, &Cross<Op>};
+
+}  // namespace
+
+const ExtremeKernels* KernelsOfExtreme(Extreme extreme) {
+  return extreme == Extreme::kMaximum ? &kKernels<Maximum> : &kKernels<Minimum>;
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace ky {
+HWY_EXPORT(KernelsOfExtreme);
+const ExtremeKernels& ChooseExtremeKernels(Extreme extreme) noexcept {
+  return *KY_DISPATCH(KernelsOfExtreme)(extreme);
+}
+}  // namespace ky
+#endif

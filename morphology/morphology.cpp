@@ -1,0 +1,306 @@
+#include "ky/morphology.h"
+
+#include <algorithm>
+#include <cstring>
+#include <initializer_list>
+
+#include "foundation/frame.h"
+#include "foundation/rows.h"
+#include "morphology/passes.h"
+#include "point/operators_rows.h"
+
+namespace {
+
+using ky::Element;
+using ky::Extreme;
+using ky::ExtremePass;
+using ky::Input;
+using ky::Lines;
+using ky::Rows;
+using ky::RowsOf;
+using Source = const KyROI<KyBW8>*;
+using Destination = KyROI<KyBW8>*;
+
+// The trace names of the functions of one kind of element.
+struct Names {
+  const char *dilate, *erode, *open, *close, *whiteTopHat, *blackTopHat, *gradient;
+};
+constexpr Names kBox = {"ImgDilateBox",        "ImgErodeBox",       "ImgOpenBox",
+                        "ImgCloseBox",         "ImgWhiteTopHatBox", "ImgBlackTopHatBox",
+                        "ImgMorphoGradientBox"};
+constexpr Names kDisk = {"ImgDilateDisk",        "ImgErodeDisk",       "ImgOpenDisk",
+                         "ImgCloseDisk",         "ImgWhiteTopHatDisk", "ImgBlackTopHatDisk",
+                         "ImgMorphoGradientDisk"};
+
+constexpr Extreme kDilation = Extreme::kMaximum, kErosion = Extreme::kMinimum;
+
+const char* NameOf(const Names& names, Extreme extreme) noexcept {
+  return extreme == kDilation ? names.dilate : names.erode;
+}
+
+// The trace name of the first of the steps that an element is made of; null for a horizontal one,
+// which has none.
+const char* FirstStep(Extreme extreme, const Element& element) noexcept {
+  const bool dilates = extreme == kDilation;
+  if (element.halfWidth > 0 && element.halfHeight > 0)
+    return dilates ? "ImgDilate3x3 (BW8)" : "ImgErode3x3 (BW8)";
+  if (element.halfHeight > 0) return dilates ? "ImgDilateY (BW8)" : "ImgErodeY (BW8)";
+  if (element.halfWidth > 0) return nullptr;
+  if (element.crosses > 0) return dilates ? "ImgDilateXY (BW8)" : "ImgErodeXY (BW8)";
+  return "ImgOper (BW8 Image to Image)";
+}
+
+Element BoxOf(unsigned halfWidth, unsigned halfHeight) noexcept {
+  return Element::Box(halfWidth, halfHeight == KY_HALF_HEIGHT_AS_WIDTH ? halfWidth : halfHeight);
+}
+
+// Sets the status and traces the inner routines that it comes from.
+KY_ERRORS Fail(KY_ERRORS error, std::initializer_list<const char*> inner) noexcept {
+  KySetError(error);
+  for (const char* const name : inner)
+    if (name != nullptr) KyTraceError(name);
+  return error;
+}
+
+bool IsInPlace(Source source, Destination destination) noexcept {
+  return destination == nullptr || destination == source;
+}
+
+// What a call works on, with a null destination resolved.
+struct Operands {
+  Rows<const KyBW8> source;
+  Rows<KyBW8> destination;
+  bool inPlace = false;
+
+  KY_ERRORS Open(Source from, Destination to) noexcept {
+    if (const KY_ERRORS error = ky::HasImage(from)) return error;
+    if (IsInPlace(from, to)) {
+      source = RowsOf(from);
+      destination = {const_cast<KyBW8*>(source.first), source.pitch, source.width, source.height};
+      inPlace = true;
+      return KY_OK;
+    }
+    if (const KY_ERRORS error = ky::Ready(from, to)) return error;
+    source = RowsOf(from);
+    destination = RowsOf(to);
+    inPlace = SharingOf(source, destination) == ky::Sharing::kTheSame;
+    return KY_OK;
+  }
+};
+
+template <class T>
+Lines<T> LinesOf(const Rows<T>& rows) noexcept {
+  return {rows.first, rows.pitch, rows.height};
+}
+
+// Rows that composite operations advance by: enough for long loops, few enough for a cache.
+constexpr std::ptrdiff_t kStep = 32;
+
+// Goes down an image of `height` rows: `advance(ready)` makes what it can of so many rows.
+template <class Advance>
+void GoDown(std::ptrdiff_t height, const Advance& advance) noexcept {
+  for (std::ptrdiff_t ready = 0; ready < height;) {
+    ready = std::min(ready + kStep, height);
+    advance(ready);
+  }
+}
+
+// The workers. False when there is no memory; nothing has been written then.
+
+bool RunExtreme(const Operands& on, Extreme extreme, const Element& element) noexcept {
+  const std::ptrdiff_t width = on.source.width, height = on.source.height;
+  Input<KyBW8> input;
+  ExtremePass pass;
+  if (on.source.Empty()) return true;
+  if (!input.Open(on.source, on.destination) || !pass.Allocate(extreme, element, width, height))
+    return false;
+  pass.Advance(height, LinesOf(input.rows()), LinesOf(on.destination));
+  return true;
+}
+
+// One extreme, then the other; `finish(y, source, row)` is run on every row of the result.
+template <class Finish>
+bool RunBoth(const Operands& on, Extreme first, const Element& element,
+             const Finish& finish) noexcept {
+  const std::ptrdiff_t width = on.source.width, height = on.source.height;
+  const Extreme second = first == kDilation ? kErosion : kDilation;
+  Input<KyBW8> input;
+  ExtremePass there, back;
+  if (on.source.Empty()) return true;
+  if (!input.Open(on.source, on.destination) || !there.Allocate(first, element, width, height) ||
+      !back.Allocate(second, element, width, height))
+    return false;
+  const Lines<const KyBW8> in = LinesOf(input.rows());
+  const Lines<KyBW8> out = LinesOf(on.destination);
+  std::ptrdiff_t finished = 0;
+  GoDown(height, [&](std::ptrdiff_t ready) {
+    const std::ptrdiff_t between = there.Advance(ready, in, out);
+    const std::ptrdiff_t made = back.Advance(between, {out.first, out.pitch, out.count}, out);
+    for (; finished < made; ++finished) finish(out(finished), in(finished));
+  });
+  return true;
+}
+
+bool RunGradient(const Operands& on, const Element& element) noexcept {
+  const std::ptrdiff_t width = on.source.width, height = on.source.height;
+  Input<KyBW8> input;
+  ExtremePass dilation, erosion;
+  ky::Scratch<KyBW8> memory;
+  if (on.source.Empty()) return true;
+  if (!input.Open(on.source, on.destination) ||
+      !erosion.Allocate(kErosion, element, width, height) ||
+      !dilation.Allocate(kDilation, element, width, height))
+    return false;
+  const std::ptrdiff_t rows = erosion.RowsInUse(kStep);
+  if (!memory.Allocate(rows * width)) return false;
+  const Lines<KyBW8> eroded = {memory.get(), width, rows};
+  const Lines<const KyBW8> in = LinesOf(input.rows());
+  const Lines<KyBW8> out = LinesOf(on.destination);
+  const auto subtract = ky::ChooseOperatorKernels().combine[KY_OPER_SUBTRACT];
+  std::ptrdiff_t finished = 0;
+  GoDown(height, [&](std::ptrdiff_t ready) {
+    erosion.Advance(ready, in, eroded);  // first: in place, the dilation writes over what it reads
+    const std::ptrdiff_t made = dilation.Advance(ready, in, out);
+    for (; finished < made; ++finished)
+      subtract(out(finished), static_cast<std::size_t>(width), out(finished), eroded(finished));
+  });
+  return true;
+}
+
+// The frames.
+
+KY_ERRORS Single(const Names& names, Extreme extreme, const Element& element, Source source,
+                 Destination destination) noexcept {
+  bool traced = true;
+  ky::CallUntraced([&] {
+    Operands on;
+    if (const KY_ERRORS error = on.Open(source, destination)) return error;
+    if (RunExtreme(on, extreme, element)) return KY_OK;
+    traced = !on.inPlace;
+    return Fail(KY_ERROR_NOT_ENOUGH_MEMORY, {FirstStep(extreme, element)});
+  });
+  return traced ? KyTraceError(NameOf(names, extreme)) : KyGetError();
+}
+
+// What a composite operation fails with when its first part, a dilation or an erosion, has no
+// memory.
+KY_ERRORS NoMemory(const Names& names, Extreme first, const Element& element, bool inPlace,
+                   const char* outer = nullptr) noexcept {
+  return Fail(KY_ERROR_NOT_ENOUGH_MEMORY,
+              {FirstStep(first, element), inPlace ? nullptr : NameOf(names, first), outer});
+}
+
+KY_ERRORS OpenOrClose(const Names& names, Extreme first, const Element& element, Source source,
+                      Destination destination) noexcept {
+  return ky::Call(first == kErosion ? names.open : names.close, [&] {
+    Operands on;
+    if (const KY_ERRORS error = on.Open(source, destination)) return error;
+    const auto keep = [](KyBW8*, const KyBW8*) {};
+    return RunBoth(on, first, element, keep) ? KY_OK : NoMemory(names, first, element, on.inPlace);
+  });
+}
+
+KY_ERRORS TopHat(const Names& names, Extreme first, const Element& element, Source source,
+                 Destination destination) noexcept {
+  const bool white = first == kErosion;
+  const bool refusesInPlace = white && &names == &kBox;
+  const char* const inner = white ? names.open : names.close;
+  return ky::Call(white ? names.whiteTopHat : names.blackTopHat, [&]() -> KY_ERRORS {
+    if (refusesInPlace && IsInPlace(source, destination)) return KY_ERROR_COLOR_PLANES;
+    Operands on;
+    if (const KY_ERRORS error = on.Open(source, destination)) return Fail(error, {inner});
+    if (on.inPlace) {
+      if (refusesInPlace) return KY_ERROR_COLOR_PLANES;
+      // Whatever replaced the source is subtracted from itself.
+      for (std::ptrdiff_t y = 0; y < on.source.height; ++y)
+        std::memset(on.destination.Row(y), 0, static_cast<std::size_t>(on.source.width));
+      return KY_OK;
+    }
+    const auto subtract = ky::ChooseOperatorKernels().combine[KY_OPER_SUBTRACT];
+    const auto width = static_cast<std::size_t>(on.source.width);
+    const auto finish = [&](KyBW8* row, const KyBW8* from) {
+      white ? subtract(row, width, from, row) : subtract(row, width, row, from);
+    };
+    return RunBoth(on, first, element, finish) ? KY_OK
+                                               : NoMemory(names, first, element, false, inner);
+  });
+}
+
+KY_ERRORS Gradient(const Names& names, const Element& element, Source source,
+                   Destination destination) noexcept {
+  return ky::Call(names.gradient, [&]() -> KY_ERRORS {
+    if (const KY_ERRORS error = ky::HasImage(source)) return error;
+    if (destination != nullptr) {
+      destination->CheckSameSize(source);
+      if (const KY_ERRORS error = KyGetError()) return error;
+    }
+    Operands on;
+    if (const KY_ERRORS error = on.Open(source, destination)) return Fail(error, {names.dilate});
+    return RunGradient(on, element) ? KY_OK : NoMemory(names, kErosion, element, false);
+  });
+}
+
+}  // namespace
+
+KY_ERRORS ImgDilateBox(Source source, Destination destination, unsigned halfWidth,
+                       unsigned halfHeight) noexcept {
+  return Single(kBox, kDilation, BoxOf(halfWidth, halfHeight), source, destination);
+}
+
+KY_ERRORS ImgErodeBox(Source source, Destination destination, unsigned halfWidth,
+                      unsigned halfHeight) noexcept {
+  return Single(kBox, kErosion, BoxOf(halfWidth, halfHeight), source, destination);
+}
+
+KY_ERRORS ImgOpenBox(Source source, Destination destination, unsigned halfWidth,
+                     unsigned halfHeight) noexcept {
+  return OpenOrClose(kBox, kErosion, BoxOf(halfWidth, halfHeight), source, destination);
+}
+
+KY_ERRORS ImgCloseBox(Source source, Destination destination, unsigned halfWidth,
+                      unsigned halfHeight) noexcept {
+  return OpenOrClose(kBox, kDilation, BoxOf(halfWidth, halfHeight), source, destination);
+}
+
+KY_ERRORS ImgWhiteTopHatBox(Source source, Destination destination, unsigned halfWidth,
+                            unsigned halfHeight) noexcept {
+  return TopHat(kBox, kErosion, BoxOf(halfWidth, halfHeight), source, destination);
+}
+
+KY_ERRORS ImgBlackTopHatBox(Source source, Destination destination, unsigned halfWidth,
+                            unsigned halfHeight) noexcept {
+  return TopHat(kBox, kDilation, BoxOf(halfWidth, halfHeight), source, destination);
+}
+
+KY_ERRORS ImgMorphoGradientBox(Source source, Destination destination, unsigned halfWidth,
+                               unsigned halfHeight) noexcept {
+  return Gradient(kBox, BoxOf(halfWidth, halfHeight), source, destination);
+}
+
+KY_ERRORS ImgDilateDisk(Source source, Destination destination, unsigned radius) noexcept {
+  return Single(kDisk, kDilation, Element::Disk(radius), source, destination);
+}
+
+KY_ERRORS ImgErodeDisk(Source source, Destination destination, unsigned radius) noexcept {
+  return Single(kDisk, kErosion, Element::Disk(radius), source, destination);
+}
+
+KY_ERRORS ImgOpenDisk(Source source, Destination destination, unsigned radius) noexcept {
+  return OpenOrClose(kDisk, kErosion, Element::Disk(radius), source, destination);
+}
+
+KY_ERRORS ImgCloseDisk(Source source, Destination destination, unsigned radius) noexcept {
+  return OpenOrClose(kDisk, kDilation, Element::Disk(radius), source, destination);
+}
+
+KY_ERRORS ImgWhiteTopHatDisk(Source source, Destination destination, unsigned radius) noexcept {
+  return TopHat(kDisk, kErosion, Element::Disk(radius), source, destination);
+}
+
+KY_ERRORS ImgBlackTopHatDisk(Source source, Destination destination, unsigned radius) noexcept {
+  return TopHat(kDisk, kDilation, Element::Disk(radius), source, destination);
+}
+
+KY_ERRORS ImgMorphoGradientDisk(Source source, Destination destination, unsigned radius) noexcept {
+  return Gradient(kDisk, Element::Disk(radius), source, destination);
+}

@@ -1,0 +1,75 @@
+// Morphology when memory runs out: nothing is written, and the trace names the first step.
+#include <gtest/gtest.h>
+
+#include "ky/ky.h"
+#include "tests/allocation/failing_new.h"
+#include "tests/support/picture.h"
+
+namespace {
+
+using namespace ky::test;  // NOLINT
+using Roi = KyROI<KyBW8>;
+
+TEST(Allocation, Morphology) {
+  struct Case {
+    std::function<KY_ERRORS(Roi* in, Roi* out)> call;
+    std::vector<const char*> separate, inPlace;
+  };
+  const Case cases[] = {
+      {[](Roi* in, Roi* out) { return ImgDilateBox(in, out, 2); },
+       {"ImgDilate3x3 (BW8)", "ImgDilateBox"},
+       {"ImgDilate3x3 (BW8)"}},
+      {[](Roi* in, Roi* out) { return ImgErodeBox(in, out, 0, 2); },
+       {"ImgErodeY (BW8)", "ImgErodeBox"},
+       {"ImgErodeY (BW8)"}},
+      {[](Roi* in, Roi* out) { return ImgDilateBox(in, out, 2, 0); }, {"ImgDilateBox"}, {}},
+      {[](Roi* in, Roi* out) { return ImgErodeDisk(in, out, 1); },
+       {"ImgErodeXY (BW8)", "ImgErodeDisk"},
+       {"ImgErodeXY (BW8)"}},
+      {[](Roi* in, Roi* out) { return ImgDilateDisk(in, out, 5); },
+       {"ImgDilate3x3 (BW8)", "ImgDilateDisk"},
+       {"ImgDilate3x3 (BW8)"}},
+      {[](Roi* in, Roi* out) { return ImgOpenBox(in, out, 3); },
+       {"ImgErode3x3 (BW8)", "ImgErodeBox", "ImgOpenBox"},
+       {"ImgErode3x3 (BW8)", "ImgOpenBox"}},
+      {[](Roi* in, Roi* out) { return ImgCloseDisk(in, out, 3); },
+       {"ImgDilate3x3 (BW8)", "ImgDilateDisk", "ImgCloseDisk"},
+       {"ImgDilate3x3 (BW8)", "ImgCloseDisk"}},
+      {[](Roi* in, Roi* out) { return ImgMorphoGradientBox(in, out, 1); },
+       {"ImgErode3x3 (BW8)", "ImgErodeBox", "ImgMorphoGradientBox"},
+       {"ImgErode3x3 (BW8)", "ImgErodeBox", "ImgMorphoGradientBox"}},
+  };
+  Random random(3);
+  Canvas<KyBW8> in(30, 20, {1, 1, 1}, random), out(30, 20, {}, random);
+  for (const auto& [call, separate, inPlace] : cases) {
+    SCOPED_TRACE(testing::PrintToString(separate));
+    const auto unchanged = [&] { return in.Unchanged() && out.Unchanged(); };
+    out.Put(out.Get());
+    CheckAllocationFailures([&] { return call(in.roi(), out.roi()); }, KY_ERROR_NOT_ENOUGH_MEMORY,
+                            separate, unchanged, 2);
+    out.Put(out.Get());
+    CheckAllocationFailures([&] { return call(out.roi(), nullptr); }, KY_ERROR_NOT_ENOUGH_MEMORY,
+                            inPlace, unchanged, 2);
+  }
+}
+
+TEST(Allocation, TopHats) {
+  Random random(4);
+  Canvas<KyBW8> canvas(30, 20, {1, 1, 1}, random);
+  Roi overlapping(canvas.image(), 0, 2, 30, 20);
+  const auto unchanged = [&] { return canvas.Unchanged(); };
+  CheckAllocationFailures(
+      [&] { return ImgWhiteTopHatBox(canvas.roi(), &overlapping, 1); }, KY_ERROR_NOT_ENOUGH_MEMORY,
+      {"ImgErode3x3 (BW8)", "ImgErodeBox", "ImgOpenBox", "ImgWhiteTopHatBox"}, unchanged, 3);
+  canvas.Put(canvas.Get());
+  CheckAllocationFailures(
+      [&] { return ImgBlackTopHatDisk(canvas.roi(), &overlapping, 0); }, KY_ERROR_NOT_ENOUGH_MEMORY,
+      {"ImgOper (BW8 Image to Image)", "ImgDilateDisk", "ImgCloseDisk", "ImgBlackTopHatDisk"},
+      unchanged);
+  // Of one and the same pixels the difference is 0, without any work.
+  FailingAllocation failing(1);
+  EXPECT_EQ(ImgBlackTopHatBox(canvas.roi(), nullptr, 4), KY_OK);
+  EXPECT_FALSE(failing.Happened());
+}
+
+}  // namespace
