@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ky/angle.h"
+#include "ky/auto_threshold.h"
 #include "ky/color.h"
 #include "ky/contour.h"
 #include "ky/filters.h"
@@ -23,6 +24,7 @@
 #include "ky/statistics.h"
 #include "ky/status.h"
 #include "ky/temporal.h"
+#include "ky/threshold.h"
 #include "ky/typed_vector.h"
 #include "ky/vector.h"
 #include "ky/version.h"
