@@ -22,13 +22,13 @@ class BinCounter {
     shift_ = shift;
     bins_ = lastBin + 1;
     tables_ = pixels / 16 < bins_ ? 1 : kMostTables;
-    if (!counts_.Allocate(tables_ * bins_)) return false;
-    std::fill_n(counts_.get(), tables_ * bins_, 0u);
+    if (!counts_.Allocate(tables_ * Pitch())) return false;
+    std::fill_n(counts_.get(), tables_ * Pitch(), 0u);
     return true;
   }
   void Count(const KyBW16* pixels, std::ptrdiff_t n) noexcept {
     std::uint32_t* tables[kMostTables];
-    for (int k = 0; k < kMostTables; ++k) tables[k] = counts_.get() + k % tables_ * bins_;
+    for (int k = 0; k < kMostTables; ++k) tables[k] = counts_.get() + k % tables_ * Pitch();
     const auto bin = [shift = shift_, last = bins_ - 1](KyBW16 pixel) {
       return std::min<std::ptrdiff_t>(pixel >> shift, last);
     };
@@ -39,12 +39,14 @@ class BinCounter {
   }
   std::uint32_t Sum(std::ptrdiff_t bin) const noexcept {
     std::uint32_t sum = 0;
-    for (int k = 0; k < tables_; ++k) sum += counts_[k * bins_ + bin];
+    for (int k = 0; k < tables_; ++k) sum += counts_[k * Pitch() + bin];
     return sum;
   }
 
  private:
-  static constexpr int kMostTables = 4;
+  static constexpr int kMostTables = 4, kApart = 16;
+  std::ptrdiff_t Pitch() const noexcept { return bins_ + kApart; }
+
   int shift_ = 0, tables_ = 1;
   std::ptrdiff_t bins_ = 0;
   ky::Scratch<std::uint32_t> counts_;
@@ -81,7 +83,7 @@ KY_ERRORS ImgHistogram(const KyROI<KyBW16>* source, KyBW8HistogramVector* histog
       return KY_ERROR_NOT_ENOUGH_MEMORY;
     for (std::ptrdiff_t y = 0; y < rows.height; ++y) counter.Count(rows.Row(y), rows.width);
     if (const KY_ERRORS error = histogram->SetNumElements(bins)) return error;
-    for (unsigned int bin = 0; bin < bins; ++bin) (*histogram)[bin] = counter.Sum(bin);
+    for (unsigned int bin = 0; bin < bins; ++bin) histogram->begin()[bin] = counter.Sum(bin);
     return KY_OK;
   });
 }
