@@ -10,8 +10,9 @@
 /// signed 32-bit integer; S, the sum of p, is kept modulo 2^32, which more than 16,843,009 white
 /// pixels exceed. Errors, outputs untouched: 1400 for an ROI without pixels, 1051 when N is 0.
 
-/// mean = S / N, divided in extended precision (`long double`) and rounded to single. Trace
-/// "ImgPixelAverage (BW8)".
+/// mean = S / N, divided in extended precision and rounded to single. Extended precision is that of
+/// `long double`: the last bits are the same everywhere only among builds where it is wider than
+/// double, as on x86-64. Trace "ImgPixelAverage (BW8)".
 KY_API KY_ERRORS ImgPixelAverage(const KyROI<KyBW8>* source, float& mean) noexcept;
 
 /// The population variance (Q N - S S) / (N N), evaluated in extended precision and at least 0, and
