@@ -28,8 +28,9 @@ struct Around {
   const uint8_t* const* rows;
   ptrdiff_t x;
 
+  HWY_INLINE const uint8_t* Row(int down) const { return rows[kRadius + down] + x; }
   HWY_INLINE hn::Vec<D> operator()(int right, int down) const {
-    return hn::LoadU(d, rows[kRadius + down] + x + right);
+    return hn::LoadU(d, Row(down) + right);
   }
 };
 
@@ -46,11 +47,14 @@ using D8 = hn::ScalableTag<uint8_t>;
 #if HWY_TARGET == HWY_SCALAR
 constexpr int kPhases = 1;
 using D16 = hn::Rebind<int16_t, D8>;
+using D32 = hn::Rebind<int32_t, D8>;
 #else
 constexpr int kPhases = 2;
 using D16 = hn::Repartition<int16_t, D8>;
+using D32 = hn::Repartition<int32_t, D8>;
 #endif
 using V16 = hn::Vec<D16>;
+using V32 = hn::Vec<D32>;
 
 // The pixels of one row around a vector of places: at[i] of a phase are those i columns to the
 // right of its places.
@@ -73,6 +77,8 @@ class Neighbours {
 #endif
   }
   HWY_INLINE const V16* Phase(int phase) const { return columns_ + kRadius + phase; }
+  // The pixels `right` columns to the right of the first phase's places.
+  HWY_INLINE V16 Column(int right) const { return columns_[kRadius + right]; }
 
  private:
   static constexpr int kColumns = 2 * kRadius + kPhases;
@@ -88,6 +94,24 @@ HWY_INLINE hn::Vec<D8> JoinPhases(const V16 (&phases)[kPhases]) {
   return hn::BitCast(d, hn::Or(phases[0], hn::ShiftLeft<8>(phases[1])));
 #endif
 }
+
+#if HWY_TARGET != HWY_SCALAR
+// sum + the products of 16-bit lanes with the halves of `weights`, the two products of each pair of
+// lanes added up.
+HWY_INLINE V32 MulAddPairs(V16 lanes, int32_t weights, V32 sum) {
+  const D32 d32;
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
+  V32 unused = hn::Zero(d32);
+  const V16 pairs = hn::BitCast(D16(), hn::Set(d32, weights));
+  return hn::ReorderWidenMulAccumulate(d32, lanes, pairs, sum, unused);
+#else
+  const V32 both = hn::BitCast(d32, lanes);
+  const auto low = hn::Mul(hn::ShiftRight<16>(hn::ShiftLeft<16>(both)),
+                           hn::Set(d32, static_cast<int16_t>(weights)));
+  return hn::Add(sum, hn::Add(low, hn::Mul(hn::ShiftRight<16>(both), hn::Set(d32, weights >> 16))));
+#endif
+}
+#endif
 
 // What a row contributes, for each phase.
 template <class Op>

@@ -1,0 +1,23 @@
+// Convolution in integers, with the nearest pixel outside the source.
+#pragma once
+
+#include "foundation/rows.h"
+#include "ky/status.h"
+
+namespace ky {
+
+// A grid of 2 * radius + 1 rows and columns of integer weights, row by row.
+struct FixedWeights {
+  int radius;
+  int fraction;  // bits of the weights behind the binary point
+  std::int64_t offset;
+  bool magnitude;
+  std::int32_t weights[49];
+};
+
+// destination = floor(sum of weight * pixel / 2^fraction) + offset, as a magnitude limited to 255
+// or limited to 0..255. 1303 when there is no scratch memory.
+KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
+                        const FixedWeights& weights) noexcept;
+
+}  // namespace ky

@@ -1,0 +1,224 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "convolution/fixed_rows.cpp"
+#include <hwy/foreach_target.h>  // keep first
+
+#include "convolution/fixed_rows.h"
+
+#include "foundation/dispatch.h"
+#include "foundation/window-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+namespace {
+
+// Limit, for lanes of 16 and of 32 bits.
+template <bool kMagnitude, class D, class V>
+HWY_INLINE V Limit(D d, V v) {
+  const V most = hn::Set(d, 255);
+  if (kMagnitude) return hn::Min(hn::Abs(hn::Max(v, hn::Neg(most))), most);
+  return hn::Min(hn::Max(v, hn::Zero(d)), most);
+}
+
+// 3x3 in 16 bits: each row is weighed by the three rows of the kernel when it is met.
+template <bool kUnsigned, bool kMagnitude>
+struct Narrow {
+  struct Part {
+    V16 asAbove, asOwn, asBelow;
+  };
+  V16 weights[9];
+  V16 offset;
+  int shift;
+
+  HWY_INLINE explicit Narrow(const FixedKernel& kernel) : shift(kernel.shift) {
+    const D16 d;
+    for (int i = 0; i < 9; ++i) weights[i] = hn::Set(d, static_cast<int16_t>(kernel.weights[i]));
+    offset = hn::Set(d, static_cast<int16_t>(std::clamp(kernel.offset, -32767, 32767)));
+  }
+  HWY_INLINE V16 Weigh(const V16* at, const V16* by) const {
+    return hn::Add(hn::Add(hn::Mul(at[-1], by[0]), hn::Mul(at[0], by[1])), hn::Mul(at[1], by[2]));
+  }
+  HWY_INLINE Part Row(D16, const V16* at) const {
+    return {Weigh(at, weights), Weigh(at, weights + 3), Weigh(at, weights + 6)};
+  }
+  HWY_INLINE V16 operator()(D16 d, const Part& a, const Part& b, const Part& c) const {
+    V16 sum = hn::Add(hn::Add(a.asAbove, b.asOwn), c.asBelow);
+    const hn::Rebind<uint16_t, D16> unsigned16;
+    if (kUnsigned)
+      sum = hn::BitCast(d, hn::ShiftRightSame(hn::BitCast(unsigned16, sum), shift));
+    else
+      sum = hn::ShiftRightSame(sum, shift);
+    return Limit<kMagnitude>(d, hn::SaturatedAdd(sum, offset));
+  }
+};
+template <bool kUnsigned>
+void NarrowRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows) {
+  if (kernel.magnitude)
+    RollWindows(Narrow<kUnsigned, true>(kernel), out, rows);
+  else
+    RollWindows(Narrow<kUnsigned, false>(kernel), out, rows);
+}
+
+template <bool kMagnitude>
+HWY_INLINE V32 Level(const FixedKernel& kernel, V32 sum) {
+  const D32 d;
+  const V32 v = hn::Add(hn::ShiftRightSame(sum, kernel.shift), hn::Set(d, kernel.offset));
+  return Limit<kMagnitude>(d, v);
+}
+
+#if HWY_TARGET == HWY_SCALAR
+
+template <int kRadius, bool kSplit, bool kMagnitude>
+struct Paired {
+  const FixedKernel& kernel;
+
+  template <class D, class At>
+  HWY_INLINE hn::Vec<D> operator()(D d, const At& at) const {
+    const D32 d32;
+    V32 sum = hn::Zero(d32);
+    const int32_t* weight = kernel.weights;
+    for (int down = -kRadius; down <= kRadius; ++down)
+      for (int right = -kRadius; right <= kRadius; ++right)
+        sum = hn::Add(sum, hn::Mul(hn::PromoteTo(d32, at(right, down)), hn::Set(d32, *weight++)));
+    return hn::DemoteTo(d, Level<kMagnitude>(kernel, sum));
+  }
+};
+template <int kRadius, bool kSplit, bool kMagnitude>
+using Symmetric = Paired<kRadius, kSplit, kMagnitude>;
+
+#else
+
+// What two halves of the weights have summed up to. All but the highest 17 bits of a weight are in
+// the low half.
+template <bool kSplit>
+struct Sum {
+  V32 low, high;
+
+  HWY_INLINE Sum() : low(hn::Zero(D32())), high(low) {}
+  HWY_INLINE void Add(V16 pixels, const FixedKernel& kernel, int pair) {
+    low = MulAddPairs(pixels, kernel.pairs[0][pair], low);
+    if (kSplit) high = MulAddPairs(pixels, kernel.pairs[1][pair], high);
+  }
+  HWY_INLINE V32 All() const { return kSplit ? hn::Add(hn::ShiftLeft<15>(high), low) : low; }
+};
+
+// Every fourth place has its sums in one vector of 32-bit lanes: four quarters.
+template <int kRadius, bool kSplit, bool kMagnitude>
+struct Paired {
+  const FixedKernel& kernel;
+
+  template <class D, class At>
+  HWY_INLINE hn::Vec<D> operator()(D d, const At& at) const {
+    Sum<kSplit> sums[4];
+    constexpr int kSingle = kSingleTap[kRadius];
+    int pair = 0;
+    for (int down = -kRadius; down <= kRadius; ++down) {
+      const Neighbours<kRadius> row(at.Row(down));
+      for (int q = 0; q < 4; ++q) {
+        for (int i = 0; i < kRadius; ++i)
+          sums[q].Add(row.Column(q + kFirstTaps[kRadius][i]), kernel, pair + i);
+        if (q + kSingle <= kRadius + 1)
+          sums[q].Add(row.Column(q + kSingle), kernel, pair + kRadius);
+        else
+          sums[q].Add(row.Column(q + kSingle - 2), kernel, pair + kRadius + 1);
+      }
+      pair += kRadius + 2;
+    }
+    V32 levels[4];
+    for (int q = 0; q < 4; ++q) levels[q] = Level<kMagnitude>(kernel, sums[q].All());
+    const auto even = hn::Or(levels[0], hn::ShiftLeft<16>(levels[2]));
+    const auto odd = hn::Or(levels[1], hn::ShiftLeft<16>(levels[3]));
+    return hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd)));
+  }
+};
+
+// Pixels that share a weight are added up first.
+template <int kRadius, bool kSplit, bool kMagnitude>
+struct Symmetric {
+  const FixedKernel& kernel;
+
+  template <class D, class At>
+  HWY_INLINE hn::Vec<D> operator()(D, const At& at) const {
+    constexpr int kColumns = 2 * kRadius + kPhases, kSets = (kRadius + 1) * (kRadius + 2) / 2;
+    // By distance, the rows above and below together.
+    V16 rows[kRadius + 1][kColumns];
+    for (int down = 0; down <= kRadius; ++down) {
+      const Neighbours<kRadius> below(at.Row(down)), above(at.Row(-down));
+      for (int i = 0; i < kColumns; ++i)
+        rows[down][i] = down == 0 ? below.Column(i - kRadius)
+                                  : hn::Add(above.Column(i - kRadius), below.Column(i - kRadius));
+    }
+    const D16 d16;
+    V16 phases[kPhases];
+    for (int p = 0; p < kPhases; ++p) {
+      // The sets in the order of their first members in the grid.
+      V16 sets[kSets + 1];
+      int n = 0;
+      for (int far = kRadius; far >= 0; --far)
+        for (int near = far; near >= 0; --near) {
+          const auto both = [&](int row, int column) HWY_ATTR {
+            const V16* const centre = rows[row] + kRadius + p;
+            return column == 0 ? centre[0] : hn::Add(centre[-column], centre[column]);
+          };
+          sets[n++] = near == far ? both(far, near) : hn::Add(both(far, near), both(near, far));
+        }
+      sets[n] = hn::Zero(d16);
+      Sum<kSplit> lower, upper;
+      for (int i = 0; i < (kSets + 1) / 2; ++i) {
+        lower.Add(hn::InterleaveLower(d16, sets[2 * i], sets[2 * i + 1]), kernel, i);
+        upper.Add(hn::InterleaveUpper(d16, sets[2 * i], sets[2 * i + 1]), kernel, i);
+      }
+      phases[p] = hn::ReorderDemote2To(d16, Level<kMagnitude>(kernel, lower.All()),
+                                       Level<kMagnitude>(kernel, upper.All()));
+    }
+    return JoinPhases(phases);
+  }
+};
+
+#endif
+
+template <template <int, bool, bool> class Op, int kRadius, bool kSplit>
+void WeighRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows) {
+  if (kernel.magnitude)
+    MapWindows<kRadius>(Op<kRadius, kSplit, true>{kernel}, out, rows);
+  else
+    MapWindows<kRadius>(Op<kRadius, kSplit, false>{kernel}, out, rows);
+}
+
+template <int kRadius>
+constexpr void Enter(FixedRowKernels& kernels) {
+  kernels.paired[kRadius][0] = &WeighRows<Paired, kRadius, false>;
+  kernels.paired[kRadius][1] = &WeighRows<Paired, kRadius, true>;
+  kernels.symmetric[kRadius][0] = &WeighRows<Symmetric, kRadius, false>;
+  kernels.symmetric[kRadius][1] = &WeighRows<Symmetric, kRadius, true>;
+}
+constexpr FixedRowKernels MakeKernels() {
+  FixedRowKernels kernels = {};
+  kernels.lanes = hn::MaxLanes(D8());
+  kernels.narrow = &NarrowRows<false>;
+  kernels.narrowUnsigned = &NarrowRows<true>;
+  Enter<1>(kernels);
+  Enter<2>(kernels);
+  Enter<3>(kernels);
+  return kernels;
+}
+
+constexpr FixedRowKernels kKernels = MakeKernels();
+
+}  // namespace
+
+const FixedRowKernels* TableOfFixedRowKernels() { return &kKernels; }
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace ky {
+HWY_EXPORT(TableOfFixedRowKernels);
+const FixedRowKernels& ChooseFixedRowKernels() noexcept {
+  return *KY_DISPATCH(TableOfFixedRowKernels)();
+}
+}  // namespace ky
+#endif

@@ -1,0 +1,48 @@
+// The row kernels of convolutions in integers.
+#pragma once
+
+#include "foundation/window.h"
+
+namespace ky {
+
+inline constexpr int kLargestRadius = 3;
+inline constexpr int kLargestGrid = (2 * kLargestRadius + 1) * (2 * kLargestRadius + 1);
+
+// level = Limit((sum of weight * pixel >> shift) + offset), where Limit gives min(|v|, 255) for a
+// magnitude, else max(0, min(v, 255)).
+//
+// `pairs` has the weights as the paired kernels want them, low 16 bits and high 16 bits for two
+// neighbours; pairs[1] is used by the split kernels alone. See PairWeights.
+struct FixedKernel {
+  int radius, shift;
+  std::int32_t offset;
+  bool magnitude;
+  std::int32_t weights[kLargestGrid];
+  std::int32_t pairs[2][kLargestGrid];
+};
+
+// The paired kernels multiply two taps of a row at once, two columns apart, as such pixels lie side
+// by side in 16-bit lanes (see window-inl.h). By radius, the first of the taps of each pair; one
+// tap, kSingleTap, remains, and is put with a weight of 0 before it or behind it.
+inline constexpr int kFirstTaps[kLargestRadius + 1][kLargestRadius] = {
+    {}, {-1}, {-2, -1}, {-3, -2, 1}};
+inline constexpr int kSingleTap[kLargestRadius + 1] = {0, 0, 2, 2};
+
+using FixedRowKernel = void (*)(const FixedKernel& kernel, Rows<KyBW8> out,
+                                const KyBW8* const* rows);
+
+struct FixedRowKernels {
+  std::size_t lanes;
+  // For radius 1, when all sums stay in 16 bits: signed ones in -32512..32512, or, with a shift of
+  // 1 or more, unsigned ones.
+  FixedRowKernel narrow, narrowUnsigned;
+  // By radius, and whether the weights are split; for sums of less than 2^30 - 512.
+  FixedRowKernel paired[kLargestRadius + 1][2];
+  // The same for kernels that are symmetric under mirroring and the quarter turn.
+  FixedRowKernel symmetric[kLargestRadius + 1][2];
+};
+
+// The kernels of the instruction set that this call may use.
+const FixedRowKernels& ChooseFixedRowKernels() noexcept;
+
+}  // namespace ky

@@ -1,0 +1,80 @@
+// Kernels, convolutions and filters when memory runs out.
+#include <gtest/gtest.h>
+
+#include "ky/ky.h"
+#include "tests/allocation/failing_new.h"
+#include "tests/support/picture.h"
+
+namespace {
+
+using namespace ky::test;  // NOLINT
+
+TEST(Allocation, KernelsLoseTheirCoefficients) {
+  using Trace = std::vector<const char*>;
+  const struct {
+    Trace trace;
+    KY_ERRORS (*grow)(KyKernel& kernel);
+    int sizeX;
+  } kCases[] = {
+      {{"KyKernel::SetAllocatedSize"}, [](KyKernel& k) { return k.SetAllocatedSize(10); }, 3},
+      {{"KyKernel::SetAllocatedSize", "KyKernel::SetSizeX"},
+       [](KyKernel& k) { return k.SetSizeX(4); },
+       3},
+      {{"KyKernel::SetKernelData 5x5"},
+       [](KyKernel& k) {
+         const float grid[49] = {};
+         return k.SetKernelData(grid);
+       },
+       7},
+  };
+  for (const auto& c : kCases) {
+    KyKernel kernel(KERNEL_SOBEL_X);
+    {
+      FailingAllocation failing(1);
+      EXPECT_EQ(c.grow(kernel), KY_ERROR_NOT_ENOUGH_MEMORY);
+    }
+    Trace trace;
+    for (int i = 0; i < KyGetTraceCount(); ++i) trace.push_back(KyGetTrace(i));
+    ASSERT_EQ(trace.size(), c.trace.size());
+    for (std::size_t i = 0; i < trace.size(); ++i) EXPECT_STREQ(trace[i], c.trace[i]);
+    EXPECT_EQ(kernel.GetDataPtr(), nullptr);
+    EXPECT_EQ(kernel.GetAllocatedSize(), 0u);
+    EXPECT_EQ(kernel.GetSizeX(), c.sizeX);
+    EXPECT_EQ(c.grow(kernel), KY_OK);
+    EXPECT_NE(kernel.GetDataPtr(), nullptr);
+  }
+  FailingAllocation failing(1);
+  const KyKernel preset(KERNEL_SOBEL_X);
+  EXPECT_EQ(KyGetError(), KY_ERROR_NOT_ENOUGH_MEMORY);
+  EXPECT_STREQ(KyGetTrace(0), "KyKernel::SetKernel");
+  EXPECT_EQ(preset.GetDataPtr(), nullptr);
+}
+
+TEST(Allocation, ConvolutionsWriteNothing) {
+  Random random(1);
+  Canvas<KyBW8> canvas(40, 9, {}, random);
+  KyROI<KyBW8> out(canvas.image(), 1, 1, 36, 7);
+  const KyROI<KyBW8> apart(canvas.image(), 0, 0, 36, 7);
+  KyKernel general(KERNEL_SOBEL_X), positive(KERNEL_SOBEL_X), dedicated(KERNEL_SOBEL_X);
+  general.SetRectifier(0);
+  dedicated.SetRectifier(1);
+  const auto check = [&](auto call, const std::vector<const char*>& trace) {
+    for (const KyROI<KyBW8>* source : {static_cast<const KyROI<KyBW8>*>(&out), &apart}) {
+      const int fewest = source == &out ? 2 : 3;
+      CheckAllocationFailures([&] { return call(source); }, KY_ERROR_NOT_ENOUGH_MEMORY, trace,
+                              [&] { return canvas.Unchanged(); }, fewest);
+      canvas.Put(canvas.Get());
+    }
+  };
+  const auto convolve = [&](const KyKernel& kernel) {
+    return [&](const KyROI<KyBW8>* in) { return ImgConvolKernel(in, &out, &kernel); };
+  };
+  check(convolve(general), {"ImgConvolKernel"});
+  check(convolve(positive), {"ImgConvolKernel"});
+  check(convolve(dedicated), {"ConvolKernel3x3", "ImgConvolKernel"});
+  check([&](auto* in) { return ImgConvolSymmetricKernel(in, &out, &dedicated); },
+        {"ConvolKernelS3xS3", "ImgConvolSymmetricKernel"});
+  check([&](auto* in) { return ImgConvolHighpass2(in, &out); }, {"ImgConvolHighpass2 (BW8)"});
+}
+
+}  // namespace
