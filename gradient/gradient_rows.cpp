@@ -15,17 +15,24 @@ namespace HWY_NAMESPACE {
 namespace {
 
 // The gradients of n pixels. Differences have 9 bits: the low byte wraps, the high one is the sign.
+// Four bytes a pixel are bound by their stores, so all but the first and the last vector, which
+// overlap their neighbours, are aligned.
 HWY_INLINE void StoreRow(KyBW32* out, size_t n, const KyBW8* above, const KyBW8* row,
                          const KyBW8* below) {
   const hn::ScalableTag<uint8_t> d;
+  const size_t lanes = hn::Lanes(d);
   const auto sign = [=](auto a, auto b)
                         HWY_ATTR { return hn::Not(hn::VecFromMask(d, hn::Eq(hn::Max(a, b), a))); };
-  for (size_t x = 0; x < n; x += hn::Lanes(d)) {
+  const auto make = [=](size_t x) HWY_ATTR {
     const auto left = hn::LoadU(d, row + x - 1), right = hn::LoadU(d, row + x + 1);
     const auto up = hn::LoadU(d, above + x), down = hn::LoadU(d, below + x);
     hn::StoreInterleaved4(hn::Sub(left, right), sign(left, right), hn::Sub(up, down),
                           sign(up, down), d, reinterpret_cast<uint8_t*>(out + x));
-  }
+  };
+  make(0);
+  size_t x = lanes - reinterpret_cast<uintptr_t>(out) / sizeof(*out) % lanes;
+  for (; x + lanes < n; x += lanes) make(x);
+  make(n - lanes);
 }
 
 void Store(Rows<KyBW32> out, const KyBW8* const* rows) {
