@@ -232,9 +232,10 @@ HWY_INLINE void AcrossStrip(const RowBlock& block, ptrdiff_t x, ptrdiff_t part) 
   }
 }
 
+// Strips are some lines of a cache wide, also where a vector is one element.
 template <class Op>
 void Across(const RowBlock& block) {
-  constexpr int kVectors = 4;
+  constexpr int kVectors = hn::MaxLanes(D()) == 1 ? 64 : 4;
   ptrdiff_t x = block.from;
   for (; x + kVectors * Lanes() <= block.to; x += kVectors * Lanes())
     AcrossStrip<Op, kVectors>(block, x, Lanes());
