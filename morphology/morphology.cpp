@@ -93,7 +93,7 @@ Lines<T> LinesOf(const Rows<T>& rows) noexcept {
   return {rows.first, rows.pitch, rows.height};
 }
 
-// Rows that composite operations advance by: enough for long loops, few enough for a cache.
+// Rows that passes advance by: what one has made is still in a cache when the next reads it.
 constexpr std::ptrdiff_t kStep = 32;
 
 // Goes down an image of `height` rows: `advance(ready)` makes what it can of so many rows.
@@ -114,7 +114,9 @@ bool RunExtreme(const Operands& on, Extreme extreme, const Element& element) noe
   if (on.source.Empty()) return true;
   if (!input.Open(on.source, on.destination) || !pass.Allocate(extreme, element, width, height))
     return false;
-  pass.Advance(height, LinesOf(input.rows()), LinesOf(on.destination));
+  GoDown(height, [&](std::ptrdiff_t ready) {
+    pass.Advance(ready, LinesOf(input.rows()), LinesOf(on.destination));
+  });
   return true;
 }
 
