@@ -4,17 +4,13 @@
 #include <bit>
 #include <cstddef>
 
+#include "foundation/point.h"
 #include "foundation/rows.h"
 #include "ky/contour.h"
 #include "ky/pixels.h"
 #include "ky/status.h"
 
 namespace ky {
-
-struct Point {
-  std::ptrdiff_t x, y;
-  bool operator==(const Point&) const = default;
-};
 
 // The levels from `low` to `low + span` belong to objects.
 struct ObjectLevels {

@@ -19,6 +19,7 @@
 #include "ky/mirrors.h"
 #include "ky/morphology.h"
 #include "ky/operators.h"
+#include "ky/path_sampling.h"
 #include "ky/paths.h"
 #include "ky/pixels.h"
 #include "ky/processor.h"

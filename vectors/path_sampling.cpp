@@ -1,0 +1,139 @@
+#include "ky/path_sampling.h"
+
+#include "foundation/frame.h"
+#include "vectors/line_segment.h"
+
+namespace {
+
+using ky::Call;
+using ky::LineSegment;
+using ky::RowsOf;
+
+// Runs `body(pixel, value)` for the elements that lie inside. Those that do not make 106, which is
+// no failure and leaves no trace.
+template <class Roi, class T, class Body>
+KY_ERRORS AlongPath(const char* name, Roi* roi, KyPathVectorTemplate<T>* path, Body body) noexcept {
+  bool left = false;
+  const KY_ERRORS error = Call(name, [&] {
+    if (const KY_ERRORS missing = ky::HasImage(roi)) return missing;
+    if (path == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    const auto rows = RowsOf(roi);
+    for (T& element : *path) {
+      if (element.x >= 0 && element.x < rows.width && element.y >= 0 && element.y < rows.height)
+        body(rows.Row(element.y)[element.x], element.pixel);
+      else
+        left = true;
+    }
+    return KY_OK;
+  });
+  if (!left) return error;
+  KySetError(KY_ERROR_PATH_STOPPED);
+  return KY_ERROR_PATH_STOPPED;
+}
+
+template <class Roi, class T>
+KY_ERRORS ImageToPath(const char* name, Roi* source, T* path) noexcept {
+  return AlongPath(name, source, path, [](const auto& pixel, auto& value) { value = pixel; });
+}
+template <class Roi, class T>
+KY_ERRORS PathToImage(const char* name, Roi* destination, T* path) noexcept {
+  return AlongPath(name, destination, path, [](auto& pixel, const auto& value) { pixel = value; });
+}
+
+// Runs `body(rows, line)` on a segment both of whose ends lie inside.
+template <class Roi, class Body>
+KY_ERRORS AlongSegment(const char* name, Roi* roi, int x0, int y0, int x1, int y1,
+                       Body body) noexcept {
+  return Call(name, [&] {
+    if (const KY_ERRORS error = ky::HasImage(roi)) return error;
+    const auto rows = RowsOf(roi);
+    if (x0 < 0 || x0 >= rows.width) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+    if (y0 < 0 || y0 >= rows.height) return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
+    if (x1 < 0 || x1 >= rows.width) return KY_ERROR_PARAMETER_5_OUT_OF_RANGE;
+    if (y1 < 0 || y1 >= rows.height) return KY_ERROR_PARAMETER_6_OUT_OF_RANGE;
+    return body(rows, LineSegment({x0, y0}, {x1, y1}));
+  });
+}
+
+template <class T>
+KY_ERRORS ImageToLineSegment(const char* name, const KyROI<T>* source,
+                             KyPixelVectorTemplate<T>* pixels, int x0, int y0, int x1,
+                             int y1) noexcept {
+  return AlongSegment(name, source, x0, y0, x1, y1, [&](const auto& rows, const auto& line) {
+    if (pixels == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    const auto count = static_cast<unsigned>(line.Count());
+    if (const KY_ERRORS error = pixels->SetMaxElements(count)) return error;
+    pixels->SetNumElements(count);
+    ky::ReadSegment(rows, line, 0, line.Count(), pixels->GetDataPtr());
+    return KY_OK;
+  });
+}
+
+template <class T>
+KY_ERRORS LineSegmentToImage(const char* name, KyROI<T>* destination,
+                             KyPixelVectorTemplate<T>* pixels, int x0, int y0, int x1,
+                             int y1) noexcept {
+  return AlongSegment(name, destination, x0, y0, x1, y1, [&](const auto& rows, const auto& line) {
+    if (pixels == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    if (pixels->GetNumElements() != line.Count()) return KY_ERROR_NOT_256_ENTRIES;
+    ky::WriteSegment(rows, line, 0, line.Count(), static_cast<const T*>(pixels->GetDataPtr()));
+    return KY_OK;
+  });
+}
+template <class T>
+KY_ERRORS LineSegmentToImage(const char* name, KyROI<T>* destination, T pixel, int x0, int y0,
+                             int x1, int y1) noexcept {
+  return AlongSegment(name, destination, x0, y0, x1, y1, [&](const auto& rows, const auto& line) {
+    ky::FillSegment(rows, line, 0, line.Count(), pixel);
+    return KY_OK;
+  });
+}
+
+}  // namespace
+
+KY_ERRORS ImgImageToPath(const KyROI<KyBW8>* source, KyBW8PathVector* path) noexcept {
+  return ImageToPath("ImgImageToPath (BW8)", source, path);
+}
+KY_ERRORS ImgImageToPath(const KyROI<KyC24>* source, KyC24PathVector* path) noexcept {
+  return ImageToPath("ImgImageToPath (C24)", source, path);
+}
+KY_ERRORS ImgPathToImage(KyROI<KyBW8>* destination, KyBW8PathVector* path) noexcept {
+  return PathToImage("ImgPathToImage (BW8)", destination, path);
+}
+KY_ERRORS ImgPathToImage(KyROI<KyC24>* destination, KyC24PathVector* path) noexcept {
+  return PathToImage("ImgPathToImage (C24)", destination, path);
+}
+
+KY_ERRORS ImgImageToLineSegment(const KyROI<KyBW8>* source, KyBW8Vector* levels, int x0, int y0,
+                                int x1, int y1) noexcept {
+  return ImageToLineSegment("ImgImageToLineSegment (BW8)", source, levels, x0, y0, x1, y1);
+}
+KY_ERRORS ImgImageToLineSegment(const KyROI<KyC24>* source, KyC24Vector* colors, int x0, int y0,
+                                int x1, int y1) noexcept {
+  return ImageToLineSegment("ImgImageToLineSegment (C24)", source, colors, x0, y0, x1, y1);
+}
+KY_ERRORS ImgImageToLineSegment(const KyROI<KyBW16>* source, KyBW16Vector* levels, int x0, int y0,
+                                int x1, int y1) noexcept {
+  return ImageToLineSegment("ImgImageToLineSegment (BW16)", source, levels, x0, y0, x1, y1);
+}
+
+KY_ERRORS ImgLineSegmentToImage(KyROI<KyBW8>* destination, KyBW8Vector* levels, int x0, int y0,
+                                int x1, int y1) noexcept {
+  return LineSegmentToImage("ImgLineSegmentToImage (BW8, vector)", destination, levels, x0, y0, x1,
+                            y1);
+}
+KY_ERRORS ImgLineSegmentToImage(KyROI<KyBW8>* destination, KyBW8 level, int x0, int y0, int x1,
+                                int y1) noexcept {
+  return LineSegmentToImage("ImgLineSegmentToImage (BW8, const)", destination, level, x0, y0, x1,
+                            y1);
+}
+KY_ERRORS ImgLineSegmentToImage(KyROI<KyC24>* destination, KyC24Vector* colors, int x0, int y0,
+                                int x1, int y1) noexcept {
+  return LineSegmentToImage("ImgLineSegmentToImage (C24, vector)", destination, colors, x0, y0, x1,
+                            y1);
+}
+KY_ERRORS ImgLineSegmentToImage(KyROI<KyC24>* destination, KyC24 color, int x0, int y0, int x1,
+                                int y1) noexcept {
+  return LineSegmentToImage("ImgLineSegmentToImage (C24, const)", destination, color, x0, y0, x1,
+                            y1);
+}
