@@ -23,6 +23,7 @@
 #include "ky/paths.h"
 #include "ky/pixels.h"
 #include "ky/processor.h"
+#include "ky/profile.h"
 #include "ky/roi.h"
 #include "ky/statistics.h"
 #include "ky/status.h"
@@ -30,4 +31,5 @@
 #include "ky/threshold.h"
 #include "ky/typed_vector.h"
 #include "ky/vector.h"
+#include "ky/vector_operations.h"
 #include "ky/version.h"

@@ -1,0 +1,219 @@
+#include "ky/profile.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include "foundation/frame.h"
+#include "foundation/scratch.h"
+#include "point/operators_rows.h"
+#include "vectors/profile_rows.h"
+
+namespace {
+
+using ky::Call;
+using ky::Scratch;
+using std::ptrdiff_t;
+
+enum class Side { kBetween, kPeak, kValley };
+
+// A run as it grows. Levels are at most 255, but the threshold of valleys may be any number.
+struct Run {
+  Side side;
+  std::int64_t start, amplitude = 0, area = 0;
+  std::uint64_t moment = 0;  // the sum of the areas after each element; may wrap
+
+  void Add(std::int64_t d) {
+    amplitude = side == Side::kPeak ? std::max(amplitude, d) : std::min(amplitude, d);
+    area += d;
+    moment += static_cast<std::uint64_t>(area);
+  }
+  bool Reaches(unsigned minAmplitude, unsigned minArea) const {
+    const std::int64_t sign = side == Side::kPeak ? 1 : -1;
+    return sign * amplitude >= minAmplitude && sign * area >= minArea;
+  }
+  KyPeak Record(std::int64_t end) const {
+    const double center = area != 0 ? static_cast<double>(end) -
+                                          static_cast<double>(static_cast<std::int64_t>(moment)) /
+                                              static_cast<double>(area)
+                                    : static_cast<double>(start + end - 1) * 0.5;
+    return {static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(end - start),
+            static_cast<float>(center), static_cast<std::int32_t>(amplitude),
+            static_cast<std::int32_t>(area)};
+  }
+};
+
+// The frame of the filters: `body(source, n, destination)` once there is room for the results.
+// `prepare(n)` comes before that, and answers false when there is no memory.
+template <class Prepare, class Body>
+KY_ERRORS Filter(const char* name, KyBW8Vector* source, KyBW8Vector* destination, Prepare prepare,
+                 Body body) noexcept {
+  return Call(name, [&] {
+    if (source == nullptr || destination == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    const unsigned count = source->GetNumElements();
+    if (!prepare(ptrdiff_t{count})) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    if (const KY_ERRORS error = destination->SetNumElements(count)) return error;
+    if (count > 0) body(source->GetDataPtr(), ptrdiff_t{count}, destination->GetDataPtr());
+    return KY_OK;
+  });
+}
+
+// Levels with `margin` places on both sides.
+class Padded {
+ public:
+  bool Allocate(ptrdiff_t n, ptrdiff_t margin) noexcept {
+    first_ = margin;
+    return levels_.Allocate(n + 2 * margin);
+  }
+  KyBW8* get() const noexcept { return levels_.get() + first_; }
+
+ private:
+  ptrdiff_t first_ = 0;
+  Scratch<KyBW8> levels_;
+};
+
+void RepeatEnds(KyBW8* levels, ptrdiff_t n) {
+  levels[-1] = levels[0];
+  levels[n] = levels[n - 1];
+}
+
+// The extremes of windows of `passes` elements on either side, which is what so many passes come
+// to. Those of windows twice as long, or of any length up to that, are the extremes of two.
+template <ARITH_LOGIC_OPERATIONS kExtreme>
+KY_ERRORS Extremes(const char* name, KyBW8Vector* source, KyBW8Vector* destination,
+                   unsigned passes) noexcept {
+  constexpr KyBW8 kNeutral = kExtreme == KY_OPER_MAX ? 0 : 255;
+  Scratch<KyBW8> buffers[2];
+  ptrdiff_t reach = 0;
+  const auto prepare = [&](ptrdiff_t n) {
+    reach = std::min<ptrdiff_t>(passes, n);
+    return buffers[0].Allocate(n + 2 * reach) && buffers[1].Allocate(n + 2 * reach);
+  };
+  const auto body = [&](const KyBW8* levels, ptrdiff_t n, KyBW8* out) {
+    if (passes == 0) return;
+    const auto extremes = ky::ChooseOperatorKernels().combine[kExtreme];
+    KyBW8 *from = buffers[0].get(), *to = buffers[1].get();
+    std::fill_n(from, reach, kNeutral);
+    std::copy_n(levels, n, from + reach);
+    std::fill_n(from + reach + n, reach, kNeutral);
+    // from[i]: the extreme of the `length` elements from i on
+    const ptrdiff_t window = 2 * reach + 1;
+    ptrdiff_t length = 1, places = n + 2 * reach;
+    for (; 2 * length < window; length *= 2) {
+      places -= length;
+      extremes(to, static_cast<std::size_t>(places), from, from + length);
+      std::swap(from, to);
+    }
+    extremes(out, static_cast<std::size_t>(n), from, from + (window - length));
+  };
+  return Filter(name, source, destination, prepare, body);
+}
+
+}  // namespace
+
+KY_ERRORS ImgGetProfilePeaks(KyBW8Vector* profile, KyPeaksVector* peaks, unsigned int lowThreshold,
+                             unsigned int highThreshold, unsigned int minAmplitude,
+                             unsigned int minArea) noexcept {
+  return Call("ImgGetProfilePeaks", [&] {
+    if (profile == nullptr || peaks == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    if (lowThreshold > highThreshold) return KY_ERROR_BAD_INTERVAL;
+    peaks->Empty();
+    Run run = {Side::kBetween, 0};
+    const KyBW8* const levels = profile->GetDataPtr();
+    const std::int64_t n = profile->GetNumElements();
+    for (std::int64_t i = 0; i < n; ++i) {
+      const KyBW8 level = levels[i];
+      const Side side = level > highThreshold  ? Side::kPeak
+                        : level < lowThreshold ? Side::kValley
+                                               : Side::kBetween;
+      if (side != run.side) {
+        if (run.side != Side::kBetween && run.start > 0 && run.Reaches(minAmplitude, minArea))
+          if (const KY_ERRORS error = peaks->AddElement(run.Record(i))) return error;
+        run = {side, i};
+      }
+      if (side != Side::kBetween)
+        run.Add(std::int64_t{level} - (side == Side::kPeak ? highThreshold : lowThreshold));
+    }
+    return KY_OK;
+  });
+}
+
+KY_ERRORS ImgProfileDerivative(KyBW8Vector* source, KyBW8Vector* destination) noexcept {
+  Scratch<KyBW8> copy;
+  const auto prepare = [&](ptrdiff_t n) { return copy.Allocate(n); };
+  const auto body = [&](const KyBW8* levels, ptrdiff_t n, KyBW8* out) {
+    const auto difference = [&](ptrdiff_t i, ptrdiff_t j) {
+      return static_cast<KyBW8>(std::clamp(copy[j] - copy[i] + 128, 0, 255));
+    };
+    std::copy_n(levels, n, copy.get());
+    if (n > 2)
+      ky::ChooseProfileKernels().slope(out + 1, static_cast<std::size_t>(n - 2), copy.get(),
+                                       copy.get() + 2);
+    out[0] = difference(0, std::min<ptrdiff_t>(1, n - 1));
+    out[n - 1] = difference(std::max<ptrdiff_t>(n - 2, 0), n - 1);
+  };
+  return Filter("ImgProfileDerivative", source, destination, prepare, body);
+}
+
+KY_ERRORS ImgConvolUniform(KyBW8Vector* source, KyBW8Vector* destination,
+                           unsigned int halfWidth) noexcept {
+  return Call("ImgConvolUniform", [&] {
+    if (source == nullptr || destination == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    const ptrdiff_t n = source->GetNumElements(), half = halfWidth, length = 2 * half + 1;
+    if (n < length || destination->GetNumElements() != n) return KY_ERROR_NOT_256_ENTRIES;
+    const KyBW8* const levels = source->GetDataPtr();
+    KyBW8* const out = destination->GetDataPtr();
+    if (length == 1) {
+      std::copy_n(levels, n, out);
+      return KY_OK;
+    }
+    Scratch<std::uint32_t> sums;
+    if (!sums.Allocate(n + length)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    // sums[i] is the sum of the first i elements of the extended source.
+    std::uint32_t sum = 0;
+    std::uint32_t* next = sums.get();
+    *next++ = 0;
+    for (ptrdiff_t i = 0; i < half; ++i) *next++ = sum += levels[0];
+    for (ptrdiff_t i = 0; i < n; ++i) *next++ = sum += levels[i];
+    for (ptrdiff_t i = 0; i < half; ++i) *next++ = sum += levels[n - 1];
+    // The quotient of 32-bit integers is the upper half of the product with 2^64 / length, rounded
+    // up: too much by less than 2^-32, while fractions of 1 / length would have to be made up.
+    __extension__ using Product = unsigned __int128;
+    const std::uint64_t reciprocal = UINT64_MAX / static_cast<std::uint64_t>(length) + 1;
+    for (ptrdiff_t i = 0; i < n; ++i)
+      out[i] = static_cast<KyBW8>(Product{sums[i + length] - sums[i]} * reciprocal >> 64);
+    return KY_OK;
+  });
+}
+
+KY_ERRORS ImgConvolBinomial(KyBW8Vector* source, KyBW8Vector* destination,
+                            unsigned int passes) noexcept {
+  Padded buffers[2];
+  const auto prepare = [&](ptrdiff_t n) {
+    return buffers[0].Allocate(n, 1) && buffers[1].Allocate(n, 1);
+  };
+  const auto body = [&](const KyBW8* levels, ptrdiff_t n, KyBW8* out) {
+    if (passes == 0) return;
+    const auto smooth = ky::ChooseProfileKernels().binomial;
+    const auto count = static_cast<std::size_t>(n);
+    KyBW8 *from = buffers[0].get(), *to = buffers[1].get();
+    std::memcpy(from, levels, count);
+    for (unsigned pass = 0; pass < passes; ++pass) {
+      RepeatEnds(from, n);
+      smooth(to, count, from - 1, from, from + 1);
+      std::swap(from, to);
+      // Each pass lowers the sum of the levels or, with the sum the same, that of their squares.
+      if (std::memcmp(from, to, count) == 0) break;
+    }
+    std::memcpy(out, from, count);
+  };
+  return Filter("ImgConvolBinomial (KyBW8Vector)", source, destination, prepare, body);
+}
+
+KY_ERRORS ImgDilate(KyBW8Vector* source, KyBW8Vector* destination, unsigned int passes) noexcept {
+  return Extremes<KY_OPER_MAX>("ImgDilate (KyBW8Vector)", source, destination, passes);
+}
+KY_ERRORS ImgErode(KyBW8Vector* source, KyBW8Vector* destination, unsigned int passes) noexcept {
+  return Extremes<KY_OPER_MIN>("ImgErode (KyBW8Vector)", source, destination, passes);
+}
