@@ -138,7 +138,7 @@ KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions, int thre
       const auto* const v = static_cast<const decltype(type)*>(vector->GetDataPtr());
       int count = 0;
       for (int i = 0; i + 1 < length; ++i) {
-        if ((v[i] > threshold) == (v[i + 1] > threshold)) continue;
+        if ((std::int64_t{v[i]} > threshold) == (std::int64_t{v[i + 1]} > threshold)) continue;
         if (count == most) return KY_ERROR_VECTOR_1608;
         records[kGroup * count] = static_cast<std::uint32_t>(i);
         records[kGroup * count + 1] =
