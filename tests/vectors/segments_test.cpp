@@ -248,7 +248,7 @@ TEST(GenericSegments, ReadAndWrittenUpToTheEdges) {
       if (KyBW8* const pixel = place.At(x, y)) *pixel = 77;
     for (unsigned i = 0; i < points.size(); ++i)
       if (KyBW8* const pixel = place.At(points[i].first, points[i].second))
-        *pixel = groups[3 * i] < 255 ? 255 : static_cast<KyBW8>(groups[3 * i] % 256);
+        *pixel = static_cast<KyBW8>(groups[3 * i] < 255 ? 255 : groups[3 * i]);
     const std::vector<KyBW8> expected = image();
     const auto restore = [&] {
       std::size_t i = 0;
@@ -296,7 +296,7 @@ TEST(GenericSegments, GroupsThatAreNoSegment) {
       const std::int64_t column = std::int64_t{x} + 1 + 3;
       if (column >= 0 && column < expected.width && row + 3 >= 0 && row + 3 < expected.height)
         expected.At(static_cast<int>(column), row + 3) =
-            groups[3 * i] < 255 ? 255 : static_cast<KyBW8>(groups[3 * i]);
+            static_cast<KyBW8>(groups[3 * i] < 255 ? 255 : groups[3 * i]);
     }
     EXPECT_EQ(ImgVectToLineSeg(&vector, &inner), KY_OK);
     EXPECT_TRUE(Same(expected, Canvas<KyBW8>::Get(*canvas.image())));
