@@ -126,6 +126,32 @@ HWY_INLINE hn::Vec<D> OnWide(D d, const F& f, V... v) {
 #endif
 }
 
+// 32-bit lanes whose values fit 16 bits, in both 16-bit halves.
+template <class D>
+HWY_INLINE auto InHalves(D, hn::Vec<D> v) {
+#if HWY_TARGET == HWY_SCALAR
+  return hn::TruncateTo(hn::Rebind<uint16_t, D>(), v);
+#else
+  return hn::BitCast(hn::Repartition<uint16_t, D>(), hn::Or(v, hn::ShiftLeft<16>(v)));
+#endif
+}
+
+// Runs `f(d8, v...)` on the bytes of 32-bit lanes.
+template <class D, class F, class... V>
+HWY_INLINE hn::Vec<D> OnBytes(D d, const F& f, V... v) {
+#if HWY_TARGET == HWY_SCALAR
+  const hn::Rebind<uint8_t, D> d8;
+  uint32_t all = 0;
+  for (int shift = 0; shift < 32; shift += 8)
+    all |= uint32_t{hn::GetLane(f(d8, hn::TruncateTo(d8, hn::ShiftRightSame(v, shift))...))}
+           << shift;
+  return hn::Set(d, all);
+#else
+  const hn::Repartition<uint8_t, D> d8;
+  return hn::BitCast(d, f(d8, hn::BitCast(d8, v)...));
+#endif
+}
+
 // The same, with f given 256 times the 8-bit lanes.
 template <class D, class F>
 HWY_INLINE hn::Vec<D> OnWideScaled(D d, const F& f, hn::Vec<D> v) {

@@ -15,63 +15,68 @@ namespace {
 struct Nearest {
   template <class D, class V, class T>
   HWY_INLINE V operator()(D d, const Rows<const T>& source, V u, V v) const {
-    return GatherPixels<sizeof(T)>(d, source, hn::ShiftRight<16>(u), hn::ShiftRight<16>(v));
+    return GatherPixels(d, source, hn::ShiftRight<16>(u), hn::ShiftRight<16>(v));
   }
 };
 
-// The first kBits bits of the fraction of a place.
-template <int kBits, class D, class V>
-HWY_INLINE V Fraction(D d, V place) {
-  return hn::And(hn::ShiftRight<16 - kBits>(place), hn::Set(d, (1u << kBits) - 1));
-}
-
-// 2^kBits a + f (b - a), modulo 2^32 like everything here.
+// 2^kBits a + f (b - a). The result may use all bits of the lanes: the difference wraps around.
 template <int kBits, class V>
 HWY_INLINE V Between(V a, V b, V f) {
   return hn::Add(hn::ShiftLeft<kBits>(a), hn::Mul(f, hn::Sub(b, a)));
 }
 
+// The bilinear formula on 16-bit lanes.
+template <int kBits, class V>
+struct Blend {
+  V fx, fy;
+
+  template <class D>
+  HWY_INLINE V operator()(D, V p00, V p01, V p10, V p11) const {
+    const V top = Between<kBits>(p00, p01, fx), bottom = Between<kBits>(p10, p11, fx);
+    if constexpr (kBits == 4) {
+      return hn::ShiftRight<8>(Between<4>(top, bottom, fy));
+    } else {
+      // (top + fy (bottom - top) / 2^8) / 2^8, each division truncating. Where bottom < top the
+      // difference wraps around, which adds 2^16 to it and fy 2^8 to the quotient.
+      const V scaled = hn::ShiftLeft<8>(fy);
+      const V quotient = hn::MulHigh(scaled, hn::Sub(bottom, top));
+      const auto rises = hn::Eq(hn::Max(bottom, top), bottom);
+      const V added = hn::IfThenZeroElse(rises, scaled);
+      return hn::ShiftRight<8>(hn::Sub(hn::Add(top, quotient), added));
+    }
+  }
+};
+
 template <int kBits>
 struct Bilinear {
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, const Rows<const KyBW8>& source, V u, V v) const {
+  template <class D, class V, class T>
+  HWY_INLINE V operator()(D d, const Rows<const T>& source, V u, V v) const {
     const V x = hn::ShiftRight<16>(u), y = hn::ShiftRight<16>(v);
-    const V top = GatherPixels<2>(d, source, x, y);
-    const V bottom = GatherPixels<2>(d, source, x, hn::Add(y, hn::Set(d, 1)));
-    const V fx = Fraction<kBits>(d, u), fy = Fraction<kBits>(d, v);
-    const V sum = Between<kBits>(Across(d, top, fx), Across(d, bottom, fx), fy);
-    return hn::ShiftRight<2 * kBits>(sum);
-  }
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, const Rows<const KyC24>& source, V u, V v) const {
-    const V one = hn::Set(d, 1);
-    const V x = hn::ShiftRight<16>(u), y = hn::ShiftRight<16>(v);
-    const V right = hn::Add(x, one), below = hn::Add(y, one);
-    const V p00 = GatherPixels<3>(d, source, x, y), p01 = GatherPixels<3>(d, source, right, y);
-    const V p10 = GatherPixels<3>(d, source, x, below);
-    const V p11 = GatherPixels<3>(d, source, right, below);
-    const V fx = Fraction<kBits>(d, u), fy = Fraction<kBits>(d, v);
-    const auto component = [&](auto shift) HWY_ATTR {
-      constexpr int kShift = decltype(shift)::value;
-      const auto of = [&](V pixels) HWY_ATTR { return Byte<kShift>(d, pixels); };
-      const V top = Between<kBits>(of(p00), of(p01), fx);
-      const V bottom = Between<kBits>(of(p10), of(p11), fx);
-      return hn::ShiftLeft<kShift>(hn::ShiftRight<2 * kBits>(Between<kBits>(top, bottom, fy)));
-    };
-    return hn::Or(component(std::integral_constant<int, 0>()),
-                  hn::Or(component(std::integral_constant<int, 8>()),
-                         component(std::integral_constant<int, 16>())));
+    Rows<const T> below = source;
+    below.first = source.Row(1);
+    return Mix(d, source, GatherPairs(d, source, x, y), GatherPairs(d, below, x, y), Fraction(d, u),
+               Fraction(d, v));
   }
 
  private:
-  template <int kShift, class D, class V>
-  static HWY_INLINE V Byte(D d, V v) {
-    return hn::And(hn::ShiftRight<kShift>(v), hn::Set(d, 255));
-  }
-  // Between the pixel in the lowest byte and its right neighbour in the byte above.
   template <class D, class V>
-  static HWY_INLINE V Across(D d, V pixels, V fx) {
-    return Between<kBits>(Byte<0>(d, pixels), Byte<8>(d, pixels), fx);
+  static HWY_INLINE V Fraction(D d, V place) {
+    return hn::And(hn::ShiftRight<16 - kBits>(place), hn::Set(d, (1u << kBits) - 1));
+  }
+  template <class D, class V>
+  static HWY_INLINE V Mix(D, const Rows<const KyBW8>&, const Pairs<D>& above, const Pairs<D>& below,
+                          V fx, V fy) {
+    const V top = Between<kBits>(above.left, above.right, fx);
+    const V bottom = Between<kBits>(below.left, below.right, fx);
+    return hn::ShiftRight<2 * kBits>(Between<kBits>(top, bottom, fy));
+  }
+  template <class D, class V>
+  static HWY_INLINE V Mix(D d, const Rows<const KyC24>&, const Pairs<D>& above,
+                          const Pairs<D>& below, V fx, V fy) {
+    const Blend<kBits, decltype(InHalves(d, fx))> blend = {InHalves(d, fx), InHalves(d, fy)};
+    const auto onBytes = [&](auto d8, auto... bytes)
+                             HWY_ATTR { return OnWide(d8, blend, bytes...); };
+    return OnBytes(d, onBytes, above.left, above.right, below.left, below.right);
   }
 };
 

@@ -16,32 +16,89 @@ namespace HWY_NAMESPACE {
 // Whether the instruction set has loads from scattered places.
 constexpr bool kGathers = HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2;
 
-// The pixels (x, y), from the lowest byte of each lane up. Only the first `kBytes` bytes from the
-// pixel's place on are meant, and they must lie inside the row; the bytes above are anything.
+// A pixel and its right neighbour, each from the lowest byte of its lane up; the highest byte of a
+// colour's lane is anything.
+template <class D>
+struct Pairs {
+  hn::Vec<D> left, right;
+};
+
 #if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2
-// Reads four bytes, further left where the row ends earlier. (See CanGather.)
+
+// Reads `kBytes` bytes from a pixel on. Where the row ends earlier it starts further left, by
+// `drop` bits. (See CanGather.)
+template <class D>
+struct Places {
+  hn::Vec<D> offset, drop;
+};
 template <int kBytes, class D, class T>
-HWY_INLINE hn::Vec<D> GatherPixels(D d, const Rows<const T>& from, hn::Vec<D> x, hn::Vec<D> y) {
-  const hn::RebindToSigned<D> signedD;
+HWY_INLINE Places<D> PlacesOf(D d, const Rows<const T>& from, hn::Vec<D> x, hn::Vec<D> y) {
   if constexpr (sizeof(T) == 3) x = hn::Add(x, hn::Add(x, x));
-  const auto last = hn::Set(d, static_cast<uint32_t>(from.RowBytes() - 4));
+  const auto last = hn::Set(d, static_cast<uint32_t>(from.RowBytes() - kBytes));
   const auto start = hn::Min(x, last);
-  const auto offset = hn::Add(hn::Mul(y, hn::Set(d, static_cast<uint32_t>(from.pitch))), start);
-  const auto* const base = reinterpret_cast<const uint32_t*>(from.first);
-  const auto bytes = hn::GatherOffset(d, base, hn::BitCast(signedD, offset));
-  return hn::Shr(bytes, hn::ShiftLeft<3>(hn::Sub(x, start)));
+  const auto row = hn::Mul(y, hn::Set(d, static_cast<uint32_t>(from.pitch)));
+  return {hn::Add(row, start), hn::ShiftLeft<3>(hn::Sub(x, start))};
 }
-#else
-template <int kBytes, class D, class T>
+
+// The pixels (x, y) from the lowest byte of each lane up; the bytes above are anything.
+template <class D, class T>
 HWY_INLINE hn::Vec<D> GatherPixels(D d, const Rows<const T>& from, hn::Vec<D> x, hn::Vec<D> y) {
+  const auto places = PlacesOf<4>(d, from, x, y);
+  const auto* const base = reinterpret_cast<const uint32_t*>(from.first);
+  const auto bytes = hn::GatherOffset(d, base, hn::BitCast(hn::RebindToSigned<D>(), places.offset));
+  return hn::Shr(bytes, places.drop);
+}
+
+template <class D>
+HWY_INLINE Pairs<D> GatherPairs(D d, const Rows<const KyBW8>& from, hn::Vec<D> x, hn::Vec<D> y) {
+  const auto pixels = GatherPixels(d, from, x, y);
+  const auto low = hn::Set(d, 255);
+  return {hn::And(pixels, low), hn::And(hn::ShiftRight<8>(pixels), low)};
+}
+template <class D>
+HWY_INLINE Pairs<D> GatherPairs(D d, const Rows<const KyC24>& from, hn::Vec<D> x, hn::Vec<D> y) {
+  const hn::Repartition<uint64_t, D> d64;
+  const auto places = PlacesOf<8>(d, from, x, y);
+  const auto offset = hn::BitCast(d64, places.offset), drop = hn::BitCast(d64, places.drop);
+  const auto* const base = reinterpret_cast<const uint64_t*>(from.first);
+  const auto gather = [&](auto at, auto bits) HWY_ATTR {
+    return hn::Shr(
+        hn::GatherOffset(d64, base, hn::BitCast(hn::RebindToSigned<decltype(d64)>(), at)), bits);
+  };
+  // Both pixels of the even lanes, and of the odd ones.
+  const auto low = hn::Set(d64, 0xFFFFFFFF);
+  const auto even = gather(hn::And(offset, low), hn::And(drop, low));
+  const auto odd = gather(hn::ShiftRight<32>(offset), hn::ShiftRight<32>(drop));
+  return {
+      hn::OddEven(hn::BitCast(d, hn::ShiftLeft<32>(odd)), hn::BitCast(d, even)),
+      hn::OddEven(hn::BitCast(d, hn::ShiftLeft<8>(odd)), hn::BitCast(d, hn::ShiftRight<24>(even)))};
+}
+
+#else
+
+HWY_INLINE uint32_t BitsOf(const KyBW8& pixel) { return pixel; }
+HWY_INLINE uint32_t BitsOf(const KyC24& pixel) {
+  return pixel.c0 | uint32_t{pixel.c1} << 8 | uint32_t{pixel.c2} << 16;
+}
+
+// Lane by lane, `right` pixels to the right of (x, y).
+template <class D, class T>
+HWY_INLINE hn::Vec<D> GatherPixels(D d, const Rows<const T>& from, hn::Vec<D> x, hn::Vec<D> y,
+                                   ptrdiff_t right = 0) {
   constexpr size_t kLanes = hn::MaxLanes(D());
-  HWY_ALIGN uint32_t xs[kLanes], ys[kLanes], pixels[kLanes] = {};
+  HWY_ALIGN uint32_t xs[kLanes], ys[kLanes], pixels[kLanes];
   hn::Store(x, d, xs);
   hn::Store(y, d, ys);
   for (size_t i = 0; i < kLanes; ++i)
-    std::memcpy(&pixels[i], from.Row(ptrdiff_t{ys[i]}) + xs[i], kBytes);
+    pixels[i] = BitsOf(from.Row(ptrdiff_t{ys[i]})[ptrdiff_t{xs[i]} + right]);
   return hn::Load(d, pixels);
 }
+
+template <class D, class T>
+HWY_INLINE Pairs<D> GatherPairs(D d, const Rows<const T>& from, hn::Vec<D> x, hn::Vec<D> y) {
+  return {GatherPixels(d, from, x, y), GatherPixels(d, from, x, y, 1)};
+}
+
 #endif
 
 // Stores the lowest byte, or the three lowest, of each lane as a pixel.

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "geometry/gather.h"
+
 namespace ky {
 
 // Source positions are 16.16 fixed point, modulo 2^32: pixel floor(u / 2^16), read as signed.
@@ -19,6 +21,10 @@ struct SourceLine {
   SourceLine Advance(std::ptrdiff_t columns) const noexcept {
     const auto n = static_cast<std::uint32_t>(columns);
     return {u + n * du, v + n * dv, du, dv};
+  }
+  Position Pixel() const noexcept {
+    return {static_cast<std::uint32_t>(static_cast<std::int32_t>(u) >> 16),
+            static_cast<std::uint32_t>(static_cast<std::int32_t>(v) >> 16)};
   }
 };
 

@@ -26,14 +26,14 @@ SampleKernel<T> KernelOf(const SampleKernels<T>& kernels, Interpolation interpol
 // Places that follow each other along a row of the source.
 template <class T>
 void CopyPixels(T* out, std::size_t n, const Rows<const T>& source, const SourceLine& line) {
-  const std::ptrdiff_t x = line.u / kOnePixel, y = line.v / kOnePixel;
-  std::memcpy(static_cast<void*>(out), source.Row(y) + x, n * sizeof(T));
+  const Position from = line.Pixel();
+  std::memcpy(static_cast<void*>(out), source.Row(from.y) + from.x, n * sizeof(T));
 }
 
 // Columns to take at a time: a steep line crosses many source rows, and those of one strip of the
 // destination should still be in the cache when its next row comes to them.
 std::ptrdiff_t StripWidth(const InverseMap& map) noexcept {
-  constexpr std::int64_t kRowsAtHand = 128, kNarrowest = 64;
+  constexpr std::int64_t kRowsAtHand = 256, kNarrowest = 64;
   const std::int64_t steep = std::abs(std::int64_t{static_cast<std::int32_t>(map.vx)});
   if (steep == 0) return PTRDIFF_MAX;
   return std::max(kNarrowest, kRowsAtHand * kOnePixel / steep);
@@ -53,10 +53,15 @@ KY_ERRORS ResampleRows(const Rows<T>& destination, const Rows<const T>& original
   const SampleKernel<T> kernel =
       isCopy ? &CopyPixels<T> : KernelOf(KernelsFor(source), interpolation);
   const std::ptrdiff_t strip = StripWidth(map);
+  const bool fetches = map.vx != 0 && IsWorthFetching(source);
   for (std::ptrdiff_t left = 0; left < destination.width;) {
     const std::ptrdiff_t columns = std::min(strip, destination.width - left);
     for (std::ptrdiff_t y = 0; y < destination.height; ++y) {
       T* const out = destination.Row(y) + left;
+      if (fetches) {
+        const SourceLine line = map.At(left, y + kFetchRows);
+        FetchAhead(source, columns, [&](std::ptrdiff_t x) { return line.Advance(x).Pixel(); });
+      }
       SplitLine(
           map.At(left, y), columns, source.width - margin, source.height - margin,
           [&](std::ptrdiff_t first, std::ptrdiff_t n, const SourceLine& line) {

@@ -23,6 +23,11 @@ void Clear(const Rows<T>& rows) noexcept {
     std::memset(static_cast<void*>(rows.Row(y)), 0, static_cast<std::size_t>(rows.RowBytes()));
 }
 
+std::uint32_t Shifted(KyBW16 entry, int shift) noexcept {
+  return static_cast<std::uint32_t>(static_cast<std::int16_t>(entry)) +
+         static_cast<std::uint32_t>(shift);
+}
+
 template <class T>
 KY_ERRORS WarpByTables(const Rows<const T>& original, const Rows<T>& destination,
                        const Rows<const KyBW16>& xTable, const Rows<const KyBW16>& yTable,
@@ -37,9 +42,18 @@ KY_ERRORS WarpByTables(const Rows<const T>& original, const Rows<T>& destination
     return KY_OK;
   }
   const auto fromTables = WarpKernelsFor(source.rows()).fromTables;
-  for (std::ptrdiff_t y = 0; y < destination.height; ++y)
+  const bool fetches = ky::IsWorthFetching(source.rows());
+  for (std::ptrdiff_t y = 0; y < destination.height; ++y) {
+    if (fetches && y + ky::kFetchRows < destination.height) {
+      const KyBW16* const x = xs.rows().Row(y + ky::kFetchRows);
+      const KyBW16* const row = ys.rows().Row(y + ky::kFetchRows);
+      ky::FetchAhead(source.rows(), destination.width, [&](std::ptrdiff_t i) {
+        return ky::Position{Shifted(x[i], shiftX), Shifted(row[i], shiftY)};
+      });
+    }
     fromTables(destination.Row(y), static_cast<std::size_t>(destination.width), source.rows(),
                xs.rows().Row(y), ys.rows().Row(y), shiftX, shiftY);
+  }
   return KY_OK;
 }
 
@@ -55,10 +69,18 @@ KY_ERRORS WarpByPacked(const Rows<const T>& original, const Rows<T>& destination
   for (std::ptrdiff_t y = 0; y < original.height; ++y) rowStarts[y] = y * source.rows().pitch;
   const auto fromPacked = WarpKernelsFor(source.rows()).fromPacked;
   const auto width = static_cast<std::size_t>(destination.width);
-  for (std::ptrdiff_t y = 0; y < destination.height; ++y)
+  const bool fetches = ky::IsWorthFetching(source.rows());
+  for (std::ptrdiff_t y = 0; y < destination.height; ++y) {
+    if (fetches && y + ky::kFetchRows < destination.height) {
+      const KyBW32* const entries = positions.rows().Row(y + ky::kFetchRows);
+      ky::FetchAhead(source.rows(), destination.width, [&](std::ptrdiff_t i) {
+        return ky::Position{entries[i] & 0xFFFF, entries[i] >> 16};
+      });
+    }
     if (fromPacked(destination.Row(y), width, source.rows(), rowStarts.get(),
                    positions.rows().Row(y)) < width)
       return KY_ERROR_WARP_MAP;
+  }
   return KY_OK;
 }
 

@@ -33,8 +33,7 @@ void FromTables(T* out, size_t n, const Rows<const T>& source, const KyBW16* xs,
     const auto x = hn::BitCast(d, hn::Add(column, addX));
     const auto y = hn::BitCast(d, hn::Add(row, addY));
     const auto inside = hn::VecFromMask(d, IsInside(d, source, x, y));
-    return hn::And(GatherPixels<sizeof(T)>(d, source, hn::And(x, inside), hn::And(y, inside)),
-                   inside);
+    return hn::And(GatherPixels(d, source, hn::And(x, inside), hn::And(y, inside)), inside);
   };
   size_t i = 0;
   for (; i + lanes <= n; i += lanes)
@@ -58,7 +57,7 @@ size_t FromPacked(T* out, size_t n, const Rows<const T>& source, const ptrdiff_t
       const auto entry = hn::LoadU(d, table + i);
       const auto x = hn::And(entry, hn::Set(d, 0xFFFF)), y = hn::ShiftRight<16>(entry);
       if (!hn::AllTrue(d, IsInside(d, source, x, y))) break;
-      StorePixels(d, GatherPixels<sizeof(T)>(d, source, x, y), out + i);
+      StorePixels(d, GatherPixels(d, source, x, y), out + i);
     }
   }
   const auto* const bytes = reinterpret_cast<const uint8_t*>(source.first);
