@@ -126,6 +126,23 @@ HWY_INLINE hn::Vec<D> OnWide(D d, const F& f, V... v) {
 #endif
 }
 
+// The same, with f given 256 times the 8-bit lanes.
+template <class D, class F>
+HWY_INLINE hn::Vec<D> OnWideScaled(D d, const F& f, hn::Vec<D> v) {
+#if HWY_TARGET == HWY_SCALAR
+  const hn::Rebind<uint16_t, D> d16;
+  const hn::Rebind<int16_t, D> signed16;
+  const auto scaled = hn::ShiftLeft<8>(hn::PromoteTo(d16, v));
+  return hn::DemoteTo(d, hn::BitCast(signed16, f(d16, scaled)));
+#else
+  const hn::Repartition<uint16_t, D> d16;
+  const auto both = hn::BitCast(d16, v);
+  const auto even = f(d16, hn::ShiftLeft<8>(both));
+  const auto odd = f(d16, hn::And(both, hn::Set(d16, 0xFF00)));
+  return hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd)));
+#endif
+}
+
 // 32-bit lanes whose values fit 16 bits, in both 16-bit halves.
 template <class D>
 HWY_INLINE auto InHalves(D, hn::Vec<D> v) {
@@ -149,23 +166,6 @@ HWY_INLINE hn::Vec<D> OnBytes(D d, const F& f, V... v) {
 #else
   const hn::Repartition<uint8_t, D> d8;
   return hn::BitCast(d, f(d8, hn::BitCast(d8, v)...));
-#endif
-}
-
-// The same, with f given 256 times the 8-bit lanes.
-template <class D, class F>
-HWY_INLINE hn::Vec<D> OnWideScaled(D d, const F& f, hn::Vec<D> v) {
-#if HWY_TARGET == HWY_SCALAR
-  const hn::Rebind<uint16_t, D> d16;
-  const hn::Rebind<int16_t, D> signed16;
-  const auto scaled = hn::ShiftLeft<8>(hn::PromoteTo(d16, v));
-  return hn::DemoteTo(d, hn::BitCast(signed16, f(d16, scaled)));
-#else
-  const hn::Repartition<uint16_t, D> d16;
-  const auto both = hn::BitCast(d16, v);
-  const auto even = f(d16, hn::ShiftLeft<8>(both));
-  const auto odd = f(d16, hn::And(both, hn::Set(d16, 0xFF00)));
-  return hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd)));
 #endif
 }
 

@@ -41,13 +41,12 @@ auto Model(const Affine& t, int n) {
     const float det = t.a * t.e - t.b * t.d;
     const float ia = t.e / det, ib = -t.b / det, id = -t.d / det, ie = t.a / det;
     const float ic = -(ia * t.c + ib * t.f), jf = -(id * t.c + ie * t.f);
+    const std::int64_t ux = Fixed(ia), uy = Fixed(ib), u0 = Fixed(ic);
+    const std::int64_t vx = Fixed(id), vy = Fixed(ie), v0 = Fixed(jf);
     const int margin = n == 0 ? 0 : 1;
     for (int y = 0; y < out.height; ++y) {
       for (int x = 0; x < out.width; ++x) {
-        const std::int32_t u =
-            Wrap(std::int64_t{Fixed(ia)} * x + std::int64_t{Fixed(ib)} * y + Fixed(ic));
-        const std::int32_t v =
-            Wrap(std::int64_t{Fixed(id)} * x + std::int64_t{Fixed(ie)} * y + Fixed(jf));
+        const std::int32_t u = Wrap(ux * x + uy * y + u0), v = Wrap(vx * x + vy * y + v0);
         const int ix = u >> 16, iy = v >> 16;
         T& pixel = out.At(x, y);
         std::memset(static_cast<void*>(&pixel), 0, sizeof pixel);
