@@ -118,8 +118,21 @@ TEST(Affine, Transforms) {
                   {{131, 17}, {37, 40}, {5, 3}});
 }
 
+// Large enough to be done in strips of columns, from a source whose pixels are fetched ahead.
 TEST(Affine, LargeTurned) {
-  CheckTransforms({Rotation("by 75 degrees", 75, 1.0, 10, 290)}, {{700, 311}});
+  Random random(7);
+  const Picture<KyBW8> picture = RandomPicture<KyBW8>(2300, 2000, random);
+  Canvas<KyBW8> in(picture, {1, 1, 3}, random);
+  for (const Affine& t : {Rotation("", 75, 1.0, -900, 1200), Rotation("", -20, 1.0, -1000, 300)}) {
+    Picture<KyBW8> expected(700, 311);
+    Model(t, 8)(picture, expected);
+    ForEachPath([&](const std::string&) {
+      Canvas<KyBW8> out(700, 311, {1, 1, 3}, random);
+      ASSERT_EQ(ImgLinearTransform(in.roi(), t.a, t.b, t.c, t.d, t.e, t.f, out.roi(), 8), KY_OK);
+      EXPECT_TRUE(Same(expected, out.Get()));
+      EXPECT_TRUE(out.OnlyChanged(*out.roi()));
+    });
+  }
 }
 
 TEST(Affine, ScaleRotateMeetsItsPivots) {

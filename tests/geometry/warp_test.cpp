@@ -126,6 +126,31 @@ TEST(Warp, Packed) {
   CheckPacked<KyC24>();
 }
 
+// Pixels of a large source are fetched ahead.
+TEST(Warp, LargeSource) {
+  KyImage<KyBW8> in(2300, 2000), out(2300, 2000);
+  for (int x = 0; x < 2300; ++x) in.SetPixel(static_cast<KyBW8>(x % 251), x, x % 2000);
+  KyImage<KyBW16> xs(2300, 2000), ys(2300, 2000);
+  KyImage<KyBW32> packed(2300, 2000);
+  for (int y = 0; y < 2000; ++y) {
+    for (int x = 0; x < 2300; ++x) {
+      const unsigned fromX = static_cast<unsigned>(2299 - x), fromY = static_cast<unsigned>(y);
+      xs.SetPixel(static_cast<KyBW16>(fromX - 7), x, y);
+      ys.SetPixel(static_cast<KyBW16>(fromY + 9), x, y);
+      packed.SetPixel(fromX | fromY << 16, x, y);
+    }
+  }
+  const auto mirrored = [&] {
+    ImgHorizontalMirror(&out);
+    return Canvas<KyBW8>::Get(out);
+  };
+  const Picture<KyBW8> expected = Canvas<KyBW8>::Get(in);
+  ASSERT_EQ(ImgWarp(&in, &out, &xs, &ys, 7, -9), KY_OK);
+  EXPECT_TRUE(Same(expected, mirrored()));
+  ASSERT_EQ(ImgWarp(&in, &out, &packed), KY_OK);
+  EXPECT_TRUE(Same(expected, mirrored()));
+}
+
 TEST(Warp, Refusals) {
   Random random(8);
   Canvas<KyBW8> in(9, 5, kPlacements[1], random), out(9, 5, kPlacements[1], random);
