@@ -4,12 +4,12 @@
 #include "ky/export.h"
 #include "ky/status.h"
 
-/// Units of angle. A full turn is 360 degrees, 2 pi radians, 1 revolution or 400 grades.
+/// Units of angle.
 enum KY_ANGLE_UNIT : int {
-  KY_ANGLE_DEGREES = 0,
-  KY_ANGLE_RADIANS = 1,
-  KY_ANGLE_REVOLUTIONS = 2,
-  KY_ANGLE_GRADES = 3,
+  KY_ANGLE_DEGREES = 0,      ///< 360 a turn
+  KY_ANGLE_RADIANS = 1,      ///< 2 pi
+  KY_ANGLE_REVOLUTIONS = 2,  ///< 1
+  KY_ANGLE_GRADES = 3,       ///< 400
 };
 
 /// Sets the unit for the whole process; degrees at first. Any other value: 1003, nothing changes.

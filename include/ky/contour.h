@@ -13,12 +13,12 @@
 /// on along the border; or the contour is followed again, the other way, from where the border
 /// stopped it, so that the whole open contour from border to border results.
 enum CONTOUR_MODE : int {
-  KY_CONTOUR_CW_STOP_AT_BORDER = 0,
-  KY_CONTOUR_CW_ALONG_BORDER = 1,
-  KY_CONTOUR_CW_BOTH_WAYS = 2,
-  KY_CONTOUR_CCW_STOP_AT_BORDER = 3,
-  KY_CONTOUR_CCW_BOTH_WAYS = 4,
-  KY_CONTOUR_CCW_ALONG_BORDER = 5,
+  KY_CONTOUR_CW_STOP_AT_BORDER = 0,   ///< clockwise; stops
+  KY_CONTOUR_CW_ALONG_BORDER = 1,     ///< clockwise; goes on along the border
+  KY_CONTOUR_CW_BOTH_WAYS = 2,        ///< clockwise; followed again, the other way
+  KY_CONTOUR_CCW_STOP_AT_BORDER = 3,  ///< counter-clockwise; stops
+  KY_CONTOUR_CCW_BOTH_WAYS = 4,       ///< counter-clockwise; followed again, the other way
+  KY_CONTOUR_CCW_ALONG_BORDER = 5,    ///< counter-clockwise; goes on along the border
 };
 
 /// Which pixels belong to an object. Any value but 0 acts as 1.

@@ -7,9 +7,11 @@
 
 /// Where an image's pixels lie. `allocation` is null for foreign memory, which has no spare row.
 struct KY_API KyPixelBuffer {
-  KyBW8* pixels = nullptr;
-  void* allocation = nullptr;
-  int pitch = 0, width = 0, height = 0;
+  KyBW8* pixels = nullptr;     ///< the first row
+  void* allocation = nullptr;  ///< what the image frees
+  int pitch = 0;               ///< bytes from row to row
+  int width = 0;               ///< in pixels
+  int height = 0;              ///< in pixels
 };
 
 /// An image is an ROI that covers a buffer of its own. Rows start at 64-byte boundaries; one spare
@@ -18,6 +20,7 @@ struct KY_API KyPixelBuffer {
 template <class T>
 class KY_API KyImage : public KyROI<T> {
  public:
+  /// What a buffer of such pixels consists of.
   using Memory = typename KyPixelTraits<T>::Memory;
 
   /// An image without pixels.

@@ -57,6 +57,7 @@ class KY_API KyKernel {
   /// Clears the status, alone among the library's destructors.
   virtual ~KyKernel();
 
+  /// The numbers of columns and of rows, and the four numbers above.
   std::int16_t GetSizeX() const noexcept;
   std::int16_t GetSizeY() const noexcept;
   float GetGain() const noexcept;

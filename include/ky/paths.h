@@ -9,15 +9,19 @@
 
 /// A position, in pixels from the ROI's origin.
 struct KY_API KyPath {
+  /// The position.
   std::int16_t x, y;
   constexpr bool operator==(const KyPath&) const noexcept = default;
 };
 
 /// A position and a grey level. The filler goes into files as it stands; comparison ignores it.
 struct KY_API KyBW8Path {
+  /// The position.
   std::int16_t x, y;
-  KyBW8 pixel;
-  KyBW8 filler = 0;
+  KyBW8 pixel;       ///< the level, or the code of the step that leads on
+  KyBW8 filler = 0;  ///< makes the size even
+
+  /// Whether position and level are the same.
   constexpr bool operator==(const KyBW8Path& other) const noexcept {
     return x == other.x && y == other.y && pixel == other.pixel;
   }
@@ -25,27 +29,32 @@ struct KY_API KyBW8Path {
 
 /// A position and a colour; the filler as above.
 struct KY_API KyC24Path {
+  /// The position.
   std::int16_t x, y;
-  KyC24 pixel;
-  KyBW8 filler = 0;
+  KyC24 pixel;       ///< the colour
+  KyBW8 filler = 0;  ///< makes the size even
+
+  /// Whether position and colour are the same.
   constexpr bool operator==(const KyC24Path& other) const noexcept {
     return x == other.x && y == other.y && pixel == other.pixel;
   }
 };
 
-/// A peak of a profile, or a valley, whose amplitude and area are negative: the index of its first
-/// element, its number of elements, its centre of gravity as an index, the greatest distance of its
-/// levels from the threshold, and the sum of these distances.
+/// A peak of a profile, or a valley, whose amplitude and area are negative.
 struct KY_API KyPeak {
-  std::uint32_t start, length;
-  float center;
-  std::int32_t amplitude, area;
+  std::uint32_t start;     ///< the index of its first element
+  std::uint32_t length;    ///< its number of elements
+  float center;            ///< its centre of gravity, as an index
+  std::int32_t amplitude;  ///< the greatest distance of its levels from the threshold
+  std::int32_t area;       ///< the sum of these distances
   constexpr bool operator==(const KyPeak&) const noexcept = default;
 };
 
-/// A run of pixels: the position of its first pixel and its length.
+/// A run of pixels.
 struct KY_API KyRun {
-  std::int32_t x, y, length;
+  /// The position of its first pixel.
+  std::int32_t x, y;
+  std::int32_t length;  ///< its number of pixels
   constexpr bool operator==(const KyRun&) const noexcept = default;
 };
 

@@ -9,8 +9,8 @@
 
 /// A run of pixels of a mask: its first position and its length in pixels.
 struct KY_API KyMaskRun {
-  int offset;
-  int length;
+  int offset;  ///< of its first pixel; see KyGenericROI::SetMask
+  int length;  ///< in pixels
 };
 
 struct KY_API KyPixelBuffer;
@@ -76,7 +76,9 @@ class KY_API KyGenericROI {
   void ClearMask() noexcept;
   /// The runs of the mask; null when the ROI has none.
   const KyMaskRun* GetMaskOffsets() const noexcept { return mask_; }
+  /// The number of runs.
   unsigned GetMaskCount() const noexcept { return maskCount_; }
+  /// Whether the runs are counted from the root image's first pixel.
   bool IsMaskAbsolute() const noexcept { return maskAbsolute_; }
 
  protected:
@@ -104,6 +106,7 @@ class KY_API KyGenericROI {
 template <class T>
 class KY_API KyROI : public KyGenericROI {
  public:
+  /// What one pixel is read and written as.
   using Value = typename KyPixelTraits<T>::Value;
 
   /// An ROI of 0 x 0 pixels without a parent: it has no pixels.
@@ -113,6 +116,7 @@ class KY_API KyROI : public KyGenericROI {
 
   /// Moves and resizes the rectangle on its parent.
   void SetPlacement(int x, int y, int width, int height) noexcept;
+  /// The position of the rectangle on its parent.
   int GetX() const noexcept { return x_; }
   int GetY() const noexcept { return y_; }
   /// The parent; null for an image.

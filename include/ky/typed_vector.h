@@ -8,15 +8,15 @@
 #include "ky/pixels.h"
 #include "ky/status.h"
 
-/// What a file says about its elements: `kSignature` names their type, `kVersion` their layout.
-/// Specialised beside every element type.
+/// What a file says about its elements. Specialised beside every element type.
 template <class T>
 struct KyFileType;
 
 /// The specialisations derive from this.
 template <KyBW8 signature, KyBW8 version = 1>
 struct KyFileTypeOf {
-  static constexpr KyBW8 kSignature = signature, kVersion = version;
+  static constexpr KyBW8 kSignature = signature;  ///< names the type of the elements
+  static constexpr KyBW8 kVersion = version;      ///< and their layout
 };
 
 /// The element that stands in for those which are not there; T() whenever it is handed out. Every
@@ -24,10 +24,13 @@ struct KyFileTypeOf {
 template <class T, bool kPlain = std::is_trivially_copyable_v<T>>
 struct KY_API KyPlaceHolder {
   // Known to be constant, so that users of the library look for no initialiser.
+  /// The thread's stand-in.
   [[gnu::tls_model("initial-exec")]] static thread_local constinit T m_PlaceHolder;
 };
+/// The same for elements that are constructed.
 template <class T>
 struct KY_API KyPlaceHolder<T, false> {
+  /// The thread's stand-in.
   [[gnu::tls_model("initial-exec")]] static thread_local T m_PlaceHolder;
 };
 
@@ -52,8 +55,8 @@ struct KY_API KyPlaceHolder<T, false> {
 template <class T>
 class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
  public:
-  static constexpr KyBW8 m_un8Signature = KyFileType<T>::kSignature;
-  static constexpr KyBW8 m_un8Version = KyFileType<T>::kVersion;
+  static constexpr KyBW8 m_un8Signature = KyFileType<T>::kSignature;  ///< names T in files
+  static constexpr KyBW8 m_un8Version = KyFileType<T>::kVersion;      ///< names its layout
 
   /// An empty vector without an array.
   KyVectorTemplate() noexcept = default;

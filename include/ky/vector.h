@@ -47,15 +47,20 @@ class KY_API KyVector {
   /// of one byte. Errors: 1011 for a negative size, 1303; the vector stays as it was then.
   KY_ERRORS Reallocate(int bytes) noexcept;
 
+  /// The elements of a group.
   int GetGroupLength() const noexcept { return groupLength_; }
+  /// The groups in use.
   int GetNbGroup() const noexcept { return nbGroup_; }
+  /// The groups that there is room for.
   int GetNbMaxGroup() const noexcept { return nbMaxGroup_; }
+  /// The description; see above.
   int GetDataType() const noexcept { return dataType_; }
   int GetDataSize() const noexcept { return dataSize_; }
   int GetVectType() const noexcept { return vectType_; }
   int GetUse() const noexcept { return use_; }
   /// The bytes allocated.
   int GetAllocatedSize() const noexcept { return allocatedSize_; }
+  /// Whether the vector is of this type.
   bool IsSameVectType(int vectType) const noexcept { return vectType_ == vectType; }
 
  private:
