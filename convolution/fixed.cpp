@@ -46,12 +46,10 @@ bool IsSymmetric(const FixedWeights& w) {
 }
 
 FixedKernel KernelOf(const FixedWeights& w) {
-  // No offset beyond this one makes a difference to sums that the row kernels are given.
-  constexpr std::int64_t kFar = 1 << 30;
   FixedKernel kernel = {};
   kernel.radius = w.radius;
   kernel.shift = w.fraction;
-  kernel.offset = static_cast<std::int32_t>(std::clamp(w.offset, -kFar, kFar));
+  kernel.offset = static_cast<std::int32_t>(w.offset);
   kernel.magnitude = w.magnitude;
   std::copy_n(w.weights, CountOf(w), kernel.weights);
   return kernel;
@@ -87,7 +85,7 @@ void PairSymmetricWeights(FixedKernel& kernel, bool split) {
   for (int i = 0; 2 * i < n; ++i) SetPair(kernel, i, sets[2 * i], sets[2 * i + 1], split);
 }
 
-// For weights so large that sums need 64 bits: one pixel at a time.
+// For weights so large that sums need 64 bits, and for offsets that go as far: one pixel at a time.
 void WeighWide(const FixedWeights& w, Rows<KyBW8> out, const KyBW8* const* rows) {
   const int size = SizeOf(w);
   for (std::ptrdiff_t y = 0; y < out.height; ++y)
@@ -110,7 +108,7 @@ KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
   const auto run = [&](std::size_t lanes, const auto& kernel) {
     return FilterWindows(destination, source, w.radius, Border::Repeat(), lanes, kernel);
   };
-  if (reach.below + reach.above > (1 << 30) - 512)
+  if (reach.below + reach.above > (1 << 30) || std::abs(w.offset) > kFurthestOffset)
     return run(1, [&](Rows<KyBW8> out, const KyBW8* const* rows) { WeighWide(w, out, rows); });
 
   const FixedRowKernels& kernels = ChooseFixedRowKernels();

@@ -33,7 +33,7 @@ struct Narrow {
   HWY_INLINE explicit Narrow(const FixedKernel& kernel) : shift(kernel.shift) {
     const D16 d;
     for (int i = 0; i < 9; ++i) weights[i] = hn::Set(d, static_cast<int16_t>(kernel.weights[i]));
-    offset = hn::Set(d, static_cast<int16_t>(std::clamp(kernel.offset, -32767, 32767)));
+    offset = hn::Set(d, static_cast<int16_t>(kernel.offset));
   }
   HWY_INLINE V16 Weigh(const V16* at, const V16* by) const {
     return hn::Add(hn::Add(hn::Mul(at[-1], by[0]), hn::Mul(at[0], by[1])), hn::Mul(at[1], by[2]));
@@ -59,13 +59,6 @@ void NarrowRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* 
     RollWindows(Narrow<kUnsigned, false>(kernel), out, rows);
 }
 
-template <bool kMagnitude>
-HWY_INLINE V32 Level(const FixedKernel& kernel, V32 sum) {
-  const D32 d;
-  const V32 v = hn::Add(hn::ShiftRightSame(sum, kernel.shift), hn::Set(d, kernel.offset));
-  return Limit<kMagnitude>(d, v);
-}
-
 #if HWY_TARGET == HWY_SCALAR
 
 template <int kRadius, bool kSplit, bool kMagnitude>
@@ -80,7 +73,8 @@ struct Paired {
     for (int down = -kRadius; down <= kRadius; ++down)
       for (int right = -kRadius; right <= kRadius; ++right)
         sum = hn::Add(sum, hn::Mul(hn::PromoteTo(d32, at(right, down)), hn::Set(d32, *weight++)));
-    return hn::DemoteTo(d, Level<kMagnitude>(kernel, sum));
+    const V32 v = hn::Add(hn::ShiftRightSame(sum, kernel.shift), hn::Set(d32, kernel.offset));
+    return hn::DemoteTo(d, Limit<kMagnitude>(d32, v));
   }
 };
 template <int kRadius, bool kSplit, bool kMagnitude>
@@ -101,6 +95,17 @@ struct Sum {
   }
   HWY_INLINE V32 All() const { return kSplit ? hn::Add(hn::ShiftLeft<15>(high), low) : low; }
 };
+
+// The levels of two vectors of sums, in 16 bits: those of `a` in the lower half of each block of
+// 128 bits, those of `b` in the upper half.
+template <bool kMagnitude>
+HWY_INLINE V16 Levels(const FixedKernel& kernel, V32 a, V32 b) {
+  const D16 d16;
+  const V16 v = hn::ReorderDemote2To(d16, hn::ShiftRightSame(a, kernel.shift),
+                                     hn::ShiftRightSame(b, kernel.shift));
+  const V16 offset = hn::Set(d16, static_cast<int16_t>(kernel.offset));
+  return Limit<kMagnitude>(d16, hn::SaturatedAdd(v, offset));
+}
 
 // Every fourth place has its sums in one vector of 32-bit lanes: four quarters.
 template <int kRadius, bool kSplit, bool kMagnitude>
@@ -124,11 +129,13 @@ struct Paired {
       }
       pair += kRadius + 2;
     }
-    V32 levels[4];
-    for (int q = 0; q < 4; ++q) levels[q] = Level<kMagnitude>(kernel, sums[q].All());
-    const auto even = hn::Or(levels[0], hn::ShiftLeft<16>(levels[2]));
-    const auto odd = hn::Or(levels[1], hn::ShiftLeft<16>(levels[3]));
-    return hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd)));
+    const V16 even = Levels<kMagnitude>(kernel, sums[0].All(), sums[2].All());
+    const V16 odd = Levels<kMagnitude>(kernel, sums[1].All(), sums[3].All());
+    const V16 phases[] = {even, odd};
+    // Places 0 and 1 of the four quarters, then 2 and 3.
+    HWY_ALIGN static constexpr uint8_t kOrder[16] = {0, 1, 8,  9,  2, 3, 10, 11,
+                                                     4, 5, 12, 13, 6, 7, 14, 15};
+    return hn::TableLookupBytes(JoinPhases(phases), hn::LoadDup128(d, kOrder));
   }
 };
 
@@ -168,8 +175,7 @@ struct Symmetric {
         lower.Add(hn::InterleaveLower(d16, sets[2 * i], sets[2 * i + 1]), kernel, i);
         upper.Add(hn::InterleaveUpper(d16, sets[2 * i], sets[2 * i + 1]), kernel, i);
       }
-      phases[p] = hn::ReorderDemote2To(d16, Level<kMagnitude>(kernel, lower.All()),
-                                       Level<kMagnitude>(kernel, upper.All()));
+      phases[p] = Levels<kMagnitude>(kernel, lower.All(), upper.All());
     }
     return JoinPhases(phases);
   }

@@ -11,8 +11,12 @@ inline constexpr int kLargestGrid = (2 * kLargestRadius + 1) * (2 * kLargestRadi
 // level = Limit((sum of weight * pixel >> shift) + offset), where Limit gives min(|v|, 255) for a
 // magnitude, else max(0, min(v, 255)).
 //
+// Sums are less than 2^30. The offset is at most kFurthestOffset on either side of 0, so that a sum
+// that is limited to 16 bits first gives the same level.
+//
 // `pairs` has the weights as the paired kernels want them, low 16 bits and high 16 bits for two
 // neighbours; pairs[1] is used by the split kernels alone. See PairWeights.
+inline constexpr int kFurthestOffset = 32512;
 struct FixedKernel {
   int radius, shift;
   std::int32_t offset;
@@ -36,7 +40,7 @@ struct FixedRowKernels {
   // For radius 1, when all sums stay in 16 bits: signed ones in -32512..32512, or, with a shift of
   // 1 or more, unsigned ones.
   FixedRowKernel narrow, narrowUnsigned;
-  // By radius, and whether the weights are split; for sums of less than 2^30 - 512.
+  // By radius, and whether the weights are split.
   FixedRowKernel paired[kLargestRadius + 1][2];
   // The same for kernels that are symmetric under mirroring and the quarter turn.
   FixedRowKernel symmetric[kLargestRadius + 1][2];

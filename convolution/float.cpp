@@ -68,20 +68,26 @@ KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source,
   if (!ring.Allocate()) return KY_ERROR_NOT_ENOUGH_MEMORY;
 
   const float gain = empty ? 0 : EffectiveGainOf(kernel);
-  for (std::ptrdiff_t i = 0; i < sizeX * sizeY; ++i)
+  double reach = 0;
+  for (std::ptrdiff_t i = 0; i < sizeX * sizeY; ++i) {
     scaled[i] = NumberOr0(NumberOr0(kernel.data[i]) * gain);
+    reach += std::fabs(scaled[i]);
+  }
+  // Rounding adds less than a half as long as that many coefficients are not a hundred thousand.
+  const double furthest = std::max(255.0, std::fabs(static_cast<double>(kernel.outsideValue)));
+  const bool fits = sizeX * sizeY < 100'000 && reach * furthest < 1e9;
   const auto to32Bits = [](std::int64_t v) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(v, INT32_MIN, INT32_MAX));
   };
   const std::int64_t offset = kernel.offset;
   const FloatKernel weights = {
       sizeX, sizeY, scaled.get(), to32Bits(-offset), to32Bits(255 - offset), kernel.offset};
-  const FloatRowKernels& kernels = ChooseFloatRowKernels();
   const int rectifier =
       kernel.rectifier > 0 && kernel.rectifier < kRectifiers ? kernel.rectifier : 0;
+  const FloatRowKernels& kernels = ChooseFloatRowKernels();
+  const auto weigh = kernels.weigh[rectifier][fits];
   for (std::ptrdiff_t y = 0; y < destination.height; ++y)
-    kernels.weigh[rectifier](weights, destination.Row(y), destination.width,
-                             ring.Around(y, kernels));
+    weigh(weights, destination.Row(y), destination.width, ring.Around(y, kernels));
   return KY_OK;
 }
 

@@ -28,12 +28,16 @@ void Convert(float* out, size_t n, const KyBW8* in) {
   for (; x < n; ++x) out[x] = static_cast<float>(in[x]);
 }
 
-// The sum, truncated; what does not fit is limited, what is not a number is 0.
+// The sum, truncated. What does not fit is limited, what is not a number is 0, unless it is known
+// that all sums fit.
+template <bool kFits>
 HWY_INLINE VI Truncate(VF sum) {
+  const DI d32;
+  if (kFits) return hn::ConvertTo(d32, sum);
   const DF d;
   const VF limit = hn::Set(d, 2147483520.0f);  // the last single below 2^31
   const VF number = hn::IfThenElseZero(hn::Eq(sum, sum), sum);
-  return hn::ConvertTo(DI(), hn::Min(hn::Max(number, hn::Neg(limit)), limit));
+  return hn::ConvertTo(d32, hn::Min(hn::Max(number, hn::Neg(limit)), limit));
 }
 
 template <Rectifier kRectifier>
@@ -45,40 +49,66 @@ HWY_INLINE VI Rectify(VI r) {
   return r;
 }
 
-// One tap after the other, as the order of the sum is part of the result; vectors go across pixels
-// alone.
-template <Rectifier kRectifier>
-void Weigh(const FloatKernel& kernel, KyBW8* out, ptrdiff_t n, const float* const* rows) {
-  constexpr int kVectors = 4;
-  const DF d;
-  const DI d32;
-  const hn::Rebind<KyBW8, DF> d8;
-  const ptrdiff_t lanes = static_cast<ptrdiff_t>(hn::Lanes(d));
-  for (ptrdiff_t x = 0; x < n; x += kVectors * lanes) {
+// Some vectors of results at a time. One tap comes after the other, as the order of the sum is part
+// of the result; vectors go across pixels alone. kSize is the number of rows and columns of the
+// kernel, or 0 for any.
+template <Rectifier kRectifier, bool kFits, int kSize>
+class Block {
+ public:
+  static constexpr int kVectors = 4;
+  static constexpr int kMostPlaces = kVectors * static_cast<int>(hn::MaxLanes(DF()));
+
+  HWY_INLINE static void Weigh(const FloatKernel& kernel, KyBW8* out, ptrdiff_t x,
+                               const float* const* rows) {
+    const DF d;
+    const DI d32;
+    const hn::Rebind<KyBW8, DF> d8;
+    constexpr ptrdiff_t kLanes = kMostPlaces / kVectors;
+    const ptrdiff_t sizeX = kSize != 0 ? kSize : kernel.sizeX;
+    const ptrdiff_t sizeY = kSize != 0 ? kSize : kernel.sizeY;
     VF sums[kVectors] = {hn::Zero(d), hn::Zero(d), hn::Zero(d), hn::Zero(d)};
     const float* coefficient = kernel.coefficients;
-    for (ptrdiff_t j = 0; j < kernel.sizeY; ++j) {
+    for (ptrdiff_t j = 0; j < sizeY; ++j) {
       const float* const row = rows[j] + x;
-      for (ptrdiff_t i = 0; i < kernel.sizeX; ++i) {
+      for (ptrdiff_t i = 0; i < sizeX; ++i) {
         const VF c = hn::Set(d, *coefficient++);
         for (int v = 0; v < kVectors; ++v)
-          sums[v] = hn::Add(sums[v], hn::Mul(c, hn::LoadU(d, row + i + v * lanes)));
+          sums[v] = hn::Add(sums[v], hn::Mul(c, hn::LoadU(d, row + i + v * kLanes)));
       }
     }
-    KyBW8 levels[kVectors * hn::MaxLanes(d)];
     for (int v = 0; v < kVectors; ++v) {
-      const VI r = Rectify<kRectifier>(Truncate(sums[v]));
+      const VI r = Rectify<kRectifier>(Truncate<kFits>(sums[v]));
       const VI limited =
           hn::Min(hn::Max(r, hn::Set(d32, kernel.least)), hn::Set(d32, kernel.greatest));
       hn::StoreU(hn::DemoteTo(d8, hn::Add(limited, hn::Set(d32, kernel.offset))), d8,
-                 levels + v * lanes);
+                 out + v * kLanes);
     }
-    std::memcpy(out + x, levels, static_cast<size_t>(HWY_MIN(n - x, kVectors * lanes)));
   }
+};
+
+template <class B>
+void WeighRow(const FloatKernel& kernel, KyBW8* out, ptrdiff_t n, const float* const* rows) {
+  ptrdiff_t x = 0;
+  for (; x + B::kMostPlaces <= n; x += B::kMostPlaces) B::Weigh(kernel, out + x, x, rows);
+  if (x == n) return;
+  KyBW8 last[B::kMostPlaces];
+  B::Weigh(kernel, last, x, rows);
+  std::memcpy(out + x, last, static_cast<size_t>(n - x));
 }
 
-constexpr FloatRowKernels kKernels = {
-    &Convert, {&Weigh<kLeave>, &Weigh<kNegative>, &Weigh<kPositive>, &Weigh<kMagnitude>}};
+template <Rectifier kRectifier, bool kFits>
+void Weigh(const FloatKernel& kernel, KyBW8* out, ptrdiff_t n, const float* const* rows) {
+  if (kernel.sizeX == 3 && kernel.sizeY == 3)
+    WeighRow<Block<kRectifier, kFits, 3>>(kernel, out, n, rows);
+  else
+    WeighRow<Block<kRectifier, kFits, 0>>(kernel, out, n, rows);
+}
+
+constexpr FloatRowKernels kKernels = {&Convert,
+                                      {{&Weigh<kLeave, false>, &Weigh<kLeave, true>},
+                                       {&Weigh<kNegative, false>, &Weigh<kNegative, true>},
+                                       {&Weigh<kPositive, false>, &Weigh<kPositive, true>},
+                                       {&Weigh<kMagnitude, false>, &Weigh<kMagnitude, true>}}};
 
 }  // namespace
 

@@ -22,8 +22,9 @@ inline constexpr std::ptrdiff_t kFloatSlack = 64;
 
 struct FloatRowKernels {
   void (*convert)(float* out, std::size_t n, const KyBW8* in);
-  void (*weigh[kRectifiers])(const FloatKernel& kernel, KyBW8* out, std::ptrdiff_t n,
-                             const float* const* rows);
+  // By rectifier, and whether all sums are known to be numbers that 32-bit integers hold.
+  void (*weigh[kRectifiers][2])(const FloatKernel& kernel, KyBW8* out, std::ptrdiff_t n,
+                                const float* const* rows);
 };
 
 // The kernels of the instruction set that this call may use.
