@@ -114,10 +114,10 @@ KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
   const FixedRowKernels& kernels = ChooseFixedRowKernels();
   FixedKernel kernel = KernelOf(w);
   FixedRowKernel rowKernel;
-  if (w.radius == 1 && reach.Largest() <= 32512) {
-    rowKernel = kernels.narrow;
-  } else if (w.radius == 1 && w.fraction > 0 && reach.below == 0 && reach.above <= 65535) {
-    rowKernel = kernels.narrowUnsigned;
+  const bool fitsSigned = reach.Largest() <= 32512;
+  const bool fitsUnsigned = w.fraction > 0 && reach.below == 0 && reach.above <= 65535;
+  if (w.radius == 1 && (fitsSigned || fitsUnsigned)) {
+    rowKernel = kernels.narrow[reach.largestWeight <= 64][!fitsSigned];
   } else {
     const bool split = reach.largestWeight > 32767;
     if (IsSymmetric(w)) {

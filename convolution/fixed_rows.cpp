@@ -20,43 +20,95 @@ HWY_INLINE V Limit(D d, V v) {
   return hn::Min(hn::Max(v, hn::Zero(d)), most);
 }
 
-// 3x3 in 16 bits: each row is weighed by the three rows of the kernel when it is met.
-template <bool kUnsigned, bool kMagnitude>
-struct Narrow {
-  struct Part {
-    V16 asAbove, asOwn, asBelow;
-  };
+// 3x3 in 16 bits: the sums of both phases.
+struct Weights16 {
   V16 weights[9];
+
+  HWY_INLINE explicit Weights16(const FixedKernel& kernel) {
+    for (int i = 0; i < 9; ++i)
+      weights[i] = hn::Set(D16(), static_cast<int16_t>(kernel.weights[i]));
+  }
+  template <class At>
+  HWY_INLINE void Sum(const At& at, V16* sums) const {
+    const Neighbours<1> above(at.Row(-1)), own(at.Row(0)), below(at.Row(1));
+    for (int p = 0; p < kPhases; ++p)
+      sums[p] = hn::Add(hn::Add(Weigh(above.Phase(p), weights), Weigh(own.Phase(p), weights + 3)),
+                        Weigh(below.Phase(p), weights + 6));
+  }
+  HWY_INLINE static V16 Weigh(const V16* at, const V16* by) {
+    return hn::Add(hn::Add(hn::Mul(at[-1], by[0]), hn::Mul(at[0], by[1])), hn::Mul(at[1], by[2]));
+  }
+};
+
+// The same for weights of 8 bits: of the three taps of a row, two are multiplied at once, one for
+// each phase apart.
+#if KY_HAVE_MUL_ADD_BYTES
+struct Weights8 {
+  struct Row {
+    hn::Vec<D8> two, evenThird, oddThird;
+  };
+  Row rows[3];
+
+  HWY_INLINE explicit Weights8(const FixedKernel& kernel) {
+    const auto pair = [](int32_t first, int32_t second) HWY_ATTR {
+      const hn::Repartition<uint16_t, D8> d16;
+      const uint32_t both = (static_cast<uint32_t>(second) & 0xFF) << 8;
+      return hn::BitCast(
+          D8(), hn::Set(d16, static_cast<uint16_t>(both | (static_cast<uint32_t>(first) & 0xFF))));
+    };
+    for (int y = 0; y < 3; ++y) {
+      const int32_t* const taps = kernel.weights + 3 * y;
+      rows[y] = {pair(taps[0], taps[1]), pair(taps[2], 0), pair(0, taps[2])};
+    }
+  }
+  template <class At>
+  HWY_INLINE void Sum(const At& at, V16* sums) const {
+    V16 even[3], odd[3];
+    for (int y = 0; y < 3; ++y) {
+      const auto right = at(1, y - 1);
+      even[y] =
+          hn::Add(MulAddBytes(at(-1, y - 1), rows[y].two), MulAddBytes(right, rows[y].evenThird));
+      odd[y] =
+          hn::Add(MulAddBytes(at(0, y - 1), rows[y].two), MulAddBytes(right, rows[y].oddThird));
+    }
+    sums[0] = hn::Add(hn::Add(even[0], even[1]), even[2]);
+    sums[1] = hn::Add(hn::Add(odd[0], odd[1]), odd[2]);
+  }
+};
+#else
+using Weights8 = Weights16;
+#endif
+
+template <class Weights, bool kUnsigned, bool kMagnitude>
+struct Narrow {
+  Weights weights;
   V16 offset;
   int shift;
 
-  HWY_INLINE explicit Narrow(const FixedKernel& kernel) : shift(kernel.shift) {
-    const D16 d;
-    for (int i = 0; i < 9; ++i) weights[i] = hn::Set(d, static_cast<int16_t>(kernel.weights[i]));
-    offset = hn::Set(d, static_cast<int16_t>(kernel.offset));
+  HWY_INLINE explicit Narrow(const FixedKernel& kernel)
+      : weights(kernel),
+        offset(hn::Set(D16(), static_cast<int16_t>(kernel.offset))),
+        shift(kernel.shift) {}
+  template <class D, class At>
+  HWY_INLINE hn::Vec<D> operator()(D, const At& at) const {
+    const D16 d16;
+    V16 sums[kPhases];
+    weights.Sum(at, sums);
+    for (V16& sum : sums) sum = Limit<kMagnitude>(d16, hn::SaturatedAdd(Shifted(sum), offset));
+    return JoinPhases(sums);
   }
-  HWY_INLINE V16 Weigh(const V16* at, const V16* by) const {
-    return hn::Add(hn::Add(hn::Mul(at[-1], by[0]), hn::Mul(at[0], by[1])), hn::Mul(at[1], by[2]));
-  }
-  HWY_INLINE Part Row(D16, const V16* at) const {
-    return {Weigh(at, weights), Weigh(at, weights + 3), Weigh(at, weights + 6)};
-  }
-  HWY_INLINE V16 operator()(D16 d, const Part& a, const Part& b, const Part& c) const {
-    V16 sum = hn::Add(hn::Add(a.asAbove, b.asOwn), c.asBelow);
+  HWY_INLINE V16 Shifted(V16 sum) const {
     const hn::Rebind<uint16_t, D16> unsigned16;
-    if (kUnsigned)
-      sum = hn::BitCast(d, hn::ShiftRightSame(hn::BitCast(unsigned16, sum), shift));
-    else
-      sum = hn::ShiftRightSame(sum, shift);
-    return Limit<kMagnitude>(d, hn::SaturatedAdd(sum, offset));
+    if (!kUnsigned) return hn::ShiftRightSame(sum, shift);
+    return hn::BitCast(D16(), hn::ShiftRightSame(hn::BitCast(unsigned16, sum), shift));
   }
 };
-template <bool kUnsigned>
+template <class Weights, bool kUnsigned>
 void NarrowRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows) {
   if (kernel.magnitude)
-    RollWindows(Narrow<kUnsigned, true>(kernel), out, rows);
+    MapWindows<1>(Narrow<Weights, kUnsigned, true>(kernel), out, rows);
   else
-    RollWindows(Narrow<kUnsigned, false>(kernel), out, rows);
+    MapWindows<1>(Narrow<Weights, kUnsigned, false>(kernel), out, rows);
 }
 
 #if HWY_TARGET == HWY_SCALAR
@@ -201,8 +253,10 @@ constexpr void Enter(FixedRowKernels& kernels) {
 constexpr FixedRowKernels MakeKernels() {
   FixedRowKernels kernels = {};
   kernels.lanes = hn::MaxLanes(D8());
-  kernels.narrow = &NarrowRows<false>;
-  kernels.narrowUnsigned = &NarrowRows<true>;
+  kernels.narrow[0][0] = &NarrowRows<Weights16, false>;
+  kernels.narrow[0][1] = &NarrowRows<Weights16, true>;
+  kernels.narrow[1][0] = &NarrowRows<Weights8, false>;
+  kernels.narrow[1][1] = &NarrowRows<Weights8, true>;
   Enter<1>(kernels);
   Enter<2>(kernels);
   Enter<3>(kernels);

@@ -37,9 +37,9 @@ using FixedRowKernel = void (*)(const FixedKernel& kernel, Rows<KyBW8> out,
 
 struct FixedRowKernels {
   std::size_t lanes;
-  // For radius 1, when all sums stay in 16 bits: signed ones in -32512..32512, or, with a shift of
-  // 1 or more, unsigned ones.
-  FixedRowKernel narrow, narrowUnsigned;
+  // For radius 1, when all sums stay in 16 bits, by two questions. Are all weights in -64..64? Are
+  // the sums unsigned, with a shift of 1 or more? Signed ones are in -32512..32512.
+  FixedRowKernel narrow[2][2];
   // By radius, and whether the weights are split.
   FixedRowKernel paired[kLargestRadius + 1][2];
   // The same for kernels that are symmetric under mirroring and the quarter turn.
