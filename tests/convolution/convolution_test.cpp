@@ -198,6 +198,7 @@ TEST(ConvolKernel, IntegersAndSymmetricGrids) {
         Check(g);
         if (rectifier > 0) CheckSymmetric(g);
       }
+  Check({3, 3, {0, 1, 0, 1, 30, 1, 0, 2, 0}, 0.45f, 2, 0, 0});  // a sharp peak, darkened
   Grid binomial = {5, 5, {}, 1, 3, 0, 0};
   for (const int row : {1, 4, 6, 4, 1})
     for (const int column : {1, 4, 6, 4, 1})
