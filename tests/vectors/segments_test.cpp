@@ -319,9 +319,12 @@ TEST(GenericSegments, Transitions) {
       const Ends e = RandomEnds(width + 1, height + 1, random);
       const int thresholds[] = {3,   0,       255,     -1,
                                 256, INT_MIN, INT_MAX, static_cast<int>(random() % 256)};
-      const int threshold = turn % 5 == 0 ? thresholds[random() % 8] : thresholds[turn % 2 * 7];
-      const int edge = 1 + static_cast<int>(random() % 3);
-      const int most = static_cast<int>(random() % 3) * static_cast<int>(random() % 30) - 1;
+      // Long ones are not cut short, so that they are met at every point.
+      const int threshold = longOne         ? 3
+                            : turn % 5 == 0 ? thresholds[random() % 8]
+                                            : thresholds[turn % 2 * 7];
+      const int edge = longOne ? 3 : 1 + static_cast<int>(random() % 3);
+      const int most = static_cast<int>(longOne ? 0 : random() % 3 * (random() % 30));
       const Points points = Traced(e);
       std::vector<int> expected;
       const auto level = [&](unsigned i) {
