@@ -6,35 +6,22 @@
 // writes PNG files to FOLDER (demo). PICTURE is a PNG, PGM or PPM file; without one, a scene of
 // machined parts is drawn and compared with one that has faults.
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 
 #include "ky/ky.h"
 #include "support/picture_file.h"
+#include "support/program.h"
 #include "support/scene.h"
 
 namespace {
 
 using Grey = KyImage<KyBW8>;
 
-// Every function of the library answers with a status; this program has no use for a failure.
-void Must(KY_ERRORS error) {
-  if (error != KY_OK) throw std::runtime_error(KyGetErrorText(error));
-}
-
-template <class Image = Grey>
-Image SameSize(const KyGenericROI& roi) {
-  Image image(roi.GetWidth(), roi.GetHeight());
-  Must(KyGetError());
-  return image;
-}
-
 // White in the middle, black in the corners.
 Grey Spotlight(const KyGenericROI& size) {
-  Grey mask = SameSize(size);
+  Grey mask = SameSize<KyBW8>(size);
   const double cx = size.GetWidth() / 2.0, cy = size.GetHeight() / 2.0;
   for (int y = 0; y < mask.GetHeight(); ++y) {
     for (int x = 0; x < mask.GetWidth(); ++x) {
@@ -47,7 +34,7 @@ Grey Spotlight(const KyGenericROI& size) {
 
 // a where the mask is white, b where it is black, a mixture between: a m / 256 + b (255 - m) / 256.
 Grey Blend(const Grey& a, const Grey& b, const Grey& mask) {
-  Grey result = SameSize(a), rest = SameSize(a);
+  Grey result = SameSize<KyBW8>(a), rest = SameSize<KyBW8>(a);
   Must(ImgOper(KY_OPER_INVERT, &mask, &rest));
   Must(ImgOper(KY_OPER_SCALED_MULTIPLY, &b, &rest, &rest));
   Must(ImgOper(KY_OPER_SCALED_MULTIPLY, &a, &mask, &result));
@@ -59,7 +46,7 @@ Grey Blend(const Grey& a, const Grey& b, const Grey& mask) {
 Grey Edges(Grey& picture) {
   const int width = picture.GetWidth() - 1, height = picture.GetHeight() - 1;
   const KyROI<KyBW8> here(&picture, 0, 0, width, height), there(&picture, 1, 1, width, height);
-  Grey result = SameSize(here);
+  Grey result = SameSize<KyBW8>(here);
   Must(ImgOper(KY_OPER_ABS_DIFFERENCE, &here, &there, &result));
   Must(ImgOper(KY_OPER_MULTIPLY, &result, KyBW8{4}, &result));
   return result;
@@ -67,10 +54,10 @@ Grey Edges(Grey& picture) {
 
 // The first picture, in red where the second differs by more than `tolerance`.
 KyImage<KyC24> MarkDifferences(const Grey& picture, const Grey& other, KyBW8 tolerance) {
-  Grey differs = SameSize(picture);
+  Grey differs = SameSize<KyBW8>(picture);
   Must(ImgOper(KY_OPER_ABS_DIFFERENCE, &picture, &other, &differs));
   Must(ImgOper(KY_OPER_GREATER, &differs, tolerance, &differs));
-  auto marked = SameSize<KyImage<KyC24>>(picture);
+  auto marked = SameSize<KyC24>(picture);
   ImgSetOverlayColor({255, 0, 0});
   Must(ImgOper(KY_OPER_OVERLAY, &picture, &differs, &marked));
   return marked;
@@ -99,11 +86,11 @@ void Run(const char* path, const char* folder) {
   if (picture.GetWidth() < 2 || picture.GetHeight() < 2)
     throw std::runtime_error("the picture must have at least 2 x 2 pixels");
 
-  Grey inverse = SameSize(picture), steps = SameSize(picture);
+  Grey inverse = SameSize<KyBW8>(picture), steps = SameSize<KyBW8>(picture);
   Must(ImgOper(KY_OPER_INVERT, &picture, &inverse));
   Must(ImgOper(KY_OPER_AND, &picture, KyBW8{0xC0}, &steps));
   // The other picture: the scene with faults, or the given one with its middle darkened.
-  Grey other = SameSize(picture);
+  Grey other = SameSize<KyBW8>(picture);
   if (path == nullptr) {
     other = scene::Draw(scene::Bundled(true));
     Must(KyGetError());
@@ -129,15 +116,6 @@ void Run(const char* path, const char* folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc > 3 || (argc > 1 && argv[1][0] == '-')) {
-    std::fprintf(stderr, "usage: %s [PICTURE [FOLDER]]\n", argv[0]);
-    return EXIT_FAILURE;
-  }
-  try {
-    Run(argc > 1 ? argv[1] : nullptr, argc > 2 ? argv[2] : "demo");
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "blend: %s\n", error.what());
-    return EXIT_FAILURE;
-  }
-  return EXIT_SUCCESS;
+  return RunProgram(argc, argv, 2, "[PICTURE [FOLDER]]",
+                    [&] { Run(argc > 1 ? argv[1] : nullptr, argc > 2 ? argv[2] : kOutputFolder); });
 }

@@ -9,15 +9,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <random>
-#include <stdexcept>
 #include <string>
 
 #include "ky/ky.h"
 #include "support/picture_file.h"
+#include "support/program.h"
 #include "support/scene.h"
 
 namespace {
@@ -27,10 +25,6 @@ using Grey = KyImage<KyBW8>;
 constexpr int kWidth = 320, kHeight = 240, kFrames = 40;
 constexpr float kReduction = 3;  // of the noise's deviation
 constexpr unsigned kPeriod = 9;  // which reduces it as much
-
-void Must(KY_ERRORS error) {
-  if (error != KY_OK) throw std::runtime_error(KyGetErrorText(error));
-}
 
 Grey Frame(int time, std::mt19937& random) {
   scene::Scene parts{kWidth, kHeight, {}, static_cast<unsigned>(time + 1)};
@@ -80,8 +74,7 @@ double Noise(const KyROI<KyBW8>& picture) {
 }
 
 void Run(const std::string& folder) {
-  Grey result(2 * kWidth, 2 * kHeight);
-  Must(KyGetError());
+  Grey result = NewImage<KyBW8>(2 * kWidth, 2 * kHeight);
   KyROI<KyBW8> last(&result, 0, 0, kWidth, kHeight), moving(&result, kWidth, 0, kWidth, kHeight),
       linear(&result, 0, kHeight, kWidth, kHeight),
       adaptive(&result, kWidth, kHeight, kWidth, kHeight);
@@ -116,15 +109,5 @@ void Run(const std::string& folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc > 2 || (argc > 1 && argv[1][0] == '-')) {
-    std::fprintf(stderr, "usage: %s [FOLDER]\n", argv[0]);
-    return EXIT_FAILURE;
-  }
-  try {
-    Run(argc > 1 ? argv[1] : "demo");
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "denoise: %s\n", error.what());
-    return EXIT_FAILURE;
-  }
-  return EXIT_SUCCESS;
+  return RunProgram(argc, argv, 1, "[FOLDER]", [&] { Run(argc > 1 ? argv[1] : kOutputFolder); });
 }
