@@ -1,0 +1,25 @@
+// What an inspection tells: pictures, a CSV file, a table on the terminal.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "inspect/measuring.h"
+#include "inspect/objects.h"
+#include "ky/ky.h"
+
+namespace inspect {
+
+/// The picture, with the contour, the box and the number of each object.
+KyImage<KyC24> Annotate(const KyROI<KyBW8>& grey, const std::vector<Object>& objects);
+
+/// The histogram, the square roots of its counts as bars; those from `level` on are objects.
+KyImage<KyC24> DrawHistogram(const KyBW8HistogramVector& histogram, unsigned int level);
+
+/// One line an object, after one of names.
+std::string Csv(const std::vector<Measures>& measures);
+
+/// The same for people.
+std::string Table(const std::vector<Measures>& measures);
+
+}  // namespace inspect
