@@ -7,14 +7,12 @@
 // upright by two of its holes; below, the rim of the washer, unrolled.
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 
 #include "ky/ky.h"
 #include "support/picture_file.h"
+#include "support/program.h"
 #include "support/scene.h"
 
 namespace {
@@ -24,10 +22,6 @@ using Grey = KyImage<KyBW8>;
 constexpr int kWidth = 320, kHeight = 240, kRim = 60;
 constexpr scene::Part kPlate = {scene::Kind::kPlate, 215, 120, 42, 0.45f};
 constexpr scene::Part kWasher = {scene::Kind::kWasher, 68, 75, 52, 0};
-
-void Must(KY_ERRORS error) {
-  if (error != KY_OK) throw std::runtime_error(KyGetErrorText(error));
-}
 
 // The plate turned so that its axis lies level, its centre in the middle. In production the two
 // pivots are holes that were measured; here they are known.
@@ -48,8 +42,7 @@ void UnrollRim(const Grey& parts, KyROI<KyBW8>& rim) {
 }
 
 void Run(const std::string& folder) {
-  Grey result(2 * kWidth, kHeight + kRim);
-  Must(KyGetError());
+  Grey result = NewImage<KyBW8>(2 * kWidth, kHeight + kRim);
   KyROI<KyBW8> left(&result, 0, 0, kWidth, kHeight), right(&result, kWidth, 0, kWidth, kHeight);
   KyROI<KyBW8> below(&result, 0, kHeight, 2 * kWidth, kRim);
 
@@ -68,15 +61,5 @@ void Run(const std::string& folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc > 2 || (argc > 1 && argv[1][0] == '-')) {
-    std::fprintf(stderr, "usage: %s [FOLDER]\n", argv[0]);
-    return EXIT_FAILURE;
-  }
-  try {
-    Run(argc > 1 ? argv[1] : "demo");
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "align: %s\n", error.what());
-    return EXIT_FAILURE;
-  }
-  return EXIT_SUCCESS;
+  return RunProgram(argc, argv, 1, "[FOLDER]", [&] { Run(argc > 1 ? argv[1] : kOutputFolder); });
 }
