@@ -33,6 +33,9 @@ class Table256 {
 // table, found with the same indices, is stored as its difference from the lower.
 class Table256 {
  public:
+  // Shuffles of x86 take the low four bits of an index below 128; others give 0 for 16 and more.
+  static constexpr bool kLowBitsCount = HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128;
+
   explicit Table256(const uint8_t* table) {
     const hn::FixedTag<uint8_t, 16> d;
     for (int i = 0; i < 128; i += 16) {
@@ -48,6 +51,7 @@ class Table256 {
   template <class D>
   HWY_INLINE hn::Vec<D> operator()(D d, hn::Vec<D> v) const {
     const auto part = [&](const uint8_t* differences, hn::Vec<D> index) HWY_ATTR {
+      if constexpr (!kLowBitsCount) index = hn::And(index, hn::Set(d, 0x8F));
       return hn::TableLookupBytesOr0(hn::LoadDup128(d, differences), index);
     };
     const auto inHalf = hn::And(v, hn::Set(d, 127));
