@@ -1,0 +1,24 @@
+// The families that have pictures: each writes its own to a folder. They throw when a call fails.
+#pragma once
+
+#include <string>
+
+namespace docs {
+
+void Operators(const std::string& folder);
+void Lookup(const std::string& folder);
+void Thresholds(const std::string& folder);
+void Frames(const std::string& folder);
+void Kernels(const std::string& folder);
+void Filters(const std::string& folder);
+void Morphology(const std::string& folder);
+void Geometry(const std::string& folder);
+void Mirrors(const std::string& folder);
+void Histograms(const std::string& folder);
+void Temporal(const std::string& folder);
+void Profiles(const std::string& folder);
+void Contours(const std::string& folder);
+void Gradients(const std::string& folder);
+void TypedVectors(const std::string& folder);
+
+}  // namespace docs

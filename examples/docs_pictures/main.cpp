@@ -1,0 +1,26 @@
+// Draws the pictures of docs/, with the library itself:
+//
+//   docs_pictures [FOLDER]
+//
+// writes them to FOLDER (demo).
+#include <filesystem>
+
+#include "families.h"
+#include "support/program.h"
+
+namespace {
+
+void Run(const char* folder) {
+  std::filesystem::create_directories(folder);
+  for (const auto family :
+       {docs::Operators, docs::Lookup, docs::Thresholds, docs::Frames, docs::Kernels, docs::Filters,
+        docs::Morphology, docs::Geometry, docs::Mirrors, docs::Histograms, docs::Temporal,
+        docs::Profiles, docs::Contours, docs::Gradients, docs::TypedVectors})
+    family(folder);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return RunProgram(argc, argv, 1, "[FOLDER]", [&] { Run(argc > 1 ? argv[1] : kOutputFolder); });
+}
