@@ -27,11 +27,11 @@ class LineSegment {
 
   std::ptrdiff_t Count() const noexcept { return major_ + 1; }
   Point At(std::ptrdiff_t i) const noexcept {
-    const std::ptrdiff_t across = major_ > 0 ? (major_ / 2 + i * minor_) / major_ : 0;
+    const std::ptrdiff_t across = minor_ > 0 ? (major_ / 2 + i * minor_) / major_ : 0;
     return {from_.x + right_ * (steep_ ? across : i), from_.y + down_ * (steep_ ? i : across)};
   }
-  // True for a piece of a row, from left to right.
-  bool IsRow() const noexcept { return !steep_ && minor_ == 0 && right_ > 0; }
+  // A piece of a row: 1 from left to right, -1 from right to left, otherwise 0.
+  std::ptrdiff_t AlongRow() const noexcept { return !steep_ && minor_ == 0 ? right_ : 0; }
 
  private:
   template <class Visit>
@@ -64,14 +64,17 @@ void TraceLineSegment(const LineSegment& line, std::ptrdiff_t begin, std::ptrdif
   }
 }
 
-// The same with the pixels of the points, which lie inside; `row(pixel, n)` where they are n pixels
-// of a row.
+// The same with the pixels of the points, which lie inside; `row(pixels, n)` where they are n
+// pixels of a row from left to right.
 template <class T, class Visit, class Row>
 void TraceLineSegment(const Rows<T>& rows, const LineSegment& line, std::ptrdiff_t begin,
                       std::ptrdiff_t end, Visit&& visit, Row&& row) noexcept {
-  if (line.IsRow()) {
-    const Point first = line.At(begin);
-    row(rows.Row(first.y) + first.x, end - begin);
+  const Point first = line.At(begin);
+  T* const pixels = rows.Row(first.y) + first.x;
+  if (line.AlongRow() > 0) {
+    row(pixels, end - begin);
+  } else if (line.AlongRow() < 0) {
+    for (std::ptrdiff_t i = 0; i < end - begin; ++i) visit(pixels[-i]);
   } else {
     TraceLineSegment(line, begin, end,
                      [&](std::ptrdiff_t x, std::ptrdiff_t y) { visit(rows.Row(y)[x]); });

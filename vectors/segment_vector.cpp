@@ -1,5 +1,6 @@
 // Generic vectors of points along line segments.
 #include <algorithm>
+#include <bit>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -85,13 +86,14 @@ class TransitionScan {
   // The number of records that count.
   int Run(const Rows<const KyBW8>& rows, KyBW8 threshold, KyBW8 edges) {
     constexpr ptrdiff_t kPiece = 4096;
-    KyBW8 levels[kPiece + 1], marks[kPiece];
+    KyBW8 levels[kPiece + 1], marks[kPiece + 8];
     const auto transitions = ky::ChooseProfileKernels().transitions;
     ReadLevels(rows, line_, 0, 1, levels);
     for (ptrdiff_t begin = 1; begin < line_.Count(); begin += kPiece) {
       const ptrdiff_t n = std::min(kPiece, line_.Count() - begin);
       ReadLevels(rows, line_, begin, begin + n, levels + 1);
       transitions(marks, static_cast<std::size_t>(n), levels + 1, threshold, edges);
+      std::memset(marks + n, 0, 8);
       if (!Record(begin, n, marks)) return most_ - 1;
       levels[0] = levels[n];
     }
@@ -101,21 +103,18 @@ class TransitionScan {
  private:
   int Recorded() const { return static_cast<int>((next_ - groups_) / kGroup); }
 
-  // False when that makes as many as there may be.
+  // False when that makes as many as there may be. A mark is one bit of its byte, and eight bytes
+  // may be read at every multiple of eight.
   bool Record(ptrdiff_t begin, ptrdiff_t n, const KyBW8* marks) {
-    for (ptrdiff_t i = 0; i < n;) {
+    for (ptrdiff_t i = 0; i < n; i += 8) {
       std::uint64_t eight;
-      if (i + 8 <= n && (std::memcpy(&eight, marks + i, 8), eight == 0)) {
-        i += 8;
-        continue;
-      }
-      const ptrdiff_t end = std::min(n, i + 8);
-      for (; i < end; ++i) {
-        if (marks[i] == 0) continue;
-        const Point at = line_.At(begin + i);
+      std::memcpy(&eight, marks + i, sizeof eight);
+      for (; eight != 0; eight &= eight - 1) {
+        const ptrdiff_t marked = i + std::countr_zero(eight) / 8;
+        const Point at = line_.At(begin + marked);
         *next_++ = static_cast<std::int32_t>(at.x);
         *next_++ = static_cast<std::int32_t>(at.y);
-        *next_++ = marks[i];
+        *next_++ = marks[marked];
         if (Recorded() == most_) return false;
       }
     }
