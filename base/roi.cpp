@@ -26,12 +26,7 @@ KyBW8* ByteOf(const KyPixelBuffer& buffer, std::int64_t x, std::int64_t y, int b
 
 KyGenericROI::KyGenericROI(int bitsPerPixel, KyGenericROI* parent, int x, int y, int width,
                            int height) noexcept
-    : parent_(parent == this ? nullptr : parent),
-      x_(x),
-      y_(y),
-      width_(width),
-      height_(height),
-      bitsPerPixel_(bitsPerPixel) {}
+    : parent_(parent), x_(x), y_(y), width_(width), height_(height), bitsPerPixel_(bitsPerPixel) {}
 
 KyGenericROI::~KyGenericROI() { delete[] mask_; }
 
@@ -55,11 +50,16 @@ bool KyGenericROI::LiesIn(int width, int height) const noexcept {
 bool KyGenericROI::Locate(Location& location) const noexcept {
   location = {nullptr, 0, 0};
   const KyGenericROI* roi = this;
-  for (;; roi = roi->parent_) {
+  const KyGenericROI* passed = nullptr;
+  for (unsigned step = 0;; ++step) {
     location.x += roi->x_;
     location.y += roi->y_;
     if (roi->parent_ == nullptr) break;
+    // Parents that form a ring lead back to the ROI remembered last (Brent's cycle detection).
+    if ((step & (step - 1)) == 0) passed = roi;
+    if (roi->parent_ == passed) return false;
     if (!roi->LiesIn(roi->parent_->width_, roi->parent_->height_)) return false;
+    roi = roi->parent_;
   }
   location.buffer = roi->buffer_;
   return location.buffer != nullptr && location.buffer->pixels != nullptr &&

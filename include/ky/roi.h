@@ -19,9 +19,10 @@ struct KY_API KyPixelBuffer;
 ///
 /// An ROI is a rectangle on a parent, which is an image or another ROI. It stores the parent and
 /// its place there and finds its pixels through the parent at each call: it stays right when the
-/// parent is resized or moved about, and the parent must outlive it. A rectangle that does not lie
-/// wholly inside its parent's pixels has no pixels: addresses are null and every function answers
-/// 1400. `const` protects the rectangle, not the pixels.
+/// parent is resized or placed elsewhere, and the parent must outlive it. A rectangle that does not
+/// lie wholly inside its parent's pixels has no pixels, nor has one whose parents form a ring:
+/// addresses are null and every function answers 1400. `const` protects the rectangle, not the
+/// pixels.
 class KY_API KyGenericROI {
  public:
   KyGenericROI(const KyGenericROI&) = delete;

@@ -103,6 +103,18 @@ TEST(Roi, RectanglesThatLeaveTheParentHaveNoPixels) {
   EXPECT_EQ(ImageStatus(image), KY_OK);
 }
 
+TEST(Roi, ParentsInARingHaveNoPixels) {
+  KyROI<KyBW8> own(&own, 0, 0, 1, 1);
+  struct Ring {
+    KyROI<KyBW8> a, b, c, onto;
+    Ring() : a(&b, 0, 0, 3, 3), b(&c, 0, 0, 3, 3), c(&a, 0, 0, 3, 3), onto(&a, 1, 1, 1, 1) {}
+  } ring;
+  for (const auto* roi : {&own, &ring.a, &ring.onto}) {
+    EXPECT_EQ(ImageStatus(*roi), KY_ERROR_NO_IMAGE);
+    EXPECT_EQ(At(*roi, 0, 0), nullptr);
+  }
+}
+
 TEST(Roi, SizeChecks) {
   KyImage<KyBW8> image(10, 6), other(10, 5), none;
   KyROI<KyC24> unattached;
