@@ -32,6 +32,13 @@ KyPixelBuffer Allocate(int width, int height, int bitsPerPixel) noexcept {
   return AllocateRows((rowBytes + 63) / 64 * 64, width, height);
 }
 
+// True when the buffer owns the byte at `address`.
+bool Owns(const KyPixelBuffer& buffer, std::uintptr_t address) noexcept {
+  const auto offset = address - reinterpret_cast<std::uintptr_t>(buffer.allocation);
+  return buffer.allocation != nullptr &&
+         offset < static_cast<std::uintptr_t>(buffer.pitch) * (std::uintptr_t(buffer.height) + 1);
+}
+
 void Free(const KyPixelBuffer& buffer) noexcept {
   ::operator delete(buffer.allocation, kAlignment);
 }
@@ -88,7 +95,8 @@ KY_ERRORS KyImage<T>::Attach(Memory* pixels, int width, int height, int pitch) n
   KyOk();
   constexpr int kAligned = alignof(Memory);
   KY_ERRORS error = KY_OK;
-  if (pixels == nullptr || reinterpret_cast<std::uintptr_t>(pixels) % kAligned != 0)
+  const auto address = reinterpret_cast<std::uintptr_t>(pixels);
+  if (pixels == nullptr || address % kAligned != 0 || Owns(own_, address))
     error = KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
   else if (width < 0)
     error = KY_ERROR_PARAMETER_2_OUT_OF_RANGE;

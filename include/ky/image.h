@@ -39,8 +39,9 @@ class KY_API KyImage : public KyROI<T> {
 
   /// Wraps foreign memory, such as a camera's frame: rows of `width` pixels, `pitch` bytes apart.
   /// Nothing is copied, and the memory is not freed; it must outlive its use. Errors, by position:
-  /// 1011 for null or misaligned pixels, 1012 and 1013 for a negative size, 1014 for a pitch that
-  /// is shorter than a row or does not keep the pixels aligned. The image stays as it was then.
+  /// 1011 for null or misaligned pixels and for the image's own, which it would free, 1012 and 1013
+  /// for a negative size, 1014 for a pitch that is shorter than a row or does not keep the pixels
+  /// aligned. The image stays as it was then.
   KY_ERRORS Attach(Memory* pixels, int width, int height, int pitch) noexcept;
 
   /// Makes the image a copy of `other` with pixels of its own, also where `other` wraps foreign

@@ -236,6 +236,13 @@ TEST(Image, WrapsForeignMemory) {
   EXPECT_EQ(image.Attach(memory.data(), 5, 4, 11), KY_ERROR_PARAMETER_4_OUT_OF_RANGE);
   EXPECT_STREQ(KyGetTrace(0), "KyImage::Attach");
   EXPECT_EQ(image.GetPixel(4, 3), 9);
+  // Its own pixels it would free, those that it wraps it may wrap again.
+  EXPECT_EQ(image.Attach(memory.data() + 6, 5, 3, 12), KY_OK);
+  EXPECT_EQ(image.GetPixel(4, 2), 9);
+  image.SetSize(5, 4);
+  auto* const spare = reinterpret_cast<KyBW16*>(image.GetPixelPtr(0, 4));
+  EXPECT_EQ(image.Attach(spare, 5, 1, 10), KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
+  EXPECT_EQ(image.GetHeight(), 4);
 }
 
 }  // namespace
