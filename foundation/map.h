@@ -18,8 +18,7 @@ using MapKernel = void (*)(Out* out, std::size_t n, const In*... in);
 // source that has to make them does so in pieces of kPiece elements; spans start at multiples of
 // it.
 inline constexpr std::ptrdiff_t kWholeRow = PTRDIFF_MAX;
-inline constexpr std::ptrdiff_t kPiece =
-    6144;  // of whole colour pixels, and small beside a first cache
+inline constexpr std::ptrdiff_t kPiece = 6144;  // whole colours; small beside a first cache
 
 // The pixels of an ROI.
 template <class T>

@@ -40,8 +40,9 @@ class KY_API KyColorMatrix : public KyColorLookup {
 
 /// Writes component `component` (0, 1 or 2) of every source pixel to the destination:
 /// destination(x, y) = source(x, y).c[component]; with a lookup, of the transformed source pixel.
-/// Both have the same size. Errors: 1400, 1403; 1011 for another component. Trace
-/// "ClrGetComponent".
+/// Both have the same size; where they share memory the source is read before the destination is
+/// written. Errors, in this order, the destination untouched: 1400, 1403; 1011 for another
+/// component; 1303. Trace "ClrGetComponent".
 KY_API KY_ERRORS ClrGetComponent(const KyROI<KyC24>* source, KyROI<KyBW8>* destination,
                                  int component, const KyColorLookup* lookup = nullptr) noexcept;
 

@@ -52,8 +52,9 @@ enum ARITH_LOGIC_OPERATIONS : int {
 KY_API void ImgSetOverlayColor(KyC24 color) noexcept;
 KY_API KyC24 ImgGetOverlayColor() noexcept;
 
-/// Fills the destination with a level, or copies the source to it. Errors: 1400, 1403. The traces
-/// are "ImgCopy (BW8 Const to Image)" and "ImgOper (BW8 Image to Image)".
+/// Fills the destination with a level, or copies the source to it, which may overlap it. Errors:
+/// 1400, 1403; 1303 for a source that overlaps the destination without coinciding. The traces are
+/// "ImgCopy (BW8 Const to Image)" and "ImgOper (BW8 Image to Image)".
 KY_API KY_ERRORS ImgCopy(KyBW8 value, KyROI<KyBW8>* destination) noexcept;
 KY_API KY_ERRORS ImgCopy(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
 
@@ -61,17 +62,15 @@ KY_API KY_ERRORS ImgCopy(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) 
 /// destination(x, y) = operation(a(x, y), b(x, y)), from the enumeration above.
 ///
 /// - Colours: every component is combined with the same component of the other operand; a grey
-/// operand
-///   stands for all three components. Only operation 34 looks at whole pixels.
+///   operand stands for all three components. Only operation 34 looks at whole pixels.
 /// - In place: sources and destination may be the same rectangle; an area that overlaps the
-/// destination
-///   otherwise is read before it is written, through a copy.
+///   destination otherwise is read before it is written, through a copy.
 /// - Constants are passed as a pixel value: KyBW8(0), as a plain 0 could also be a null pointer.
 /// - Errors, in this order, the destination untouched: 1003 for an operation that the overload does
-/// not
-///   accept; 1400 for an ROI without pixels; 1403 for different sizes; 32767 for an operation that
-///   it accepts without doing anything for it (in the forms with three operands 0, 1, 29 to 32, and
-///   all above 34; 34 onto grey, with a constant, or with one grey and one colour source); 1303.
+///   not accept; 1400 for an ROI without pixels; 1403 for different sizes; 32767 for an operation
+///   that it accepts without doing anything for it (in the forms with three operands 0, 1, 29 to
+///   32, and all above 34; 34 onto grey, with a constant, or with one grey and one colour source);
+///   1303.
 
 /// Fill. Operation 0. Trace "ImgOper (BW8 Const to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW8 a,

@@ -9,9 +9,8 @@
 /// A vector of groups of equal numbers. Its description says what they are:
 ///
 /// - vector type: 1 and 4, groups of three signed 32-bit integers; 2, single unsigned 32-bit
-/// integers
-///   (histograms); 3, single unsigned 8-bit integers (lookup tables); 0, described by the rest
-///   alone;
+///   integers (histograms); 3, single unsigned 8-bit integers (lookup tables); 0, described by the
+///   rest alone;
 /// - data type: 1 unsigned, 2 signed, 4 floating point;
 /// - data size: 2, 4, 8 for elements of 8, 16, 32 bits;
 /// - use: a tag that functions set and check.
