@@ -3,6 +3,8 @@
 #include <atomic>
 #include <numbers>
 
+#include "foundation/frame.h"
+
 namespace {
 
 std::atomic<int> unit{KY_ANGLE_DEGREES};
@@ -20,13 +22,12 @@ double RadiansPerUnit() noexcept {
 }  // namespace
 
 KY_ERRORS KySetAngleUnit(KY_ANGLE_UNIT newUnit) noexcept {
-  KyOk();
-  if (newUnit < KY_ANGLE_DEGREES || newUnit > KY_ANGLE_GRADES) {
-    KySetError(KY_ERROR_UNSUPPORTED_OPERATION);
-    return KyTraceError("KySetAngleUnit");
-  }
-  unit.store(newUnit, std::memory_order_relaxed);
-  return KY_OK;
+  return ky::Call("KySetAngleUnit", [&] {
+    if (newUnit < KY_ANGLE_DEGREES || newUnit > KY_ANGLE_GRADES)
+      return KY_ERROR_UNSUPPORTED_OPERATION;
+    unit.store(newUnit, std::memory_order_relaxed);
+    return KY_OK;
+  });
 }
 
 KY_ANGLE_UNIT KyGetAngleUnit() noexcept {

@@ -7,6 +7,8 @@
 #include <new>
 #include <utility>
 
+#include "foundation/frame.h"
+
 namespace {
 
 constexpr std::align_val_t kAlignment{64};
@@ -92,52 +94,45 @@ void KyImage<T>::SetSize(const KyGenericROI* roi) noexcept {
 
 template <class T>
 KY_ERRORS KyImage<T>::Attach(Memory* pixels, int width, int height, int pitch) noexcept {
-  KyOk();
-  constexpr int kAligned = alignof(Memory);
-  KY_ERRORS error = KY_OK;
-  const auto address = reinterpret_cast<std::uintptr_t>(pixels);
-  if (pixels == nullptr || address % kAligned != 0 || Owns(own_, address))
-    error = KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-  else if (width < 0)
-    error = KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
-  else if (height < 0)
-    error = KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
-  else if (pitch < RowBytes(width, this->bitsPerPixel_) || pitch % kAligned != 0)
-    error = KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
-  if (error != KY_OK) {
-    KySetError(error);
-    return KyTraceError("KyImage::Attach");
-  }
-  Adopt({reinterpret_cast<KyBW8*>(pixels), nullptr, pitch, width, height});
-  return KY_OK;
+  return ky::Call("KyImage::Attach", [&] {
+    constexpr int kAligned = alignof(Memory);
+    const auto address = reinterpret_cast<std::uintptr_t>(pixels);
+    if (pixels == nullptr || address % kAligned != 0 || Owns(own_, address))
+      return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (width < 0) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (height < 0) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+    if (pitch < RowBytes(width, this->bitsPerPixel_) || pitch % kAligned != 0)
+      return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
+    Adopt({reinterpret_cast<KyBW8*>(pixels), nullptr, pitch, width, height});
+    return KY_OK;
+  });
 }
 
 template <class T>
 KY_ERRORS KyImage<T>::CopyFrom(const KyImage& other) noexcept {
-  constexpr const char* kName = "KyImage::CopyFrom";
-  KyOk();
-  if (this == &other) return KY_OK;
-  KyImage copy;
-  const KyPixelBuffer& from = other.own_;
-  if (from.pixels != nullptr) {
-    // The offsets of a mask depend on the pitch.
-    copy.own_ = AllocateRows(from.pitch, from.width, from.height);
-    if (copy.own_.pixels == nullptr) {
-      KySetError(KY_ERROR_NOT_ENOUGH_MEMORY);
-      return KyTraceError(kName);
+  return ky::Call("KyImage::CopyFrom", [&] {
+    if (this == &other) return KY_OK;
+    KyImage copy;
+    const KyPixelBuffer& from = other.own_;
+    if (from.pixels != nullptr) {
+      // The offsets of a mask depend on the pitch.
+      copy.own_ = AllocateRows(from.pitch, from.width, from.height);
+      if (copy.own_.pixels == nullptr) return KY_ERROR_NOT_ENOUGH_MEMORY;
+      const std::int64_t rowBytes = RowBytes(from.width, this->bitsPerPixel_);
+      const std::int64_t rows = std::int64_t{from.height} + (from.allocation != nullptr ? 1 : 0);
+      for (std::int64_t y = 0; rowBytes > 0 && y < rows; ++y)
+        std::memcpy(copy.own_.pixels + y * from.pitch, from.pixels + y * from.pitch,
+                    static_cast<std::size_t>(rowBytes));
     }
-    const std::int64_t rowBytes = RowBytes(from.width, this->bitsPerPixel_);
-    const std::int64_t rows = std::int64_t{from.height} + (from.allocation != nullptr ? 1 : 0);
-    for (std::int64_t y = 0; rowBytes > 0 && y < rows; ++y)
-      std::memcpy(copy.own_.pixels + y * from.pitch, from.pixels + y * from.pitch,
-                  static_cast<std::size_t>(rowBytes));
-  }
-  copy.SetPlacement(other.x_, other.y_, other.width_, other.height_);
-  if (other.GetMaskOffsets() != nullptr &&
-      copy.SetMask(other.GetMaskOffsets(), other.GetMaskCount(), other.IsMaskAbsolute()) != KY_OK)
-    return KyTraceError(kName);
-  *this = std::move(copy);
-  return KY_OK;
+    copy.SetPlacement(other.x_, other.y_, other.width_, other.height_);
+    if (other.GetMaskOffsets() != nullptr) {
+      const KY_ERRORS error =
+          copy.SetMask(other.GetMaskOffsets(), other.GetMaskCount(), other.IsMaskAbsolute());
+      if (error != KY_OK) return error;
+    }
+    *this = std::move(copy);
+    return KY_OK;
+  });
 }
 
 template <class T>

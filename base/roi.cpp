@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include "foundation/frame.h"
 #include "ky/image.h"
 
 // Where an ROI's first pixel lies in the root image.
@@ -123,22 +124,17 @@ int KyGenericROI::GetBitOffset(int x, int y) const noexcept {
 }
 
 KY_ERRORS KyGenericROI::SetMask(const KyMaskRun* runs, unsigned count, bool absolute) noexcept {
-  KyOk();
-  if (runs == nullptr && count > 0) {
-    KySetError(KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
-    return KyTraceError("KyGenericROI::SetMask");
-  }
-  KyMaskRun* const copy = new (std::nothrow) KyMaskRun[std::max(count, 1u)];
-  if (copy == nullptr) {
-    KySetError(KY_ERROR_NOT_ENOUGH_MEMORY);
-    return KyTraceError("KyGenericROI::SetMask");
-  }
-  std::copy_n(runs, count, copy);
-  delete[] mask_;
-  mask_ = copy;
-  maskCount_ = count;
-  maskAbsolute_ = absolute;
-  return KY_OK;
+  return ky::Call("KyGenericROI::SetMask", [&] {
+    if (runs == nullptr && count > 0) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    KyMaskRun* const copy = new (std::nothrow) KyMaskRun[std::max(count, 1u)];
+    if (copy == nullptr) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    std::copy_n(runs, count, copy);
+    delete[] mask_;
+    mask_ = copy;
+    maskCount_ = count;
+    maskAbsolute_ = absolute;
+    return KY_OK;
+  });
 }
 
 void KyGenericROI::ClearMask() noexcept {

@@ -7,6 +7,8 @@
 #include <new>
 #include <utility>
 
+#include "foundation/frame.h"
+
 namespace {
 
 struct TypeDescription {
@@ -15,11 +17,6 @@ struct TypeDescription {
 
 // By vector type, from 1.
 constexpr TypeDescription kTypes[] = {{8, 3, 2}, {8, 1, 1}, {2, 1, 1}, {8, 3, 2}};
-
-KY_ERRORS Fail(KY_ERRORS error, const char* name) noexcept {
-  KySetError(error);
-  return KyTraceError(name);
-}
 
 }  // namespace
 
@@ -43,30 +40,26 @@ KyVector& KyVector::operator=(KyVector&& other) noexcept {
 KyVector::~KyVector() { ::operator delete(data_); }
 
 KY_ERRORS KyVector::SetType(int vectType, int maxGroups, int groupLength) noexcept {
-  constexpr const char* kName = "KyVector::SetType";
-  KyOk();
-  if (vectType < 1 || vectType > 4) return Fail(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, kName);
-  if (maxGroups < 0) return Fail(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, kName);
-  if (groupLength < 0) return Fail(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, kName);
-  const TypeDescription& type = kTypes[vectType - 1];
-  const KY_ERRORS error =
-      Restructure(vectType, type.dataSize, maxGroups,
-                  groupLength == 0 ? type.groupLength : groupLength, type.dataType);
-  return error == KY_OK ? KY_OK : Fail(error, kName);
+  return ky::Call("KyVector::SetType", [&] {
+    if (vectType < 1 || vectType > 4) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (maxGroups < 0) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (groupLength < 0) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+    const TypeDescription& type = kTypes[vectType - 1];
+    return Restructure(vectType, type.dataSize, maxGroups,
+                       groupLength == 0 ? type.groupLength : groupLength, type.dataType);
+  });
 }
 
 KY_ERRORS KyVector::SetStructure(int dataSize, int maxGroups, int groupLength,
                                  int dataType) noexcept {
-  constexpr const char* kName = "KyVector::SetStructure";
-  KyOk();
-  if (dataSize != 2 && dataSize != 4 && dataSize != 8)
-    return Fail(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, kName);
-  if (maxGroups < 0) return Fail(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, kName);
-  if (groupLength < 1) return Fail(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, kName);
-  if (dataType != 1 && dataType != 2 && !(dataType == 4 && dataSize == 8))
-    return Fail(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, kName);
-  const KY_ERRORS error = Restructure(0, dataSize, maxGroups, groupLength, dataType);
-  return error == KY_OK ? KY_OK : Fail(error, kName);
+  return ky::Call("KyVector::SetStructure", [&] {
+    if (dataSize != 2 && dataSize != 4 && dataSize != 8) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (maxGroups < 0) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (groupLength < 1) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+    if (dataType != 1 && dataType != 2 && !(dataType == 4 && dataSize == 8))
+      return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
+    return Restructure(0, dataSize, maxGroups, groupLength, dataType);
+  });
 }
 
 KY_ERRORS KyVector::Restructure(int vectType, int dataSize, int maxGroups, int groupLength,
@@ -95,30 +88,30 @@ KY_ERRORS KyVector::Restructure(int vectType, int dataSize, int maxGroups, int g
 }
 
 KY_ERRORS KyVector::SetNbGroup(int count) noexcept {
-  KyOk();
-  if (count < 0 || count > nbMaxGroup_)
-    return Fail(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "KyVector::SetNbGroup");
-  nbGroup_ = count;
-  return KY_OK;
+  return ky::Call("KyVector::SetNbGroup", [&] {
+    if (count < 0 || count > nbMaxGroup_) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    nbGroup_ = count;
+    return KY_OK;
+  });
 }
 
 KY_ERRORS KyVector::Reallocate(int bytes) noexcept {
-  constexpr const char* kName = "KyVector::Reallocate";
-  KyOk();
-  if (bytes < 0) return Fail(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, kName);
-  const std::int64_t groupBytes = std::int64_t{groupLength_} * (dataSize_ / 2);
-  void* data = nullptr;
-  if (bytes >= groupBytes) {
-    data = ::operator new(static_cast<std::size_t>(bytes), std::nothrow);
-    if (data == nullptr) return Fail(KY_ERROR_NOT_ENOUGH_MEMORY, kName);
-    const int kept = std::min(bytes, allocatedSize_);
-    if (kept > 0) std::memcpy(data, data_, static_cast<std::size_t>(kept));
-    std::memset(static_cast<char*>(data) + kept, 0, static_cast<std::size_t>(bytes - kept));
-  }
-  ::operator delete(data_);
-  data_ = data;
-  allocatedSize_ = data != nullptr ? bytes : 0;
-  nbMaxGroup_ = static_cast<int>(allocatedSize_ / groupBytes);
-  nbGroup_ = std::min(nbGroup_, nbMaxGroup_);
-  return KY_OK;
+  return ky::Call("KyVector::Reallocate", [&] {
+    if (bytes < 0) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    const std::int64_t groupBytes = std::int64_t{groupLength_} * (dataSize_ / 2);
+    void* data = nullptr;
+    if (bytes >= groupBytes) {
+      data = ::operator new(static_cast<std::size_t>(bytes), std::nothrow);
+      if (data == nullptr) return KY_ERROR_NOT_ENOUGH_MEMORY;
+      const int kept = std::min(bytes, allocatedSize_);
+      if (kept > 0) std::memcpy(data, data_, static_cast<std::size_t>(kept));
+      std::memset(static_cast<char*>(data) + kept, 0, static_cast<std::size_t>(bytes - kept));
+    }
+    ::operator delete(data_);
+    data_ = data;
+    allocatedSize_ = data != nullptr ? bytes : 0;
+    nbMaxGroup_ = static_cast<int>(allocatedSize_ / groupBytes);
+    nbGroup_ = std::min(nbGroup_, nbMaxGroup_);
+    return KY_OK;
+  });
 }
