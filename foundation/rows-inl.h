@@ -126,7 +126,17 @@ HWY_INLINE hn::Vec<D> OnWide(D d, const F& f, V... v) {
 #endif
 }
 
-// The same, with f given 256 times the 8-bit lanes.
+// The formula of 8-bit lanes that computes in 16 bits, by one of 16-bit lanes.
+template <class Formula>
+struct OnWideLanes {
+  using Lane = uint8_t;
+  template <class D, class... V>
+  HWY_INLINE hn::Vec<D> operator()(D d, V... v) const {
+    return OnWide(d, Formula(), v...);
+  }
+};
+
+// OnWide with f given 256 times the 8-bit lanes.
 template <class D, class F>
 HWY_INLINE hn::Vec<D> OnWideScaled(D d, const F& f, hn::Vec<D> v) {
 #if HWY_TARGET == HWY_SCALAR

@@ -56,16 +56,10 @@ struct Subtract : Base {
   }
 };
 
-struct Multiply : Op8 {
-  struct Wide {
-    template <class D16, class V>
-    HWY_INLINE V operator()(D16 d16, V a, V b) const {
-      return hn::Min(hn::Mul(a, b), hn::Set(d16, 255));
-    }
-  };
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V a, V b) const {
-    return OnWide(d, Wide(), a, b);
+struct Multiply {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16 d16, V a, V b) const {
+    return hn::Min(hn::Mul(a, b), hn::Set(d16, 255));
   }
 };
 
@@ -141,28 +135,16 @@ struct ScaledDivide : Op8 {
   }
 };
 
-struct ShiftLeft : Op8 {
-  struct Wide {
-    template <class D16, class V>
-    HWY_INLINE V operator()(D16 d16, V a, V factor) const {
-      return hn::And(hn::Mul(a, factor), hn::Set(d16, 255));
-    }
-  };
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V a, V factor) const {
-    return OnWide(d, Wide(), a, factor);
+struct ShiftLeft {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16 d16, V a, V factor) const {
+    return hn::And(hn::Mul(a, factor), hn::Set(d16, 255));
   }
 };
-struct ShiftRight : Op8 {
-  struct Wide {
-    template <class D16, class V>
-    HWY_INLINE V operator()(D16, V a, V factorLess1) const {
-      return hn::ShiftRight<8>(hn::Add(hn::Mul(a, factorLess1), a));
-    }
-  };
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V a, V factorLess1) const {
-    return OnWide(d, Wide(), a, factorLess1);
+struct ShiftRight {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16, V a, V factorLess1) const {
+    return hn::ShiftRight<8>(hn::Add(hn::Mul(a, factorLess1), a));
   }
 };
 
@@ -179,16 +161,10 @@ struct HalfDifference : Op8 {
     return Average()(d, a, Invert()(d, b));
   }
 };
-struct ScaledMultiply : Op8 {
-  struct Wide {
-    template <class D16, class V>
-    HWY_INLINE V operator()(D16, V a, V b) const {
-      return hn::ShiftRight<8>(hn::Mul(a, b));
-    }
-  };
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V a, V b) const {
-    return OnWide(d, Wide(), a, b);
+struct ScaledMultiply {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16, V a, V b) const {
+    return hn::ShiftRight<8>(hn::Mul(a, b));
   }
 };
 
@@ -377,23 +353,23 @@ void Triple(KyC24* out, size_t n, const KyBW8* in) {
 
 constexpr OperatorKernels MakeKernels() {
   OperatorKernels kernels{};
-  kernels.invert = &Map<Invert, KyBW8, KyBW8>;
+  kernels.invert = &Map<Invert>;
   kernels.triple = &Triple<false>;
   kernels.tripleInverse = &Triple<true>;
   kernels.overlay = &MapOverlay;
-  kernels.overlayWhere = &Map<OverlayWhere, KyBW8, KyBW8, KyBW8, KyBW8>;
+  kernels.overlayWhere = &Map<OverlayWhere>;
 
   auto& combine = kernels.combine;
   combine[KY_OPER_ADD] = &Map<Add<Op8>>;
   combine[KY_OPER_SUBTRACT] = &Map<Subtract<Op8>>;
-  combine[KY_OPER_MULTIPLY] = &Map<Multiply>;
+  combine[KY_OPER_MULTIPLY] = &Map<OnWideLanes<Multiply>>;
   combine[KY_OPER_DIVIDE] = &Map<Divide>;
   combine[KY_OPER_MODULO] = &Map<Modulo>;
-  combine[KY_OPER_SHIFT_LEFT] = &Map<ShiftLeft>;
-  combine[KY_OPER_SHIFT_RIGHT] = &Map<ShiftRight>;
+  combine[KY_OPER_SHIFT_LEFT] = &Map<OnWideLanes<ShiftLeft>>;
+  combine[KY_OPER_SHIFT_RIGHT] = &Map<OnWideLanes<ShiftRight>>;
   combine[KY_OPER_AVERAGE] = &Map<Average>;
   combine[KY_OPER_HALF_DIFFERENCE] = &Map<HalfDifference>;
-  combine[KY_OPER_SCALED_MULTIPLY] = &Map<ScaledMultiply>;
+  combine[KY_OPER_SCALED_MULTIPLY] = &Map<OnWideLanes<ScaledMultiply>>;
   combine[KY_OPER_SCALED_DIVIDE] = &Map<ScaledDivide>;
   combine[KY_OPER_AND] = &Map<And>;
   combine[KY_OPER_OR] = &Map<Or>;
