@@ -95,7 +95,7 @@ class Harness {
     Random random(2);
     constexpr std::size_t kSources = sizeof...(In);
     for (std::size_t bad = 0; bad <= kSources; ++bad) {
-      for (int kind = 0; kind < 4; ++kind) {
+      for (int kind = 0; kind < 5; ++kind) {
         SCOPED_TRACE("argument " + std::to_string(bad) + ", fault " + std::to_string(kind));
         Refuse(call, trace, bad, kind, random, std::index_sequence_for<In...>());
       }
@@ -172,16 +172,18 @@ class Harness {
     (run(std::integral_constant<std::size_t, I>()), ...);
   }
 
-  // Argument `bad` is null, without an image, off its parent, or of another size.
+  // Argument `bad` is null, without an image, off its parent, or of another size; the last once
+  // more beside a destination without an image, which is what must be found first.
   template <class Call, std::size_t... I>
   static void Refuse(const Call& call, const std::vector<const char*>& trace, std::size_t bad,
                      int kind, Random& random, std::index_sequence<I...>) {
     constexpr std::size_t kOut = sizeof...(In);
-    if (kind == 3 && kOut == 0) return;
+    if ((kind == 3 && kOut == 0) || (kind == 4 && bad == kOut)) return;
     [[maybe_unused]] const Canvases sources = Paint({Picture<In>(9, 5)...}, kPlacements[1], random);
     Canvas<Out> out(9, 5, kPlacements[1], random);
     const auto faulty = [&]<class T>(Canvas<T>& canvas, std::size_t index,
                                      KyROI<T>& spare) -> KyROI<T>* {
+      if (kind == 4 && index == kOut) return &spare;
       if (index != bad) return canvas.roi();
       switch (kind) {
         case 0: return nullptr;
