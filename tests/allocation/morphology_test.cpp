@@ -41,15 +41,15 @@ TEST(Allocation, Morphology) {
   };
   Random random(3);
   Canvas<KyBW8> in(30, 20, {1, 1, 1}, random), out(30, 20, {}, random);
-  for (const auto& [call, separate, inPlace] : cases) {
-    SCOPED_TRACE(testing::PrintToString(separate));
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.separate));
     const auto unchanged = [&] { return in.Unchanged() && out.Unchanged(); };
     out.Put(out.Get());
-    CheckAllocationFailures([&] { return call(in.roi(), out.roi()); }, KY_ERROR_NOT_ENOUGH_MEMORY,
-                            separate, unchanged, 2);
+    CheckAllocationFailures([&] { return c.call(in.roi(), out.roi()); }, KY_ERROR_NOT_ENOUGH_MEMORY,
+                            c.separate, unchanged, 2);
     out.Put(out.Get());
-    CheckAllocationFailures([&] { return call(out.roi(), nullptr); }, KY_ERROR_NOT_ENOUGH_MEMORY,
-                            inPlace, unchanged, 2);
+    CheckAllocationFailures([&] { return c.call(out.roi(), nullptr); }, KY_ERROR_NOT_ENOUGH_MEMORY,
+                            c.inPlace, unchanged, 2);
   }
 }
 

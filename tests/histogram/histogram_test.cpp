@@ -61,8 +61,11 @@ TEST(Histogram, Of16BitPixels) {
                      {5, 0, 0},  {5, 0, 9},  {0, 1, 0},   {14, 15, 1}};
   for (const auto& [top, bits, saturate] : cases) {
     SCOPED_TRACE(std::to_string(top) + ", " + std::to_string(bits));
-    const auto call = [&](auto* roi, auto* h) { return ImgHistogram(roi, h, top, bits, saturate); };
-    const auto model = [&](const Picture<KyBW16>& picture) {
+    const auto call = [top = top, bits = bits, saturate = saturate](auto* roi, auto* h) {
+      return ImgHistogram(roi, h, top, bits, saturate);
+    };
+    const auto model = [top = top, bits = bits,
+                        saturate = saturate](const Picture<KyBW16>& picture) {
       Numbers counts(std::size_t{1} << bits);
       for (const KyBW16 p : picture.pixels) {
         std::size_t bin = p >> (top + 1 - bits);

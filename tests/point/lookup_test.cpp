@@ -69,7 +69,8 @@ TEST(Normalize, AsDefined) {
     float mean, deviation;
   } const wanted[] = {{128, 40},  {0, 10},         {127.3f, 0},
                       {300, -20}, {-1e30f, 3e38f}, {20, kInfinity}};
-  for (const auto [mean, deviation] : wanted) {
+  for (const auto& target : wanted) {
+    const float mean = target.mean, deviation = target.deviation;
     SCOPED_TRACE(mean);
     const auto call = [&](auto... roi) { return ImgNormalize(roi..., mean, deviation); };
     const auto model = [&](const Picture<KyBW8>& in, Picture<KyBW8>& out) {

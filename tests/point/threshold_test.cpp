@@ -58,7 +58,8 @@ TEST(Threshold, ThreeLevels) {
   const std::pair<unsigned, unsigned> thresholds[] = {
       {50, 100},   {100, 50}, {0, 255},          {1, 254},       {256, 100},
       {300, 1000}, {0, 0},    {255, 0xFFFFFFFF}, {0xFFFFFFFF, 7}};
-  for (const auto& [low, high] : thresholds) {
+  for (const auto& pair : thresholds) {
+    const unsigned low = pair.first, high = pair.second;
     SCOPED_TRACE(testing::Message() << low << ", " << high);
     CheckOperation<KyBW8, KyBW8>(
         [&](auto* in, auto* out) { return ImgDoubleThreshold(in, out, low, high, 10, 20, 30); },
