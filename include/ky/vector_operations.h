@@ -45,7 +45,7 @@ KY_API KY_ERRORS ImgVectToLineSeg(KyVector* vector, int x0, int y0, int x1, int 
 enum TRANS_SCAN_EDGE : int {
   TRANS_SCAN_RISING = 1,   ///< from below it to it or above
   TRANS_SCAN_FALLING = 2,  ///< from above it to it or below
-  TRANS_SCAN_BOTH = 3,
+  TRANS_SCAN_BOTH = 3,     ///< either
 };
 
 /// Finds where the levels along a segment pass a threshold, and records the first point on its far
