@@ -12,14 +12,12 @@
 /// of the levels below it, c2 and s2 those of the levels from it on:
 enum IMG_THRESHOLD_MODES : int {
   /// Least sum over the pixels of the squared distance to black (0) for the lower class, which
-  /// includes t
-  /// itself, and to white (255) for the upper one. The highest t of equals.
+  /// includes t itself, and to white (255) for the upper one. The highest t of equals.
   IMG_THRESHOLD_QUADRATIC_BLACK_WHITE = -8,
   /// The same with plain distances.
   IMG_THRESHOLD_LINEAR_BLACK_WHITE = -7,
   /// The t nearest to the middle of the means of both classes (Ridler and Calvard, 1978). The
-  /// lowest t of
-  /// equals, as below.
+  /// lowest t of equals, as below.
   IMG_THRESHOLD_ISODATA = -6,
   /// The largest sum of the entropies of both classes (Kapur, Sahoo and Wong, 1985).
   IMG_THRESHOLD_MAX_ENTROPY = -5,
