@@ -40,4 +40,58 @@ TEST(Threads, OperatorsOnNeighbouringTiles) {
     ASSERT_EQ(image.GetPixel(x, 39), image.GetPixel(x < 68 ? 0 : 130, 0));
 }
 
+// Every family at the same time on both tiles, from one image into another and in place: each tile
+// comes out as it does alone.
+TEST(Threads, EveryFamilyOnNeighbouringTiles) {
+  using Work = KY_ERRORS (*)(KyROI<KyBW8> * source, KyROI<KyBW8> * destination);
+  const Work works[] = {
+      [](auto* in, auto* out) { return ImgOper(KY_OPER_DIVIDE, in, out, out); },
+      [](auto* in, auto* out) { return ImgNormalize(in, out, 100, 30); },
+      [](auto* in, auto* out) { return ImgEqualize(in, out); },
+      [](auto* in, auto* out) {
+        return ImgThreshold(in, out, static_cast<unsigned>(IMG_THRESHOLD_MAX_ENTROPY), 9, 200);
+      },
+      [](auto* in, auto* out) {
+        return ImgAutoAdaptiveThreshold(in, out, IMG_THRESHOLD_ISODATA, 8);
+      },
+      [](auto* in, auto* out) { return ImgConvolSobel(in, out); },
+      [](auto*, auto* out) { return ImgConvolGaussian3x3(out, nullptr); },
+      [](auto* in, auto* out) {
+        const KyKernel kernel(KERNEL_BINOMIAL_3X3);
+        return ImgConvolKernel(in, out, &kernel);
+      },
+      [](auto* in, auto* out) { return ImgOpenDisk(in, out, 5); },
+      [](auto*, auto* out) { return ImgDilateBox(out, nullptr, 4, 3); },
+      [](auto* in, auto* out) { return ImgScaleRotate(in, 9, 9, 9, 9, 1.1f, 1.1f, 20, out, 4); },
+      [](auto*, auto* out) { return ImgHorizontalMirror(out); },
+      [](auto* in, auto* out) { return ImgRebuildFrame(in, out, 1); },
+      [](auto* in, auto* out) {
+        KyPathVector path;
+        ImgContour(in, KY_CONTOUR_CW_ALONG_BORDER, 3, 3, KY_CONTOUR_ABOVE_THRESHOLD, 90,
+                   KY_CONNEXITY_8, &path);
+        return ImgLineSegmentToImage(out, KyBW8(77), 0, 0, out->GetWidth() - 1,
+                                     out->GetHeight() - 1);
+      },
+  };
+  Random random(5);
+  for (std::size_t i = 0; i < std::size(works); ++i) {
+    SCOPED_TRACE("work " + std::to_string(i));
+    Canvas<KyBW8> source(RandomPicture<KyBW8>(131, 33, random), {}, random);
+    const Picture<KyBW8> old = RandomPicture<KyBW8>(131, 33, random);
+    Canvas<KyBW8> alone(old, {}, random), together(old, {}, random);
+    const auto run = [&](Canvas<KyBW8>& out, int index) {
+      const int left = index == 0 ? 0 : 68, width = index == 0 ? 68 : 63;
+      KyROI<KyBW8> from(source.image(), left, 0, width, 33), to(out.image(), left, 0, width, 33);
+      for (int turn = 0; turn < 3; ++turn) EXPECT_EQ(works[i](&from, &to), KY_OK);
+    };
+    run(alone, 0);
+    run(alone, 1);
+    std::thread first([&] { run(together, 0); }), second([&] { run(together, 1); });
+    first.join();
+    second.join();
+    EXPECT_TRUE(Same(alone.Get(), together.Get()));
+    EXPECT_TRUE(together.OnlyChanged(*together.roi()));
+  }
+}
+
 }  // namespace
