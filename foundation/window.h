@@ -95,8 +95,8 @@ class WindowWalk {
     const std::ptrdiff_t all = slots * slotPixels + (border_.repeats ? 0 : outsidePixels);
     if (!slots_.Allocate(all) || !results_.Allocate(kBand * ResultsPixels())) return false;
     std::fill_n(slots_.get(), all, static_cast<T>(border_.value));
-    for (int k = 0; k <= slots; ++k) ordered_[k] = slots_.get() + k * slotPixels + radius_;
-    outside_ = ordered_[slots];
+    for (int k = 0; k < slots; ++k) ordered_[k] = slots_.get() + k * slotPixels + radius_;
+    if (!border_.repeats) outside_ = slots_.get() + slots * slotPixels + radius_;
     return true;
   }
 
@@ -198,7 +198,7 @@ class WindowWalk {
   Input<T> input_;
   Scratch<T> slots_;
   Scratch<Out> results_;
-  T* ordered_[kMostRows + 1];
+  T* ordered_[kMostRows];
   const T* outside_ = nullptr;
   std::ptrdiff_t fetched_ = 0;
   const T *rows_[kMostRows], *strips_[kMostRows];
