@@ -79,6 +79,10 @@ bool KyKernel::MakeRoom(std::uint32_t count) noexcept {
   return (data_ != nullptr && count <= allocatedSize_) || Allocate(count);
 }
 
+const float* KyKernel::Coefficients() const noexcept {
+  return std::int64_t{sizeX_} * sizeY_ <= allocatedSize_ ? data_.get() : nullptr;
+}
+
 KY_ERRORS KyKernel::SetAllocatedSize(std::uint32_t count) noexcept {
   return ky::Call("KyKernel::SetAllocatedSize",
                   [&] { return MakeRoom(count) ? KY_OK : KY_ERROR_NOT_ENOUGH_MEMORY; });
@@ -103,7 +107,7 @@ KY_ERRORS KyKernel::SetSizeY(std::int16_t sizeY) noexcept {
 
 KY_ERRORS KyKernel::GetKernelData(int x, int y, float& value) const noexcept {
   return ky::Call("KyKernel::GetKernelData", [&] {
-    if (data_ == nullptr) return KY_ERROR_KERNEL_DATA;
+    if (Coefficients() == nullptr) return KY_ERROR_KERNEL_DATA;
     if (x < 0 || x >= sizeX_) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
     if (y < 0 || y >= sizeY_) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
     value = data_[static_cast<std::size_t>(y * sizeX_ + x)];
@@ -112,7 +116,7 @@ KY_ERRORS KyKernel::GetKernelData(int x, int y, float& value) const noexcept {
 }
 KY_ERRORS KyKernel::SetKernelData(int x, int y, float value) noexcept {
   return ky::Call("KyKernel::SetKernelData", [&] {
-    if (data_ == nullptr) return KY_ERROR_KERNEL_DATA;
+    if (Coefficients() == nullptr) return KY_ERROR_KERNEL_DATA;
     if (x < 0 || x >= sizeX_) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
     if (y < 0 || y >= sizeY_) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
     data_[static_cast<std::size_t>(y * sizeX_ + x)] = value;

@@ -13,7 +13,7 @@ struct KernelView {
         gain(kernel.gain_),
         offset(static_cast<std::int32_t>(kernel.offset_)),
         outsideValue(static_cast<std::int32_t>(kernel.outsideValue_)),
-        data(kernel.data_.get()) {}
+        data(kernel.Coefficients()) {}
 
   int sizeX, sizeY, rectifier;
   float gain;

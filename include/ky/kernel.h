@@ -41,7 +41,9 @@ struct KernelView;
 /// - outside value, the level that is assumed outside the source, signed likewise.
 ///
 /// The array of coefficients only grows; what grows it loses the coefficients. After a failed
-/// allocation there is no array. All members clear the status at first, the accessors too.
+/// allocation there is no array; a later one that is too small for the grid counts as none. All
+/// members clear the status at first, the accessors too. A failure's trace is "KyKernel::" and the
+/// member's name where nothing else is said.
 class KY_API KyKernel {
  public:
   /// Size 0 x 0, gain 1, offset 0, rectifier 2, outside value 0, no array.
@@ -111,6 +113,8 @@ class KY_API KyKernel {
  private:
   friend struct ky::KernelView;
 
+  // Null also for an array that is too small for the grid.
+  const float* Coefficients() const noexcept;
   bool Allocate(std::int64_t count) noexcept;
   bool MakeRoom(std::uint32_t count) noexcept;
   KY_ERRORS SetSize(const char* name, std::int16_t& size, std::int16_t value,

@@ -40,6 +40,14 @@ TEST(Allocation, KernelsLoseTheirCoefficients) {
     EXPECT_EQ(kernel.GetDataPtr(), nullptr);
     EXPECT_EQ(kernel.GetAllocatedSize(), 0u);
     EXPECT_EQ(kernel.GetSizeX(), c.sizeX);
+    // An array that is too small for the grid is no use.
+    EXPECT_EQ(kernel.SetAllocatedSize(1), KY_OK);
+    KyImage<KyBW8> image(8, 8);
+    float value = 0;
+    EXPECT_EQ(kernel.GetKernelData(2, 2, value), KY_ERROR_KERNEL_DATA);
+    EXPECT_EQ(kernel.SetKernelData(2, 2, value), KY_ERROR_KERNEL_DATA);
+    EXPECT_EQ(ImgConvolKernel(&image, &image, &kernel), KY_ERROR_KERNEL_SIZE);
+    EXPECT_EQ(ImgConvolSymmetricKernel(&image, &image, &kernel), KY_ERROR_KERNEL_SIZE);
     EXPECT_EQ(c.grow(kernel), KY_OK);
     EXPECT_NE(kernel.GetDataPtr(), nullptr);
   }
