@@ -8,8 +8,7 @@
 /// destination(x, y) = level of the sum over the kernel of coefficient (i, j) * source(x - sizeX/2
 /// + i, y - sizeY/2 + j). The grid is used as stored, not mirrored.
 ///
-/// - Gain: with S the sum of the coefficients and A the sum of their magnitudes, each coefficient
-/// is
+/// - Gain: with S the sum of the coefficients and A the sum of their magnitudes, coefficients are
 ///   multiplied by g = gain / S when |S| > 0.00001 A, else by g = gain, in single precision. A
 ///   coefficient that is not a number counts as 0.
 /// - Rectifier 0, or a size other than 3x3, 5x5 and 7x7: in single precision, products added row by

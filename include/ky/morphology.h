@@ -24,8 +24,8 @@ inline constexpr unsigned KY_HALF_HEIGHT_AS_WIDTH = 0xFFFFFFFFu;
 /// - Errors: 1400 without pixels, 1403 for different sizes, 1303 when there is no memory for some
 ///   rows. Nothing has been written then. An ROI of no width or height is no error.
 /// - Trace: the name of the function. A 1303 is traced under the name of the first step, such as
-///   "ImgDilate3x3 (BW8)", and ImgDilateBox, ImgErodeBox, ImgDilateDisk and ImgErodeDisk add their
-///   own name to it only when they do not work in place.
+///   "ImgDilate3x3 (BW8)" (one along the rows has no name), and ImgDilateBox, ImgErodeBox,
+///   ImgDilateDisk and ImgErodeDisk add their own name to it only when they do not work in place.
 ///
 /// Running extremes: M. van Herk, "A fast algorithm for local minimum and maximum filters on
 /// rectangular and octagonal kernels", Pattern Recognition Letters 13, 1992; J. Gil, M. Werman,
