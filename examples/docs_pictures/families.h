@@ -8,6 +8,7 @@ namespace docs {
 void Operators(const std::string& folder);
 void Lookup(const std::string& folder);
 void Thresholds(const std::string& folder);
+void ThresholdModes(const std::string& folder);
 void Frames(const std::string& folder);
 void Kernels(const std::string& folder);
 void Filters(const std::string& folder);

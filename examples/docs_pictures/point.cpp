@@ -44,6 +44,45 @@ void Thresholds(const std::string& folder) {
   Write(folder, "thresholds", 3, {&uneven, &global, &levels, &source, &surface, &adaptive});
 }
 
+namespace {
+
+// The source split by a mode, and beside it the histogram with the level in red.
+struct Split {
+  Color objects, chart;
+
+  Split(const Grey& source, IMG_THRESHOLD_MODES mode) {
+    KyBW8HistogramVector histogram;
+    Must(ImgHistogram(&source, &histogram));
+    KyBW32Vector counts(256);
+    for (unsigned i = 0; i < 256; ++i) counts[i] = histogram[i];
+    unsigned level = static_cast<unsigned>(mode);
+    float below, above;
+    Must(ImgHistogramThreshold(&histogram, level, below, above, 0.8f));
+    Grey split = Panel();
+    Must(ImgThreshold(&source, &split, level));
+    objects = InColor(split);
+    chart = InColor(Chart(counts));
+    const int x = static_cast<int>(level) * kWidth / 256;
+    Must(ImgLineSegmentToImage(&chart, KyC24(220, 0, 0), x, 0, x, kHeight - 1));
+  }
+};
+
+}  // namespace
+
+void ThresholdModes(const std::string& folder) {
+  const Grey parts = Parts();
+  const Split quadratic(parts, IMG_THRESHOLD_QUADRATIC_BLACK_WHITE);
+  const Split linear(parts, IMG_THRESHOLD_LINEAR_BLACK_WHITE);
+  const Split isodata(parts, IMG_THRESHOLD_ISODATA);
+  const Split entropy(parts, IMG_THRESHOLD_MAX_ENTROPY);
+  const Split residue(parts, IMG_THRESHOLD_MIN_RESIDUE);
+  const Split relative(parts, IMG_THRESHOLD_RELATIVE);
+  Write(folder, "threshold_modes", 3,
+        {&residue.objects, &isodata.objects, &entropy.objects, &residue.chart, &isodata.chart,
+         &entropy.chart, &linear.objects, &quadratic.objects, &relative.objects, &linear.chart,
+         &quadratic.chart, &relative.chart});
+}
+
 void Mirrors(const std::string& folder) {
   const Grey source = Parts();
   Grey vertical = Panel(), horizontal = Panel();
