@@ -35,7 +35,8 @@ enum IMG_THRESHOLD_MODES : int {
 /// minLevel and maxLevel + 1 for an empty one. The two black and white modes report their costs
 /// instead, divided by the number of pixels: for plain distances the mean of the lower class and
 /// 255 less that of the upper, for squared ones the mean squares (the lower with minLevel^2 times
-/// the number of all pixels added to the sum).
+/// the number of all pixels added to the sum). An absolute level T is meant for a minLevel of 0:
+/// the classes meet at minLevel + T, and s2 counts the levels from there as if it were T.
 ///
 /// Counts and sums are 32-bit and wrap; criteria are computed in single precision. Errors, in this
 /// order, nothing written: 1601 for null; 1613 for other than 256 bins; 1015, 1016 for a level
@@ -47,7 +48,8 @@ KY_API KY_ERRORS ImgHistogramThreshold(KyBW8HistogramVector* histogram, unsigned
                                        unsigned int maxLevel = 255) noexcept;
 
 /// The low 8 bits of the threshold that ImgHistogramThreshold chooses from the histogram of
-/// `source`; 0 on failure, with the errors of ImgHistogram and ImgHistogramThreshold.
+/// `source`; 0 on failure, with the errors and traces of ImgHistogram and ImgHistogramThreshold and
+/// none of its own.
 KY_API KyBW8 ImgAutoThreshold(const KyROI<KyBW8>* source, IMG_THRESHOLD_MODES mode,
                               float relative = 0.5f) noexcept;
 

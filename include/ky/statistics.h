@@ -27,7 +27,8 @@ KY_API KY_ERRORS ImgPixelVariance(const KyROI<KyBW8>* source, float& variance,
 KY_API KY_ERRORS ImgPixelStdDev(const KyROI<KyBW8>* source, float& deviation, float& mean) noexcept;
 
 /// The smallest and the largest level, and the mean of the means of the rows, added up from top to
-/// bottom in single precision: right for images of any size, it may differ from the mean above in
-/// its last bits. Trace "ImgPixelStat".
+/// bottom in single precision. Only the sum of a row is kept modulo 2^32, so that the mean is right
+/// for images of any height; it may differ from the mean above in its last bits. Trace
+/// "ImgPixelStat".
 KY_API KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximum,
                               float& mean) noexcept;

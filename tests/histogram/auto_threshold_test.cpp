@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cfloat>
 #include <cmath>
 
+#include "ky/geometry.h"
 #include "tests/support/harness.h"
 
 namespace {
@@ -373,6 +375,43 @@ TEST(AdaptiveThreshold, NodesHoldTheThresholdsOfTheirTiles) {
   ASSERT_EQ(ImgAutoAdaptiveThreshold(&part, &source, IMG_THRESHOLD_ISODATA, 64), KY_OK);
   EXPECT_EQ(source.GetWidth(), 64);
   EXPECT_EQ(source.GetPixel(30, 30), 180);
+}
+
+// Tiles that do not divide the picture, of odd sizes and larger than it.
+TEST(AdaptiveThreshold, NodesOfTilesThatAreCutOff) {
+  Random random(5);
+  for (const auto& [width, height, tileWidth, tileHeight] :
+       {std::array{70, 41, 16, 0}, {64, 33, 21, 8}, {37, 50, 5, 50}, {29, 12, 90, 7}}) {
+    SCOPED_TRACE(testing::Message() << width << " x " << height << ", tiles of " << tileWidth);
+    const Picture<KyBW8> picture = RandomPicture<KyBW8>(width, height, random);
+    Canvas<KyBW8> source(picture, kPlacements[1], random);
+    const int tileY = tileHeight != 0 ? tileHeight : tileWidth;
+    const int nx = (width + tileWidth - 1) / tileWidth, ny = (height + tileY - 1) / tileY;
+    const auto scale = [](int size, int steps) {
+      return static_cast<float>(size) / static_cast<float>(steps);
+    };
+    KyImage<KyBW8> nodes(nx + 1, ny + 1), expected(width, height), surface(width, height);
+    for (int j = 0; j <= ny; ++j)
+      for (int i = 0; i <= nx; ++i) {
+        Bins bins(256);
+        for (int y = 0; y < height; ++y)
+          for (int x = 0; x < width; ++x) {
+            const int right = x - i * width / nx, down = y - j * height / ny;
+            if (right >= -(tileWidth / 2) && right < tileWidth / 2 && down >= -(tileY / 2) &&
+                down < tileY / 2)
+              ++bins[picture.At(x, y)];
+          }
+        KyBW8HistogramVector histogram = VectorOf(bins);
+        nodes.SetPixel(static_cast<KyBW8>(ImgIsodataThreshold(&histogram)), i, j);
+      }
+    ASSERT_EQ(
+        ImgScaleRotate(&nodes, 0, 0, 0, 0, scale(width, nx), scale(height, ny), 0, &expected, 8),
+        KY_OK);
+    ASSERT_EQ(ImgAutoAdaptiveThreshold(source.roi(), &surface, IMG_THRESHOLD_MIN_RESIDUE, tileWidth,
+                                       tileHeight),
+              KY_OK);
+    EXPECT_TRUE(Same(Canvas<KyBW8>::Get(expected), Canvas<KyBW8>::Get(surface)));
+  }
 }
 
 TEST(AdaptiveThreshold, RefusalsAndTinyTiles) {
