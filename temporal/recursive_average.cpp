@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "foundation/frame.h"
+#include "foundation/map.h"
 #include "foundation/rows.h"
 #include "ky/temporal.h"
 #include "temporal/temporal_rows.h"
@@ -62,14 +63,24 @@ KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
     const ky::Rows<KyBW8> out = ky::RowsOf(destination);
     const ky::Rows<KyBW16> states = ky::RowsOf(state);
     const ky::Rows<const KyBW8> in = ky::RowsOf(source);
+    const auto sharesState = [&](const auto& rows) {
+      return ky::SharingOf(rows, states) != ky::Sharing::kNothing;
+    };
+    // A destination in the state's memory waits until the state is done.
+    ky::Rows<KyBW8> levels = out;
+    ky::Scratch<KyBW8> apart;
+    if (sharesState(out)) {
+      if (!apart.Allocate(out.width * out.height)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+      levels = {apart.get(), out.width, out.width, out.height};
+    }
     ky::Input<KyBW8> input;
-    const bool apart = ky::SharingOf(in, states) == ky::Sharing::kNothing;
-    if (!(apart ? input.Open(in, out) : input.OpenCopy(in))) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    if (!(sharesState(in) ? input.OpenCopy(in) : input.Open(in, levels)))
+      return KY_ERROR_NOT_ENOUGH_MEMORY;
 
     const ky::TemporalKernels& kernels = ky::ChooseTemporalKernels();
     for (std::ptrdiff_t y = 0; y < out.height; ++y)
-      kernels.recur(input.rows().Row(y), states.Row(y), out.Row(y),
+      kernels.recur(input.rows().Row(y), states.Row(y), levels.Row(y),
                     static_cast<std::size_t>(out.width), table->GetDataPtr());
-    return KY_OK;
+    return apart.get() != nullptr ? ky::CopyRows(out, ky::FromRows(levels)) : KY_OK;
   });
 }

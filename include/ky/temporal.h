@@ -102,8 +102,8 @@ KY_API KY_ERRORS ImgSetRecursiveAverageLUT(KyBW16Vector* table, float reduction,
 ///     destination = state / 16, rounded down, limited to 0..255
 ///
 /// The source may be the destination. A source that shares memory with the state, or with the
-/// destination otherwise, is read first; state and destination must not share any. Errors, in this
-/// order, nothing changed: 1400; 1403 for different sizes; 1613 for a table that is null or does
-/// not have 8191 elements; 1303. Trace "ImgRecursiveAverage".
+/// destination otherwise, is read first; a destination that shares memory with the state is written
+/// last, over it. Errors, in this order, nothing changed: 1400; 1403 for different sizes; 1613 for
+/// a table that is null or does not have 8191 elements; 1303. Trace "ImgRecursiveAverage".
 KY_API KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
                                      KyROI<KyBW8>* destination, KyBW16Vector* table) noexcept;

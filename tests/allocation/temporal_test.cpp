@@ -55,6 +55,12 @@ TEST(Allocation, RecursiveAverages) {
   CheckAllocationFailures([&] { return ImgRecursiveAverage(&source, state.roi(), &out, &table); },
                           KY_ERROR_NOT_ENOUGH_MEMORY, {"ImgRecursiveAverage"},
                           [&] { return canvas.Unchanged() && state.Unchanged(); });
+  state.Put(state.Get());
+  KyImage<KyBW8> inState;
+  inState.Attach(static_cast<KyBW8*>(state.roi()->GetPixelPtr(0, 0)), 12, 5, 12);
+  CheckAllocationFailures(
+      [&] { return ImgRecursiveAverage(&source, state.roi(), &inState, &table); },
+      KY_ERROR_NOT_ENOUGH_MEMORY, {"ImgRecursiveAverage"}, [&] { return state.Unchanged(); });
 }
 
 TEST(Allocation, Gradients) {

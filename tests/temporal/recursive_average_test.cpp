@@ -58,22 +58,33 @@ TEST(RecursiveAverage, Steps) {
   });
 }
 
-// A source on the same memory as the state is read before that changes.
-TEST(RecursiveAverage, SourceInTheState) {
-  constexpr int kWidth = 100;
+// A source in the state's memory is read first, a destination there is written last.
+TEST(RecursiveAverage, ImagesInTheState) {
+  constexpr int kWidth = 40, kHeight = 5;
   KyBW16Vector table;
   ImgSetRecursiveAverageLUT(&table, 2);
   ForEachPath([&](const std::string&) {
     Random random(2);
-    Picture<KyBW16> state = RandomPicture<KyBW16>(kWidth, 1, random);
-    Canvas<KyBW16> states(state, {}, random);
-    KyImage<KyBW8> source, out(kWidth, 1);
-    source.Attach(static_cast<KyBW8*>(states.roi()->GetPixelPtr(0, 0)) + 30, kWidth, 1, kWidth);
-    Picture<KyBW8> expected;
-    ModelStep(Canvas<KyBW8>::Get(source), state, expected, table);
-    ASSERT_EQ(ImgRecursiveAverage(&source, states.roi(), &out, &table), KY_OK);
-    EXPECT_TRUE(Same(state, states.Get()));
-    EXPECT_TRUE(Same(expected, Canvas<KyBW8>::Get(out)));
+    for (const bool sourceInside : {false, true})
+      for (const bool outInside : {false, true}) {
+        SCOPED_TRACE(testing::Message() << "source " << sourceInside << ", out " << outInside);
+        Picture<KyBW16> state = RandomPicture<KyBW16>(kWidth, kHeight, random);
+        std::vector<KyBW16> memory(state.pixels.begin(), state.pixels.end());
+        auto* const bytes = reinterpret_cast<KyBW8*>(memory.data());
+        KyImage<KyBW16> states;
+        KyImage<KyBW8> source(kWidth, kHeight), out(kWidth, kHeight);
+        states.Attach(memory.data(), kWidth, kHeight, 2 * kWidth);
+        if (sourceInside) source.Attach(bytes + 30, kWidth, kHeight, kWidth);
+        if (outInside) out.Attach(bytes + 90, kWidth, kHeight, kWidth);
+        Picture<KyBW8> expected;
+        ModelStep(Canvas<KyBW8>::Get(source), state, expected, table);
+        ASSERT_EQ(ImgRecursiveAverage(&source, &states, &out, &table), KY_OK);
+        EXPECT_TRUE(Same(expected, Canvas<KyBW8>::Get(out)));
+        if (outInside)
+          std::copy(expected.pixels.begin(), expected.pixels.end(),
+                    reinterpret_cast<KyBW8*>(state.pixels.data()) + 90);
+        EXPECT_TRUE(Same(state, Canvas<KyBW16>::Get(states)));
+      }
   });
 }
 
