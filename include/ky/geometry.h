@@ -39,9 +39,9 @@
 /// to 16.16 fixed point. Positions are sums of them modulo 2^32, so source coordinates reach from
 /// -32768 to 32767. Colours are interpolated component by component.
 ///
-/// Errors, in this order: 1400 for a source without pixels; a destination without pixels is no
-/// error, nothing happens; 1411 when det is 0, infinite or not a number; 1007; 1303. Trace
-/// "ImgLinearTransform".
+/// Errors, in this order: 1400 for a source without pixels and a null destination; a destination
+/// without pixels is no error, nothing happens; 1411 when det is 0, infinite or not a number; 1007;
+/// 1303. Trace "ImgLinearTransform".
 KY_API KY_ERRORS ImgLinearTransform(const KyROI<KyBW8>* source, float a, float b, float c, float d,
                                     float e, float f, KyROI<KyBW8>* destination,
                                     int interpolation) noexcept;
