@@ -18,7 +18,7 @@ using std::ptrdiff_t;
 
 enum class Side { kBetween, kPeak, kValley };
 
-// A run as it grows. Levels are at most 255, but the threshold of valleys may be any number.
+// A run as it grows. Its distances lie within -255..255.
 struct Run {
   Side side;
   std::int64_t start, amplitude = 0, area = 0;
@@ -132,7 +132,9 @@ KY_ERRORS ImgGetProfilePeaks(KyBW8Vector* profile, KyPeaksVector* peaks, unsigne
           if (const KY_ERRORS error = peaks->AddElement(run.Record(i))) return error;
         run = {side, i};
       }
-      if (side != Side::kBetween)
+      // A run at the start is never recorded. The threshold of its valleys may be any number, that
+      // of later ones is at most a level.
+      if (side != Side::kBetween && run.start > 0)
         run.Add(std::int64_t{level} - (side == Side::kPeak ? highThreshold : lowThreshold));
     }
     return KY_OK;
