@@ -94,9 +94,14 @@ Contender Profile(Filter filter) {
   };
 }
 #if KY_BENCH_OPENCV
-// On all rows as one; pictures have no gaps between rows.
-#define ON_ROW(...)                                                                \
-  OPENCV(const cv::Mat in = v.a.reshape(1, 1); v.work[0].create(in.size(), CV_8U); \
+// On all rows as one, in a copy without the gaps that the picture may have between rows.
+cv::Mat AllAsOneRow(Views& v) {
+  cv::Mat& copy = v.work[3];
+  if (copy.total() != v.a.total() || copy.type() != CV_8U) v.a.copyTo(copy);
+  return copy.reshape(1, 1);
+}
+#define ON_ROW(...)                                                             \
+  OPENCV(const cv::Mat in = AllAsOneRow(v); v.work[0].create(in.size(), CV_8U); \
          cv::Mat& out = v.work[0]; __VA_ARGS__)
 #else
 #define ON_ROW(...) nullptr
