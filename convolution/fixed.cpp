@@ -102,8 +102,8 @@ void WeighWide(const FixedWeights& w, Rows<KyBW8> out, const KyBW8* const* rows)
 }  // namespace
 
 KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
-                        const FixedWeights& original) noexcept {
-  const FixedWeights w = Reduced(original);
+                        const FixedWeights& weights) noexcept {
+  const FixedWeights w = Reduced(weights);
   const Reach reach(w);
   const auto run = [&](std::size_t lanes, const auto& kernel) {
     return FilterWindows(destination, source, w.radius, Border::Repeat(), lanes, kernel);

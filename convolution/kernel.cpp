@@ -110,7 +110,7 @@ KY_ERRORS KyKernel::GetKernelData(int x, int y, float& value) const noexcept {
     if (Coefficients() == nullptr) return KY_ERROR_KERNEL_DATA;
     if (x < 0 || x >= sizeX_) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
     if (y < 0 || y >= sizeY_) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
-    value = data_[static_cast<std::size_t>(y * sizeX_ + x)];
+    value = data_[std::ptrdiff_t{y} * sizeX_ + x];
     return KY_OK;
   });
 }
@@ -119,7 +119,7 @@ KY_ERRORS KyKernel::SetKernelData(int x, int y, float value) noexcept {
     if (Coefficients() == nullptr) return KY_ERROR_KERNEL_DATA;
     if (x < 0 || x >= sizeX_) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
     if (y < 0 || y >= sizeY_) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
-    data_[static_cast<std::size_t>(y * sizeX_ + x)] = value;
+    data_[std::ptrdiff_t{y} * sizeX_ + x] = value;
     return KY_OK;
   });
 }

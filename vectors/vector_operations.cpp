@@ -28,6 +28,7 @@ KY_ERRORS ForElements(const KyVector& vector, Body body) noexcept {
       default: return body(i32);
     }
   };
+  // NOLINTNEXTLINE(bugprone-branch-clone): the types differ
   return vector.GetDataType() == kSigned ? ofSize(std::int8_t(), std::int16_t(), std::int32_t())
                                          : ofSize(std::uint8_t(), std::uint16_t(), std::uint32_t());
 }
@@ -44,7 +45,7 @@ T Combine(T a, T b, T old) noexcept {
   using Wide = std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>;
   constexpr Wide kMax = Limits::max(), kOneMore = kMax + 1;
   constexpr unsigned kCountMask = 31;
-  const Wide wa = a, wb = b;
+  const Wide wa = a, wb = b;  // NOLINT(bugprone-signed-char-misuse): numbers, not characters
   const auto limit = [](Wide v) {
     return static_cast<T>(std::clamp<Wide>(v, Limits::min(), Limits::max()));
   };
