@@ -102,6 +102,13 @@ HWY_INLINE hn::Vec<D> Behind([[maybe_unused]] D d, [[maybe_unused]] hn::Vec<D> h
   return next;
 #else
   constexpr size_t kBytes = kLanes * sizeof(hn::TFromD<D>);
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+  // Shifts go by blocks of 16 bytes: what follows each block of `here` is brought into its place.
+  if constexpr (sizeof(hn::Vec<D>) == 64) {
+    const hn::Vec<D> following{_mm512_alignr_epi32(next.raw, here.raw, 4)};
+    return hn::CombineShiftRightBytes<kBytes>(d, following, here);
+  } else
+#endif
   if constexpr (sizeof(hn::Vec<D>) > 16)
     return hn::CombineShiftRightBytes<kBytes>(d, hn::ConcatLowerUpper(d, next, here), here);
   else
@@ -347,15 +354,15 @@ HWY_INLINE void UnpackBits(const Op& op, uint8_t* out, size_t n, const uint8_t* 
 #else
   const auto unpack = [&](auto d, size_t i) HWY_ATTR {
     const size_t bytes = hn::Lanes(d) / 8;
-    alignas(32) uint8_t places[hn::MaxLanes(d)], masks[hn::MaxLanes(d)];
+    HWY_ALIGN uint8_t places[hn::MaxLanes(d)], masks[hn::MaxLanes(d)];
     for (size_t k = 0; k < hn::Lanes(d); ++k) {
       places[k] = static_cast<uint8_t>(k / 8);
       masks[k] = static_cast<uint8_t>(0x80 >> k % 8);
     }
     uint64_t word = 0;
     std::memcpy(&word, bits + i / 8, bytes);
-    const hn::Repartition<uint32_t, decltype(d)> d32;
-    const auto all = hn::BitCast(d, hn::Set(d32, static_cast<uint32_t>(word)));
+    const hn::Repartition<uint64_t, decltype(d)> d64;
+    const auto all = hn::BitCast(d, hn::Set(d64, word));
     const auto spread = hn::TableLookupBytes(all, hn::Load(d, places));
     hn::StoreU(op(d, hn::VecFromMask(d, hn::TestBit(spread, hn::Load(d, masks)))), d, out + i);
   };

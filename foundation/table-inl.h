@@ -25,6 +25,26 @@ class Table256 {
  private:
   const uint8_t* table_;
 };
+#elif HWY_TARGET == HWY_AVX3_DL
+// A shuffle looks up half of the table.
+class Table256 {
+ public:
+  using D = hn::ScalableTag<uint8_t>;
+
+  explicit Table256(const uint8_t* table) {
+    for (int i = 0; i < 4; ++i) quarters_[i] = hn::LoadU(D(), table + 64 * i);
+  }
+  HWY_INLINE hn::Vec<D> operator()(D, hn::Vec<D> v) const {
+    const auto half = [&](int i) HWY_ATTR {
+      return hn::Vec<D>{
+          _mm512_permutex2var_epi8(quarters_[i].raw, v.raw, quarters_[i + 1].raw)};
+    };
+    return hn::IfThenElse(hn::MaskFromVec(v), half(2), half(0));
+  }
+
+ private:
+  hn::Vec<D> quarters_[4];
+};
 #else
 // A shuffle looks up one sixteenth of the table, and gives 0 for indices of 128 and more. For v
 // below 128, v + 112 - 16 k is such an index from 16 (k + 1) on, and ends in the low four bits of

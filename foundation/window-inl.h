@@ -114,12 +114,14 @@ HWY_INLINE V32 MulAddPairs(V16 lanes, int32_t weights, V32 sum) {
 }
 #endif
 
-#if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
 #define KY_HAVE_MUL_ADD_BYTES 1
 // The products of 8-bit lanes with signed 8-bit weights, the two products of each pair of lanes
 // added up. The sums must fit 16 bits.
 HWY_INLINE V16 MulAddBytes(hn::Vec<D8> lanes, hn::Vec<D8> weights) {
-#if HWY_TARGET == HWY_AVX2
+#if HWY_TARGET < HWY_AVX2
+  return V16{_mm512_maddubs_epi16(lanes.raw, weights.raw)};
+#elif HWY_TARGET == HWY_AVX2
   return V16{_mm256_maddubs_epi16(lanes.raw, weights.raw)};
 #else
   return V16{_mm_maddubs_epi16(lanes.raw, weights.raw)};

@@ -105,7 +105,11 @@ HWY_INLINE Pairs<D> GatherPairs(D d, const Rows<const T>& from, hn::Vec<D> x, hn
 template <class D>
 HWY_INLINE void StorePixels(D, hn::Vec<D> v, KyBW8* to) {
   const hn::Rebind<uint8_t, D> bytes;
+#if HWY_TARGET == HWY_AVX3_DL
+  hn::StoreU(hn::Vec<decltype(bytes)>{_mm512_cvtepi32_epi8(v.raw)}, bytes, to);
+#else
   hn::StoreU(hn::TruncateTo(bytes, v), bytes, to);
+#endif
 }
 template <class D>
 HWY_INLINE void StorePixels(D, hn::Vec<D> v, KyC24* to) {

@@ -11,6 +11,6 @@ namespace ky::test {
 void ForEachPath(const std::function<void(const std::string& path)>& body);
 
 // The longest vector of any of them, in bytes.
-inline constexpr int kLongestVector = 32;
+inline constexpr int kLongestVector = 64;
 
 }  // namespace ky::test
