@@ -6,6 +6,7 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/reduce-inl.h"
+#include "histogram/block_counter-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -30,8 +31,21 @@ ExtremesAndSum ExtremesAndSumOf(const KyBW8* row, size_t n) {
   return ReduceSpan<ExtremesAndSumOfBytes>(row, n);
 }
 
+#if HWY_TARGET == HWY_AVX3_DL
+void CountBlocks(uint32_t* counts, ptrdiff_t blocks, const KyBW8* first, ptrdiff_t pitch,
+                 ptrdiff_t height) {
+  BlockCounter counter;
+  for (ptrdiff_t y = 0; y < height; ++y)
+    for (ptrdiff_t i = 0; i < blocks; ++i) counter.Take(first + y * pitch + i * kCountBlock);
+  counter.AddTo(counts);
+}
+constexpr CountKernel kCount = &CountBlocks;
+#else
+constexpr CountKernel kCount = nullptr;
+#endif
+
 constexpr ReduceKernels kKernels = {
-    &Sum, &Sum16, &MomentsOf, &ExtremesAndSumOf, &AddColumns<KyBW8>, &AddColumns<KyBW16>};
+    &Sum, &Sum16, &MomentsOf, &ExtremesAndSumOf, &AddColumns<KyBW8>, &AddColumns<KyBW16>, kCount};
 
 }  // namespace
 

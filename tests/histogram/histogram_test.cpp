@@ -39,6 +39,10 @@ TEST(Histogram, Of8BitPixels) {
   CheckReading<KyBW8>(
       Into<KyBW8HistogramVector>([](auto* roi, auto* h) { return ImgHistogram(roi, h); }),
       CountLevels);
+  // Rows of whole blocks and some pixels more, in whole batches of blocks and in parts of them.
+  CheckReading<KyBW8>(
+      Into<KyBW8HistogramVector>([](auto* roi, auto* h) { return ImgHistogram(roi, h); }),
+      CountLevels, {{512, 64}, {700, 67}, {1100, 37}, {33000, 1}, {511, 70}});
   CheckReading<KyBW8>(Into<KyVector>([](auto* roi, auto* h) {
                         h->SetType(2, 256, 0);
                         return ImgHistogram(roi, h);
