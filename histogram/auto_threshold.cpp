@@ -85,7 +85,7 @@ Choice ScanBlackWhite(const unsigned* bins, Range range, std::uint32_t extra, co
 }
 
 // Scans upward; `better(t, lower, upper)` says whether this threshold is to be chosen. Thresholds
-// that leave a class empty are passed over. `moved(h)` is told of each bin that goes from the upper
+// that leave a class empty are passed over. `moved(t)` is told of each bin that goes from the upper
 // to the lower class.
 template <class Better, class Moved>
 Choice ScanUpward(const unsigned* bins, Range range, const Better& better,
@@ -100,11 +100,11 @@ Choice ScanUpward(const unsigned* bins, Range range, const Better& better,
     lower.sum += t * h;
     upper.count -= h;
     upper.sum -= t * h;
-    moved(h);
+    moved(t);
   }
   return best;
 }
-constexpr auto kNothing = [](std::uint32_t) noexcept {};
+constexpr auto kNothing = [](unsigned) noexcept {};
 
 // Criteria, all in single precision.
 float IsodataDistance(unsigned t, const Class& lower, const Class& upper) noexcept {
@@ -118,14 +118,14 @@ float SquareOverCount(const Class& c) noexcept {
 }
 // The sums of h ln h of both classes.
 struct Logs {
-  float lower = 0.0f, upper = 0.0f;
+  float lower = 0.0f, upper = 0.0f, terms[kLevels];
 
   Logs(const unsigned* bins, Range range) noexcept {
-    for (unsigned k = range.max + 1; k-- > range.min;) upper += LogTerm(bins[k]);
+    for (unsigned k = range.max + 1; k-- > range.min;) upper += terms[k] = LogTerm(bins[k]);
   }
-  void Move(std::uint32_t h) noexcept {
-    lower += LogTerm(h);
-    upper -= LogTerm(h);
+  void Move(unsigned t) noexcept {
+    lower += terms[t];
+    upper -= terms[t];
   }
 };
 
@@ -153,7 +153,7 @@ Choice LeastEntropyLoss(const unsigned* bins, Range range) noexcept {
         return logs.upper / static_cast<float>(upper.count) +
                logs.lower / static_cast<float>(lower.count) - Log(lower.count) - Log(upper.count);
       },
-      [&](std::uint32_t h) { logs.Move(h); });
+      [&](unsigned t) { logs.Move(t); });
 }
 
 Choice SplitByFraction(const unsigned* bins, Range range, float fraction) noexcept {
@@ -417,7 +417,7 @@ KyBW8 ImgMaxEntropyThreshold(KyBW8HistogramVector* histogram, float& averageBelo
         [&](const Class& lower, const Class& upper) {
           return entropy(lower.count, logs.lower) + entropy(upper.count, logs.upper);
         },
-        [&](std::uint32_t h) { logs.Move(h); });
+        [&](unsigned t) { logs.Move(t); });
     return KY_OK;
   });
 }
