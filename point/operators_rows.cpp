@@ -6,6 +6,7 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/rows-inl.h"
+#include "point/division-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -60,78 +61,6 @@ struct Multiply {
   template <class D16, class V>
   HWY_INLINE V operator()(D16 d16, V a, V b) const {
     return hn::Min(hn::Mul(a, b), hn::Set(d16, 255));
-  }
-};
-
-// 2^kBits / b - kLess in 16-bit lanes, for b of 1 to 255, within 1/2 + 2^(kBits - 11.4) / b:
-// processors approximate reciprocals to 1.5 * 2^-12. 0 for b = 0; a result of 2^16 wraps.
-template <int kBits, int kLess>
-struct Reciprocal {
-  template <class DF, class VF>
-  HWY_INLINE VF operator()(DF df, VF b) const {
-    constexpr float kShift = (1 << (23 - kBits)) - kLess / float{1 << kBits};
-    return hn::Add(hn::ApproximateReciprocal(b), hn::Set(df, kShift));
-  }
-};
-// -1 where the difference a - b of 16-bit lanes, of a size below 2^15, is negative, else 0.
-template <class D16, class V>
-HWY_INLINE V Borrow(D16 d16, V a, V b) {
-  const hn::RebindToSigned<D16> signed16;
-  return hn::BitCast(d16, hn::BroadcastSignBit(hn::BitCast(signed16, hn::Sub(a, b))));
-}
-
-// The divisions estimate the quotient by a reciprocal, which need not be exact, and correct it by
-// the remainder. Here the reciprocal is off by less than 26, the estimate before rounding by less
-// than 255 * 26 / 2^15 < 1/4: rounded to the nearest, it is the quotient or one more.
-template <class D16, class V>
-HWY_INLINE V QuotientOrOneMore(D16 d16, V a, V b) {
-  const hn::RebindToSigned<D16> signed16;
-  const V reciprocal = InFloat(d16, Reciprocal<15, 13>(), b);
-  return hn::BitCast(
-      d16, hn::MulFixedPoint15(hn::BitCast(signed16, a), hn::BitCast(signed16, reciprocal)));
-}
-struct WideDivide {
-  template <class D16, class V>
-  HWY_INLINE V operator()(D16 d16, V a, V b) const {
-    const V quotient = QuotientOrOneMore(d16, a, b);
-    return hn::Add(quotient, Borrow(d16, a, hn::Mul(quotient, b)));
-  }
-};
-struct WideModulo {
-  template <class D16, class V>
-  HWY_INLINE V operator()(D16 d16, V a, V b) const {
-    const V remainder = hn::Sub(a, hn::Mul(QuotientOrOneMore(d16, a, b), b));
-    return hn::Min(remainder, hn::Add(remainder, b));
-  }
-};
-// 256 a / b for a < b. An error of 1/2 + 24 / b in the reciprocal makes the estimate wrong by less
-// than (b / 2 + 24) / 256, so by one at most, either way.
-struct WideScaledDivide {
-  template <class D16, class V>
-  HWY_INLINE V operator()(D16 d16, V a, V b) const {
-    const V dividend = hn::ShiftLeft<8>(a);
-    const V estimate = hn::MulHigh(dividend, InFloat(d16, Reciprocal<16, 0>(), b));
-    const V remainder = hn::Sub(dividend, hn::Mul(estimate, b));
-    const V quotient = hn::Add(hn::Add(estimate, hn::Set(d16, 1)), Borrow(d16, remainder, b));
-    return hn::And(hn::Add(quotient, Borrow(d16, remainder, hn::Zero(d16))), hn::Set(d16, 255));
-  }
-};
-struct Divide : Op8 {
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V a, V b) const {
-    return hn::Or(Truth(d, IsZero(d, b)), OnWide(d, WideDivide(), a, b));
-  }
-};
-struct Modulo : Op8 {
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V a, V b) const {
-    return hn::AndNot(Truth(d, IsZero(d, b)), OnWide(d, WideModulo(), a, b));
-  }
-};
-struct ScaledDivide : Op8 {
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V a, V b) const {
-    return hn::Or(Truth(d, hn::Eq(hn::Max(a, b), a)), OnWide(d, WideScaledDivide(), a, b));
   }
 };
 

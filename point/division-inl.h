@@ -1,0 +1,208 @@
+// The divisions of 8-bit levels: a / b, 255 where b = 0; a mod b, 0 where b = 0; 256 a / b, 255
+// where that is more or b = 0. Quotients are truncated. Included by row files like rows-inl.h.
+#if defined(KY_POINT_DIVISION_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_POINT_DIVISION_INL_H_
+#undef KY_POINT_DIVISION_INL_H_
+#else
+#define KY_POINT_DIVISION_INL_H_
+#endif
+
+#include "foundation/rows-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+
+// 2^kBits / b - kLess in 16-bit lanes, for b of 1 to 255, within 1/2 + 2^(kBits - 11.4) / b:
+// processors approximate reciprocals to 1.5 * 2^-12. 0 for b = 0; a result of 2^16 wraps.
+template <int kBits, int kLess>
+struct Reciprocal {
+  template <class DF, class VF>
+  HWY_INLINE VF operator()(DF df, VF b) const {
+    constexpr float kShift = (1 << (23 - kBits)) - kLess / float{1 << kBits};
+    return hn::Add(hn::ApproximateReciprocal(b), hn::Set(df, kShift));
+  }
+};
+// -1 where the difference a - b of 16-bit lanes, of a size below 2^15, is negative, else 0.
+template <class D16, class V>
+HWY_INLINE V Borrow(D16 d16, V a, V b) {
+  const hn::RebindToSigned<D16> signed16;
+  return hn::BitCast(d16, hn::BroadcastSignBit(hn::BitCast(signed16, hn::Sub(a, b))));
+}
+
+// Divisions estimate the quotient by a reciprocal, which need not be exact, and correct it by
+// the remainder. Here the reciprocal is off by less than 26, the estimate before rounding by less
+// than 255 * 26 / 2^15 < 1/4: rounded to the nearest, it is the quotient or one more.
+template <class D16, class V>
+HWY_INLINE V QuotientOrOneMore(D16 d16, V a, V b) {
+  const hn::RebindToSigned<D16> signed16;
+  const V reciprocal = InFloat(d16, Reciprocal<15, 13>(), b);
+  return hn::BitCast(
+      d16, hn::MulFixedPoint15(hn::BitCast(signed16, a), hn::BitCast(signed16, reciprocal)));
+}
+struct WideDivide {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16 d16, V a, V b) const {
+    const V quotient = QuotientOrOneMore(d16, a, b);
+    return hn::Add(quotient, Borrow(d16, a, hn::Mul(quotient, b)));
+  }
+};
+
+#if HWY_TARGET == HWY_AVX3_DL
+// Here shuffles look reciprocals up, 64 at a time and exactly, by their low and their high bytes.
+struct ReciprocalTable {
+  alignas(64) uint8_t low[256], high[128];
+};
+// floor(65535 / b) + kMore for every b but 0, in whose place stands that of 128. From 129 on, the
+// high byte is 1.
+template <int kMore>
+inline constexpr ReciprocalTable kReciprocals = [] {
+  ReciprocalTable table{};
+  for (int b = 1; b < 256; ++b) {
+    const int reciprocal = 65535 / b + kMore, place = b == 128 ? 0 : b;
+    table.low[place] = static_cast<uint8_t>(reciprocal);
+    if (place < 128) table.high[place] = static_cast<uint8_t>(reciprocal >> 8);
+  }
+  return table;
+}();
+
+struct DivisionOfBytes {
+  using Lane = uint8_t;
+  using D = hn::ScalableTag<uint8_t>;
+  using D16 = hn::ScalableTag<uint16_t>;
+  using V = hn::Vec<D>;
+  using V16 = hn::Vec<D16>;
+
+  // Half of a table, looked up by the low seven bits of each lane.
+  struct Half {
+    explicit Half(const uint8_t* table)
+        : first(hn::LoadU(D(), table)), second(hn::LoadU(D(), table + 64)) {}
+    HWY_INLINE V At(V v) const { return V{_mm512_permutex2var_epi8(first.raw, v.raw, second.raw)}; }
+    HWY_INLINE V AtWhere(hn::Mask<D> mask, V v) const {
+      return V{_mm512_maskz_permutex2var_epi8(mask.raw, first.raw, v.raw, second.raw)};
+    }
+    V first, second;
+  };
+
+  // Low and high bytes as words: those of the even lanes, and those of the odd ones.
+  static HWY_INLINE V16 EvenWords(V low, V high) {
+    const V raised = hn::BitCast(D(), hn::ShiftLeft<8>(hn::BitCast(D16(), high)));
+    return hn::BitCast(D16(), hn::OddEven(raised, low));
+  }
+  static HWY_INLINE V16 OddWords(V low, V high) {
+    const V lowered = hn::BitCast(D(), hn::ShiftRight<8>(hn::BitCast(D16(), low)));
+    return hn::BitCast(D16(), hn::OddEven(high, lowered));
+  }
+  // The low bytes of the first words as even lanes, the high bytes of the second as odd ones.
+  static HWY_INLINE V Lanes(V16 evenLow, V16 oddHigh) {
+    return hn::OddEven(hn::BitCast(D(), oddHigh), hn::BitCast(D(), evenLow));
+  }
+  static HWY_INLINE V16 Low(V v) { return hn::And(hn::BitCast(D16(), v), hn::Set(D16(), 0x00FF)); }
+  static HWY_INLINE V16 High(V v) { return hn::And(hn::BitCast(D16(), v), hn::Set(D16(), 0xFF00)); }
+};
+
+// r = floor(65535 / b) is (2^16 - f) / b with an f of 1 to b. Truncated, (a + e) r / 2^16 is the
+// quotient for e = 1 and e = 255/256, as e makes up for f. From b = 128 on it is 1 for a >= b.
+struct Quotients : DivisionOfBytes {
+  HWY_INLINE V operator()(V a, V b) const {
+    const D d;
+    const D16 d16;
+    const auto isLower = hn::Lt(b, hn::Set(d, 128));
+    const V rLow = low.AtWhere(isLower, b), rHigh = high.AtWhere(isLower, b);
+    const V16 even = hn::MulHigh(hn::Add(Low(a), hn::Set(d16, 1)), EvenWords(rLow, rHigh));
+    const V16 odd =
+        hn::MulHigh(hn::Or(hn::BitCast(d16, a), hn::Set(d16, 255)), OddWords(rLow, rHigh));
+    const V quotient = Lanes(even, odd);
+    return hn::IfThenElse(hn::Lt(a, b), quotient, hn::Max(quotient, hn::Set(d, 1)));
+  }
+  Half low{kReciprocals<0>.low}, high{kReciprocals<0>.high};
+};
+struct Divide : DivisionOfBytes {
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    return hn::IfThenElse(hn::Eq(b, hn::Zero(d)), hn::Set(d, 255), quotients(a, b));
+  }
+  Quotients quotients;
+};
+struct Modulo : DivisionOfBytes {
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    const D16 d16;
+    const V quotient = quotients(a, b);
+    const V16 even = hn::Mul(hn::BitCast(d16, quotient), hn::BitCast(d16, b));
+    const V16 odd = hn::Mul(High(quotient), hn::ShiftRight<8>(hn::BitCast(d16, b)));
+    return hn::IfThenElseZero(hn::Ne(b, hn::Zero(d)), hn::Sub(a, Lanes(even, odd)));
+  }
+  Quotients quotients;
+};
+// Truncated, 256 a r / 2^16 with r = ceil(2^16 / b) is the quotient of a < b, or one more.
+struct ScaledDivide : DivisionOfBytes {
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    const D16 d16;
+    const auto isUpper = hn::Gt(b, hn::Set(d, 128));
+    const V rLow = hn::IfThenElse(isUpper, lowUpper.At(b), low.At(b));
+    const V rHigh = hn::IfThenElse(isUpper, hn::Set(d, 1), high.At(b));
+    const auto quotient = [&](V16 dividend, V16 divisor, V16 reciprocal) HWY_ATTR {
+      const V16 estimate = hn::MulHigh(dividend, reciprocal);
+      const auto isMore = hn::Gt(hn::Mul(estimate, divisor), dividend);
+      return hn::IfThenElse(isMore, hn::Sub(estimate, hn::Set(d16, 1)), estimate);
+    };
+    const V16 even =
+        quotient(hn::ShiftLeft<8>(hn::BitCast(d16, a)), Low(b), EvenWords(rLow, rHigh));
+    const V16 odd =
+        quotient(High(a), hn::ShiftRight<8>(hn::BitCast(d16, b)), OddWords(rLow, rHigh));
+    const V joined = Lanes(even, hn::ShiftLeft<8>(odd));
+    return hn::IfThenElse(hn::Lt(a, b), joined, hn::Set(d, 255));
+  }
+  Half low{kReciprocals<1>.low}, lowUpper{kReciprocals<1>.low + 128}, high{kReciprocals<1>.high};
+};
+#else
+struct WideModulo {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16 d16, V a, V b) const {
+    const V remainder = hn::Sub(a, hn::Mul(QuotientOrOneMore(d16, a, b), b));
+    return hn::Min(remainder, hn::Add(remainder, b));
+  }
+};
+// 256 a / b for a < b. An error of 1/2 + 24 / b in the reciprocal makes the estimate wrong by less
+// than (b / 2 + 24) / 256, so by one at most, either way.
+struct WideScaledDivide {
+  template <class D16, class V>
+  HWY_INLINE V operator()(D16 d16, V a, V b) const {
+    const V dividend = hn::ShiftLeft<8>(a);
+    const V estimate = hn::MulHigh(dividend, InFloat(d16, Reciprocal<16, 0>(), b));
+    const V remainder = hn::Sub(dividend, hn::Mul(estimate, b));
+    const V quotient = hn::Add(hn::Add(estimate, hn::Set(d16, 1)), Borrow(d16, remainder, b));
+    return hn::And(hn::Add(quotient, Borrow(d16, remainder, hn::Zero(d16))), hn::Set(d16, 255));
+  }
+};
+struct Divide {
+  using Lane = uint8_t;
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    const V zero = hn::VecFromMask(d, hn::Eq(b, hn::Zero(d)));
+    return hn::Or(zero, OnWide(d, WideDivide(), a, b));
+  }
+};
+struct Modulo {
+  using Lane = uint8_t;
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    const V zero = hn::VecFromMask(d, hn::Eq(b, hn::Zero(d)));
+    return hn::AndNot(zero, OnWide(d, WideModulo(), a, b));
+  }
+};
+struct ScaledDivide {
+  using Lane = uint8_t;
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V a, V b) const {
+    const V most = hn::VecFromMask(d, hn::Eq(hn::Max(a, b), a));
+    return hn::Or(most, OnWide(d, WideScaledDivide(), a, b));
+  }
+};
+#endif
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#endif  // per-target include guard
