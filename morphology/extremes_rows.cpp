@@ -214,6 +214,8 @@ HWY_INLINE void AcrossStrip(const RowBlock& block, ptrdiff_t x, ptrdiff_t part) 
     for (int k = 0; k < kVectors; ++k) {
       extreme[k] = Op()(extreme[k], hn::LoadU(d, row + k * lanes));
       const V result = Op()(extreme[k], hn::LoadU(d, before + k * lanes));
+      // The next strip's line: processors foresee rows, but not strips.
+      if (k * lanes % 64 == 0) hwy::Prefetch(out + (kVectors + k) * lanes);
       if (part < lanes)
         StorePart(d, result, out, static_cast<size_t>(part));
       else
