@@ -100,19 +100,25 @@ HWY_INLINE hn::Vec<D> Behind([[maybe_unused]] D d, [[maybe_unused]] hn::Vec<D> h
 #if HWY_TARGET == HWY_SCALAR
   static_assert(kLanes == 1);
   return next;
-#else
+#elif HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+  // Shifts go by 4 bytes, or by blocks of 16: what follows each block of `here` is brought into its
+  // place.
   constexpr size_t kBytes = kLanes * sizeof(hn::TFromD<D>);
-#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
-  // Shifts go by blocks of 16 bytes: what follows each block of `here` is brought into its place.
-  if constexpr (sizeof(hn::Vec<D>) == 64) {
+  static_assert(sizeof(hn::Vec<D>) == 64);
+  if constexpr (kBytes % 4 == 0) {
+    return hn::Vec<D>{_mm512_alignr_epi32(next.raw, here.raw, kBytes / 4)};
+  } else {
     const hn::Vec<D> following{_mm512_alignr_epi32(next.raw, here.raw, 4)};
     return hn::CombineShiftRightBytes<kBytes>(d, following, here);
-  } else
-#endif
-  if constexpr (sizeof(hn::Vec<D>) > 16)
-    return hn::CombineShiftRightBytes<kBytes>(d, hn::ConcatLowerUpper(d, next, here), here);
-  else
+  }
+#else
+  constexpr size_t kBytes = kLanes * sizeof(hn::TFromD<D>);
+  if constexpr (sizeof(hn::Vec<D>) == 16)
     return hn::CombineShiftRightBytes<kBytes>(d, next, here);
+  else if constexpr (kBytes == 16)
+    return hn::ConcatLowerUpper(d, next, here);
+  else
+    return hn::CombineShiftRightBytes<kBytes>(d, hn::ConcatLowerUpper(d, next, here), here);
 #endif
 }
 

@@ -7,6 +7,7 @@
 #include <hwy/cache_control.h>
 
 #include <algorithm>
+#include <bit>
 
 #include "foundation/dispatch.h"
 #include "foundation/rows-inl.h"
@@ -67,15 +68,21 @@ constexpr ptrdiff_t kAhead = 3840;
 // vector that stands so far behind the one that it makes.
 template <class Op, int kSpan>
 struct Spans {
-  static constexpr int kShorter = kSpan > 4 ? 4 : 2;
+  static constexpr int kShorter = std::bit_floor(kSpan - 1u);
   static constexpr int kBehind = Spans<Op, kShorter>::kBehind + 1;
 
   HWY_INLINE void Start(const KyBW8* at) {
     shorter.Start(at);
     here = shorter.Next(at + (kBehind - 1) * Lanes());
   }
-  HWY_INLINE V Next(const KyBW8* at) {
-    const V next = shorter.Next(at);
+  HWY_INLINE void StartBehindNothing() {
+    shorter.StartBehindNothing();
+    here = hn::Set(D(), Op::kNeutral);
+  }
+  HWY_INLINE V Next(const KyBW8* at) { return Join(shorter.Next(at)); }
+  // The same of elements v, of which `following` stands one further on.
+  HWY_INLINE V Next(V v, V following) { return Join(shorter.Next(v, following)); }
+  HWY_INLINE V Join(V next) {
     const V v = Op()(here, Behind<kSpan - kShorter>(D(), here, next));
     here = next;
     return v;
@@ -88,7 +95,9 @@ template <class Op>
 struct Spans<Op, 2> {
   static constexpr int kBehind = 0;
   HWY_INLINE void Start(const KyBW8*) {}
+  HWY_INLINE void StartBehindNothing() {}
   HWY_INLINE V Next(const KyBW8* at) { return ExtremeAt<Op>(at, 0, 1); }
+  HWY_INLINE V Next(V v, V following) { return Op()(v, following); }
 };
 
 // out[x] = extreme(in[x], ..., in[x + kSpan - 1]) for n places, a vector or more. Of `in`, no more
@@ -140,15 +149,65 @@ HWY_INLINE void GatherPadded(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t
   neutralTo(half + n, end);
 }
 
-// row[x] = extreme of row[x + i span] for 0 <= i < 4 and n places, rounded up to whole vectors.
-template <class Op>
-HWY_INLINE void Quadruple(KyBW8* row, ptrdiff_t n, ptrdiff_t span) {
-  if (2 * span != Lanes()) return Gather<Op>(row, n, row, 0, span, 2 * span, 3 * span);
-  V here = ExtremeAt<Op>(row, 0, span);
-  for (ptrdiff_t x = 0; x < n; x += Lanes()) {
-    const V next = ExtremeAt<Op>(row + x + Lanes(), 0, span);
-    hn::StoreU(Op()(here, next), D(), row + x);
-    here = next;
+// The same by whole vectors, the first of them in front of `row`, for longer spans. n is two
+// vectors or more.
+template <class Op, int kSpan>
+HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t half) {
+  const D d;
+  const ptrdiff_t lanes = Lanes();
+  const V neutral = hn::Set(d, Op::kNeutral);
+  Spans<Op, kSpan> spans;
+  spans.StartBehindNothing();
+  KyBW8* out = row + half - (spans.kBehind + 1) * lanes;
+  const auto neutralTo = [](KyBW8* from, ptrdiff_t count) {
+    if (count > 0) std::memset(from, Op::kNeutral, static_cast<size_t>(count));
+  };
+  neutralTo(row, half - (spans.kBehind + 1) * lanes);
+  const auto put = [&](V v) HWY_ATTR {
+    hn::StoreU(v, d, out);
+    out += lanes;
+  };
+  put(spans.Next(neutral, Behind<1>(d, neutral, hn::LoadU(d, in))));
+  for (ptrdiff_t x = 0; x + lanes < n; x += lanes) {
+    hwy::Prefetch(in + x + kAhead);
+    put(spans.Next(in + x));
+  }
+  for (int i = 0; i < spans.kBehind; ++i) put(spans.Next(neutral, neutral));
+
+  // The spans that reach the end, out of the last two vectors.
+  out = row + half + n - 2 * lanes;
+  const V last = hn::LoadU(d, in + n - lanes);
+  spans.StartBehindNothing();
+  for (int i = 0; i < spans.kBehind + 2; ++i) {
+    const V v = i == 0   ? spans.Next(in + n - 2 * lanes)
+                : i == 1 ? spans.Next(last, Behind<1>(d, last, neutral))
+                         : spans.Next(neutral, neutral);
+    if (i >= spans.kBehind) put(v);
+  }
+  neutralTo(out, half + 1 - kSpan);
+}
+
+// The same for the longest span of a power of two that is longer than neither a vector nor the
+// window, which is 9 elements or more. The span is returned.
+template <class Op, int kSpan = 8>
+HWY_INLINE ptrdiff_t GatherLongest(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t half) {
+  if constexpr (hn::MaxLanes(D()) == 1) {
+    std::fill_n(row, half, Op::kNeutral);
+    std::copy_n(in, n, row + half);
+    std::fill_n(row + half + n, half, Op::kNeutral);
+    return 1;
+  } else {
+    if constexpr (2 * kSpan <= hn::MaxLanes(D())) {
+      if (2 * kSpan <= 2 * half + 1) return GatherLongest<Op, 2 * kSpan>(row, n, in, half);
+    }
+    const ptrdiff_t least = 2 * Lanes();
+    HWY_ALIGN KyBW8 few[2 * hn::MaxLanes(D())];
+    if (n < least) {
+      std::fill(std::copy_n(in, n, few), few + least, Op::kNeutral);
+      in = few;
+    }
+    GatherBetween<Op, kSpan>(row, std::max(n, least), in, half);
+    return kSpan;
   }
 }
 
@@ -174,19 +233,20 @@ HWY_INLINE void GatherVectors(KyBW8* row, ptrdiff_t n, KyBW8* spare, ptrdiff_t c
   }
 }
 
-// Each step makes row[x] the extreme of a four times longer span, until four spans cover the
-// window. Spans of a vector or more are joined by running extremes of whole vectors.
+// Two spans of a power of two cover the window where that is shorter than two vectors. For longer
+// ones, those of a vector are joined by a doubling or by running extremes of whole vectors, until
+// four do.
 template <class Op>
 void Along(KyBW8* out, ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare, ptrdiff_t half) {
   const ptrdiff_t window = 2 * half + 1;
   if (half == 1) return GatherPadded<Op, 3>(out, n, in, half);
   if (half == 2) return GatherPadded<Op, 5>(out, n, in, half);
   if (half == 3) return GatherPadded<Op, 7>(out, n, in, half);
-  GatherPadded<Op, 4>(row, n, in, half);
-  ptrdiff_t span = 4;
-  for (; span < Lanes() && 4 * span <= window; span *= 4)
-    Quadruple<Op>(row, n + window - 4 * span, span);
-  if (window > 4 * span) {
+  ptrdiff_t span = GatherLongest<Op>(row, n, in, half);
+  if (window > 4 * span && window <= 8 * span) {
+    Gather<Op>(row, n + window - 2 * span, row, 0, span);
+    span *= 2;
+  } else if (window > 4 * span) {
     const ptrdiff_t steps = (window - span) / Lanes();
     GatherVectors<Op>(row, n + window - span - steps * Lanes(), spare, steps + 1);
     span += steps * Lanes();

@@ -11,6 +11,8 @@ enum class Extreme { kMaximum, kMinimum };
 
 // Readable and writable bytes that the kernels want behind the rows of scratch that they are given.
 inline constexpr std::ptrdiff_t kRowSlack = 64;
+// Those that they want in front of the scratch `row`, which is for so many elements at least.
+inline constexpr std::ptrdiff_t kRowFront = 384, kLeastRow = 128;
 
 // One block of the running extremes of n rows, in columns from..to - 1 of every pointer:
 //
@@ -30,7 +32,8 @@ struct RowBlock {
 struct ExtremeKernels {
   KyBW8 neutral;  // the level that is no extreme: what stands outside the ROI
   // out[x] = extreme(in[x - half], ..., in[x + half]) for n places, of the elements that there are.
-  // `row` and `spare` are scratch of n + 2 half elements, and `out` is scratch too, perhaps `row`.
+  // `row` and `spare` are scratch of n + 2 half elements, and `out` is scratch too, perhaps `row`
+  // or in front of it.
   void (*along)(KyBW8* out, std::ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare,
                 std::ptrdiff_t half);
   void (*across)(const RowBlock& block);

@@ -53,7 +53,8 @@ bool BoxPass::Allocate(const ExtremeKernels& kernels, const Element& element, st
   halfWidth_ = element.halfWidth;
   halfHeight_ = element.halfHeight;
   const std::ptrdiff_t padded = width + 2 * halfWidth_ + kRowSlack;
-  if (halfWidth_ > 0 && (!row_.Allocate(padded) || !spare_.Allocate(padded))) return false;
+  const std::ptrdiff_t front = kRowFront + 64 + kLeastRow;
+  if (halfWidth_ > 0 && (!row_.Allocate(front + padded) || !spare_.Allocate(padded))) return false;
   if (halfHeight_ == 0) return true;
   const RowWindows whole = Columns(halfHeight_, width, height);
   if (whole.Slots() * whole.Pitch() > kScratchBytes) {
@@ -66,7 +67,9 @@ bool BoxPass::Allocate(const ExtremeKernels& kernels, const Element& element, st
 // Row y along, into a place in scratch, and where it is then.
 const KyBW8* BoxPass::MakeRow(KyBW8* slot, const KyBW8* in) noexcept {
   if (halfWidth_ == 0) return in;
-  kernels_->along(slot, width_, in, row_.get(), spare_.get(), halfWidth_);
+  // The row's own elements start a line of a cache.
+  KyBW8* const row = row_.get() + kRowFront + (-halfWidth_ & 63);
+  kernels_->along(slot, width_, in, row, spare_.get(), halfWidth_);
   return slot;
 }
 
