@@ -82,6 +82,11 @@ void PairSymmetricWeights(FixedKernel& kernel, bool split) {
   int n = 0;
   for (int y = 0; y <= r; ++y)
     for (int x = y; x <= r; ++x) sets[n++] = kernel.weights[y * size + x];
+  if (r == 1) {  // corners and edges, edges and centre
+    SetPair(kernel, 0, sets[0], sets[1], split);
+    SetPair(kernel, 1, sets[1], sets[2], split);
+    return;
+  }
   for (int i = 0; 2 * i < n; ++i) SetPair(kernel, i, sets[2 * i], sets[2 * i + 1], split);
 }
 
@@ -105,8 +110,9 @@ KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
                         const FixedWeights& weights) noexcept {
   const FixedWeights w = Reduced(weights);
   const Reach reach(w);
-  const auto run = [&](std::size_t lanes, const auto& kernel) {
-    return FilterWindows(destination, source, w.radius, Border::Repeat(), lanes, kernel);
+  const auto run = [&](std::size_t lanes, const auto& rowsOf) {
+    return FilterWindows(destination, source, Border::Repeat(),
+                         WindowKernel<decltype(rowsOf)>{w.radius, lanes, rowsOf});
   };
   if (reach.below + reach.above > (1 << 30) || std::abs(w.offset) > kFurthestOffset)
     return run(1, [&](Rows<KyBW8> out, const KyBW8* const* rows) { WeighWide(w, out, rows); });

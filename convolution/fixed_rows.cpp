@@ -233,6 +233,30 @@ struct Symmetric {
   }
 };
 
+// The same for 3 x 3 pixels: pairs are of what a row adds to the results around it, its ends
+// together and its middle. The row of the result weighs them as edges and centre, the others as
+// corners and edge.
+template <bool kSplit, bool kMagnitude>
+struct Symmetric3x3 {
+  const FixedKernel& kernel;
+
+  struct Part {
+    V16 lower, upper;
+  };
+  HWY_INLINE Part Row(D16 d, const V16* at) const {
+    const V16 ends = hn::Add(at[-1], at[1]);
+    return {hn::InterleaveLower(d, ends, at[0]), hn::InterleaveUpper(d, ends, at[0])};
+  }
+  HWY_INLINE V16 operator()(D16, const Part& above, const Part& own, const Part& below) const {
+    Sum<kSplit> lower, upper;
+    lower.Add(hn::Add(above.lower, below.lower), kernel, 0);
+    lower.Add(own.lower, kernel, 1);
+    upper.Add(hn::Add(above.upper, below.upper), kernel, 0);
+    upper.Add(own.upper, kernel, 1);
+    return Levels<kMagnitude>(kernel, lower.All(), upper.All());
+  }
+};
+
 #endif
 
 template <template <int, bool, bool> class Op, int kRadius, bool kSplit>
@@ -242,6 +266,15 @@ void WeighRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* r
   else
     MapWindows<kRadius>(Op<kRadius, kSplit, false>{kernel}, out, rows);
 }
+#if HWY_TARGET != HWY_SCALAR
+template <bool kSplit>
+void WeighSymmetric3x3Rows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows) {
+  if (kernel.magnitude)
+    RollWindows(Symmetric3x3<kSplit, true>{kernel}, out, rows);
+  else
+    RollWindows(Symmetric3x3<kSplit, false>{kernel}, out, rows);
+}
+#endif
 
 template <int kRadius>
 constexpr void Enter(FixedRowKernels& kernels) {
@@ -260,6 +293,10 @@ constexpr FixedRowKernels MakeKernels() {
   Enter<1>(kernels);
   Enter<2>(kernels);
   Enter<3>(kernels);
+#if HWY_TARGET != HWY_SCALAR
+  kernels.symmetric[1][0] = &WeighSymmetric3x3Rows<false>;
+  kernels.symmetric[1][1] = &WeighSymmetric3x3Rows<true>;
+#endif
   return kernels;
 }
 

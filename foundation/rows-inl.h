@@ -12,6 +12,7 @@
 #define KY_FOUNDATION_ROWS_INL_H_
 #endif
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include <cstddef>
@@ -62,6 +63,23 @@ HWY_INLINE void StorePart(D d, hn::Vec<D> v, T* to, size_t n) {
   std::memcpy(to, part, n * sizeof(T));
 }
 
+// Asks for kBytes that stand `bytes` further on than a place in a row. They may lie beyond the
+// pixels: what is asked for is no pointer. (Inlined always: g++ 12 drops calls of functions that
+// only ask.)
+template <size_t kBytes>
+HWY_INLINE void AskFor([[maybe_unused]] const void* place, [[maybe_unused]] ptrdiff_t bytes) {
+#if HWY_TARGET != HWY_SCALAR
+  const uintptr_t from = reinterpret_cast<uintptr_t>(place) + static_cast<uintptr_t>(bytes);
+  for (size_t i = 0; i < kBytes; i += 64) hwy::Prefetch(reinterpret_cast<const uint8_t*>(from + i));
+#endif
+}
+// Asks for the places that stores will come to: a store waits for the line that it changes, and
+// processors go ahead of loads, not of stores. Large images are written a quarter faster.
+template <size_t kBytes>
+HWY_INLINE void AskToStore(const void* place) {
+  AskFor<kBytes>(place, 1024);
+}
+
 // An operation that keeps some of the destination's elements says so with
 // `static constexpr bool kKeeps = true`, and is given them before the sources.
 template <class Op>
@@ -88,7 +106,10 @@ HWY_INLINE void MapSpan(const Op& op, Out* out, size_t n, const In*... in) {
     return apply([=](auto* from) HWY_ATTR { return LoadLanes(d, from + i); });
   };
   const auto last = at(n - lanes);
-  for (size_t i = 0; i + lanes < n; i += lanes) StoreLanes(d, at(i), out + i);
+  for (size_t i = 0; i + lanes < n; i += lanes) {
+    AskToStore<hn::MaxLanes(d) * sizeof(Out)>(out + i);
+    StoreLanes(d, at(i), out + i);
+  }
   StoreLanes(d, last, out + (n - lanes));
 }
 
@@ -217,6 +238,21 @@ HWY_INLINE hn::Vec<D16> InFloat(D16 d16, const F& f, V... v) {
 #endif
 }
 
+// Truncated, of numbers that 32-bit integers hold: Highway's conversion also limits the others,
+// which takes as long again.
+template <class DF>
+HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> TruncateFitting(DF, hn::Vec<DF> v) {
+  using DI = hn::RebindToSigned<DF>;
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+  if constexpr (sizeof(v) == 64) return hn::Vec<DI>{_mm512_cvttps_epi32(v.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  if constexpr (sizeof(v) == 32) return hn::Vec<DI>{_mm256_cvttps_epi32(v.raw)};
+#elif HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
+  return hn::Vec<DI>{_mm_cvttps_epi32(v.raw)};
+#endif
+  return hn::ConvertTo(DI(), v);
+}
+
 // The bytes of a vector in reverse order.
 template <class D>
 HWY_INLINE hn::Vec<D> ReverseBytes(D d, hn::Vec<D> v) {
@@ -293,7 +329,10 @@ HWY_INLINE void MapColorSpan(const Op& op, KyC24* out, size_t n, const In*... in
     return;
   }
   const Planes last = op(d, load(in + (n - lanes))...);  // see MapSpan
-  for (size_t i = 0; i + lanes < n; i += lanes) store(op(d, load(in + i)...), out + i);
+  for (size_t i = 0; i + lanes < n; i += lanes) {
+    AskToStore<hn::MaxLanes(d) * sizeof(KyC24)>(out + i);
+    store(op(d, load(in + i)...), out + i);
+  }
   store(last, out + (n - lanes));
 }
 
@@ -314,7 +353,10 @@ HWY_INLINE void MapColorToGreySpan(const Op& op, KyBW8* out, size_t n, const KyC
     StorePart(d, at(part), out, n);
     return;
   }
-  for (size_t i = 0; i + lanes < n; i += lanes) hn::StoreU(at(in + i), d, out + i);
+  for (size_t i = 0; i + lanes < n; i += lanes) {
+    AskToStore<hn::MaxLanes(d)>(out + i);
+    hn::StoreU(at(in + i), d, out + i);
+  }
   hn::StoreU(at(in + (n - lanes)), d, out + (n - lanes));
 }
 

@@ -36,8 +36,7 @@ class Table256 {
   }
   HWY_INLINE hn::Vec<D> operator()(D, hn::Vec<D> v) const {
     const auto half = [&](int i) HWY_ATTR {
-      return hn::Vec<D>{
-          _mm512_permutex2var_epi8(quarters_[i].raw, v.raw, quarters_[i + 1].raw)};
+      return hn::Vec<D>{_mm512_permutex2var_epi8(quarters_[i].raw, v.raw, quarters_[i + 1].raw)};
     };
     return hn::IfThenElse(hn::MaskFromVec(v), half(2), half(0));
   }

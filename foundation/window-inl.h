@@ -15,7 +15,7 @@
 #include <utility>
 
 #include "foundation/rows-inl.h"
-#include "foundation/rows.h"
+#include "foundation/window.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -34,6 +34,15 @@ struct Around {
     return hn::LoadU(d, Row(down) + right);
   }
 };
+
+// Asks for what the next band reads and writes at row y of this one and column x. Processors are
+// late to see by themselves that a dozen rows are gone through side by side.
+template <int kRadius, class T, class Out>
+HWY_INLINE void AskAhead(const Rows<Out>& out, const T* const* rows, ptrdiff_t y, ptrdiff_t x) {
+  constexpr size_t kLanes = hn::MaxLanes(hn::ScalableTag<uint8_t>());
+  AskFor<kLanes * sizeof(T)>(rows[out.height + 2 * kRadius + y], x * ptrdiff_t{sizeof(T)});
+  AskFor<kLanes * sizeof(Out)>(out.Row(y), out.height * out.pitch + x * ptrdiff_t{sizeof(Out)});
+}
 
 // Every result is op(d, at).
 template <int kRadius, class Op>
@@ -102,8 +111,12 @@ HWY_INLINE hn::Vec<D8> JoinPhases(const V16 (&phases)[kPhases]) {
 HWY_INLINE V32 MulAddPairs(V16 lanes, int32_t weights, V32 sum) {
   const D32 d32;
 #if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
-  V32 unused = hn::Zero(d32);
   const V16 pairs = hn::BitCast(D16(), hn::Set(d32, weights));
+#if HWY_TARGET == HWY_AVX3_DL
+  __asm__("vpdpwssd %2, %1, %0" : "+v"(sum.raw) : "v"(lanes.raw), "v"(pairs.raw));
+  return sum;
+#endif
+  V32 unused = hn::Zero(d32);
   return hn::ReorderWidenMulAccumulate(d32, lanes, pairs, sum, unused);
 #else
   const V32 both = hn::BitCast(d32, lanes);
@@ -153,6 +166,7 @@ HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* cons
   for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
     RowParts<Op> above(op, rows[0] + x), here(op, rows[1] + x);
     for (ptrdiff_t y = 0; y < out.height; ++y) {
+      AskAhead<1>(out, rows, y, x);
       const RowParts<Op> below(op, rows[y + 2] + x);
       V16 results[kPhases];
       for (int p = 0; p < kPhases; ++p)
@@ -162,6 +176,20 @@ HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* cons
       here = below;
     }
   }
+}
+
+// The kernels of operations that need no arguments.
+template <int kRadius, class Op>
+WindowKernel<WindowRun> MappedWindows() {
+  return {kRadius, hn::MaxLanes(D8()), [](Rows<uint8_t> out, const uint8_t* const* rows) HWY_ATTR {
+            MapWindows<kRadius>(Op(), out, rows);
+          }};
+}
+template <class Op>
+WindowKernel<WindowRun> RolledWindows() {
+  return {1, hn::MaxLanes(D8()), [](Rows<uint8_t> out, const uint8_t* const* rows) HWY_ATTR {
+            RollWindows(Op(), out, rows);
+          }};
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)

@@ -19,16 +19,27 @@ struct Border {
   static constexpr Border Constant(KyBW8 value) { return {false, value}; }
 };
 
-// Makes the results `out` from source rows: out.height + 2 * radius of them, from the one `radius`
-// rows above the first result down. Each points at the column of the first result and is readable
-// from -radius to out.width - 1 + radius. out.width is a multiple of the kernel's vector length,
-// so kernels need no tails. Kernels may not look at what they have written.
-template <class T, class Out>
-using WindowKernel = void (*)(Rows<Out> out, const T* const* rows);
+// How results are made of windows of 2 * radius + 1 rows and columns.
+//
+// run(out, rows) makes the results `out` from source rows: out.height + 2 * radius of them, from
+// the one `radius` rows above the first result down. Each points at the column of the first result
+// and is readable from -radius to out.width - 1 + radius. out.width is a multiple of `lanes`, the
+// vector length, so kernels need no tails. They may not look at what they have written.
+//
+// Behind those rows stand out.height more, which the next results will be made from: what lies at
+// their places is worth asking for ahead (AskAhead in window-inl.h), no more.
+template <class Run>
+struct WindowKernel {
+  int radius;
+  std::size_t lanes;
+  Run run;
+};
 
-// Walks the windows of 2 * radius + 1 rows and columns, a band of rows at a time, so that kernels
-// can carry what they know of one row to the next. `frame` is the kernel of those results whose
-// window reaches over the border.
+// Runs of one byte for another, the kind that kernels without arguments have.
+using WindowRun = void (*)(Rows<KyBW8> out, const KyBW8* const* rows);
+
+// Walks the windows a band of rows at a time, so that kernels can carry what they know of one row
+// to the next. `frame` makes those results whose window reaches over the border.
 //
 // Source rows are read where they are, but for the two ends of a row, which go through small padded
 // strips. In place, and for narrow images, a ring of padded copies of the rows still needed takes
@@ -77,7 +88,7 @@ class WindowWalk {
  private:
   static constexpr int kLongestRadius = 3;
   static constexpr int kBand = 6;
-  static constexpr int kMostRows = kBand + 2 * kLongestRadius;
+  static constexpr int kMostRows = 2 * kBand + 2 * kLongestRadius;
 
   static constexpr std::ptrdiff_t kSize = sizeof(Out);
 
@@ -133,6 +144,9 @@ class WindowWalk {
       strips_[k] = constant ? outside_ : ordered_[row - top];
       rows_[k] = ring_ || constant ? strips_[k] : in_.Row(row);
     }
+    for (std::ptrdiff_t k = 0; k < count; ++k)
+      rows_[count + 2 * radius_ + k] = strips_[count + 2 * radius_ + k] =
+          in_.Row(std::min(fetched_ + k, in_.height - 1));
     band_ = {out_.Row(y), out_.pitch, out_.width, count};
   }
 
@@ -184,9 +198,9 @@ class WindowWalk {
   template <class Kernel>
   void Make(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column, Rows<Out> out) {
     const T* at[kMostRows];
-    for (std::ptrdiff_t k = 0; k < band_.height + 2 * radius_; ++k) at[k] = rows[k] + column;
+    for (std::ptrdiff_t k = 0; k < 2 * (band_.height + radius_); ++k) at[k] = rows[k] + column;
     out.height = band_.height;
-    kernel(out, at);
+    kernel.run(out, at);
   }
 
   int radius_;
@@ -198,7 +212,7 @@ class WindowWalk {
   Input<T> input_;
   Scratch<T> slots_;
   Scratch<Out> results_;
-  T* ordered_[kMostRows];
+  T* ordered_[kBand + 2 * kLongestRadius];
   const T* outside_ = nullptr;
   std::ptrdiff_t fetched_ = 0;
   const T *rows_[kMostRows], *strips_[kMostRows];
@@ -206,17 +220,17 @@ class WindowWalk {
 
 // destination(x, y) = kernel of the window around source(x, y). 1303 when there is no scratch
 // memory.
-template <class Kernel>
-KY_ERRORS FilterWindows(Rows<KyBW8> destination, Rows<const KyBW8> source, int radius,
-                        Border border, std::size_t lanes, const Kernel& kernel) noexcept {
-  return WindowWalk<KyBW8, KyBW8>(radius, border, lanes).Run(destination, source, kernel);
+template <class T, class Out, class Run>
+KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
+                        const WindowKernel<Run>& kernel) noexcept {
+  return WindowWalk<T, Out>(kernel.radius, border, kernel.lanes).Run(destination, source, kernel);
 }
-// The same with another kernel for the windows that reach over the border.
-template <class Inside, class Frame>
-KY_ERRORS FilterWindows(Rows<KyBW8> destination, Rows<const KyBW8> source, int radius,
-                        Border border, std::size_t lanes, const Inside& inside,
-                        const Frame& frame) noexcept {
-  return WindowWalk<KyBW8, KyBW8>(radius, border, lanes).Run(destination, source, inside, frame);
+// The same with another kernel, of the same radius, for the windows that reach over the border.
+template <class T, class Out, class Run>
+KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
+                        const WindowKernel<Run>& inside, const WindowKernel<Run>& frame) noexcept {
+  return WindowWalk<T, Out>(inside.radius, border, inside.lanes)
+      .Run(destination, source, inside, frame);
 }
 
 }  // namespace ky

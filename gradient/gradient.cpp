@@ -19,11 +19,11 @@ constexpr int kSide = 512;
 constexpr int kMiddle = kSide / 2;
 
 // The results of all windows that have a pixel of the source at their centre.
-template <class Out, class Kernel>
+template <class Out, class Run>
 KY_ERRORS FilterNeighbours(KyROI<Out>* destination, const KyROI<KyBW8>* source,
-                           const ky::GradientKernels& kernels, const Kernel& kernel) noexcept {
-  return ky::WindowWalk<KyBW8, Out>(1, ky::Border::Repeat(), kernels.lanes)
-      .Run(RowsOf(destination), RowsOf(source), kernel);
+                           const ky::GradientKernels& kernels, const Run& run) noexcept {
+  return ky::FilterWindows(RowsOf(destination), RowsOf(source), ky::Border::Repeat(),
+                           ky::WindowKernel<Run>{1, kernels.lanes, run});
 }
 
 // The frame of both scalar forms: calls work(kernels, table) when all may be used.

@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/window-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -26,6 +26,7 @@ HWY_INLINE void StoreRow(KyBW32* out, size_t n, const KyBW8* above, const KyBW8*
   const auto make = [=](size_t x) HWY_ATTR {
     const auto left = hn::LoadU(d, row + x - 1), right = hn::LoadU(d, row + x + 1);
     const auto up = hn::LoadU(d, above + x), down = hn::LoadU(d, below + x);
+    AskToStore<4 * hn::MaxLanes(d)>(out + x);
     hn::StoreInterleaved4(hn::Sub(left, right), sign(left, right), hn::Sub(up, down),
                           sign(up, down), d, reinterpret_cast<uint8_t*>(out + x));
   };

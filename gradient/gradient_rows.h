@@ -13,7 +13,7 @@ struct GradientTable {
 
 struct GradientKernels {
   std::size_t lanes;
-  WindowKernel<KyBW8, KyBW32> store;
+  void (*store)(Rows<KyBW32> out, const KyBW8* const* rows);
   void (*look)(Rows<KyBW8> out, const KyBW8* const* rows, const GradientTable& table);
   void (*lookStored)(KyBW8* out, std::size_t n, const KyBW32* gradients,
                      const GradientTable& table);

@@ -27,10 +27,7 @@ struct Largest {
 }  // namespace
 
 int64_t CompiledTarget() { return HWY_TARGET; }
-size_t LanesOf8Bits() { return hn::Lanes(hn::ScalableTag<uint8_t>()); }
-void LargestOfWindow(Rows<KyBW8> out, const KyBW8* const* rows) {
-  MapWindows<1>(Largest(), out, rows);
-}
+WindowKernel<WindowRun> LargestOfWindow() { return MappedWindows<1, Largest>(); }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
@@ -47,7 +44,6 @@ namespace ky {
 namespace {
 
 HWY_EXPORT(CompiledTarget);
-HWY_EXPORT(LanesOf8Bits);
 HWY_EXPORT(LargestOfWindow);
 
 TEST(Dispatch, EveryPathIsTheOneAskedFor) {
@@ -67,8 +63,8 @@ TEST(Dispatch, MapWindowsOnEveryPath) {
   const auto call = [](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
     return Call("Largest", [&] {
       if (const KY_ERRORS error = Ready(in, out)) return error;
-      return FilterWindows(RowsOf(out), RowsOf(in), 1, Border::Repeat(),
-                           KY_DISPATCH(LanesOf8Bits)(), KY_DISPATCH(LargestOfWindow));
+      return FilterWindows(RowsOf(out), RowsOf(in), Border::Repeat(),
+                           KY_DISPATCH(LargestOfWindow)());
     });
   };
   const auto model = [](const test::Picture<KyBW8>& in, test::Picture<KyBW8>& out) {
