@@ -10,30 +10,32 @@
 namespace ky {
 namespace {
 
-// The rows that the windows of one row of results need, in single precision, with what stands
+// The rows that the windows of some rows of results need, in single precision, with what stands
 // outside on either side. Each row of the source is converted once, before results reach it.
 class FloatRing {
  public:
   FloatRing(Rows<const KyBW8> source, std::ptrdiff_t sizeX, std::ptrdiff_t sizeY,
             float outside) noexcept
       : in_(source), left_(sizeX / 2), above_(sizeY / 2), sizeY_(sizeY), outside_(outside) {
-    slots_ = std::clamp<std::ptrdiff_t>(sizeY, 1, source.height);
+    slots_ = std::clamp<std::ptrdiff_t>(sizeY + kFloatRowsAtOnce - 1, 1, source.height);
     pitch_ = source.width + sizeX + kFloatSlack;
   }
 
   bool Allocate() noexcept {
-    if (!rows_.Allocate(sizeY_)) return false;
+    if (!rows_.Allocate(sizeY_ + kFloatRowsAtOnce - 1)) return false;
     if (pitch_ > PTRDIFF_MAX / (slots_ + 1) || !ring_.Allocate((slots_ + 1) * pitch_)) return false;
     std::fill_n(ring_.get(), (slots_ + 1) * pitch_, outside_);
     return true;
   }
 
-  // The rows of the windows around row y of the results. Rows must be asked for in order.
-  const float* const* Around(std::ptrdiff_t y, const FloatRowKernels& kernels) noexcept {
-    for (; fetched_ < std::min(y - above_ + sizeY_, in_.height); ++fetched_)
+  // The rows of the windows around `count` results from row y on. They must be asked for in order.
+  const float* const* Around(std::ptrdiff_t y, std::ptrdiff_t count,
+                             const FloatRowKernels& kernels) noexcept {
+    const std::ptrdiff_t rows = sizeY_ + count - 1;
+    for (; fetched_ < std::min(y - above_ + rows, in_.height); ++fetched_)
       kernels.convert(Slot(fetched_) + left_, static_cast<std::size_t>(in_.width),
                       in_.Row(fetched_));
-    for (std::ptrdiff_t j = 0; j < sizeY_; ++j) {
+    for (std::ptrdiff_t j = 0; j < rows; ++j) {
       const std::ptrdiff_t row = y - above_ + j;
       rows_[j] = row < 0 || row >= in_.height ? Slot(-1) : Slot(row);
     }
@@ -79,15 +81,19 @@ KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source,
   const auto to32Bits = [](std::int64_t v) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(v, INT32_MIN, INT32_MAX));
   };
-  const std::int64_t offset = kernel.offset;
+  // So far down no sum makes a level but 0, and one step less leaves lanes at 0, not at -1.
+  const std::int64_t offset = std::max<std::int64_t>(kernel.offset, -INT32_MAX);
   const FloatKernel weights = {
-      sizeX, sizeY, scaled.get(), to32Bits(-offset), to32Bits(255 - offset), kernel.offset};
+      sizeX, sizeY, scaled.get(), to32Bits(-offset), to32Bits(255 - offset), to32Bits(offset)};
   const int rectifier =
       kernel.rectifier > 0 && kernel.rectifier < kRectifiers ? kernel.rectifier : 0;
   const FloatRowKernels& kernels = ChooseFloatRowKernels();
   const auto weigh = kernels.weigh[rectifier][fits];
-  for (std::ptrdiff_t y = 0; y < destination.height; ++y)
-    weigh(weights, destination.Row(y), destination.width, ring.Around(y, kernels));
+  for (std::ptrdiff_t y = 0; y < destination.height; y += kFloatRowsAtOnce) {
+    const std::ptrdiff_t count = std::min(kFloatRowsAtOnce, destination.height - y);
+    weigh(weights, {destination.Row(y), destination.pitch, destination.width, count},
+          ring.Around(y, count, kernels));
+  }
   return KY_OK;
 }
 

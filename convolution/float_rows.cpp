@@ -32,12 +32,11 @@ void Convert(float* out, size_t n, const KyBW8* in) {
 // that all sums fit.
 template <bool kFits>
 HWY_INLINE VI Truncate(VF sum) {
-  const DI d32;
-  if (kFits) return hn::ConvertTo(d32, sum);
   const DF d;
+  if (kFits) return TruncateFitting(d, sum);
   const VF limit = hn::Set(d, 2147483520.0f);  // the last single below 2^31
   const VF number = hn::IfThenElseZero(hn::Eq(sum, sum), sum);
-  return hn::ConvertTo(d32, hn::Min(hn::Max(number, hn::Neg(limit)), limit));
+  return TruncateFitting(d, hn::Min(hn::Max(number, hn::Neg(limit)), limit));
 }
 
 template <Rectifier kRectifier>
@@ -49,59 +48,118 @@ HWY_INLINE VI Rectify(VI r) {
   return r;
 }
 
-// Some vectors of results at a time. One tap comes after the other, as the order of the sum is part
-// of the result; vectors go across pixels alone. kSize is the number of rows and columns of the
-// kernel, or 0 for any.
-template <Rectifier kRectifier, bool kFits, int kSize>
-class Block {
- public:
-  static constexpr int kVectors = 4;
-  static constexpr int kMostPlaces = kVectors * static_cast<int>(hn::MaxLanes(DF()));
+constexpr int kVectors = 4;
+constexpr ptrdiff_t kLanes = hn::MaxLanes(DF());
+constexpr ptrdiff_t kPlaces = kVectors * kLanes;
 
-  HWY_INLINE static void Weigh(const FloatKernel& kernel, KyBW8* out, ptrdiff_t x,
-                               const float* const* rows) {
+// Stores lanes of 0 to 255 as bytes.
+HWY_INLINE void StoreLevels(const VI (&levels)[kVectors], KyBW8* out) {
+#if HWY_TARGET == HWY_SCALAR
+  for (int v = 0; v < kVectors; ++v) out[v] = static_cast<KyBW8>(hn::GetLane(levels[v]));
+#else
+  // The four bytes of each lane come from the four vectors. They are put together by vector in each
+  // block, and the blocks by vector.
+  const hn::Repartition<uint8_t, DI> d8;
+  const DI d;
+  const auto all =
+      hn::BitCast(d8, hn::Or(hn::Or(levels[0], hn::ShiftLeft<8>(levels[1])),
+                             hn::Or(hn::ShiftLeft<16>(levels[2]), hn::ShiftLeft<24>(levels[3]))));
+  alignas(16) static constexpr uint8_t kByVector[16] = {0, 4, 8,  12, 1, 5, 9,  13,
+                                                        2, 6, 10, 14, 3, 7, 11, 15};
+  const auto blocks = hn::BitCast(d, hn::TableLookupBytes(all, hn::LoadDup128(d8, kByVector)));
+  HWY_ALIGN int32_t from[kLanes];
+  for (int i = 0; i < kLanes; ++i)
+    from[i] = static_cast<int32_t>(i % (kLanes / 4) * 4 + i / (kLanes / 4));
+  hn::StoreU(hn::BitCast(d8, hn::TableLookupLanes(blocks, hn::SetTableIndices(d, from))), d8, out);
+#endif
+}
+
+// The sums of some vectors of each of kRows rows. One tap comes after the other, as the order of
+// the sum is part of the result; vectors go across pixels alone.
+struct AnySize {
+  static constexpr int kRows = 1;
+
+  HWY_INLINE static void Sum(const FloatKernel& kernel, const float* const* rows, ptrdiff_t x,
+                             VF (&sums)[kRows][kVectors]) {
     const DF d;
-    const DI d32;
-    const hn::Rebind<KyBW8, DF> d8;
-    constexpr ptrdiff_t kLanes = kMostPlaces / kVectors;
-    const ptrdiff_t sizeX = kSize != 0 ? kSize : kernel.sizeX;
-    const ptrdiff_t sizeY = kSize != 0 ? kSize : kernel.sizeY;
-    VF sums[kVectors] = {hn::Zero(d), hn::Zero(d), hn::Zero(d), hn::Zero(d)};
+    for (VF& sum : sums[0]) sum = hn::Zero(d);
     const float* coefficient = kernel.coefficients;
-    for (ptrdiff_t j = 0; j < sizeY; ++j) {
+    for (ptrdiff_t j = 0; j < kernel.sizeY; ++j) {
       const float* const row = rows[j] + x;
-      for (ptrdiff_t i = 0; i < sizeX; ++i) {
+      for (ptrdiff_t i = 0; i < kernel.sizeX; ++i) {
         const VF c = hn::Set(d, *coefficient++);
         for (int v = 0; v < kVectors; ++v)
-          sums[v] = hn::Add(sums[v], hn::Mul(c, hn::LoadU(d, row + i + v * kLanes)));
+          sums[0][v] = hn::Add(sums[0][v], hn::Mul(c, hn::LoadU(d, row + i + v * kLanes)));
       }
     }
-    for (int v = 0; v < kVectors; ++v) {
-      const VI r = Rectify<kRectifier>(Truncate<kFits>(sums[v]));
-      const VI limited =
-          hn::Min(hn::Max(r, hn::Set(d32, kernel.least)), hn::Set(d32, kernel.greatest));
-      hn::StoreU(hn::DemoteTo(d8, hn::Add(limited, hn::Set(d32, kernel.offset))), d8,
-                 out + v * kLanes);
+  }
+};
+struct Size3x3 {
+  static constexpr int kRows = 2;
+
+  struct Three {
+    VF at[3];
+    HWY_INLINE explicit Three(const float* row)
+        : at{hn::LoadU(DF(), row), hn::LoadU(DF(), row + 1), hn::LoadU(DF(), row + 2)} {}
+    // The first product needs no sum to begin with: that would only turn -0 into 0.
+    HWY_INLINE VF First(const float* c) const { return AddTo(Product(0, c), c, 1); }
+    HWY_INLINE VF AddTo(VF sum, const float* c, int first = 0) const {
+      for (int i = first; i < 3; ++i) sum = hn::Add(sum, Product(i, c));
+      return sum;
+    }
+    HWY_INLINE VF Product(int i, const float* c) const {
+      return hn::Mul(hn::Set(DF(), c[i]), at[i]);
+    }
+  };
+  HWY_INLINE static void Sum(const FloatKernel& kernel, const float* const* rows, ptrdiff_t x,
+                             VF (&sums)[kRows][kVectors]) {
+    const float* const c = kernel.coefficients;
+    for (int v = 0; v < kVectors; ++v, x += kLanes) {
+      const Three a(rows[0] + x), b(rows[1] + x), below(rows[2] + x), last(rows[3] + x);
+      sums[0][v] = below.AddTo(b.AddTo(a.First(c), c + 3), c + 6);
+      sums[1][v] = last.AddTo(below.AddTo(b.First(c), c + 3), c + 6);
     }
   }
 };
 
-template <class B>
-void WeighRow(const FloatKernel& kernel, KyBW8* out, ptrdiff_t n, const float* const* rows) {
+template <Rectifier kRectifier, bool kFits, class Size>
+HWY_INLINE void WeighAt(const FloatKernel& kernel, KyBW8* const* out, ptrdiff_t x,
+                        const float* const* rows) {
+  const DI d;
+  VF sums[Size::kRows][kVectors];
+  Size::Sum(kernel, rows, x, sums);
+  for (int y = 0; y < Size::kRows; ++y) {
+    VI levels[kVectors];
+    for (int v = 0; v < kVectors; ++v) {
+      const VI r = Rectify<kRectifier>(Truncate<kFits>(sums[y][v]));
+      const VI limited = hn::Min(hn::Max(r, hn::Set(d, kernel.least)), hn::Set(d, kernel.greatest));
+      levels[v] = hn::Add(limited, hn::Set(d, kernel.offset));
+    }
+    StoreLevels(levels, out[y]);
+  }
+}
+template <Rectifier kRectifier, bool kFits, class Size>
+void WeighRows(const FloatKernel& kernel, Rows<KyBW8> out, const float* const* rows) {
+  KyBW8* to[Size::kRows];
   ptrdiff_t x = 0;
-  for (; x + B::kMostPlaces <= n; x += B::kMostPlaces) B::Weigh(kernel, out + x, x, rows);
-  if (x == n) return;
-  KyBW8 last[B::kMostPlaces];
-  B::Weigh(kernel, last, x, rows);
-  std::memcpy(out + x, last, static_cast<size_t>(n - x));
+  for (; x + kPlaces <= out.width; x += kPlaces) {
+    for (int y = 0; y < Size::kRows; ++y) to[y] = out.Row(y) + x;
+    WeighAt<kRectifier, kFits, Size>(kernel, to, x, rows);
+  }
+  if (x == out.width) return;
+  KyBW8 last[Size::kRows][kPlaces];
+  for (int y = 0; y < Size::kRows; ++y) to[y] = last[y];
+  WeighAt<kRectifier, kFits, Size>(kernel, to, x, rows);
+  for (int y = 0; y < Size::kRows; ++y)
+    std::memcpy(out.Row(y) + x, last[y], static_cast<size_t>(out.width - x));
 }
 
 template <Rectifier kRectifier, bool kFits>
-void Weigh(const FloatKernel& kernel, KyBW8* out, ptrdiff_t n, const float* const* rows) {
-  if (kernel.sizeX == 3 && kernel.sizeY == 3)
-    WeighRow<Block<kRectifier, kFits, 3>>(kernel, out, n, rows);
-  else
-    WeighRow<Block<kRectifier, kFits, 0>>(kernel, out, n, rows);
+void Weigh(const FloatKernel& kernel, Rows<KyBW8> out, const float* const* rows) {
+  if (kernel.sizeX == 3 && kernel.sizeY == 3 && out.height == Size3x3::kRows)
+    return WeighRows<kRectifier, kFits, Size3x3>(kernel, out, rows);
+  for (ptrdiff_t y = 0; y < out.height; ++y)
+    WeighRows<kRectifier, kFits, AnySize>(kernel, {out.Row(y), out.pitch, out.width, 1}, rows + y);
 }
 
 constexpr FloatRowKernels kKernels = {&Convert,

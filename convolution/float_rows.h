@@ -4,14 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "ky/pixels.h"
+#include "foundation/rows.h"
 
 namespace ky {
 
 enum Rectifier : int { kLeave, kNegative, kPositive, kMagnitude, kRectifiers };
 
-// out[x] = level of the sum of coefficient (i, j) * rows[j][x + i], j from 0 to sizeY - 1, i from 0
-// to sizeX - 1, x from 0 to n - 1. Rows are readable for kFloatSlack elements more.
+// Result (x, y) = level of the sum of coefficient (i, j) * rows[y + j][x + i], j from 0 to sizeY -
+// 1, i from 0 to sizeX - 1. Source rows are readable for kFloatSlack elements more.
 struct FloatKernel {
   std::ptrdiff_t sizeX, sizeY;
   const float* coefficients;
@@ -19,11 +19,13 @@ struct FloatKernel {
   std::int32_t least, greatest, offset;
 };
 inline constexpr std::ptrdiff_t kFloatSlack = 64;
+inline constexpr std::ptrdiff_t kFloatRowsAtOnce = 2;
 
 struct FloatRowKernels {
   void (*convert)(float* out, std::size_t n, const KyBW8* in);
-  // By rectifier, and whether all sums are known to be numbers that 32-bit integers hold.
-  void (*weigh[kRectifiers][2])(const FloatKernel& kernel, KyBW8* out, std::ptrdiff_t n,
+  // By rectifier, and whether all sums are known to be numbers that 32-bit integers hold. Rows of
+  // results at once, up to kFloatRowsAtOnce, share what they read.
+  void (*weigh[kRectifiers][2])(const FloatKernel& kernel, Rows<KyBW8> out,
                                 const float* const* rows);
 };
 
