@@ -360,6 +360,20 @@ HWY_INLINE void MapColorToGreySpan(const Op& op, KyBW8* out, size_t n, const KyC
   hn::StoreU(at(in + (n - lanes)), d, out + (n - lanes));
 }
 
+// Bit i is set where op(d, in[i]...), a mask, is true; of 64 elements.
+template <class Op, class... In>
+HWY_INLINE uint64_t TruthBits(const Op& op, const In*... in) {
+  const hn::ScalableTag<typename Op::Lane> d;
+  using Part = hwy::UnsignedFromSize<(hn::MaxLanes(d) + 7) / 8>;
+  uint64_t bits = 0;
+  for (size_t i = 0; i < 64; i += hn::MaxLanes(d)) {
+    Part part;
+    hn::StoreMaskBits(d, op(d, LoadLanes(d, in + i)...), reinterpret_cast<uint8_t*>(&part));
+    bits |= uint64_t{part} << i;
+  }
+  return bits;
+}
+
 // Bits of a byte, the most significant first: bit i of the `n` / 8 bytes is set where op(d, in[i])
 // is 255 and clear where it is 0; n is a multiple of 8.
 template <class Op>

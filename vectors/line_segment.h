@@ -8,6 +8,7 @@
 
 #include "foundation/point.h"
 #include "foundation/rows.h"
+#include "geometry/mirror_rows.h"
 
 namespace ky {
 
@@ -65,20 +66,27 @@ void TraceLineSegment(const LineSegment& line, std::ptrdiff_t begin, std::ptrdif
 }
 
 // The same with the pixels of the points, which lie inside; `row(pixels, n)` where they are n
-// pixels of a row from left to right.
+// pixels of a row, from its left end on even when the line comes from the right.
 template <class T, class Visit, class Row>
 void TraceLineSegment(const Rows<T>& rows, const LineSegment& line, std::ptrdiff_t begin,
                       std::ptrdiff_t end, Visit&& visit, Row&& row) noexcept {
-  const Point first = line.At(begin);
-  T* const pixels = rows.Row(first.y) + first.x;
-  if (line.AlongRow() > 0) {
-    row(pixels, end - begin);
-  } else if (line.AlongRow() < 0) {
-    for (std::ptrdiff_t i = 0; i < end - begin; ++i) visit(pixels[-i]);
+  if (line.AlongRow() != 0) {
+    const Point left = line.At(line.AlongRow() > 0 ? begin : end - 1);
+    row(rows.Row(left.y) + left.x, end - begin);
   } else {
     TraceLineSegment(line, begin, end,
                      [&](std::ptrdiff_t x, std::ptrdiff_t y) { visit(rows.Row(y)[x]); });
   }
+}
+
+inline void ReverseOrder(KyBW8* pixels, std::ptrdiff_t n) noexcept {
+  ChooseMirrorKernels().reverse(pixels, static_cast<std::size_t>(n));
+}
+inline void ReverseOrder(KyC24* pixels, std::ptrdiff_t n) noexcept {
+  ChooseMirrorKernels().reverseColors(pixels, static_cast<std::size_t>(n));
+}
+inline void ReverseOrder(KyBW16* pixels, std::ptrdiff_t n) noexcept {
+  std::reverse(pixels, pixels + n);
 }
 
 // Reads, writes or fills the pixels of the points from number `begin` to before `end`.
@@ -87,14 +95,20 @@ void ReadSegment(const Rows<const T>& rows, const LineSegment& line, std::ptrdif
                  std::ptrdiff_t end, T* to) noexcept {
   TraceLineSegment(
       rows, line, begin, end, [&](const T& pixel) { *to++ = pixel; },
-      [&](const T* pixels, std::ptrdiff_t n) { std::copy_n(pixels, n, to); });
+      [&](const T* pixels, std::ptrdiff_t n) {
+        std::copy_n(pixels, n, to);
+        if (line.AlongRow() < 0) ReverseOrder(to, n);
+      });
 }
 template <class T>
 void WriteSegment(const Rows<T>& rows, const LineSegment& line, std::ptrdiff_t begin,
                   std::ptrdiff_t end, const T* from) noexcept {
   TraceLineSegment(
       rows, line, begin, end, [&](T& pixel) { pixel = *from++; },
-      [&](T* pixels, std::ptrdiff_t n) { std::copy_n(from, n, pixels); });
+      [&](T* pixels, std::ptrdiff_t n) {
+        std::copy_n(from, n, pixels);
+        if (line.AlongRow() < 0) ReverseOrder(pixels, n);
+      });
 }
 template <class T>
 void FillSegment(const Rows<T>& rows, const LineSegment& line, std::ptrdiff_t begin,

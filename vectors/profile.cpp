@@ -78,34 +78,70 @@ void RepeatEnds(KyBW8* levels, ptrdiff_t n) {
   levels[n] = levels[n - 1];
 }
 
+// Elements with `reach` more on either side, where the first and the last one go on beyond the
+// ends, in pieces small beside a first cache.
+class Windows {
+ public:
+  bool Allocate(ptrdiff_t n, ptrdiff_t reach) noexcept {
+    n_ = n;
+    reach_ = reach;
+    piece_ = std::min(n, std::max(kPiece, 2 * reach));
+    return window_.Allocate(Longest());
+  }
+  ptrdiff_t Longest() const noexcept { return piece_ + 2 * reach_; }
+
+  // Runs `body(window, count, out)` for all pieces: window[i + reach] is the element of out[i].
+  // `out` may be `levels`.
+  template <class Body>
+  void Run(const KyBW8* levels, KyBW8* out, Body body) noexcept {
+    KyBW8* const window = window_.get();
+    const KyBW8 last = levels[n_ - 1];
+    KyBW8* end = std::fill_n(window, reach_, levels[0]);
+    ptrdiff_t next = 0;  // the element that comes at `end`
+    for (ptrdiff_t begin = 0; begin < n_; begin += piece_) {
+      const ptrdiff_t count = std::min(piece_, n_ - begin), behind = begin + count + reach_;
+      const ptrdiff_t real = std::max<ptrdiff_t>(std::min(n_, behind) - next, 0);
+      end = std::copy_n(levels + next, real, end);
+      end = std::fill_n(end, behind - next - real, last);
+      next = behind;
+      body(static_cast<const KyBW8*>(window), count, out + begin);
+      end = std::copy(end - 2 * reach_, end, window);
+    }
+  }
+
+ private:
+  static constexpr ptrdiff_t kPiece = 8192;
+
+  ptrdiff_t n_ = 0, reach_ = 0, piece_ = 0;
+  Scratch<KyBW8> window_;
+};
+
 // The extremes of windows of `passes` elements on either side, which is what so many passes come
 // to. Those of windows twice as long, or of any length up to that, are the extremes of two.
 template <ARITH_LOGIC_OPERATIONS kExtreme>
 KY_ERRORS Extremes(const char* name, KyBW8Vector* source, KyBW8Vector* destination,
                    unsigned passes) noexcept {
-  constexpr KyBW8 kNeutral = kExtreme == KY_OPER_MAX ? 0 : 255;
-  Scratch<KyBW8> buffers[2];
   ptrdiff_t reach = 0;
+  Windows windows;
+  Scratch<KyBW8> extremes;
   const auto prepare = [&](ptrdiff_t n) {
     reach = std::min<ptrdiff_t>(passes, n);
-    return buffers[0].Allocate(n + 2 * reach) && buffers[1].Allocate(n + 2 * reach);
+    return windows.Allocate(n, reach) && extremes.Allocate(windows.Longest());
   };
-  const auto body = [&](const KyBW8* levels, ptrdiff_t n, KyBW8* out) {
+  const auto body = [&](const KyBW8* levels, ptrdiff_t, KyBW8* out) {
     if (passes == 0) return;
-    const auto extremes = ky::ChooseOperatorKernels().combine[kExtreme];
-    KyBW8 *from = buffers[0].get(), *to = buffers[1].get();
-    std::fill_n(from, reach, kNeutral);
-    std::copy_n(levels, n, from + reach);
-    std::fill_n(from + reach + n, reach, kNeutral);
-    // from[i]: the extreme of the `length` elements from i on
-    const ptrdiff_t window = 2 * reach + 1;
-    ptrdiff_t length = 1, places = n + 2 * reach;
-    for (; 2 * length < window; length *= 2) {
-      places -= length;
-      extremes(to, static_cast<std::size_t>(places), from, from + length);
-      std::swap(from, to);
-    }
-    extremes(out, static_cast<std::size_t>(n), from, from + (window - length));
+    const auto combine = ky::ChooseOperatorKernels().combine[kExtreme];
+    windows.Run(levels, out, [&](const KyBW8* from, ptrdiff_t count, KyBW8* to) {
+      // from[i]: the extreme of the `length` elements from i on
+      const ptrdiff_t window = 2 * reach + 1;
+      ptrdiff_t length = 1, places = count + 2 * reach;
+      for (; 2 * length < window; length *= 2) {
+        places -= length;
+        combine(extremes.get(), static_cast<std::size_t>(places), from, from + length);
+        from = extremes.get();
+      }
+      combine(to, static_cast<std::size_t>(count), from, from + (window - length));
+    });
   };
   return Filter(name, source, destination, prepare, body);
 }
@@ -168,6 +204,18 @@ KY_ERRORS ImgConvolUniform(KyBW8Vector* source, KyBW8Vector* destination,
     KyBW8* const out = destination->GetDataPtr();
     if (length == 1) {
       std::copy_n(levels, n, out);
+      return KY_OK;
+    }
+    if (length <= ky::kLongestMean) {
+      Windows windows;
+      Scratch<std::uint16_t> sums;
+      if (!windows.Allocate(n, half) || !sums.Allocate(windows.Longest()))
+        return KY_ERROR_NOT_ENOUGH_MEMORY;
+      const auto means = ky::ChooseProfileKernels().uniform;
+      windows.Run(levels, out, [&](const KyBW8* window, ptrdiff_t count, KyBW8* to) {
+        means(to, static_cast<std::size_t>(count), window, static_cast<std::size_t>(length),
+              sums.get());
+      });
       return KY_OK;
     }
     Scratch<std::uint32_t> sums;

@@ -4,6 +4,8 @@
 
 #include "vectors/profile_rows.h"
 
+#include <bit>
+
 #include "foundation/dispatch.h"
 #include "foundation/rows-inl.h"
 
@@ -33,25 +35,49 @@ struct Binomial {
   }
 };
 
+struct Sum {
+  using Lane = uint16_t;
+  template <class D, class V, class... More>
+  HWY_INLINE V operator()(D, V a, V b, More... more) const {
+    V sum = hn::Add(a, b);
+    ((sum = hn::Add(sum, more)), ...);
+    return sum;
+  }
+};
+
+// By a number whose reciprocal, scaled to 16 bits and rounded up, gives exact results.
+struct Quotient {
+  using Lane = uint16_t;
+  uint16_t reciprocal;
+  int shift;
+
+  explicit HWY_INLINE Quotient(size_t divisor)
+      : reciprocal(0), shift(static_cast<int>(std::bit_width(divisor)) - 1) {
+    reciprocal = static_cast<uint16_t>((size_t{1} << (16 + shift)) / divisor + 1);
+  }
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V sum) const {
+    return hn::ShiftRightSame(hn::MulHigh(sum, hn::Set(d, reciprocal)), shift);
+  }
+};
+
+// From above `lower` to it or below, or from below `upper` to it or above.
 struct Transitions {
   using Lane = uint8_t;
-  KyBW8 threshold, edges;
+  KyBW8 lower, upper;
 
   template <class D, class V>
-  HWY_INLINE V operator()(D d, V before, V at) const {
-    const V t = hn::Set(d, threshold);
-    const auto notAbove = [&](V v) HWY_ATTR { return VecOfEqual(d, hn::Max(v, t), t); };
-    const auto notBelow = [&](V v) HWY_ATTR { return VecOfEqual(d, hn::Min(v, t), t); };
-    const V falling = hn::AndNot(notAbove(before), notAbove(at));
-    const V rising = hn::AndNot(notBelow(before), notBelow(at));
-    return hn::Or(hn::And(falling, hn::Set(d, edges & kFalling)),
-                  hn::And(rising, hn::Set(d, edges & kRising)));
+  HWY_INLINE hn::Mask<D> operator()(D d, V before, V at) const {
+    const auto notAbove = [&](V v) HWY_ATTR { return IsMax(hn::Set(d, lower), v); };
+    const auto notBelow = [&](V v) HWY_ATTR { return IsMax(v, hn::Set(d, upper)); };
+    return hn::Or(hn::AndNot(notAbove(before), notAbove(at)),
+                  hn::AndNot(notBelow(before), notBelow(at)));
   }
 
  private:
-  template <class D, class V>
-  static HWY_INLINE V VecOfEqual(D d, V a, V b) {
-    return hn::VecFromMask(d, hn::Eq(a, b));
+  template <class V>
+  static HWY_INLINE auto IsMax(V a, V b) {
+    return hn::Eq(hn::Max(a, b), a);
   }
 };
 
@@ -61,11 +87,48 @@ void MapSlope(KyBW8* out, size_t n, const KyBW8* before, const KyBW8* behind) {
 void MapBinomial(KyBW8* out, size_t n, const KyBW8* before, const KyBW8* at, const KyBW8* behind) {
   MapSpan(Binomial(), out, n, before, at, behind);
 }
-void MapTransitions(KyBW8* marks, size_t n, const KyBW8* levels, KyBW8 threshold, KyBW8 edges) {
-  MapSpan(Transitions{threshold, edges}, marks, n, levels - 1, levels);
+size_t FindTransitions(uint16_t* places, size_t n, const KyBW8* levels, KyBW8 threshold,
+                       KyBW8 edges) {
+  const Transitions passes{(edges & kFalling) != 0 ? threshold : KyBW8{255},
+                           (edges & kRising) != 0 ? threshold : KyBW8{0}};
+  uint16_t* next = places;
+  for (size_t i = 0; i < n; i += 64) {
+    uint64_t bits = TruthBits(passes, levels + i - 1, levels + i);
+    if (n - i < 64) bits &= ~(~uint64_t{0} << (n - i));
+    // The number of places is hard to predict, that of eights of them is not.
+    uint16_t* const end = next + std::popcount(bits);
+    for (; next < end; next += 8) {
+      for (int k = 0; k < 8; ++k, bits &= bits - 1)
+        next[k] = static_cast<uint16_t>(i + static_cast<size_t>(std::countr_zero(bits)));
+    }
+    next = end;
+  }
+  return static_cast<size_t>(next - places);
 }
 
-constexpr ProfileKernels kKernels = {&MapSlope, &MapBinomial, &MapTransitions};
+// Sums of twice as many levels, and of one more, for each digit of the number of levels.
+void Uniform(KyBW8* out, size_t n, const KyBW8* levels, size_t length, uint16_t* sums) {
+  size_t have = 1, places = n + length - 1;  // sums[i] is that of the `have` levels from i on
+  const auto twice = [&](const auto* from, bool andOne) HWY_ATTR {
+    places -= have + (andOne ? 1 : 0);
+    if (andOne)
+      MapSpan(Sum(), sums, places, from, from + have, levels + 2 * have);
+    else
+      MapSpan(Sum(), sums, places, from, from + have);
+    have = 2 * have + (andOne ? 1 : 0);
+  };
+  int digit = static_cast<int>(std::bit_width(length)) - 2;
+  for (; digit >= 0; --digit) {
+    const bool andOne = (length >> digit & 1) != 0;
+    if (have == 1)
+      twice(levels, andOne);
+    else
+      twice(sums, andOne);
+  }
+  MapSpan(Quotient(length), out, n, sums);
+}
+
+constexpr ProfileKernels kKernels = {&MapSlope, &MapBinomial, &Uniform, &FindTransitions};
 
 }  // namespace
 

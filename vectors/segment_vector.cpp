@@ -1,9 +1,7 @@
 // Generic vectors of points along line segments.
 #include <algorithm>
-#include <bit>
 #include <climits>
 #include <cstdint>
-#include <cstring>
 
 #include "foundation/frame.h"
 #include "ky/vector_operations.h"
@@ -81,49 +79,44 @@ void ReadLevels(const Rows<const KyBW8>& rows, const LineSegment& line, ptrdiff_
 class TransitionScan {
  public:
   TransitionScan(const LineSegment& line, int maxCount, std::int32_t* groups)
-      : line_(line), most_(maxCount < 1 ? INT_MAX : maxCount), next_(groups), groups_(groups) {}
+      : line_(line), most_(maxCount < 1 ? INT_MAX : maxCount), groups_(groups) {}
 
   // The number of records that count.
   int Run(const Rows<const KyBW8>& rows, KyBW8 threshold, KyBW8 edges) {
     constexpr ptrdiff_t kPiece = 4096;
-    KyBW8 levels[kPiece + 1], marks[kPiece + 8];
+    KyBW8 levels[1 + kPiece];
+    std::uint16_t places[kPiece + 8];
     const auto transitions = ky::ChooseProfileKernels().transitions;
     ReadLevels(rows, line_, 0, 1, levels);
     for (ptrdiff_t begin = 1; begin < line_.Count(); begin += kPiece) {
       const ptrdiff_t n = std::min(kPiece, line_.Count() - begin);
       ReadLevels(rows, line_, begin, begin + n, levels + 1);
-      transitions(marks, static_cast<std::size_t>(n), levels + 1, threshold, edges);
-      std::memset(marks + n, 0, 8);
-      if (!Record(begin, n, marks)) return most_ - 1;
+      const std::size_t found =
+          transitions(places, static_cast<std::size_t>(n), levels + 1, threshold, edges);
+      const int count = static_cast<int>(std::min(found, static_cast<std::size_t>(most_ - count_)));
+      Record(begin, places, count, levels);
+      if (count_ == most_) return most_ - 1;
       levels[0] = levels[n];
     }
-    return Recorded();
+    return count_;
   }
 
  private:
-  int Recorded() const { return static_cast<int>((next_ - groups_) / kGroup); }
-
-  // False when that makes as many as there may be. A mark is one bit of its byte, and eight bytes
-  // may be read at every multiple of eight.
-  bool Record(ptrdiff_t begin, ptrdiff_t n, const KyBW8* marks) {
-    for (ptrdiff_t i = 0; i < n; i += 8) {
-      std::uint64_t eight;
-      std::memcpy(&eight, marks + i, sizeof eight);
-      for (; eight != 0; eight &= eight - 1) {
-        const ptrdiff_t marked = i + std::countr_zero(eight) / 8;
-        const Point at = line_.At(begin + marked);
-        *next_++ = static_cast<std::int32_t>(at.x);
-        *next_++ = static_cast<std::int32_t>(at.y);
-        *next_++ = marks[marked];
-        if (Recorded() == most_) return false;
-      }
+  void Record(ptrdiff_t begin, const std::uint16_t* places, int count, const KyBW8* before) {
+    std::int32_t* group = groups_ + ptrdiff_t{count_} * kGroup;
+    for (int i = 0; i < count; ++i, group += kGroup) {
+      const ptrdiff_t place = places[i];
+      const Point at = line_.At(begin + place);
+      group[0] = static_cast<std::int32_t>(at.x);
+      group[1] = static_cast<std::int32_t>(at.y);
+      group[2] = before[place] < before[place + 1] ? ky::kRising : ky::kFalling;
     }
-    return true;
+    count_ += count;
   }
 
   const LineSegment& line_;
-  int most_;
-  std::int32_t *next_, *groups_;
+  int most_, count_ = 0;
+  std::int32_t* groups_;
 };
 
 }  // namespace
