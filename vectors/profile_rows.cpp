@@ -95,11 +95,14 @@ size_t FindTransitions(uint16_t* places, size_t n, const KyBW8* levels, KyBW8 th
   for (size_t i = 0; i < n; i += 64) {
     uint64_t bits = TruthBits(passes, levels + i - 1, levels + i);
     if (n - i < 64) bits &= ~(~uint64_t{0} << (n - i));
-    // The number of places is hard to predict, that of eights of them is not.
+    // The number of places is hard to predict, that of eights of them is not. When there is no bit
+    // left, the last one stands in without a branch.
     uint16_t* const end = next + std::popcount(bits);
     for (; next < end; next += 8) {
-      for (int k = 0; k < 8; ++k, bits &= bits - 1)
-        next[k] = static_cast<uint16_t>(i + static_cast<size_t>(std::countr_zero(bits)));
+      for (int k = 0; k < 8; ++k, bits &= bits - 1) {
+        const int first = std::countr_zero(bits | uint64_t{1} << 63);
+        next[k] = static_cast<uint16_t>(i + static_cast<size_t>(first));
+      }
     }
     next = end;
   }
