@@ -59,25 +59,6 @@ KY_ERRORS Filter(const char* name, KyBW8Vector* source, KyBW8Vector* destination
   });
 }
 
-// Levels with `margin` places on both sides.
-class Padded {
- public:
-  bool Allocate(ptrdiff_t n, ptrdiff_t margin) noexcept {
-    first_ = margin;
-    return levels_.Allocate(n + 2 * margin);
-  }
-  KyBW8* get() const noexcept { return levels_.get() + first_; }
-
- private:
-  ptrdiff_t first_ = 0;
-  Scratch<KyBW8> levels_;
-};
-
-void RepeatEnds(KyBW8* levels, ptrdiff_t n) {
-  levels[-1] = levels[0];
-  levels[n] = levels[n - 1];
-}
-
 // Elements with `reach` more on either side, where the first and the last one go on beyond the
 // ends, in pieces small beside a first cache.
 class Windows {
@@ -178,18 +159,20 @@ KY_ERRORS ImgGetProfilePeaks(KyBW8Vector* profile, KyPeaksVector* peaks, unsigne
 }
 
 KY_ERRORS ImgProfileDerivative(KyBW8Vector* source, KyBW8Vector* destination) noexcept {
-  Scratch<KyBW8> copy;
-  const auto prepare = [&](ptrdiff_t n) { return copy.Allocate(n); };
+  Windows windows;
+  const auto prepare = [&](ptrdiff_t n) { return windows.Allocate(n, 1); };
   const auto body = [&](const KyBW8* levels, ptrdiff_t n, KyBW8* out) {
-    const auto difference = [&](ptrdiff_t i, ptrdiff_t j) {
-      return static_cast<KyBW8>(std::clamp(copy[j] - copy[i] + 128, 0, 255));
+    const auto difference = [](int from, int to) {
+      return static_cast<KyBW8>(std::clamp(to - from + 128, 0, 255));
     };
-    std::copy_n(levels, n, copy.get());
-    if (n > 2)
-      ky::ChooseProfileKernels().slope(out + 1, static_cast<std::size_t>(n - 2), copy.get(),
-                                       copy.get() + 2);
-    out[0] = difference(0, std::min<ptrdiff_t>(1, n - 1));
-    out[n - 1] = difference(std::max<ptrdiff_t>(n - 2, 0), n - 1);
+    const KyBW8 first = difference(levels[0], levels[std::min<ptrdiff_t>(1, n - 1)]);
+    const KyBW8 last = difference(levels[std::max<ptrdiff_t>(n - 2, 0)], levels[n - 1]);
+    const auto slope = ky::ChooseProfileKernels().slope;
+    windows.Run(levels, out, [&](const KyBW8* window, ptrdiff_t count, KyBW8* to) {
+      slope(to, static_cast<std::size_t>(count), window, window + 2);
+    });
+    out[0] = first;
+    out[n - 1] = last;
   };
   return Filter("ImgProfileDerivative", source, destination, prepare, body);
 }
@@ -241,24 +224,21 @@ KY_ERRORS ImgConvolUniform(KyBW8Vector* source, KyBW8Vector* destination,
 
 KY_ERRORS ImgConvolBinomial(KyBW8Vector* source, KyBW8Vector* destination,
                             unsigned int passes) noexcept {
-  Padded buffers[2];
-  const auto prepare = [&](ptrdiff_t n) {
-    return buffers[0].Allocate(n, 1) && buffers[1].Allocate(n, 1);
-  };
-  const auto body = [&](const KyBW8* levels, ptrdiff_t n, KyBW8* out) {
-    if (passes == 0) return;
+  Windows windows;
+  const auto prepare = [&](ptrdiff_t n) { return windows.Allocate(n, 1); };
+  const auto body = [&](const KyBW8* levels, ptrdiff_t, KyBW8* out) {
     const auto smooth = ky::ChooseProfileKernels().binomial;
-    const auto count = static_cast<std::size_t>(n);
-    KyBW8 *from = buffers[0].get(), *to = buffers[1].get();
-    std::memcpy(from, levels, count);
-    for (unsigned pass = 0; pass < passes; ++pass) {
-      RepeatEnds(from, n);
-      smooth(to, count, from - 1, from, from + 1);
-      std::swap(from, to);
-      // Each pass lowers the sum of the levels or, with the sum the same, that of their squares.
-      if (std::memcmp(from, to, count) == 0) break;
+    // Each pass lowers the sum of the levels or, with the sum the same, that of their squares; or
+    // it changes nothing, and no later one will.
+    bool changed = true;
+    for (unsigned pass = 0; pass < passes && changed; ++pass, levels = out) {
+      changed = false;
+      windows.Run(levels, out, [&](const KyBW8* window, ptrdiff_t count, KyBW8* to) {
+        const auto n = static_cast<std::size_t>(count);
+        smooth(to, n, window, window + 1, window + 2);
+        changed = changed || std::memcmp(to, window + 1, n) != 0;
+      });
     }
-    std::memcpy(out, from, count);
   };
   return Filter("ImgConvolBinomial (KyBW8Vector)", source, destination, prepare, body);
 }

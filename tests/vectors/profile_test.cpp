@@ -83,6 +83,7 @@ TEST(Profile, Filters) {
     std::vector<int> sizes;
     for (int n = 0; n <= 2 * kLongestVector + 3; ++n) sizes.push_back(n);
     sizes.push_back(1000);
+    sizes.push_back(17000);  // filtered in pieces
     for (const int n : sizes) {
       SCOPED_TRACE(n);
       if (::testing::Test::HasFailure()) return;
@@ -100,7 +101,7 @@ TEST(Profile, Filters) {
         CheckFilter(v, with([](auto... a) { return ImgConvolBinomial(a...); }),
                     Passes(v, passes, binomial));
       }
-      for (int half : {0, 1, 2, 5, (n - 1) / 2})
+      for (int half : {0, 1, 2, 5, 100, 101, std::min((n - 1) / 2, 499)})
         if (n >= 2 * half + 1)
           CheckFilter(
               v, [&](auto... a) { return ImgConvolUniform(a..., static_cast<unsigned>(half)); },
