@@ -48,13 +48,12 @@ struct Sum {
 // By a number whose reciprocal, scaled to 16 bits and rounded up, gives exact results.
 struct Quotient {
   using Lane = uint16_t;
-  uint16_t reciprocal;
   int shift;
+  uint16_t reciprocal;
 
   explicit HWY_INLINE Quotient(size_t divisor)
-      : reciprocal(0), shift(static_cast<int>(std::bit_width(divisor)) - 1) {
-    reciprocal = static_cast<uint16_t>((size_t{1} << (16 + shift)) / divisor + 1);
-  }
+      : shift(static_cast<int>(std::bit_width(divisor)) - 1),
+        reciprocal(static_cast<uint16_t>((size_t{1} << (16 + shift)) / divisor + 1)) {}
   template <class D, class V>
   HWY_INLINE V operator()(D d, V sum) const {
     return hn::ShiftRightSame(hn::MulHigh(sum, hn::Set(d, reciprocal)), shift);
@@ -120,8 +119,7 @@ void Uniform(KyBW8* out, size_t n, const KyBW8* levels, size_t length, uint16_t*
       MapSpan(Sum(), sums, places, from, from + have);
     have = 2 * have + (andOne ? 1 : 0);
   };
-  int digit = static_cast<int>(std::bit_width(length)) - 2;
-  for (; digit >= 0; --digit) {
+  for (int digit = static_cast<int>(std::bit_width(length)) - 2; digit >= 0; --digit) {
     const bool andOne = (length >> digit & 1) != 0;
     if (have == 1)
       twice(levels, andOne);
