@@ -113,6 +113,20 @@ HWY_INLINE void MapSpan(const Op& op, Out* out, size_t n, const In*... in) {
   StoreLanes(d, last, out + (n - lanes));
 }
 
+// out[i] = table[places[i]], one after the other: `out` may be `places`. The compiler is kept from
+// collecting the results in vectors or words, which takes longer than their stores.
+template <class T, class Place>
+HWY_INLINE void LookUpEach(T* out, size_t n, const Place* places, const T* table) {
+  const auto lookUp = [=](size_t i) HWY_ATTR {
+    out[i] = table[places[i]];
+    __asm__ volatile("" : : : "memory");
+  };
+  size_t i = 0;
+  for (; i + 4 <= n; i += 4)
+    for (size_t k = 0; k < 4; ++k) lookUp(i + k);
+  for (; i < n; ++i) lookUp(i);
+}
+
 // What stands kLanes elements behind `here` in a row that goes on with `next`. Vectors of one lane
 // have no such place for more than one.
 template <size_t kLanes, class D>

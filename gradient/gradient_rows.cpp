@@ -64,7 +64,7 @@ void LookUpStored(KyBW8* out, size_t n, const KyBW32* gradients, const GradientT
   for (size_t i = 0; i < n; i += kPiece) {
     const size_t length = std::min(kPiece, n - i);
     MapSpan(Offset{table.pitch}, offsets, length, reinterpret_cast<const int32_t*>(gradients + i));
-    for (size_t k = 0; k < length; ++k) out[i + k] = table.first[offsets[k]];
+    LookUpEach(out + i, length, offsets, table.first);
   }
 }
 void LookUp(Rows<KyBW8> out, const KyBW8* const* rows, const GradientTable& table) {

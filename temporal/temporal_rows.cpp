@@ -123,8 +123,7 @@ struct Level {
   }
 };
 
-// Tables are read a pixel at a time, between vector loops over a piece that stays in the first
-// cache.
+// Between vector loops over a piece that stays in the first cache.
 void Recur(const KyBW8* source, KyBW16* state, KyBW8* destination, size_t n,
            const KyBW16* changes) {
   constexpr size_t kPiece = 512;
@@ -133,7 +132,7 @@ void Recur(const KyBW8* source, KyBW16* state, KyBW8* destination, size_t n,
     const size_t length = std::min(kPiece, n - i);
     auto* const states = reinterpret_cast<int16_t*>(state + i);
     MapSpan(Place(), piece, length, source + i, states);
-    for (size_t k = 0; k < length; ++k) piece[k] = static_cast<int16_t>(changes[piece[k]]);
+    LookUpEach(reinterpret_cast<uint16_t*>(piece), length, piece, changes);
     MapSpan(Change(), states, length, states, piece);
     MapSpan(Level(), destination + i, length, states);
   }
