@@ -116,6 +116,17 @@ HWY_INLINE void StorePixels(D, hn::Vec<D> v, KyC24* to) {
 #if HWY_TARGET == HWY_SCALAR
   const uint32_t pixel = hn::GetLane(v);
   std::memcpy(to, &pixel, sizeof *to);
+#elif HWY_TARGET == HWY_AVX3_DL
+  const hn::Repartition<uint8_t, D> bytes;
+  HWY_ALIGN static constexpr auto kTogether = [] {
+    struct {
+      uint8_t from[64] = {};
+    } table;
+    for (int i = 0; i < 48; ++i) table.from[i] = static_cast<uint8_t>(i / 3 * 4 + i % 3);
+    return table;
+  }();
+  const auto pixels = _mm512_permutexvar_epi8(hn::Load(bytes, kTogether.from).raw, v.raw);
+  _mm512_mask_storeu_epi8(to, 0xFFFFFFFFFFFF, pixels);
 #else
   // Four pixels of a block come together in its first 12 bytes.
   const hn::Repartition<uint8_t, D> bytes;
