@@ -160,7 +160,7 @@ HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_
   spans.StartBehindNothing();
   KyBW8* out = row + half - (spans.kBehind + 1) * lanes;
   const auto neutralTo = [](KyBW8* from, ptrdiff_t count) {
-    if (count > 0) std::memset(from, Op::kNeutral, static_cast<size_t>(count));
+    std::memset(from, Op::kNeutral, static_cast<size_t>(std::max<ptrdiff_t>(count, 0)));
   };
   neutralTo(row, half - (spans.kBehind + 1) * lanes);
   const auto put = [&](V v) HWY_ATTR {
