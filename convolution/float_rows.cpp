@@ -51,6 +51,7 @@ HWY_INLINE VI Rectify(VI r) {
 constexpr int kVectors = 4;
 constexpr ptrdiff_t kLanes = hn::MaxLanes(DF());
 constexpr ptrdiff_t kPlaces = kVectors * kLanes;
+static_assert(kPlaces <= kFloatSlack);
 
 // Stores lanes of 0 to 255 as bytes.
 HWY_INLINE void StoreLevels(const VI (&levels)[kVectors], KyBW8* out) {

@@ -64,7 +64,7 @@ HWY_INLINE void StorePart(D d, hn::Vec<D> v, T* to, size_t n) {
 }
 
 // Asks for kBytes that stand `bytes` further on than a place in a row. They may lie beyond the
-// pixels: what is asked for is no pointer. (Inlined always: g++ 12 drops calls of functions that
+// pixels, where a pointer may not point. (Inlined always: g++ 12 drops calls of functions that
 // only ask.)
 template <size_t kBytes>
 HWY_INLINE void AskFor([[maybe_unused]] const void* place, [[maybe_unused]] ptrdiff_t bytes) {

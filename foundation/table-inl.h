@@ -38,7 +38,8 @@ class Table256 {
     const auto half = [&](int i) HWY_ATTR {
       return hn::Vec<D>{_mm512_permutex2var_epi8(quarters_[i].raw, v.raw, quarters_[i + 1].raw)};
     };
-    return hn::IfThenElse(hn::MaskFromVec(v), half(2), half(0));
+    const hn::Mask<D> isUpper{_mm512_movepi8_mask(v.raw)};
+    return hn::IfThenElse(isUpper, half(2), half(0));
   }
 
  private:

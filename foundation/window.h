@@ -225,7 +225,8 @@ KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border bord
                         const WindowKernel<Run>& kernel) noexcept {
   return WindowWalk<T, Out>(kernel.radius, border, kernel.lanes).Run(destination, source, kernel);
 }
-// The same with another kernel, of the same radius, for the windows that reach over the border.
+// The same with another kernel, of the same radius and vector length, for the windows that reach
+// over the border.
 template <class T, class Out, class Run>
 KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
                         const WindowKernel<Run>& inside, const WindowKernel<Run>& frame) noexcept {

@@ -4,8 +4,6 @@
 
 #include "morphology/extremes_rows.h"
 
-#include <hwy/cache_control.h>
-
 #include <algorithm>
 #include <bit>
 
@@ -111,7 +109,7 @@ HWY_INLINE void GatherInside(KyBW8* out, ptrdiff_t n, const KyBW8* in) {
     const ptrdiff_t behind = spans.kBehind * Lanes();
     if (behind + Lanes() <= n) spans.Start(in);
     for (; x + behind + Lanes() <= n; x += Lanes()) {
-      hwy::Prefetch(in + x + kAhead);
+      AskFor<hn::MaxLanes(D())>(in + x, kAhead);
       hn::StoreU(spans.Next(in + x + behind), d, out + x);
     }
   }
@@ -157,6 +155,7 @@ HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_
   const ptrdiff_t lanes = Lanes();
   const V neutral = hn::Set(d, Op::kNeutral);
   Spans<Op, kSpan> spans;
+  static_assert((spans.kBehind + 1) * hn::MaxLanes(D()) <= kRowFront);
   spans.StartBehindNothing();
   KyBW8* out = row + half - (spans.kBehind + 1) * lanes;
   const auto neutralTo = [](KyBW8* from, ptrdiff_t count) {
@@ -169,7 +168,7 @@ HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_
   };
   put(spans.Next(neutral, Behind<1>(d, neutral, hn::LoadU(d, in))));
   for (ptrdiff_t x = 0; x + lanes < n; x += lanes) {
-    hwy::Prefetch(in + x + kAhead);
+    AskFor<hn::MaxLanes(D())>(in + x, kAhead);
     put(spans.Next(in + x));
   }
   for (int i = 0; i < spans.kBehind; ++i) put(spans.Next(neutral, neutral));
@@ -201,6 +200,7 @@ HWY_INLINE ptrdiff_t GatherLongest(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptr
       if (2 * kSpan <= 2 * half + 1) return GatherLongest<Op, 2 * kSpan>(row, n, in, half);
     }
     const ptrdiff_t least = 2 * Lanes();
+    static_assert(2 * hn::MaxLanes(D()) <= kLeastRow);
     HWY_ALIGN KyBW8 few[2 * hn::MaxLanes(D())];
     if (n < least) {
       std::fill(std::copy_n(in, n, few), few + least, Op::kNeutral);
@@ -275,7 +275,7 @@ HWY_INLINE void AcrossStrip(const RowBlock& block, ptrdiff_t x, ptrdiff_t part) 
       extreme[k] = Op()(extreme[k], hn::LoadU(d, row + k * lanes));
       const V result = Op()(extreme[k], hn::LoadU(d, before + k * lanes));
       // The next strip's line: processors foresee rows, but not strips.
-      if (k * lanes % 64 == 0) hwy::Prefetch(out + (kVectors + k) * lanes);
+      if (k * lanes % 64 == 0) AskFor<64>(out, (kVectors + k) * lanes);
       if (part < lanes)
         StorePart(d, result, out, static_cast<size_t>(part));
       else

@@ -11,7 +11,8 @@ enum class Extreme { kMaximum, kMinimum };
 
 // Readable and writable bytes that the kernels want behind the rows of scratch that they are given.
 inline constexpr std::ptrdiff_t kRowSlack = 64;
-// Those that they want in front of the scratch `row`, which is for so many elements at least.
+// Those that they want in front of the scratch `row`, and the elements that this has room for even
+// when there are fewer.
 inline constexpr std::ptrdiff_t kRowFront = 384, kLeastRow = 128;
 
 // One block of the running extremes of n rows, in columns from..to - 1 of every pointer:

@@ -123,7 +123,7 @@ struct Level {
   }
 };
 
-// Between vector loops over a piece that stays in the first cache.
+// The table is read between vector loops over a piece that stays in the first cache.
 void Recur(const KyBW8* source, KyBW16* state, KyBW8* destination, size_t n,
            const KyBW16* changes) {
   constexpr size_t kPiece = 512;

@@ -82,7 +82,7 @@ class Windows {
     for (ptrdiff_t begin = 0; begin < n_; begin += piece_) {
       const ptrdiff_t count = std::min(piece_, n_ - begin), behind = begin + count + reach_;
       const ptrdiff_t real = std::max<ptrdiff_t>(std::min(n_, behind) - next, 0);
-      end = std::copy_n(levels + next, real, end);
+      end = std::copy_n(levels + std::min(next, n_), real, end);
       end = std::fill_n(end, behind - next - real, last);
       next = behind;
       body(static_cast<const KyBW8*>(window), count, out + begin);

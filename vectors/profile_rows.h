@@ -18,12 +18,12 @@ struct ProfileKernels {
   MapKernel<KyBW8, KyBW8, KyBW8> slope;            // of the elements before and behind
   MapKernel<KyBW8, KyBW8, KyBW8, KyBW8> binomial;  // of those, with the element itself in between
   // The truncated means of the `length` levels from each on, an odd number up to kLongestMean, for
-  // which there is room for n + length sums.
+  // which there is room for n + length - 1 sums.
   void (*uniform)(KyBW8* out, std::size_t n, const KyBW8* levels, std::size_t length,
                   std::uint16_t* sums);
   // Finds where levels pass the threshold in the ways of `edges`: from below it to it or above,
-  // from above it to it or below. levels[-1] comes first. Answers the number of places; eight more
-  // are written, and levels are read up to a multiple of 64.
+  // from above it to it or below. levels[-1] comes first. Answers the number of places; up to seven
+  // more are written, and levels are read up to a multiple of 64.
   std::size_t (*transitions)(std::uint16_t* places, std::size_t n, const KyBW8* levels,
                              KyBW8 threshold, KyBW8 edges);
 };

@@ -84,7 +84,7 @@ class TransitionScan {
   // The number of records that count.
   int Run(const Rows<const KyBW8>& rows, KyBW8 threshold, KyBW8 edges) {
     constexpr ptrdiff_t kPiece = 4096;
-    KyBW8 levels[1 + kPiece];
+    KyBW8 levels[1 + kPiece] = {};
     std::uint16_t places[kPiece + 8];
     const auto transitions = ky::ChooseProfileKernels().transitions;
     ReadLevels(rows, line_, 0, 1, levels);
