@@ -54,10 +54,16 @@ HWY_INLINE auto OddBytes(D, hn::Vec<D> v) {
 }
 #endif
 
-// The sum of all lanes.
+// The sum of all lanes, which may wrap. (g++ adds up 64 bytes as signed numbers, which may not.)
 template <class V>
 HWY_INLINE auto SumOfAll(V v) {
-  return hn::GetLane(hn::SumOfLanes(hn::DFromV<V>(), v));
+  const hn::DFromV<V> d;
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+  const hn::Half<decltype(d)> half;
+  return hn::GetLane(hn::SumOfLanes(half, hn::Add(hn::LowerHalf(half, v), hn::UpperHalf(half, v))));
+#else
+  return hn::GetLane(hn::SumOfLanes(d, v));
+#endif
 }
 
 // The sum of 8-bit elements.
