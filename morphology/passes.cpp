@@ -212,7 +212,7 @@ std::ptrdiff_t ExtremePass::Copy(std::ptrdiff_t ready, Lines<const KyBW8> in,
 std::ptrdiff_t ExtremePass::RowsInUse(std::ptrdiff_t step) const noexcept {
   const bool allRows =
       (element_.HasBox() && box_.IsTall()) || (element_.crosses > 0 && diamond_.NeedsRounds());
-  const std::ptrdiff_t behind = 2 * element_.halfHeight + 4 * element_.crosses + 3;
+  const std::ptrdiff_t behind = 3 * element_.halfHeight + 4 * element_.crosses + 3;
   return allRows ? height_ : std::min(height_, step + behind);
 }
 

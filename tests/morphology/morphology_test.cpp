@@ -173,6 +173,45 @@ TEST(Morphology, CompositesByBoxesAndDisks) {
   }
 }
 
+// Windows of one block of rows or of several, some with rows that no block takes.
+TEST(Morphology, TallWindowsOnSparsePictures) {
+  Random random(8);
+  for (const unsigned half : {13u, 14u, 17u, 29u, 50u, 61u, 150u}) {
+    SCOPED_TRACE(half);
+    Grey picture(70, 3 * static_cast<int>(half) + 7, 100);
+    for (int i = 0; i < 60; ++i)
+      picture.pixels[random() % picture.pixels.size()] = static_cast<KyBW8>(random());
+    const Grey dilation = Line(picture, true, half, 0, 1),
+               erosion = Line(picture, false, half, 0, 1);
+    ForEachPath([&](const std::string&) {
+      Canvas<KyBW8> canvas(picture, {1, 2, 3}, random), out(picture, {}, random);
+      ASSERT_EQ(ImgErodeBox(canvas.roi(), out.roi(), 0, half), KY_OK);
+      EXPECT_TRUE(Same(erosion, out.Get()));
+      ASSERT_EQ(ImgDilateBox(canvas.roi(), nullptr, 0, half), KY_OK);
+      EXPECT_TRUE(Same(dilation, canvas.Get()));
+    });
+  }
+}
+
+// Rows that wait between the parts of a composite are as many as its blocks and its height ask for.
+TEST(Morphology, CompositesAreTheirPartsAtEveryHeight) {
+  Random random(9);
+  for (const Element& element : {Box(0, 5), Box(0, 7), Box(0, 12), Box(1, 31), Disk(7), Disk(13)}) {
+    for (int height = 1; height < 140; ++height) {
+      SCOPED_TRACE(Name(element) + ", " + std::to_string(height) + " rows");
+      Canvas<KyBW8> source(5, height, {}, random), out(5, height, {}, random);
+      Canvas<KyBW8> dilated(5, height, {}, random), eroded(5, height, {}, random);
+      ASSERT_EQ(kDilate.Run(element, source.roi(), dilated.roi()), KY_OK);
+      ASSERT_EQ(kErode.Run(element, source.roi(), eroded.roi()), KY_OK);
+      ASSERT_EQ(kGradient.Run(element, source.roi(), out.roi()), KY_OK);
+      ASSERT_TRUE(Same(Minus(dilated.Get(), eroded.Get()), out.Get()));
+      ASSERT_EQ(kDilate.Run(element, eroded.roi(), nullptr), KY_OK);
+      ASSERT_EQ(kOpen.Run(element, source.roi(), out.roi()), KY_OK);
+      ASSERT_TRUE(Same(eroded.Get(), out.Get()));
+    }
+  }
+}
+
 // A large element is its parts one after the other. These go by tiles of columns or by several
 // rounds of crosses, and their gradients through whole images.
 TEST(Morphology, ElementsLargerThanTheScratch) {
@@ -182,7 +221,7 @@ TEST(Morphology, ElementsLargerThanTheScratch) {
     std::vector<std::pair<Element, int>> parts;  // and how often
   };
   const Case cases[] = {
-      {Box(301, 303), {1300, 900}, {{Box(50, 3), 6}, {Box(1, 0), 1}, {Box(0, 57), 5}}},
+      {Box(301, 403), {1900, 860}, {{Box(50, 3), 6}, {Box(1, 0), 1}, {Box(0, 77), 5}}},
       {Disk(700), {2000, 24}, {{Box(50), 7}, {Disk(1), 350}}},
   };
   Random random(5);
