@@ -150,7 +150,8 @@ HWY_INLINE void GatherPadded(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t
 // The same by whole vectors, the first of them in front of `row`, for longer spans. n is two
 // vectors or more.
 template <class Op, int kSpan>
-HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t half) {
+HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t half,
+                              const KyBW8* soon) {
   const D d;
   const ptrdiff_t lanes = Lanes();
   const V neutral = hn::Set(d, Op::kNeutral);
@@ -169,6 +170,8 @@ HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_
   put(spans.Next(neutral, Behind<1>(d, neutral, hn::LoadU(d, in))));
   for (ptrdiff_t x = 0; x + lanes < n; x += lanes) {
     AskFor<hn::MaxLanes(D())>(in + x, kAhead);
+    // Shorter spans leave the memory no time for more.
+    if constexpr (kSpan > 8) AskFor<hn::MaxLanes(D())>(soon, x);
     put(spans.Next(in + x));
   }
   for (int i = 0; i < spans.kBehind; ++i) put(spans.Next(neutral, neutral));
@@ -189,7 +192,8 @@ HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_
 // The same for the longest span of a power of two that is longer than neither a vector nor the
 // window, which is 9 elements or more. The span is returned.
 template <class Op, int kSpan = 8>
-HWY_INLINE ptrdiff_t GatherLongest(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t half) {
+HWY_INLINE ptrdiff_t GatherLongest(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t half,
+                                   const KyBW8* soon) {
   if constexpr (hn::MaxLanes(D()) == 1) {
     std::fill_n(row, half, Op::kNeutral);
     std::copy_n(in, n, row + half);
@@ -197,7 +201,7 @@ HWY_INLINE ptrdiff_t GatherLongest(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptr
     return 1;
   } else {
     if constexpr (2 * kSpan <= hn::MaxLanes(D())) {
-      if (2 * kSpan <= 2 * half + 1) return GatherLongest<Op, 2 * kSpan>(row, n, in, half);
+      if (2 * kSpan <= 2 * half + 1) return GatherLongest<Op, 2 * kSpan>(row, n, in, half, soon);
     }
     const ptrdiff_t least = 2 * Lanes();
     static_assert(2 * hn::MaxLanes(D()) <= kLeastRow);
@@ -206,7 +210,7 @@ HWY_INLINE ptrdiff_t GatherLongest(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptr
       std::fill(std::copy_n(in, n, few), few + least, Op::kNeutral);
       in = few;
     }
-    GatherBetween<Op, kSpan>(row, std::max(n, least), in, half);
+    GatherBetween<Op, kSpan>(row, std::max(n, least), in, half, soon);
     return kSpan;
   }
 }
@@ -237,12 +241,13 @@ HWY_INLINE void GatherVectors(KyBW8* row, ptrdiff_t n, KyBW8* spare, ptrdiff_t c
 // ones, those of a vector are joined by a doubling or by running extremes of whole vectors, until
 // four do.
 template <class Op>
-void Along(KyBW8* out, ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare, ptrdiff_t half) {
+void Along(KyBW8* out, ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare, ptrdiff_t half,
+           const KyBW8* soon) {
   const ptrdiff_t window = 2 * half + 1;
   if (half == 1) return GatherPadded<Op, 3>(out, n, in, half);
   if (half == 2) return GatherPadded<Op, 5>(out, n, in, half);
   if (half == 3) return GatherPadded<Op, 7>(out, n, in, half);
-  ptrdiff_t span = GatherLongest<Op>(row, n, in, half);
+  ptrdiff_t span = GatherLongest<Op>(row, n, in, half, soon);
   if (window > 4 * span && window <= 8 * span) {
     Gather<Op>(row, n + window - 2 * span, row, 0, span);
     span *= 2;
@@ -260,48 +265,112 @@ void Along(KyBW8* out, ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare, p
     Gather<Op>(out, n, row, 0, span, 2 * span, last);
 }
 
-// A strip of some vectors through the rows of a block. Of a strip that reaches beyond the block,
-// `part` elements are written to the output.
+// Some vectors of a row, joined with those of others.
 template <class Op, int kVectors>
-HWY_INLINE void AcrossStrip(const RowBlock& block, ptrdiff_t x, ptrdiff_t part) {
-  const D d;
-  const ptrdiff_t lanes = Lanes();
-  V extreme[kVectors];
-  for (V& v : extreme) v = hn::Set(d, Op::kNeutral);
-  for (ptrdiff_t i = 0; i < block.outputs; ++i) {
-    const KyBW8 *const row = block.rows[i] + x, *const before = block.before[i] + x;
-    KyBW8* const out = block.out[i] + x;
-    for (int k = 0; k < kVectors; ++k) {
-      extreme[k] = Op()(extreme[k], hn::LoadU(d, row + k * lanes));
-      const V result = Op()(extreme[k], hn::LoadU(d, before + k * lanes));
-      // The next strip's line: processors foresee rows, but not strips.
-      if (k * lanes % 64 == 0) AskFor<64>(out, (kVectors + k) * lanes);
-      if (part < lanes)
-        StorePart(d, result, out, static_cast<size_t>(part));
-      else
-        hn::StoreU(result, d, out + k * lanes);
-    }
+struct Column {
+  HWY_INLINE Column() {
+    for (V& e : extreme) e = hn::Set(D(), Op::kNeutral);
   }
-  if (block.suffixFrom >= block.suffixEnd) return;
-  const KyBW8* const last = block.rows[block.suffixEnd - 1] + x;
-  for (int k = 0; k < kVectors; ++k) extreme[k] = hn::LoadU(d, last + k * lanes);
-  for (ptrdiff_t i = block.suffixEnd - 2; i >= block.suffixFrom; --i) {
-    KyBW8* const row = block.rows[i] + x;
-    for (int k = 0; k < kVectors; ++k) {
-      extreme[k] = Op()(extreme[k], hn::LoadU(d, row + k * lanes));
-      hn::StoreU(extreme[k], d, row + k * lanes);
-    }
+  HWY_INLINE explicit Column(const KyBW8* row) {
+    for (int k = 0; k < kVectors; ++k) extreme[k] = hn::LoadU(D(), row + k * Lanes());
+  }
+  HWY_INLINE void Join(const KyBW8* row) {
+    for (int k = 0; k < kVectors; ++k)
+      extreme[k] = Op()(extreme[k], hn::LoadU(D(), row + k * Lanes()));
+  }
+  HWY_INLINE void Put(KyBW8* row) const {
+    for (int k = 0; k < kVectors; ++k) hn::StoreU(extreme[k], D(), row + k * Lanes());
+  }
+
+  V extreme[kVectors];
+};
+
+// out = extreme(a, b). Of a strip that reaches beyond its block, `part` elements are written.
+template <class Op, int kVectors>
+HWY_INLINE void PutResult(const Column<Op, kVectors>& a, const Column<Op, kVectors>& b, KyBW8* out,
+                          ptrdiff_t part) {
+  for (int k = 0; k < kVectors; ++k) {
+    const V result = Op()(a.extreme[k], b.extreme[k]);
+    // The next strip's line: processors foresee rows, but not strips.
+    if (k * Lanes() % 64 == 0) AskFor<64>(out, (kVectors + k) * Lanes());
+    if (part < Lanes())
+      StorePart(D(), result, out, static_cast<size_t>(part));
+    else
+      hn::StoreU(result, D(), out + k * Lanes());
   }
 }
 
-// Strips are some lines of a cache wide, also where a vector is one element.
+// A strip of some vectors through the rows of a block.
+template <class Op, int kVectors>
+HWY_INLINE void AcrossStrip(const RowBlock& block, ptrdiff_t x, ptrdiff_t part) {
+  using Strip = Column<Op, kVectors>;
+  const ptrdiff_t width = kVectors * Lanes(), n = block.n, outputs = block.outputs;
+  KyBW8* const strip = block.strip;
+  if (outputs > 0) {
+    const KyBW8* const* const first = block.first;
+    Strip toEnd;
+    for (ptrdiff_t i = 0; i < block.betweens; ++i) toEnd.Join(block.between[i] + x);
+    for (ptrdiff_t i = n - 1; i >= 0; --i) {
+      toEnd.Join(first[i] + x);
+      toEnd.Put(strip + i * width);
+    }
+  }
+  const KyBW8* const* const last = block.last;
+  KyBW8* const* const out = block.out;
+  Strip fromStart;
+  for (ptrdiff_t i = 0; i < outputs; ++i) {
+    fromStart.Join(last[i] + x);
+    PutResult(fromStart, Strip(strip + i * width), out[i] + x, part);
+  }
+  if (block.total == nullptr) return;
+  for (ptrdiff_t i = outputs; i < n; ++i) fromStart.Join(last[i] + x);
+  fromStart.Put(block.total + x);
+}
+
+// The same of windows of kRows + 1 rows, in registers.
+template <class Op, int kRows, int kVectors>
+HWY_INLINE void AcrossFew(const RowBlock& block, ptrdiff_t x) {
+  using Strip = Column<Op, kVectors>;
+  Strip toEnd[kRows];
+  toEnd[kRows - 1] = Strip(block.first[kRows - 1] + x);
+  for (int i = kRows - 2; i >= 0; --i) {
+    toEnd[i] = toEnd[i + 1];
+    toEnd[i].Join(block.first[i] + x);
+  }
+  Strip fromStart;
+  for (int i = 0; i < kRows; ++i) {
+    fromStart.Join(block.last[i] + x);
+    PutResult(fromStart, toEnd[i], block.out[i] + x, Lanes());
+  }
+}
+
+// Strips are some lines of a cache wide, also where a vector is one element. kRows is 0 for any
+// number of them.
+template <class Op, int kRows>
+void AcrossStrips(const RowBlock& block) {
+  constexpr int kVectors = kStripWidth / hn::MaxLanes(D());
+  ptrdiff_t x = block.from;
+  for (; x + kVectors * Lanes() <= block.to; x += kVectors * Lanes()) {
+    if constexpr (kRows > 0)
+      AcrossFew<Op, kRows, kVectors>(block, x);
+    else
+      AcrossStrip<Op, kVectors>(block, x, Lanes());
+  }
+  for (; x < block.to; x += Lanes()) AcrossStrip<Op, 1>(block, x, std::min(Lanes(), block.to - x));
+}
+
 template <class Op>
 void Across(const RowBlock& block) {
-  constexpr int kVectors = hn::MaxLanes(D()) == 1 ? 64 : 4;
-  ptrdiff_t x = block.from;
-  for (; x + kVectors * Lanes() <= block.to; x += kVectors * Lanes())
-    AcrossStrip<Op, kVectors>(block, x, Lanes());
-  for (; x < block.to; x += Lanes()) AcrossStrip<Op, 1>(block, x, std::min(Lanes(), block.to - x));
+  const bool isFew = block.betweens == 0 && block.outputs == block.n && block.total == nullptr;
+  if (hn::MaxLanes(D()) == 1 || !isFew) return AcrossStrips<Op, 0>(block);
+  switch (block.n) {
+    case 1: return AcrossStrips<Op, 1>(block);
+    case 2: return AcrossStrips<Op, 2>(block);
+    case 3: return AcrossStrips<Op, 3>(block);
+    case 4: return AcrossStrips<Op, 4>(block);
+    case 6: return AcrossStrips<Op, 6>(block);
+    default: return AcrossStrips<Op, 0>(block);
+  }
 }
 
 template <class Op>

@@ -15,28 +15,33 @@ inline constexpr std::ptrdiff_t kRowSlack = 64;
 // when there are fewer.
 inline constexpr std::ptrdiff_t kRowFront = 384, kLeastRow = 128;
 
-// One block of the running extremes of n rows, in columns from..to - 1 of every pointer:
+// Windows that start in the n rows `first` and end in the n rows `last`, with others between, in
+// columns from..to - 1 of every pointer:
 //
-//   out[i] = extreme(before[i], rows[0], ..., rows[i])   for i < outputs
-//   rows[i] = extreme(rows[i], ..., rows[suffixEnd - 1])   for suffixFrom <= i < suffixEnd
+//   out[i] = extreme(first[i], ..., first[n - 1], between..., last[0], ..., last[i])
+//   total = extreme(last[0], ..., last[n - 1]), unless it is null
 //
-// `before` and `rows` lie in scratch; of `out` nothing but its columns is written.
+// for i < outputs. All rows but `out`, of which nothing but its columns is written, lie in scratch.
+// `strip` is scratch of n * kStripWidth elements that starts a line of a cache.
 struct RowBlock {
   std::ptrdiff_t from, to;
-  const KyBW8* const* before;
-  KyBW8* const* rows;
+  std::ptrdiff_t n, betweens, outputs;
+  const KyBW8* const* first;
+  const KyBW8* const* between;
+  const KyBW8* const* last;
   KyBW8* const* out;
-  std::ptrdiff_t outputs;
-  std::ptrdiff_t suffixFrom, suffixEnd;
+  KyBW8* total;
+  KyBW8* strip;
 };
+inline constexpr std::ptrdiff_t kStripWidth = 128;
 
 struct ExtremeKernels {
   KyBW8 neutral;  // the level that is no extreme: what stands outside the ROI
   // out[x] = extreme(in[x - half], ..., in[x + half]) for n places, of the elements that there are.
   // `row` and `spare` are scratch of n + 2 half elements, and `out` is scratch too, perhaps `row`
-  // or in front of it.
+  // or in front of it. The memory is asked for the n elements at `soon`, which are stored to next.
   void (*along)(KyBW8* out, std::ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare,
-                std::ptrdiff_t half);
+                std::ptrdiff_t half, const KyBW8* soon);
   void (*across)(const RowBlock& block);
   // out[x] = extreme(above[x], row[x - 1], row[x], row[x + 1], below[x]) for n places. All rows but
   // `out` lie in scratch.

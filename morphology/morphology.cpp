@@ -94,7 +94,7 @@ Lines<T> LinesOf(const Rows<T>& rows) noexcept {
 }
 
 // Rows that passes advance by: what one has made is still in a cache when the next reads it.
-constexpr std::ptrdiff_t kStep = 32;
+constexpr std::ptrdiff_t kStep = 8;
 
 // Goes down an image of `height` rows: `advance(ready)` makes what it can of so many rows.
 template <class Advance>

@@ -7,9 +7,9 @@ namespace ky {
 
 namespace {
 
-// Scratch of a pass that stays in a second cache. What would need more goes by tiles or rounds, of
-// some least size.
-constexpr std::ptrdiff_t kScratchBytes = 1 << 20;
+// Scratch of a pass that stays in a large second cache. What would need more goes by tiles or
+// rounds, of some least size.
+constexpr std::ptrdiff_t kScratchBytes = 3 << 19;
 constexpr std::ptrdiff_t kLeastTileWidth = 256, kLeastRound = 32;
 
 void CopyRow(KyBW8* to, const KyBW8* from, std::ptrdiff_t n) noexcept {
@@ -57,19 +57,19 @@ bool BoxPass::Allocate(const ExtremeKernels& kernels, const Element& element, st
   if (halfWidth_ > 0 && (!row_.Allocate(front + padded) || !spare_.Allocate(padded))) return false;
   if (halfHeight_ == 0) return true;
   const RowWindows whole = Columns(halfHeight_, width, height);
-  if (whole.Slots() * whole.Pitch() > kScratchBytes) {
-    const std::ptrdiff_t fitting = kScratchBytes / whole.Slots() - 2 * kRowSlack;
+  if (whole.Rows() * whole.Pitch() > kScratchBytes) {
+    const std::ptrdiff_t fitting = kScratchBytes / whole.Rows() - 2 * kRowSlack;
     tileWidth_ = std::min(width, std::max(fitting, kLeastTileWidth));
   }
   return columns_.Allocate(kernels, Columns(halfHeight_, tileWidth_, height));
 }
 
-// Row y along, into a place in scratch, and where it is then.
-const KyBW8* BoxPass::MakeRow(KyBW8* slot, const KyBW8* in) noexcept {
+// Row y along, into a place in scratch, and where it is then; `soon` is what is stored to next.
+const KyBW8* BoxPass::MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) noexcept {
   if (halfWidth_ == 0) return in;
   // The row's own elements start a line of a cache.
   KyBW8* const row = row_.get() + kRowFront + (-halfWidth_ & 63);
-  kernels_->along(slot, width_, in, row, spare_.get(), halfWidth_);
+  kernels_->along(slot, width_, in, row, spare_.get(), halfWidth_, soon);
   return slot;
 }
 
@@ -78,7 +78,9 @@ std::ptrdiff_t BoxPass::Advance(std::ptrdiff_t ready, Lines<const KyBW8> in,
   const bool alongOnly = halfHeight_ == 0 || IsTall();
   for (; taken_ < ready; ++taken_) {
     KyBW8* const slot = alongOnly ? row_.get() : columns_.Slot(taken_);
-    CopyRow(alongOnly ? out(taken_) : slot, MakeRow(slot, in(taken_)), width_);
+    const KyBW8* const soon =
+        out(alongOnly ? taken_ : std::max(taken_ - halfHeight_, std::ptrdiff_t{0}));
+    CopyRow(alongOnly ? out(taken_) : slot, MakeRow(slot, in(taken_), soon), width_);
     if (alongOnly) continue;
     while (columns_.MakeBlock(taken_ + 1, out)) {
     }
@@ -111,14 +113,15 @@ bool DiamondPass::Allocate(const ExtremeKernels& kernels, std::ptrdiff_t steps,
   height_ = height;
   const auto bytes = [&](std::ptrdiff_t n) {
     const RowWindows falling = Falling(n, width, height), rising = Rising(n, width, height);
-    return falling.Slots() * falling.Pitch() + rising.Slots() * rising.Pitch();
+    return falling.Rows() * falling.Pitch() + rising.Rows() * rising.Pitch();
   };
   longest_ = std::min(steps, kLeastRound);
   while (longest_ < steps && bytes(longest_ + 1) <= kScratchBytes) ++longest_;
-  const RowWindows rising = Rising(longest_, width, height);
+  const std::ptrdiff_t n = std::max<std::ptrdiff_t>(longest_, 2);
+  const RowWindows rising = Rising(n, width, height);
   const std::ptrdiff_t rows = longest_ + 3;
   const std::ptrdiff_t margin = rising.Margin() + 1, pitch = rising.Pitch() + kRowSlack;
-  if (!falling_.Allocate(kernels, Falling(longest_, width, height)) ||
+  if (!falling_.Allocate(kernels, Falling(n, width, height)) ||
       !rising_.Allocate(kernels, rising) || !memory_.Allocate(rows * pitch))
     return false;
   std::fill_n(memory_.get(), rows * pitch, kernels.neutral);
@@ -132,6 +135,7 @@ bool DiamondPass::Allocate(const ExtremeKernels& kernels, std::ptrdiff_t steps,
 
 void DiamondPass::StartRound() noexcept {
   taken_ = made_ = 0;
+  if (inRound_ == 1) return;
   falling_.Start(Falling(inRound_, width_, height_));
   rising_.Start(Rising(inRound_, width_, height_));
 }
@@ -166,7 +170,7 @@ std::ptrdiff_t DiamondPass::AdvanceRound(std::ptrdiff_t ready, Lines<const KyBW8
   return made_;
 }
 
-// What is kept of earlier rows has been written over the columns outside.
+// An earlier round, of other windows, may have had its rows in the columns outside.
 void DiamondPass::PutInput(std::ptrdiff_t t, const KyBW8* row) noexcept {
   KyBW8* const slot = falling_.Slot(t);
   const auto outside = static_cast<std::size_t>(inRound_ - 1);
@@ -210,10 +214,10 @@ std::ptrdiff_t ExtremePass::Copy(std::ptrdiff_t ready, Lines<const KyBW8> in,
 }
 
 std::ptrdiff_t ExtremePass::RowsInUse(std::ptrdiff_t step) const noexcept {
-  const bool allRows =
-      (element_.HasBox() && box_.IsTall()) || (element_.crosses > 0 && diamond_.NeedsRounds());
-  const std::ptrdiff_t behind = 3 * element_.halfHeight + 4 * element_.crosses + 3;
-  return allRows ? height_ : std::min(height_, step + behind);
+  const bool hasBox = element_.HasBox(), hasCrosses = element_.crosses > 0;
+  if ((hasBox && box_.IsTall()) || (hasCrosses && diamond_.NeedsRounds())) return height_;
+  const std::ptrdiff_t lag = (hasBox ? box_.Lag() : 0) + (hasCrosses ? diamond_.Lag() : 0);
+  return std::min(height_, step + lag);
 }
 
 }  // namespace ky

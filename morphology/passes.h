@@ -39,9 +39,11 @@ class BoxPass {
   // True when the results can only be made after all rows have been read, whose extremes along the
   // rows wait in the output.
   bool IsTall() const noexcept { return tileWidth_ < width_; }
+  // How many rows the results are behind otherwise, at most.
+  std::ptrdiff_t Lag() const noexcept { return halfHeight_ == 0 ? 0 : columns_.Lag(); }
 
  private:
-  const KyBW8* MakeRow(KyBW8* slot, const KyBW8* in) noexcept;
+  const KyBW8* MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) noexcept;
   void RunTiles(Lines<KyBW8> out) noexcept;
 
   const ExtremeKernels* kernels_ = nullptr;
@@ -62,6 +64,10 @@ class DiamondPass {
   // True when the diamond is too large for one round through the rows: the results are there after
   // the last.
   bool NeedsRounds() const noexcept { return steps_ > longest_; }
+  // How many rows the results are behind otherwise, at most.
+  std::ptrdiff_t Lag() const noexcept {
+    return 1 + (inRound_ == 1 ? 0 : falling_.Lag() + rising_.Lag());
+  }
 
  private:
   void StartRound() noexcept;
