@@ -12,7 +12,7 @@ void CheckReading(Call call, Model model, const std::vector<Size>& sizes = Awkwa
   ForEachPath([&](const std::string&) {
     Random random(1);
     int turn = 0;
-    for (const Size size : sizes) {
+    for (const Size size : SizesToTry(sizes)) {
       if (::testing::Test::HasFailure()) return;
       SCOPED_TRACE(std::to_string(size.width) + " x " + std::to_string(size.height));
       const Picture<T> picture = RandomPicture<T>(size.width, size.height, random);
