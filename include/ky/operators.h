@@ -129,6 +129,7 @@ KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW16 a,
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          const KyROI<KyBW8>* b, KyROI<KyBW16>* destination) noexcept;
 /// Operations 2 (min(a + b, 65535)), 3 (max(a - b, 0)), 4 (min(a * b, 65535)), 5 (a / b, 65535 when
-/// b = 0), and 29, 30, modulo 65536. Trace "ImgOper (BW16 Image and BW8 Image to BW16 IMage)".
+/// b = 0), and 29, 30, modulo 65536. Trace "ImgOper (BW16 Image and BW8 Image to BW16 IMage)",
+/// spelt so.
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW16>* a,
                          const KyROI<KyBW8>* b, KyROI<KyBW16>* destination) noexcept;
