@@ -170,7 +170,7 @@ HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_
   put(spans.Next(neutral, Behind<1>(d, neutral, hn::LoadU(d, in))));
   for (ptrdiff_t x = 0; x + lanes < n; x += lanes) {
     AskFor<hn::MaxLanes(D())>(in + x, kAhead);
-    // Shorter spans leave the memory no time for more.
+    // The work on shorter spans leaves the memory no time for more.
     if constexpr (kSpan > 8) AskFor<hn::MaxLanes(D())>(soon, x);
     put(spans.Next(in + x));
   }
@@ -267,11 +267,11 @@ void Along(KyBW8* out, ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare, p
 
 // Some vectors of a row, joined with those of others.
 template <class Op, int kVectors>
-struct Column {
-  HWY_INLINE Column() {
+struct Vectors {
+  HWY_INLINE Vectors() {
     for (V& e : extreme) e = hn::Set(D(), Op::kNeutral);
   }
-  HWY_INLINE explicit Column(const KyBW8* row) {
+  HWY_INLINE explicit Vectors(const KyBW8* row) {
     for (int k = 0; k < kVectors; ++k) extreme[k] = hn::LoadU(D(), row + k * Lanes());
   }
   HWY_INLINE void Join(const KyBW8* row) {
@@ -287,8 +287,8 @@ struct Column {
 
 // out = extreme(a, b). Of a strip that reaches beyond its block, `part` elements are written.
 template <class Op, int kVectors>
-HWY_INLINE void PutResult(const Column<Op, kVectors>& a, const Column<Op, kVectors>& b, KyBW8* out,
-                          ptrdiff_t part) {
+HWY_INLINE void PutResult(const Vectors<Op, kVectors>& a, const Vectors<Op, kVectors>& b,
+                          KyBW8* out, ptrdiff_t part) {
   for (int k = 0; k < kVectors; ++k) {
     const V result = Op()(a.extreme[k], b.extreme[k]);
     // The next strip's line: processors foresee rows, but not strips.
@@ -303,74 +303,84 @@ HWY_INLINE void PutResult(const Column<Op, kVectors>& a, const Column<Op, kVecto
 // A strip of some vectors through the rows of a block.
 template <class Op, int kVectors>
 HWY_INLINE void AcrossStrip(const RowBlock& block, ptrdiff_t x, ptrdiff_t part) {
-  using Strip = Column<Op, kVectors>;
   const ptrdiff_t width = kVectors * Lanes(), n = block.n, outputs = block.outputs;
-  KyBW8* const strip = block.strip;
+  KyBW8* const toEnds = block.toEnds;
   if (outputs > 0) {
     const KyBW8* const* const first = block.first;
-    Strip toEnd;
-    for (ptrdiff_t i = 0; i < block.betweens; ++i) toEnd.Join(block.between[i] + x);
+    Vectors<Op, kVectors> toEnd;
+    for (ptrdiff_t i = 0; i < block.betweenCount; ++i) toEnd.Join(block.between[i] + x);
     for (ptrdiff_t i = n - 1; i >= 0; --i) {
       toEnd.Join(first[i] + x);
-      toEnd.Put(strip + i * width);
+      toEnd.Put(toEnds + i * width);
     }
   }
   const KyBW8* const* const last = block.last;
   KyBW8* const* const out = block.out;
-  Strip fromStart;
+  Vectors<Op, kVectors> fromStart;
   for (ptrdiff_t i = 0; i < outputs; ++i) {
     fromStart.Join(last[i] + x);
-    PutResult(fromStart, Strip(strip + i * width), out[i] + x, part);
+    PutResult(fromStart, Vectors<Op, kVectors>(toEnds + i * width), out[i] + x, part);
   }
   if (block.total == nullptr) return;
   for (ptrdiff_t i = outputs; i < n; ++i) fromStart.Join(last[i] + x);
   fromStart.Put(block.total + x);
 }
 
-// The same of windows of kRows + 1 rows, in registers.
+// The same of a whole block of kRows, with none between, which keeps in registers what fits there.
 template <class Op, int kRows, int kVectors>
 HWY_INLINE void AcrossFew(const RowBlock& block, ptrdiff_t x) {
-  using Strip = Column<Op, kVectors>;
-  Strip toEnd[kRows];
-  toEnd[kRows - 1] = Strip(block.first[kRows - 1] + x);
+  Vectors<Op, kVectors> toEnd[kRows];
+  toEnd[kRows - 1] = Vectors<Op, kVectors>(block.first[kRows - 1] + x);
   for (int i = kRows - 2; i >= 0; --i) {
     toEnd[i] = toEnd[i + 1];
     toEnd[i].Join(block.first[i] + x);
   }
-  Strip fromStart;
+  Vectors<Op, kVectors> fromStart;
   for (int i = 0; i < kRows; ++i) {
     fromStart.Join(block.last[i] + x);
     PutResult(fromStart, toEnd[i], block.out[i] + x, Lanes());
   }
 }
 
-// Strips are some lines of a cache wide, also where a vector is one element. kRows is 0 for any
-// number of them.
-template <class Op, int kRows>
-void AcrossStrips(const RowBlock& block) {
-  constexpr int kVectors = kStripWidth / hn::MaxLanes(D());
-  ptrdiff_t x = block.from;
-  for (; x + kVectors * Lanes() <= block.to; x += kVectors * Lanes()) {
-    if constexpr (kRows > 0)
-      AcrossFew<Op, kRows, kVectors>(block, x);
-    else
-      AcrossStrip<Op, kVectors>(block, x, Lanes());
+// Strips are some lines of a cache wide, also where a vector is one element.
+constexpr int kMostVectors = hn::MaxLanes(D()) == 1 ? 64 : kStripWidth / hn::MaxLanes(D());
+
+// The columns from x on.
+template <class Op>
+void AcrossFrom(ptrdiff_t x, const RowBlock& block) {
+  constexpr int kSome = std::max(kMostVectors / 8, 2);
+  for (; x + kMostVectors * Lanes() <= block.to; x += kMostVectors * Lanes())
+    AcrossStrip<Op, kMostVectors>(block, x, Lanes());
+  if constexpr (kSome < kMostVectors) {
+    for (; x + kSome * Lanes() <= block.to; x += kSome * Lanes())
+      AcrossStrip<Op, kSome>(block, x, Lanes());
   }
   for (; x < block.to; x += Lanes()) AcrossStrip<Op, 1>(block, x, std::min(Lanes(), block.to - x));
 }
 
+template <class Op, int kRows>
+void AcrossFewFrom(ptrdiff_t x, const RowBlock& block) {
+  for (; x + kMostVectors * Lanes() <= block.to; x += kMostVectors * Lanes())
+    AcrossFew<Op, kRows, kMostVectors>(block, x);
+  AcrossFrom<Op>(x, block);
+}
+
+// Windows of 3, 5 and 7 rows, those of the least boxes, and of 2 to 4, of the least disks, have
+// kernels of their own.
 template <class Op>
 void Across(const RowBlock& block) {
-  const bool isFew = block.betweens == 0 && block.outputs == block.n && block.total == nullptr;
-  if (hn::MaxLanes(D()) == 1 || !isFew) return AcrossStrips<Op, 0>(block);
-  switch (block.n) {
-    case 1: return AcrossStrips<Op, 1>(block);
-    case 2: return AcrossStrips<Op, 2>(block);
-    case 3: return AcrossStrips<Op, 3>(block);
-    case 4: return AcrossStrips<Op, 4>(block);
-    case 6: return AcrossStrips<Op, 6>(block);
-    default: return AcrossStrips<Op, 0>(block);
+  if constexpr (hn::MaxLanes(D()) > 1) {
+    const bool isWhole = block.outputs == block.n;
+    switch (isWhole && block.betweenCount == 0 && block.total == nullptr ? block.n : 0) {
+      case 1: return AcrossFewFrom<Op, 1>(block.from, block);
+      case 2: return AcrossFewFrom<Op, 2>(block.from, block);
+      case 3: return AcrossFewFrom<Op, 3>(block.from, block);
+      case 4: return AcrossFewFrom<Op, 4>(block.from, block);
+      case 6: return AcrossFewFrom<Op, 6>(block.from, block);
+      default: break;
+    }
   }
+  AcrossFrom<Op>(block.from, block);
 }
 
 template <class Op>

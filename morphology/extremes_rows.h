@@ -22,16 +22,16 @@ inline constexpr std::ptrdiff_t kRowFront = 384, kLeastRow = 128;
 //   total = extreme(last[0], ..., last[n - 1]), unless it is null
 //
 // for i < outputs. All rows but `out`, of which nothing but its columns is written, lie in scratch.
-// `strip` is scratch of n * kStripWidth elements that starts a line of a cache.
+// `toEnds` is scratch of n * kStripWidth elements that starts a line of a cache.
 struct RowBlock {
   std::ptrdiff_t from, to;
-  std::ptrdiff_t n, betweens, outputs;
+  std::ptrdiff_t n, betweenCount, outputs;
   const KyBW8* const* first;
   const KyBW8* const* between;
   const KyBW8* const* last;
   KyBW8* const* out;
   KyBW8* total;
-  KyBW8* strip;
+  KyBW8* toEnds;
 };
 inline constexpr std::ptrdiff_t kStripWidth = 128;
 
@@ -39,7 +39,8 @@ struct ExtremeKernels {
   KyBW8 neutral;  // the level that is no extreme: what stands outside the ROI
   // out[x] = extreme(in[x - half], ..., in[x + half]) for n places, of the elements that there are.
   // `row` and `spare` are scratch of n + 2 half elements, and `out` is scratch too, perhaps `row`
-  // or in front of it. The memory is asked for the n elements at `soon`, which are stored to next.
+  // or in front of it. The n elements at `soon` are about to be stored to: windows that are
+  // long enough ask for them.
   void (*along)(KyBW8* out, std::ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare,
                 std::ptrdiff_t half, const KyBW8* soon);
   void (*across)(const RowBlock& block);

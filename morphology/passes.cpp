@@ -7,9 +7,9 @@ namespace ky {
 
 namespace {
 
-// Scratch of a pass that stays in a large second cache. What would need more goes by tiles or
-// rounds, of some least size.
-constexpr std::ptrdiff_t kScratchBytes = 3 << 19;
+// Scratch of boxes that stays in a third cache, and of diamonds that stays in a second one, as they
+// go through theirs more often. What would need more goes by tiles or rounds, of some least size.
+constexpr std::ptrdiff_t kBoxBytes = 8 << 20, kDiamondBytes = 3 << 19;
 constexpr std::ptrdiff_t kLeastTileWidth = 256, kLeastRound = 32;
 
 void CopyRow(KyBW8* to, const KyBW8* from, std::ptrdiff_t n) noexcept {
@@ -57,9 +57,11 @@ bool BoxPass::Allocate(const ExtremeKernels& kernels, const Element& element, st
   if (halfWidth_ > 0 && (!row_.Allocate(front + padded) || !spare_.Allocate(padded))) return false;
   if (halfHeight_ == 0) return true;
   const RowWindows whole = Columns(halfHeight_, width, height);
-  if (whole.Rows() * whole.Pitch() > kScratchBytes) {
-    const std::ptrdiff_t fitting = kScratchBytes / whole.Rows() - 2 * kRowSlack;
-    tileWidth_ = std::min(width, std::max(fitting, kLeastTileWidth));
+  if (whole.Rows() * whole.Pitch() > kBoxBytes) {
+    const std::ptrdiff_t fitting = kBoxBytes / whole.Rows() - 2 * kRowSlack;
+    const std::ptrdiff_t most = std::max(fitting, kLeastTileWidth);
+    const std::ptrdiff_t tiles = (width + most - 1) / most;
+    tileWidth_ = std::min(width, ((width + tiles - 1) / tiles + 63) / 64 * 64);
   }
   return columns_.Allocate(kernels, Columns(halfHeight_, tileWidth_, height));
 }
@@ -116,10 +118,11 @@ bool DiamondPass::Allocate(const ExtremeKernels& kernels, std::ptrdiff_t steps,
     return falling.Rows() * falling.Pitch() + rising.Rows() * rising.Pitch();
   };
   longest_ = std::min(steps, kLeastRound);
-  while (longest_ < steps && bytes(longest_ + 1) <= kScratchBytes) ++longest_;
+  while (longest_ < steps && bytes(longest_ + 1) <= kDiamondBytes) ++longest_;
   const std::ptrdiff_t n = std::max<std::ptrdiff_t>(longest_, 2);
   const RowWindows rising = Rising(n, width, height);
-  const std::ptrdiff_t rows = longest_ + 3;
+  // A block, two rows more for the crosses around it, and the one of nothing.
+  const std::ptrdiff_t rows = n + 2;
   const std::ptrdiff_t margin = rising.Margin() + 1, pitch = rising.Pitch() + kRowSlack;
   if (!falling_.Allocate(kernels, Falling(n, width, height)) ||
       !rising_.Allocate(kernels, rising) || !memory_.Allocate(rows * pitch))

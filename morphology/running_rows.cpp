@@ -31,10 +31,12 @@ bool RunningRows::Allocate(const ExtremeKernels& kernels, const RowWindows& wind
   const std::ptrdiff_t block = windows.BlockRows(), between = windows.n - 1 - block;
   if (!memory_.Allocate(windows.Rows() * windows.Pitch()) || !first_.Allocate(block) ||
       !between_.Allocate(between) || !last_.Allocate(block) || !results_.Allocate(block) ||
-      !strip_.Allocate(block * kStripWidth))
+      !toEnds_.Allocate(block * kStripWidth))
     return false;
   kernels_ = &kernels;
-  std::fill_n(memory_.get(), windows.Rows() * windows.Pitch(), kernels.neutral);
+  // Columns outside count for nothing; without a slope, none is looked at.
+  if (windows.slope != 0)
+    std::fill_n(memory_.get(), windows.Rows() * windows.Pitch(), kernels.neutral);
   Start(windows);
   return true;
 }
@@ -80,7 +82,7 @@ void RunningRows::RunBlock() noexcept {
   FindRows(first_.get(), block_, 0);
   FindRows(last_.get(), block_, n - 1);
   const std::ptrdiff_t left = n - 1 - block_ - totals_.count * block_;
-  FindRows(between_.get(), left, block_);
+  if (left > 0) FindRows(between_.get(), left, block_);
   for (std::ptrdiff_t i = 0; i < totals_.count; ++i) between_[left + i] = totals_(i);
 
   const std::ptrdiff_t outputs = Outputs(), reach = block_ - 1;
@@ -88,7 +90,7 @@ void RunningRows::RunBlock() noexcept {
   KyBW8* const total = totals_.count == 0 ? nullptr : totals_(made_ / block_ + totals_.count);
   kernels_->across({from - (slope > 0 ? reach : 0), to + (slope < 0 ? reach : 0), block_,
                     left + totals_.count, outputs, first_.get(), between_.get(), last_.get(),
-                    results_.get(), total, strip_.get()});
+                    results_.get(), total, toEnds_.get()});
   made_ += made_ < 0 ? block_ : outputs;
 }
 

@@ -15,7 +15,9 @@ struct Lines {
   T* first;
   std::ptrdiff_t pitch, count;
 
-  T* operator()(std::ptrdiff_t y) const noexcept { return first + y % count * pitch; }
+  T* operator()(std::ptrdiff_t y) const noexcept {
+    return first + (y < count ? y : y % count) * pitch;  // divisions are slow
+  }
 };
 
 // Which windows: result row o is the extreme of input rows o - lead to o - lead + n - 1, each
@@ -92,7 +94,7 @@ class RunningRows {
   std::ptrdiff_t block_ = 0;
   KyBW8* nothing_ = nullptr;  // the row that stands for those that do not exist
   Lines<KyBW8> slots_ = {}, totals_ = {};
-  Scratch<KyBW8> memory_, strip_;
+  Scratch<KyBW8> memory_, toEnds_;
   Scratch<const KyBW8*> first_, between_, last_;
   Scratch<KyBW8*> results_;
 };

@@ -221,7 +221,7 @@ TEST(Morphology, ElementsLargerThanTheScratch) {
     std::vector<std::pair<Element, int>> parts;  // and how often
   };
   const Case cases[] = {
-      {Box(301, 403), {1900, 860}, {{Box(50, 3), 6}, {Box(1, 0), 1}, {Box(0, 77), 5}}},
+      {Box(151, 1003), {4300, 2050}, {{Box(75, 501), 2}, {Box(1, 1), 1}}},
       {Disk(700), {2000, 24}, {{Box(50), 7}, {Disk(1), 350}}},
   };
   Random random(5);
