@@ -181,8 +181,8 @@ TEST(Morphology, TallWindowsOnSparsePictures) {
     Grey picture(70, 3 * static_cast<int>(half) + 7, 100);
     for (int i = 0; i < 60; ++i)
       picture.pixels[random() % picture.pixels.size()] = static_cast<KyBW8>(random());
-    const Grey dilation = Line(picture, true, half, 0, 1),
-               erosion = Line(picture, false, half, 0, 1);
+    const Grey dilation = Line(picture, true, half, 0, 1);
+    const Grey erosion = Line(picture, false, half, 0, 1);
     ForEachPath([&](const std::string&) {
       Canvas<KyBW8> canvas(picture, {1, 2, 3}, random), out(picture, {}, random);
       ASSERT_EQ(ImgErodeBox(canvas.roi(), out.roi(), 0, half), KY_OK);
