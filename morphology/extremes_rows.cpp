@@ -98,8 +98,16 @@ struct Spans<Op, 2> {
   HWY_INLINE V Next(V v, V following) { return Op()(v, following); }
 };
 
-// out[x] = extreme(in[x], ..., in[x + kSpan - 1]) for n places, a vector or more. Of `in`, no more
-// is read; it does not overlap `out`, so that the last vector may go over some places again.
+// out[x] = extreme(in[x], ..., in[x + kSpan - 1]) for a vector of places.
+template <class Op, int kSpan>
+HWY_INLINE void GatherDirect(KyBW8* out, const KyBW8* in) {
+  V v = ExtremeAt<Op>(in, 0, 1, 2);
+  for (int i = 3; i < kSpan; ++i) v = Op()(v, hn::LoadU(D(), in + i));
+  hn::StoreU(v, D(), out);
+}
+
+// The same for n places, a vector or more. Of `in`, no more is read; it does not overlap `out`, so
+// that the last vector may go over some places again.
 template <class Op, int kSpan>
 HWY_INLINE void GatherInside(KyBW8* out, ptrdiff_t n, const KyBW8* in) {
   const D d;
@@ -113,42 +121,39 @@ HWY_INLINE void GatherInside(KyBW8* out, ptrdiff_t n, const KyBW8* in) {
       hn::StoreU(spans.Next(in + x + behind), d, out + x);
     }
   }
-  const auto direct = [&](ptrdiff_t at) HWY_ATTR {
-    V v = ExtremeAt<Op>(in + at, 0, 1, 2);
-    for (int i = 3; i < kSpan; ++i) v = Op()(v, hn::LoadU(d, in + at + i));
-    hn::StoreU(v, d, out + at);
+  for (; x + Lanes() <= n; x += Lanes()) GatherDirect<Op, kSpan>(out + x, in + x);
+  GatherDirect<Op, kSpan>(out + n - Lanes(), in + n - Lanes());
+}
+
+// out[x] = extreme(in[x - half], ..., in[x + half]) for n places, of the elements that there are,
+// for a short window of 2 half + 1 = kSpan. Rows that are too short for a vector of whole windows
+// are padded, and made in whole vectors.
+template <class Op, int kSpan>
+HWY_INLINE void GatherPadded(KyBW8* out, ptrdiff_t n, const KyBW8* in) {
+  constexpr ptrdiff_t half = kSpan / 2, lanes = hn::MaxLanes(D());
+  if (n - 2 * half < lanes) {
+    HWY_ALIGN KyBW8 row[2 * lanes + 2 * kSpan];
+    std::fill_n(row, half, Op::kNeutral);
+    std::fill_n(std::copy_n(in, n, row + half), lanes + half, Op::kNeutral);
+    for (ptrdiff_t x = 0; x < n; x += lanes) GatherDirect<Op, kSpan>(out + x, row + x);
+    return;
+  }
+  const auto partTo = [&](ptrdiff_t from, ptrdiff_t to) {
+    for (ptrdiff_t x = from; x < to; ++x) {
+      KyBW8 extreme = in[x];
+      for (ptrdiff_t i = std::max<ptrdiff_t>(x - half, 0); i < std::min(x + half + 1, n); ++i)
+        extreme = Op::OfTwo(extreme, in[i]);
+      out[x] = extreme;
+    }
   };
-  for (; x + Lanes() <= n; x += Lanes()) direct(x);
-  direct(n - Lanes());
+  partTo(0, half);
+  GatherInside<Op, kSpan>(out + half, n - 2 * half, in);
+  partTo(n - half, n);
 }
 
 // row[x] = extreme of the kSpan elements from x on, for all but the last kSpan - 1 of the
-// half + n + half elements: n that are given, between others that count for nothing.
-template <class Op, int kSpan>
-HWY_INLINE void GatherPadded(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t half) {
-  const ptrdiff_t end = n + 2 * half + 1 - kSpan, whole = n + 1 - kSpan;
-  const auto neutralTo = [&](ptrdiff_t from, ptrdiff_t to) {
-    if (from < to) std::memset(row + from, Op::kNeutral, static_cast<size_t>(to - from));
-  };
-  const auto partTo = [&](ptrdiff_t from, ptrdiff_t to) {
-    for (ptrdiff_t x = from; x < to; ++x) {
-      KyBW8 extreme = Op::kNeutral;
-      for (ptrdiff_t i = std::max<ptrdiff_t>(x - half, 0); i < std::min(x - half + kSpan, n); ++i)
-        extreme = Op::OfTwo(extreme, in[i]);
-      row[x] = extreme;
-    }
-  };
-  const ptrdiff_t left = std::max<ptrdiff_t>(half + 1 - kSpan, 0);
-  const ptrdiff_t right = whole < Lanes() ? half : half + whole;
-  neutralTo(0, left);
-  partTo(left, half);
-  if (right > half) GatherInside<Op, kSpan>(row + half, whole, in);
-  partTo(right, std::min(half + n, end));
-  neutralTo(half + n, end);
-}
-
-// The same by whole vectors, the first of them in front of `row`, for longer spans. n is two
-// vectors or more.
+// half + n + half elements: n that are given, between others that count for nothing. By whole
+// vectors, the first of them in front of `row`; n is two or more of them.
 template <class Op, int kSpan>
 HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_t half,
                               const KyBW8* soon) {
@@ -244,9 +249,9 @@ template <class Op>
 void Along(KyBW8* out, ptrdiff_t n, const KyBW8* in, KyBW8* row, KyBW8* spare, ptrdiff_t half,
            const KyBW8* soon) {
   const ptrdiff_t window = 2 * half + 1;
-  if (half == 1) return GatherPadded<Op, 3>(out, n, in, half);
-  if (half == 2) return GatherPadded<Op, 5>(out, n, in, half);
-  if (half == 3) return GatherPadded<Op, 7>(out, n, in, half);
+  if (half == 1) return GatherPadded<Op, 3>(out, n, in);
+  if (half == 2) return GatherPadded<Op, 5>(out, n, in);
+  if (half == 3) return GatherPadded<Op, 7>(out, n, in);
   ptrdiff_t span = GatherLongest<Op>(row, n, in, half, soon);
   if (window > 4 * span && window <= 8 * span) {
     Gather<Op>(row, n + window - 2 * span, row, 0, span);
