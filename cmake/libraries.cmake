@@ -1,16 +1,21 @@
-# The three libraries. A family is a folder: every .cpp in it belongs to the library.
+# The libraries. A folder of src/ that is named after one belongs to it; all others are foundation and
+# families of ky::image. Every .cpp in them is found.
+set(ky_siblings base color)
+
 function(ky_library name)
-  cmake_parse_arguments(arg "" "" "FOLDERS;LINKS;PRIVATE_LINKS" ${ARGN})
-  set(sources)
-  foreach(folder IN LISTS arg_FOLDERS)
-    file(GLOB found CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.cpp)
-    list(APPEND sources ${found})
-  endforeach()
+  cmake_parse_arguments(arg "" "" "LINKS;PRIVATE_LINKS" ${ARGN})
+  if(name IN_LIST ky_siblings)
+    file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${name}/*.cpp)
+  else()
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.cpp)
+    list(JOIN ky_siblings "|" siblings)
+    list(FILTER sources EXCLUDE REGEX "^${PROJECT_SOURCE_DIR}/src/(${siblings})/")
+  endif()
 
   # The objects stand alone so that tests of internals can link them.
   add_library(ky_${name}_objects OBJECT ${sources})
   target_include_directories(ky_${name}_objects
-    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> PRIVATE ${PROJECT_SOURCE_DIR})
+    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> PRIVATE ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(ky_${name}_objects PUBLIC ${arg_LINKS}
                                            PRIVATE ky_build_options ${arg_PRIVATE_LINKS})
 
@@ -32,8 +37,6 @@ function(ky_library name)
   endif()
 endfunction()
 
-ky_library(base FOLDERS base)
-ky_library(color FOLDERS color LINKS ky_base)
-ky_library(image
-  FOLDERS foundation point convolution morphology geometry histogram temporal vectors contour gradient
-  LINKS ky_base ky_color PRIVATE_LINKS hwy)
+ky_library(base)
+ky_library(color LINKS ky_base)
+ky_library(image LINKS ky_base ky_color PRIVATE_LINKS hwy)

@@ -1,8 +1,8 @@
 // Lines, boxes, contours and numbers on colour pictures. What does not lie inside is left out.
 #pragma once
 
-#include "ky/paths.h"
 #include "ky/pixels.h"
+#include "ky/records.h"
 #include "ky/roi.h"
 
 namespace draw {

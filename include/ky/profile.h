@@ -2,8 +2,8 @@
 #pragma once
 
 #include "ky/export.h"
-#include "ky/paths.h"
 #include "ky/pixels.h"
+#include "ky/records.h"
 #include "ky/status.h"
 #include "ky/typed_vector.h"
 

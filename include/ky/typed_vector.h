@@ -46,7 +46,7 @@ struct KY_API KyPlaceHolder<T, false> {
 ///     copy.Load("profile.ky");                     // 20 10 10 40
 ///
 /// Members that return a status clear it first; nothing else clears it, constructors included. The
-/// vectors that are there: of pixels, below; of paths, peaks and runs, paths.h; of counts,
+/// vectors that are there: of pixels, below; of paths, peaks and runs, records.h; of counts,
 /// histogram_vector.h; of images, image_vector.h. For a vector of other plain records specialise
 /// KyFileType and instantiate the template with typed_vector-inl.h.
 ///

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdint>
 
-#include "histogram/moments.h"
 #include "ky/histogram.h"
 #include "tests/support/picture.h"
 
@@ -185,39 +184,6 @@ TEST(Entropy, OfPartsOfHistograms) {
   EXPECT_EQ(h.typed.Entropy(0, 256), 0);
   EXPECT_EQ(KyGetError(), KY_ERROR_PARAMETER_2_OUT_OF_RANGE);
   EXPECT_STREQ(KyGetTrace(0), "KyBW8HistogramVector::Entropy");
-}
-
-TEST(Moments, OfHistograms) {
-  constexpr unsigned kRanges[][2] = {{0, 255}, {10, 20}, {200, 4000000000u}, {0, 0}};
-  for (const Numbers& counts : ManyHistograms()) {
-    const Histogram h(counts);
-    for (const auto& [first, last] : kRanges) {
-      std::uint32_t n = 0, s = 0;
-      double t = 0;
-      for (unsigned k = first; k <= std::min(last, 255u); ++k) {
-        n += counts[k];
-        s += counts[k] * k;
-        t += static_cast<double>(counts[k]) * (k * (k + 1) / 2);
-      }
-      float mean = -1, mean2 = -1, variance = -1;
-      const KY_ERRORS expected = n == 0 ? KY_ERROR_NO_PIXELS : KY_OK;
-      EXPECT_EQ(ky::HistogramMoments(&h.typed, mean, first, last), expected);
-      EXPECT_EQ(ky::HistogramCenteredMoments(&h.typed, mean2, variance, first, last), expected);
-      if (n == 0) {
-        EXPECT_STREQ(KyGetTrace(0), "ImgHistogramCenteredMoments (2)");
-        EXPECT_EQ(variance, -1);
-        continue;
-      }
-      const double exactMean = static_cast<double>(s) / n;
-      EXPECT_EQ(mean, static_cast<float>(exactMean));
-      EXPECT_EQ(mean2, mean);
-      EXPECT_EQ(variance, static_cast<float>((2 * t - s) / n - exactMean * exactMean));
-    }
-  }
-  float mean;
-  const KyBW8HistogramVector none;
-  EXPECT_EQ(ky::HistogramMoments(&none, mean, 0, 255), KY_ERROR_NOT_256_ENTRIES);
-  EXPECT_STREQ(KyGetTrace(0), "ImgHistogramMoments (1)");
 }
 
 }  // namespace

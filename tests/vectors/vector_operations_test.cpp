@@ -1,6 +1,4 @@
 // Operations on generic vectors against models written from the definitions.
-#include "ky/vector_operations.h"
-
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -10,6 +8,8 @@
 #include <vector>
 
 #include "ky/ky.h"
+#include "ky/vector_arithmetic.h"
+#include "ky/vector_transitions.h"
 #include "tests/support/harness.h"
 
 namespace {

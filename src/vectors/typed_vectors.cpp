@@ -3,7 +3,7 @@
 
 #include "ky/histogram_vector.h"
 #include "ky/image_vector.h"
-#include "ky/paths.h"
+#include "ky/records.h"
 #include "ky/typed_vector-inl.h"
 
 template <class T>

@@ -1,5 +1,3 @@
-#include "ky/vector_operations.h"
-
 #include <algorithm>
 #include <array>
 #include <climits>
@@ -10,6 +8,8 @@
 #include <utility>
 
 #include "foundation/frame.h"
+#include "ky/vector_arithmetic.h"
+#include "ky/vector_transitions.h"
 
 namespace {
 

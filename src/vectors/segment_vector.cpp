@@ -4,7 +4,8 @@
 #include <cstdint>
 
 #include "foundation/frame.h"
-#include "ky/vector_operations.h"
+#include "ky/vector_segments.h"
+#include "ky/vector_transitions.h"
 #include "vectors/line_segment.h"
 #include "vectors/profile_rows.h"
 
