@@ -1,4 +1,6 @@
-// The unit of the angles that callers pass and receive.
+/// @file
+/// @ingroup status
+/// The unit of the angles that callers pass and receive.
 #pragma once
 
 #include "ky/export.h"
@@ -12,13 +14,15 @@ enum KY_ANGLE_UNIT : int {
   KY_ANGLE_GRADES = 3,       ///< 400
 };
 
-/// Sets the unit for the whole process; degrees at first. Any other value: 1003, nothing changes.
+/// Sets the unit for the whole process, which starts with degrees. Error:
+/// `KY_ERROR_UNSUPPORTED_OPERATION` (1003) for a value that is not in the enumeration; the unit
+/// stays as it was.
 KY_API KY_ERRORS KySetAngleUnit(KY_ANGLE_UNIT unit) noexcept;
 
-/// The unit in force. Does not touch the status.
+/// Returns the unit in force and leaves the status alone.
 KY_API KY_ANGLE_UNIT KyGetAngleUnit() noexcept;
 
-/// Converts an angle from the unit in force to radians, and back: a product in double precision,
-/// rounded once to single. Neither touches the status.
+/// Converts an angle from the unit in force to radians, or from radians to that unit. The product
+/// is computed in double precision and rounded once to single. Both leave the status alone.
 KY_API float KyToRadians(float angle) noexcept;
 KY_API float KyFromRadians(float radians) noexcept;

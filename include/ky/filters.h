@@ -1,4 +1,6 @@
-// Named 3x3 filters of grey images.
+/// @file
+/// @ingroup filters
+/// Named 3x3 filters of grey images.
 #pragma once
 
 #include "ky/export.h"
@@ -6,22 +8,23 @@
 #include "ky/roi.h"
 #include "ky/status.h"
 
-/// Fixed 3x3 neighbourhood filters, in integer arithmetic:
+/// These filters compute every pixel from its fixed 3x3 neighbourhood, in integer arithmetic:
 ///
 ///     a-1 a0 a+1
 ///     b-1 b0 b+1     destination(x, y) = formula of the source's pixels around b0 = source(x, y)
 ///     c-1 c0 c+1
 ///
-/// - A magnitude is an absolute value; magnitudes and positive parts are limited to 255. Shifts
-///   and divisions truncate.
+/// - A magnitude is an absolute value; magnitudes and positive parts are limited to 255. Shifts and
+///   divisions truncate.
 /// - Border rule, one of two. "Nearest": a position outside the source has the value of the nearest
-///   pixel inside. "Zero": it has the value 0, so that along the border smoothing gets darker and
-///   edge operators respond.
-/// - In place: a null destination, or one that is the source's own rectangle, has the source
-///   itself filtered. An area that overlaps the source otherwise is read before it is written.
-/// - Errors, the destination untouched: 1400 for a source or a destination without pixels; 1403 for
-///   different sizes; 1303. The trace is the function's name and " (BW8)", as in
-///   "ImgConvolSobelX (BW8)", where nothing else is said.
+///   pixel inside. "Zero": it has the value 0, so that along the border smoothing darkens and edge
+///   operators respond.
+/// - In place: with a null destination, or one that is the source's own rectangle, the source
+///   itself is filtered. An area that overlaps the source otherwise is read before it is written.
+/// - Errors, which leave the destination as it was: `KY_ERROR_NO_IMAGE` (1400) for a source or a
+///   destination without pixels; `KY_ERROR_SIZE_MISMATCH` (1403) for different sizes;
+///   `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Unless stated otherwise, the trace is the function's name
+///   followed by " (BW8)", as in "ImgConvolSobelX (BW8)".
 
 /// Uniform smoothing: (14 * (sum of the 9 pixels)) >> 7. The factor 14/128 for 1/9 darkens
 /// slightly: 255 gives 251. Border: nearest.
@@ -30,7 +33,7 @@ KY_API KY_ERRORS ImgConvolUniform3x3(const KyROI<KyBW8>* source,
 /// The same as ImgConvolUniform3x3.
 KY_API KY_ERRORS ImgConvolLowpass1(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
 /// Uniform smoothing: (932067 * (sum of the 9 pixels)) >> 23, which is just below a ninth: 255
-/// gives 254, and 1 gives 0. Border: nearest. Trace "ImgConvolUniform3x3".
+/// gives 254, and 1 gives 0. Border: nearest. Trace: "ImgConvolUniform3x3".
 KY_API KY_ERRORS ImgConvolUniform3x3Plain(const KyROI<KyBW8>* source,
                                           KyROI<KyBW8>* destination) noexcept;
 

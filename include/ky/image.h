@@ -1,4 +1,6 @@
-// Images: ROIs that own their pixels, or wrap somebody else's.
+/// @file
+/// @ingroup images
+/// Images: ROIs that own their pixels, or wrap somebody else's.
 #pragma once
 
 #include <cstddef>
@@ -20,38 +22,42 @@ struct KY_API KyPixelBuffer {
 template <class T>
 class KY_API KyImage : public KyROI<T> {
  public:
-  /// What a buffer of such pixels consists of.
+  /// The type that a buffer of such pixels consists of.
   using Memory = typename KyPixelTraits<T>::Memory;
 
-  /// An image without pixels.
+  /// Makes an image without pixels.
   KyImage() noexcept;
-  /// An image of `width` x `height` pixels, all zero. See SetSize for its errors.
+  /// Makes an image of `width` x `height` pixels, all zero. The errors are those of SetSize.
   KyImage(int width, int height) noexcept;
+  /// Takes over the pixels of `other`, which has none afterwards.
   KyImage(KyImage&& other) noexcept;
   KyImage& operator=(KyImage&& other) noexcept;
   ~KyImage() override;
 
   /// Gives the image `width` x `height` pixels, all zero; (0, 0) releases them. Clears the status
-  /// first. A size that is negative or cannot be had: 1303, and the image stays as it was.
+  /// first. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) for a negative size or when memory runs out;
+  /// the image stays as it was then.
   void SetSize(int width, int height) noexcept override;
-  /// Gives the image the size of `roi`; 1400 for null.
+  /// Gives the image the size of `roi`. Error: `KY_ERROR_NO_IMAGE` (1400) for null.
   void SetSize(const KyGenericROI* roi) noexcept;
 
   /// Wraps foreign memory, such as a camera's frame: rows of `width` pixels, `pitch` bytes apart.
-  /// Nothing is copied, and the memory is not freed; it must outlive its use. Errors, by position:
-  /// 1011 for null or misaligned pixels and for the image's own, which it would free, 1012 and 1013
-  /// for a negative size, 1014 for a pitch that is shorter than a row or does not keep the pixels
-  /// aligned. The image stays as it was then.
+  /// Nothing is copied, and the memory is not freed; it must outlive its use. Errors:
+  /// `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for pixels that are null, misaligned, or the
+  /// image's own, which it would free; `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012) and
+  /// `KY_ERROR_PARAMETER_3_OUT_OF_RANGE` (1013) for a negative width and height;
+  /// `KY_ERROR_PARAMETER_4_OUT_OF_RANGE` (1014) for a pitch that is shorter than a row or does not
+  /// keep the pixels aligned. The image stays as it was then.
   KY_ERRORS Attach(Memory* pixels, int width, int height, int pitch) noexcept;
 
   /// Makes the image a copy of `other` with pixels of its own, also where `other` wraps foreign
-  /// memory: the same pitch, rectangle and mask. 1303 when the memory cannot be had; the image
-  /// stays as it was then.
+  /// memory: the same pitch, rectangle and mask. `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory
+  /// runs out; the image stays as it was then.
   KY_ERRORS CopyFrom(const KyImage& other) noexcept;
 
-  /// Makes the image one without pixels at the place and of the size of the image whose object's
-  /// bytes `object` points to, as files of vectors of images hold them. Nothing else is taken from
-  /// the bytes, so that any are harmless. Does not touch the status.
+  /// Takes position, width and height, without pixels, from the bytes of an image object that
+  /// `object` points to, as files of vectors of images hold them. Nothing else is taken from the
+  /// bytes, so that any are harmless. Leaves the status alone.
   void Restore(const void* object) noexcept;
 
  private:

@@ -1,4 +1,6 @@
-// Convolution kernels.
+/// @file
+/// @ingroup convolution
+/// Convolution kernels.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +10,8 @@
 #include "ky/export.h"
 #include "ky/status.h"
 
-/// The preset 3x3 kernels, their rows from top to bottom. Types 1 to 3 have gain 0 and rectifier 0,
-/// the others gain 1 and rectifier 2.
+/// The preset 3x3 kernels, with their rows from top to bottom. Types 1 to 3 have gain 0 and
+/// rectifier 0; the others have gain 1 and rectifier 2.
 enum KERNEL_TYPE : int {
   KERNEL_PATTERN_1 = 1,      ///< 0 0 0, -1 1 -1, 1 1 1
   KERNEL_PATTERN_2 = 2,      ///< 0 0 0, -1 0 -1, 1 1 1
@@ -34,69 +36,73 @@ struct KernelView;
 /// A grid of coefficients, row by row, and the four numbers that make a grey level of the sum r of
 /// coefficient times pixel (see ImgConvolKernel):
 ///
-/// - gain, by which the coefficients are multiplied;
-/// - rectifier: 0 leaves r as it is, 1 gives max(-r, 0), 2 max(r, 0), 3 |r|. Any value is accepted;
-///   ImgConvolKernel says what others do;
-/// - offset, a signed number kept in an unsigned one, added after that;
-/// - outside value, the level that is assumed outside the source, signed likewise.
+/// - gain: the coefficients are multiplied by it;
+/// - rectifier: 0 leaves r as it is, 1 gives max(-r, 0), 2 gives max(r, 0), and 3 gives |r|. Any
+///   other value is accepted; ImgConvolKernel says what it does;
+/// - offset: a signed number, kept in an unsigned one, that is added after rectifying;
+/// - outside value: the level that is assumed outside the source, kept likewise.
 ///
-/// The array of coefficients only grows; what grows it loses the coefficients. After a failed
-/// allocation there is no array; a later one that is too small for the grid counts as none. All
-/// members clear the status at first, the accessors too. A failure's trace is "KyKernel::" and the
-/// member's name where nothing else is said.
+/// The array of coefficients never shrinks, and a member that makes it grow loses the coefficients.
+/// After a failed allocation there is no array; a later array that is too small for the grid counts
+/// as none. All members clear the status first, the accessors too. Unless stated otherwise, a
+/// failure is traced as "KyKernel::" followed by the member's name.
 class KY_API KyKernel {
  public:
-  /// Size 0 x 0, gain 1, offset 0, rectifier 2, outside value 0, no array.
+  /// Makes a kernel of size 0 x 0 with gain 1, offset 0, rectifier 2, outside value 0 and no array.
   KyKernel() noexcept;
-  /// With room for sizeX * sizeY coefficients, which are not initialised. 1303 when they cannot be
-  /// had, or their number is negative; trace "KyKernel::KyKernel".
+  /// Makes a kernel with room for sizeX * sizeY coefficients, which are not initialised. Error:
+  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when their number is negative or memory runs out. Trace:
+  /// "KyKernel::KyKernel".
   KyKernel(std::int16_t sizeX, std::int16_t sizeY, float gain, std::uint32_t offset,
            std::int16_t rectifier, std::uint32_t outsideValue) noexcept;
-  /// A preset: KyKernel(), then SetKernel(type), whose status stays.
+  /// Makes a preset kernel, by SetKernel(type), which sets the status.
   explicit KyKernel(KERNEL_TYPE type) noexcept;
   KyKernel(const KyKernel&) = delete;
   KyKernel& operator=(const KyKernel&) = delete;
-  /// Clears the status, alone among the library's destructors.
+  /// Clears the status, as no other destructor of the library does.
   virtual ~KyKernel();
 
-  /// The numbers of columns and of rows, and the four numbers above.
+  /// Return the numbers of columns and of rows, and the four numbers above.
   std::int16_t GetSizeX() const noexcept;
   std::int16_t GetSizeY() const noexcept;
   float GetGain() const noexcept;
   std::uint32_t GetOffset() const noexcept;
   std::int16_t GetRectifier() const noexcept;
   std::uint32_t GetOutsideValue() const noexcept;
-  /// The number of coefficients that there is room for.
+  /// Returns the number of coefficients that there is room for.
   std::uint32_t GetAllocatedSize() const noexcept;
-  /// The coefficients; null when there is no array.
+  /// Returns the coefficients, or null when there is no array.
   float* GetDataPtr() const noexcept;
 
-  /// Store any value, and return it.
+  /// Sets the number to any value, and returns it.
   float SetGain(float gain) noexcept;
   std::uint32_t SetOffset(std::uint32_t offset) noexcept;
   std::int16_t SetRectifier(std::int16_t rectifier) noexcept;
   std::uint32_t SetOutsideValue(std::uint32_t value) noexcept;
 
-  /// Makes room for at least `count` coefficients. 1303.
+  /// Makes room for at least `count` coefficients. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303).
   KY_ERRORS SetAllocatedSize(std::uint32_t count) noexcept;
   /// Sets the number of columns, or of rows, to any value, and makes room for the grid.
-  /// Coefficients keep their places in the array, not in the grid. 1303, the size unchanged; traces
+  /// Coefficients keep their places in the array, not in the grid. Error:
+  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303), which leaves the size as it was. Traces:
   /// "KyKernel::SetAllocatedSize", then "KyKernel::SetSizeX" or "KyKernel::SetSizeY".
   KY_ERRORS SetSizeX(std::int16_t sizeX) noexcept;
   KY_ERRORS SetSizeY(std::int16_t sizeY) noexcept;
 
-  /// Reads or writes coefficient (x, y); (0, 0) is the top left one. Errors: 1704 without an array,
-  /// 1011 for x outside the grid, 1012 for y.
+  /// Reads or writes coefficient (x, y); (0, 0) is the top left one. Errors: `KY_ERROR_KERNEL_DATA`
+  /// (1704) for a kernel without an array, `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for an x
+  /// outside the grid, `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012) for such a y.
   KY_ERRORS GetKernelData(int x, int y, float& value) const noexcept;
   KY_ERRORS SetKernelData(int x, int y, float value) noexcept;
 
-  /// A grid of 3 x 3, 5 x 5 or 7 x 7 coefficients, row by row from the top; gain, offset, rectifier
-  /// and outside value stay. 1303, the size set; trace "KyKernel::SetKernelData 3x3", for both
-  /// others "KyKernel::SetKernelData 5x5".
+  /// Sets a grid of 3 x 3, 5 x 5 or 7 x 7 coefficients, row by row from the top; gain, offset,
+  /// rectifier and outside value stay. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303), when the size
+  /// has been set. Trace: "KyKernel::SetKernelData 3x3" for the first form,
+  /// "KyKernel::SetKernelData 5x5" for both others.
   KY_ERRORS SetKernelData(const float (&coefficients)[9]) noexcept;
   KY_ERRORS SetKernelData(const float (&coefficients)[25]) noexcept;
   KY_ERRORS SetKernelData(const float (&coefficients)[49]) noexcept;
-  /// The same with 9, 25 or 49 separate values.
+  /// Does the same with 9, 25 or 49 separate values.
   template <class... Values>
   requires((sizeof...(Values) == 9 || sizeof...(Values) == 25 || sizeof...(Values) == 49) &&
            (std::is_convertible_v<Values, float> && ...)) KY_ERRORS SetKernelData(Values... values)
@@ -105,9 +111,10 @@ class KY_API KyKernel {
     return SetKernelData(coefficients);
   }
 
-  /// Makes the kernel one of the presets; the outside value becomes 0. Errors: 1303; 1011 for any
-  /// other type, which leaves a 3x3 grid of the old coefficients with gain, offset, rectifier and
-  /// outside value 0.
+  /// Makes the kernel one of the presets; the outside value becomes 0. Errors:
+  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303); `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for any other
+  /// type, which leaves a 3x3 grid of the old coefficients with gain, offset, rectifier and outside
+  /// value 0.
   KY_ERRORS SetKernel(KERNEL_TYPE type) noexcept;
 
  private:

@@ -1,4 +1,6 @@
-// Grey-level morphology with boxes and disks of any size.
+/// @file
+/// @ingroup morphology
+/// Grey-level morphology with boxes and disks of any size.
 #pragma once
 
 #include "ky/export.h"
@@ -6,7 +8,7 @@
 #include "ky/roi.h"
 #include "ky/status.h"
 
-/// Half height of a box: the same as its half width.
+/// A half height that stands for the half width of the box.
 inline constexpr unsigned KY_HALF_HEIGHT_AS_WIDTH = 0xFFFFFFFFu;
 
 /// Dilation is the maximum and erosion the minimum of the source over an element B centred on each
@@ -17,19 +19,21 @@ inline constexpr unsigned KY_HALF_HEIGHT_AS_WIDTH = 0xFFFFFFFFu;
 ///
 /// - Elements: a box of (2 halfWidth + 1) x (2 halfHeight + 1) pixels; a disk of radius r, which is
 ///   the octagon of all (i, j) with |i|, |j| <= r and |i| + |j| <= 2 r - h, h = (r + 1) / 2: r - h
-///   square steps and h cross steps. Any size is taken; the cost does not depend on it.
+///   square steps and h cross steps. Any size is accepted, and the cost does not depend on it.
 /// - Border: only pixels inside the ROI count.
 /// - In place: a null destination, or one on the source's pixels, replaces the source. An area that
 ///   overlaps the source otherwise is written as if the source were a copy.
-/// - Errors: 1400 without pixels, 1403 for different sizes, 1303 when there is no memory for some
-///   rows. Nothing has been written then. An ROI of no width or height is no error.
-/// - Trace: the name of the function. A 1303 is traced under the name of the first step, such as
-///   "ImgDilate3x3 (BW8)" (one along the rows has no name), and ImgDilateBox, ImgErodeBox,
-///   ImgDilateDisk and ImgErodeDisk add their own name to it only when they do not work in place.
+/// - Errors: `KY_ERROR_NO_IMAGE` (1400) for an ROI without pixels, `KY_ERROR_SIZE_MISMATCH` (1403)
+///   for different sizes, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when there is no memory for some
+///   rows. Nothing has been written then. An ROI of no columns or rows is no error.
+/// - Trace: the name of the function. A `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) is traced under the
+///   name of the first step, such as "ImgDilate3x3 (BW8)" (a step along the rows has no name);
+///   ImgDilateBox, ImgErodeBox, ImgDilateDisk and ImgErodeDisk add their own name to that only when
+///   they do not work in place.
 ///
-/// Running extremes: M. van Herk, "A fast algorithm for local minimum and maximum filters on
-/// rectangular and octagonal kernels", Pattern Recognition Letters 13, 1992; J. Gil, M. Werman,
-/// "Computing 2-D min, median, and max filters", IEEE PAMI 15, 1993.
+/// The extremes are computed as described by M. van Herk, "A fast algorithm for local minimum and
+/// maximum filters on rectangular and octagonal kernels", Pattern Recognition Letters 13, 1992; J.
+/// Gil, M. Werman, "Computing 2-D min, median, and max filters", IEEE PAMI 15, 1993.
 KY_API KY_ERRORS ImgDilateBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                               unsigned halfWidth,
                               unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
@@ -41,42 +45,46 @@ KY_API KY_ERRORS ImgDilateDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* destina
 KY_API KY_ERRORS ImgErodeDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                               unsigned radius) noexcept;
 
-/// Opening: dilation(erosion(source)). It removes what is bright and smaller than the element.
-/// A 1303 is traced under the inner dilation or erosion too, as above.
+/// Opens the source, dilation(erosion(source)), which removes what is bright and smaller than the
+/// element. A `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) is traced under the inner dilation or erosion
+/// too, as described above.
 KY_API KY_ERRORS ImgOpenBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                             unsigned halfWidth,
                             unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
 KY_API KY_ERRORS ImgOpenDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                              unsigned radius) noexcept;
 
-/// Closing: erosion(dilation(source)). It removes what is dark and smaller than the element.
+/// Closes the source, erosion(dilation(source)), which removes what is dark and smaller than the
+/// element.
 KY_API KY_ERRORS ImgCloseBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                              unsigned halfWidth,
                              unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
 KY_API KY_ERRORS ImgCloseDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                               unsigned radius) noexcept;
 
-/// White top-hat: source - opening(source), what is bright and smaller than the element. In place
-/// the box form fails with 1413, whereas the disk form gives 0 everywhere: the source is gone when
-/// it is subtracted. Failures of the opening are traced as "ImgOpenBox" or "ImgOpenDisk" first.
+/// White top-hat: source - opening(source), which keeps what is bright and smaller than the
+/// element. It needs a destination of its own: in place the box form fails with
+/// `KY_ERROR_COLOR_PLANES` (1413), and the disk form gives 0 everywhere, as the source is gone when
+/// the opening is subtracted from it. Failures of the opening are traced as "ImgOpenBox" or
+/// "ImgOpenDisk" first.
 KY_API KY_ERRORS ImgWhiteTopHatBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                    unsigned halfWidth,
                                    unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
 KY_API KY_ERRORS ImgWhiteTopHatDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                     unsigned radius) noexcept;
 
-/// Black top-hat: closing(source) - source, what is dark and smaller than the element. In place
-/// both forms give 0 everywhere. Failures of the closing are traced as "ImgCloseBox" or
-/// "ImgCloseDisk" first.
+/// Black top-hat: closing(source) - source, which keeps what is dark and smaller than the element.
+/// It needs a destination of its own: in place both forms give 0 everywhere. Failures of the
+/// closing are traced as "ImgCloseBox" or "ImgCloseDisk" first.
 KY_API KY_ERRORS ImgBlackTopHatBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                    unsigned halfWidth,
                                    unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
 KY_API KY_ERRORS ImgBlackTopHatDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                     unsigned radius) noexcept;
 
-/// Morphological gradient: dilation(source) - erosion(source). In place or not. The size of the
-/// destination is checked first; one of the right size but without pixels is found by the dilation,
-/// and traced as "ImgDilateBox" or "ImgDilateDisk" first.
+/// Morphological gradient: dilation(source) - erosion(source), in place or not. The size of the
+/// destination is checked first; a destination of the right size but without pixels is found by the
+/// dilation, and traced as "ImgDilateBox" or "ImgDilateDisk" first.
 KY_API KY_ERRORS ImgMorphoGradientBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                       unsigned halfWidth,
                                       unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;

@@ -1,4 +1,6 @@
-// Arithmetic and logic, pixel by pixel.
+/// @file
+/// @ingroup operators
+/// Arithmetic and logic, pixel by pixel.
 #pragma once
 
 #include "ky/export.h"
@@ -6,9 +8,10 @@
 #include "ky/roi.h"
 #include "ky/status.h"
 
-/// The operations of ImgOper. a is the first operand, b the second, in the order of the arguments;
-/// d is the value that the destination had. Results are 8-bit unless the destination is KyBW16;
-/// divisions truncate, nothing rounds, comparisons and logic give exactly 0 or 255.
+/// The operations of ImgOper. In the formulas a is the first operand and b the second, in the order
+/// of the arguments, and d is the value that the destination had. Results have 8 bits unless the
+/// destination is KyBW16. Divisions truncate; comparisons and logical operations give exactly 0 or
+/// 255.
 enum ARITH_LOGIC_OPERATIONS : int {
   KY_OPER_COPY = 0,                ///< a; of a constant: fill
   KY_OPER_INVERT = 1,              ///< 255 - a
@@ -47,14 +50,15 @@ enum ARITH_LOGIC_OPERATIONS : int {
   KY_OPER_OVERLAY = 34,            ///< colour overlay; see the overloads
 };
 
-/// The colour that operation 34 writes where a grey source is not 0: (0, 0, 255) at first, one for
-/// the whole process. Neither function touches the status.
+/// Sets, or returns, the colour that operation 34 writes where a grey source is not 0. The whole
+/// process has one, (0, 0, 255) at first. Both functions leave the status alone.
 KY_API void ImgSetOverlayColor(KyC24 color) noexcept;
 KY_API KyC24 ImgGetOverlayColor() noexcept;
 
-/// Fills the destination with a level, or copies the source to it, which may overlap it. Errors:
-/// 1400, 1403; 1303 for a source that overlaps the destination without coinciding. The traces are
-/// "ImgCopy (BW8 Const to Image)" and "ImgOper (BW8 Image to Image)".
+/// Fills the destination with a level, or copies the source, which may overlap it. Errors:
+/// `KY_ERROR_NO_IMAGE` (1400), `KY_ERROR_SIZE_MISMATCH` (1403); `KY_ERROR_NOT_ENOUGH_MEMORY` (1303)
+/// for a source that overlaps the destination without coinciding. Traces: "ImgCopy (BW8 Const to
+/// Image)", "ImgOper (BW8 Image to Image)".
 KY_API KY_ERRORS ImgCopy(KyBW8 value, KyROI<KyBW8>* destination) noexcept;
 KY_API KY_ERRORS ImgCopy(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
 
@@ -63,73 +67,76 @@ KY_API KY_ERRORS ImgCopy(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) 
 ///
 /// - Colours: every component is combined with the same component of the other operand; a grey
 ///   operand stands for all three components. Only operation 34 looks at whole pixels.
-/// - In place: sources and destination may be the same rectangle; an area that overlaps the
+/// - In place: sources and destination may be the same rectangle; a source that overlaps the
 ///   destination otherwise is read before it is written, through a copy.
-/// - Constants are passed as a pixel value: KyBW8(0), as a plain 0 could also be a null pointer.
-/// - Errors, in this order, the destination untouched: 1003 for an operation that the overload does
-///   not accept; 1400 for an ROI without pixels; 1403 for different sizes; 32767 for an operation
-///   that it accepts without doing anything for it (in the forms with three operands 0, 1, 29 to
-///   32, and all above 34; 34 onto grey, with a constant, or with one grey and one colour source);
-///   1303.
+/// - Constants are passed as a pixel value: KyBW8(0), because a plain 0 could also be a null
+///   pointer.
+/// - Errors, checked in this order before the destination is written:
+///   `KY_ERROR_UNSUPPORTED_OPERATION` (1003) for an operation that the overload does not accept;
+///   `KY_ERROR_NO_IMAGE` (1400) for an ROI without pixels; `KY_ERROR_SIZE_MISMATCH` (1403) for
+///   different sizes; `KY_ERROR_INTERNAL` (32767) for an operation that it accepts without doing
+///   anything for it (in the forms with three operands 0, 1, 29 to 32, and all above 34; 34 onto
+///   grey, with a constant, or with one grey and one colour source); `KY_ERROR_NOT_ENOUGH_MEMORY`
+///   (1303).
 
-/// Fill. Operation 0. Trace "ImgOper (BW8 Const to Image)".
+/// Fills the destination. Operation 0. Trace: "ImgOper (BW8 Const to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW8 a,
                          KyROI<KyBW8>* destination) noexcept;
-/// Operations 0, 1. Trace "ImgOper (BW8 Image to Image)".
+/// Operations 0 and 1. Trace: "ImgOper (BW8 Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          KyROI<KyBW8>* destination) noexcept;
 /// Operations 0 and 1 write all three components; 34 writes the overlay colour where a is not 0 and
-/// keeps the other pixels. Trace "ImgOper (BW8 Image to C24 Image)".
+/// keeps the other pixels. Trace: "ImgOper (BW8 Image to C24 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          KyROI<KyC24>* destination) noexcept;
-/// All but 7, 8, 16, 17, 18, 21, 22. Trace "ImgOper (BW8 Const, Image to Image)".
+/// All operations but 7, 8, 16, 17, 18, 21, 22. Trace: "ImgOper (BW8 Const, Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW8 a, const KyROI<KyBW8>* b,
                          KyROI<KyBW8>* destination) noexcept;
-/// All but 16, 17, 18. Trace "ImgOper (BW8 Image, Const to Image)".
+/// All operations but 16, 17, 18. Trace: "ImgOper (BW8 Image, Const to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, KyBW8 b,
                          KyROI<KyBW8>* destination) noexcept;
-/// All but 7, 8. Trace "ImgOper (BW8 Image, Image to Image)".
+/// All operations but 7, 8. Trace: "ImgOper (BW8 Image, Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          const KyROI<KyBW8>* b, KyROI<KyBW8>* destination) noexcept;
 
-/// Fill. Operation 0. Trace "ImgOper (C24 Const to Image)".
+/// Fills the destination. Operation 0. Trace: "ImgOper (C24 Const to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyC24 a,
                          KyROI<KyC24>* destination) noexcept;
-/// Operations 0, 1, and 34: a where it is not (0, 0, 0), else the destination's own pixel. Trace
+/// Operations 0, 1, and 34: a where it is not (0, 0, 0), else the destination's own pixel. Trace:
 /// "ImgOper (C24 Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a,
                          KyROI<KyC24>* destination) noexcept;
-/// All but 7, 8, 16, 17, 18, 21, 22. Trace "ImgOper (C24 Const, Image to Image)".
+/// All operations but 7, 8, 16, 17, 18, 21, 22. Trace: "ImgOper (C24 Const, Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyC24 a, const KyROI<KyC24>* b,
                          KyROI<KyC24>* destination) noexcept;
-/// All but 16, 17, 18, up to 33. Trace "ImgOper (C24 Image, Const to Image)".
+/// All operations but 16, 17, 18, up to 33. Trace: "ImgOper (C24 Image, Const to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, KyC24 b,
                          KyROI<KyC24>* destination) noexcept;
-/// All but 7, 8; 34 gives b where it is not (0, 0, 0), else a. Trace "ImgOper (C24 Image, Image to
-/// Image)".
+/// All operations but 7, 8; 34 gives b where it is not (0, 0, 0), else a. Trace: "ImgOper (C24
+/// Image, Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a,
                          const KyROI<KyC24>* b, KyROI<KyC24>* destination) noexcept;
 
-/// All but 7, 8. Trace "ImgOper (BW8 Image, C24 Image to C24 Image)".
+/// All operations but 7, 8. Trace: "ImgOper (BW8 Image, C24 Image to C24 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          const KyROI<KyC24>* b, KyROI<KyC24>* destination) noexcept;
-/// All but 7, 8. Trace "ImgOper (C24 Image, BW8 Image to C24 Image)".
+/// All operations but 7, 8. Trace: "ImgOper (C24 Image, BW8 Image to C24 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a,
                          const KyROI<KyBW8>* b, KyROI<KyC24>* destination) noexcept;
 /// Operation 34: the overlay colour where b is not 0, else the grey level of a in all three
-/// components. Trace "ImgOper (BW8 Image, BW8 Image to C24 Image)".
+/// components. Trace: "ImgOper (BW8 Image, BW8 Image to C24 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          const KyROI<KyBW8>* b, KyROI<KyC24>* destination) noexcept;
 
-/// Fill. Operation 0. Trace "ImgOper (BW16 Const to BW16 Image)".
+/// Fills the destination. Operation 0. Trace: "ImgOper (BW16 Const to BW16 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW16 a,
                          KyROI<KyBW16>* destination) noexcept;
-/// Operations 2 (a + b), 3 (max(a - b, 0)), 4 (a * b), 5 (a / b, 65535 when b = 0). Trace
-/// "ImgOper (BW8 Image and BW8 Image to BW16 Image)".
+/// Operations 2 (a + b), 3 (max(a - b, 0)), 4 (a * b), 5 (a / b, 65535 when b = 0). Trace: "ImgOper
+/// (BW8 Image and BW8 Image to BW16 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          const KyROI<KyBW8>* b, KyROI<KyBW16>* destination) noexcept;
 /// Operations 2 (min(a + b, 65535)), 3 (max(a - b, 0)), 4 (min(a * b, 65535)), 5 (a / b, 65535 when
-/// b = 0), and 29, 30, modulo 65536. Trace "ImgOper (BW16 Image and BW8 Image to BW16 IMage)",
-/// spelt so.
+/// b = 0), and 29 and 30, modulo 65536. Trace: "ImgOper (BW16 Image and BW8 Image to BW16 IMage)",
+/// spelt like this.
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW16>* a,
                          const KyROI<KyBW8>* b, KyROI<KyBW16>* destination) noexcept;

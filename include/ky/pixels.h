@@ -1,4 +1,6 @@
-// The pixel types of images and regions of interest.
+/// @file
+/// @ingroup images
+/// The pixel types of images and regions of interest.
 #pragma once
 
 #include <cstdint>
@@ -10,18 +12,18 @@ using KyBW8 = std::uint8_t;
 using KyBW16 = std::uint16_t;
 using KyBW32 = std::uint32_t;
 
-/// One bit a pixel: a tag only. Eight pixels share a byte, the leftmost in its most significant
-/// bit.
+/// The tag of images of one bit a pixel. Eight pixels share a byte, the leftmost one in its most
+/// significant bit.
 struct KY_API KyBW1 {};
 
-/// A colour of three 8-bit components, stored one after the other in this order. The library gives
-/// no meaning to the components; its examples use red, green, blue.
+/// A colour of three 8-bit components, stored one after the other in this order. Functions that
+/// need a meaning take them as red, green, blue; the others do not mind.
 struct KY_API KyC24 {
   /// The components.
   KyBW8 c0, c1, c2;
 
   KyC24() = default;
-  /// The colour of these components.
+  /// Makes the colour of these components.
   constexpr KyC24(KyBW8 first, KyBW8 second, KyBW8 third) noexcept
       : c0(first), c1(second), c2(third) {}
   constexpr bool operator==(const KyC24&) const noexcept = default;
@@ -33,8 +35,8 @@ struct KY_API KyC15 {
   constexpr bool operator==(const KyC15&) const noexcept = default;
 };
 
-/// A packed colour: component 0 in bits 0..4, component 1 in bits 5..10, component 2 in
-/// bits 11..15.
+/// A packed colour: component 0 in bits 0..4, component 1 in bits 5..10, component 2 in bits
+/// 11..15.
 struct KY_API KyC16 {
   std::uint16_t bits;  ///< all three components
   constexpr bool operator==(const KyC16&) const noexcept = default;

@@ -1,4 +1,6 @@
-// Profiles: rows of grey levels, such as those along a line segment.
+/// @file
+/// @ingroup paths
+/// Profiles: rows of grey levels, such as those along a line segment.
 #pragma once
 
 #include "ky/export.h"
@@ -8,44 +10,47 @@
 #include "ky/typed_vector.h"
 
 /// Finds the peaks of a profile, unbroken runs of levels above `high`, and its valleys, runs below
-/// `low`. Runs that touch an end of the profile are left out. Of the run from element s to before
-/// element e, with d = level - high in a peak and d = level - low (negative) in a valley, the
-/// record holds
+/// `low`. Runs that touch an end of the profile are left out. For a run of the elements s to e - 1,
+/// with d = level - high in a peak and d = level - low (negative) in a valley, the record holds
 ///
 ///     start = s, length = e - s
 ///     amplitude: the d farthest from 0
 ///     area = sum of all d
 ///     center = sum of i d / area in double precision, (s + e - 1) / 2 when the area is 0
 ///
-/// It is kept when neither |amplitude| nor |area| lies below its minimum. Errors: 1601 for a
-/// missing vector, 1007 when low > high, 1303. Trace "ImgGetProfilePeaks".
+/// It is kept when neither |amplitude| nor |area| lies below its minimum. Errors:
+/// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector, `KY_ERROR_BAD_INTERVAL` (1007) when low >
+/// high, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace: "ImgGetProfilePeaks".
 KY_API KY_ERRORS ImgGetProfilePeaks(KyBW8Vector* profile, KyPeaksVector* peaks,
                                     unsigned int lowThreshold, unsigned int highThreshold,
                                     unsigned int minAmplitude, unsigned int minArea) noexcept;
 
-/// The filters below give the destination as many elements as the source v has, n, unless they say
-/// otherwise. Source and destination may be the same vector. Errors: 1601 for a missing vector,
-/// 1303. At the ends, v[-1] = v[0] and v[n] = v[n - 1], unless they say otherwise. The traces are
-/// the functions' names, with "(KyBW8Vector)" after a blank for the last three.
+/// Unless stated otherwise, the filters of profiles resize the destination to the number n of
+/// elements of the source v, and continue v at its ends by v[-1] = v[0] and v[n] = v[n - 1]. Source
+/// and destination may be the same vector. Errors: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null
+/// vector, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). The trace is the function's name;
+/// ImgConvolBinomial, ImgDilate and ImgErode add " (KyBW8Vector)".
 
-/// The slope around 128: floor((v[i + 1] - v[i - 1]) / 2) + 128; at the ends the whole difference
-/// of the last two elements, 128 added, limited to 0..255. 128 for a single element.
+/// Writes the slope, raised by 128: floor((v[i + 1] - v[i - 1]) / 2) + 128. At each end it is the
+/// whole difference of the outermost two elements plus 128, limited to 0..255. A single element
+/// gives 128.
 KY_API KY_ERRORS ImgProfileDerivative(KyBW8Vector* source, KyBW8Vector* destination) noexcept;
 
-/// The mean of the 2 halfWidth + 1 elements around each, truncated; beyond the ends the first and
-/// the last element go on. The source must have that many elements, and the destination as many as
-/// the source: 1613. Sums are 32 bits wide.
+/// Writes the mean of the 2 halfWidth + 1 elements around each, truncated; the first and the last
+/// element are repeated beyond the ends. The destination is not resized. Error:
+/// `KY_ERROR_NOT_256_ENTRIES` (1613) when the source has fewer than 2 halfWidth + 1 elements, or
+/// the destination not as many as the source. Sums have 32 bits.
 KY_API KY_ERRORS ImgConvolUniform(KyBW8Vector* source, KyBW8Vector* destination,
                                   unsigned int halfWidth) noexcept;
 
-/// (v[i - 1] + 2 v[i] + v[i + 1]) / 4, truncated, so many times. No pass leaves the elements of the
-/// destination as they are, or unspecified where they are new.
+/// Smooths `passes` times by (v[i - 1] + 2 v[i] + v[i + 1]) / 4, truncated. With 0 passes the
+/// elements of the destination stay as they were, and new ones are unspecified.
 KY_API KY_ERRORS ImgConvolBinomial(KyBW8Vector* source, KyBW8Vector* destination,
                                    unsigned int passes) noexcept;
 
-/// The greatest, respectively the smallest, of v[i - 1], v[i], v[i + 1], so many times; no pass as
-/// above. The cost grows with the logarithm of the passes (van Herk's and Gil and Werman's window
-/// extremes, by doubling).
+/// Replaces every element by the greatest (ImgDilate) or the smallest (ImgErode) of v[i - 1], v[i],
+/// v[i + 1], `passes` times; 0 passes act as in ImgConvolBinomial. The cost grows with the
+/// logarithm of the passes.
 KY_API KY_ERRORS ImgDilate(KyBW8Vector* source, KyBW8Vector* destination,
                            unsigned int passes) noexcept;
 KY_API KY_ERRORS ImgErode(KyBW8Vector* source, KyBW8Vector* destination,

@@ -1,4 +1,6 @@
-// Paths, peaks and runs: the records that functions exchange through vectors, and their vectors.
+/// @file
+/// @ingroup typed_vectors
+/// Paths, peaks and runs: the records that functions exchange through vectors, and their vectors.
 #pragma once
 
 #include <cstdint>
@@ -14,27 +16,27 @@ struct KY_API KyPath {
   constexpr bool operator==(const KyPath&) const noexcept = default;
 };
 
-/// A position and a grey level. The filler goes into files as it stands; comparison ignores it.
+/// A position and a grey level. The filler is written to files as it is; comparison ignores it.
 struct KY_API KyBW8Path {
   /// The position.
   std::int16_t x, y;
   KyBW8 pixel;       ///< the level, or the code of the step that leads on
   KyBW8 filler = 0;  ///< makes the size even
 
-  /// Whether position and level are the same.
+  /// Returns whether position and level are the same.
   constexpr bool operator==(const KyBW8Path& other) const noexcept {
     return x == other.x && y == other.y && pixel == other.pixel;
   }
 };
 
-/// A position and a colour; the filler as above.
+/// A position and a colour. The filler is treated as in KyBW8Path.
 struct KY_API KyC24Path {
   /// The position.
   std::int16_t x, y;
   KyC24 pixel;       ///< the colour
   KyBW8 filler = 0;  ///< makes the size even
 
-  /// Whether position and colour are the same.
+  /// Returns whether position and colour are the same.
   constexpr bool operator==(const KyC24Path& other) const noexcept {
     return x == other.x && y == other.y && pixel == other.pixel;
   }
@@ -76,14 +78,16 @@ struct KyFileType<KyRun> : KyFileTypeOf<10> {};
 template <class T>
 class KY_API KyPathVectorTemplate : public KyVectorTemplate<T> {
  public:
-  /// An empty, open path with room for `maxElements` elements. 1303 when the memory cannot be had.
+  /// Makes an empty, open path with room for `maxElements` elements. `KY_ERROR_NOT_ENOUGH_MEMORY`
+  /// (1303) when memory runs out.
   explicit KyPathVectorTemplate(unsigned int maxElements = 0) noexcept;
   KyPathVectorTemplate(KyPathVectorTemplate&&) noexcept = default;
-  /// Take the flag too.
+  /// Takes over the elements and the flag.
   KyPathVectorTemplate& operator=(KyPathVectorTemplate&) noexcept = default;
   KyPathVectorTemplate& operator=(KyPathVectorTemplate&&) noexcept = default;
 
-  /// The flag: any value but 0 means closed. It is not part of files; Load leaves it as it is.
+  /// Returns or sets the flag; any value other than 0 means closed. Files do not hold it, and Load
+  /// leaves it as it is.
   int GetClosed() const noexcept { return closed_; }
   void SetClosed(int closed) noexcept { closed_ = closed; }
 
@@ -91,6 +95,7 @@ class KY_API KyPathVectorTemplate : public KyVectorTemplate<T> {
   int closed_ = 0;
 };
 
+/// The vectors of paths and of peaks.
 using KyPathVector = KyPathVectorTemplate<KyPath>;
 using KyBW8PathVector = KyPathVectorTemplate<KyBW8Path>;
 using KyC24PathVector = KyPathVectorTemplate<KyC24Path>;

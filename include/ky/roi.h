@@ -1,4 +1,6 @@
-// Regions of interest: rectangles of an image's pixels.
+/// @file
+/// @ingroup images
+/// Regions of interest: rectangles of an image's pixels.
 #pragma once
 
 #include <cstdint>
@@ -18,68 +20,72 @@ struct KY_API KyPixelBuffer;
 /// The part of every ROI and image that does not depend on the pixel type.
 ///
 /// An ROI is a rectangle on a parent, which is an image or another ROI. It stores the parent and
-/// its place there and finds its pixels through the parent at each call: it stays right when the
-/// parent is resized or placed elsewhere, and the parent must outlive it. A rectangle that does not
-/// lie wholly inside its parent's pixels has no pixels, nor has one whose parents form a ring:
-/// addresses are null and every function answers 1400. `const` protects the rectangle, not the
-/// pixels.
+/// its place there, and finds its pixels through the parent at each call. It therefore stays valid
+/// when the parent is resized or placed elsewhere, and the parent must outlive it. A rectangle that
+/// does not lie wholly inside its parent's pixels has no pixels, and neither has one whose parents
+/// form a ring: addresses are null, and every function fails with `KY_ERROR_NO_IMAGE` (1400).
+/// `const` protects the rectangle, not the pixels.
 class KY_API KyGenericROI {
  public:
   KyGenericROI(const KyGenericROI&) = delete;
   KyGenericROI& operator=(const KyGenericROI&) = delete;
   virtual ~KyGenericROI();
 
-  /// Width and height in pixels.
+  /// Returns the width or the height, in pixels.
   int GetWidth() const noexcept { return width_; }
   int GetHeight() const noexcept { return height_; }
 
-  /// Bytes of one pixel; 0 for one-bit pixels, which share a byte.
+  /// Returns the bytes of one pixel; 0 for one-bit pixels, which share a byte.
   virtual int GetPixelSize() const noexcept;
 
-  /// Sets the status when `other` has another size: 1400 when either has no pixels, else 1403.
-  /// Leaves it alone otherwise.
+  /// Sets the status when `other` cannot be used together with this ROI: `KY_ERROR_NO_IMAGE` (1400)
+  /// when either has no pixels, `KY_ERROR_SIZE_MISMATCH` (1403) when their sizes differ. Leaves it
+  /// alone otherwise.
   virtual void CheckSameSize(const KyGenericROI* other) const noexcept;
 
-  /// Resizes the rectangle; an image reallocates its pixels (see KyImage). Negative sizes have no
-  /// pixels.
+  /// Resizes the rectangle; an image reallocates its pixels (see KyImage). A rectangle of negative
+  /// size has no pixels.
   virtual void SetSize(int width, int height) noexcept;
 
-  /// The address of pixel (x, y), counted from the ROI's own origin. x = width gives the address
-  /// just past a row, (0, height) the one just past the last row. Null outside 0..width x 0..height
-  /// and when there are no pixels. For one-bit pixels: the byte that holds the pixel.
+  /// Returns the address of pixel (x, y), counted from the ROI's own origin; for one-bit pixels
+  /// that of the byte that holds it. x = width gives the address just past a row, and (0, height)
+  /// the one just past the last row. Returns null outside 0..width x 0..height and when there are
+  /// no pixels.
   virtual void* GetPixelPtr(int x, int y) const noexcept;
 
-  /// Bytes from the start of one row to the start of the next; 0 without pixels.
+  /// Returns the bytes from the start of one row to the start of the next; 0 without pixels.
   virtual int GetPitch() const noexcept;
 
-  /// Sets the status to 1400 when the ROI has no pixels. Leaves it alone otherwise.
+  /// Sets the status to `KY_ERROR_NO_IMAGE` (1400) when the ROI has no pixels. Leaves it alone
+  /// otherwise.
   virtual void CheckImage() const noexcept;
 
-  /// Bytes from the address just past a row to the first pixel of the next: pitch less the row's
-  /// bytes.
+  /// Returns the bytes from the address just past a row to the first pixel of the next, which is
+  /// the pitch less the bytes of a row.
   virtual int GetRowGap() const noexcept;
 
-  /// The address of position (x, y), counted from the ROI's origin, where the position may lie
-  /// outside the ROI: null unless it is a pixel of the root image or of the spare row below it.
+  /// Returns the address of position (x, y), counted from the ROI's origin, which may lie outside
+  /// the ROI; null unless it is a pixel of the root image or of the spare row below it.
   void* GetRootPixelPtr(int x, int y) const noexcept;
 
-  /// Where (x, y) begins inside its byte, 0 being the most significant bit; 0 for pixels of whole
-  /// bytes.
+  /// Returns the bit of its byte in which pixel (x, y) begins, where 0 is the most significant one;
+  /// 0 for pixels of whole bytes.
   int GetBitOffset(int x, int y) const noexcept;
 
-  /// Gives the ROI a mask: a list of runs of pixels that some functions (see histograms) confine
-  /// themselves to. Offsets count pixels from the ROI's first one, a row further being one pitch
-  /// (row * pitch / pixel size + column), or are `absolute`: counted likewise from the first pixel
-  /// of the root image. Runs may come in any order; what lies outside the ROI counts for nothing.
-  /// The list is copied. Errors: 1011 for a null list of more than 0 runs, 1303.
+  /// Gives the ROI a mask, a list of runs of pixels to which some functions (see histograms)
+  /// confine themselves. Offsets count pixels from the first one of the ROI, a row further being
+  /// one pitch (row * pitch / pixel size + column); `absolute` ones count likewise from the first
+  /// pixel of the root image. Runs may come in any order; parts that lie outside the ROI are
+  /// ignored. The list is copied. Errors: `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for a null
+  /// list of more than 0 runs, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303).
   KY_ERRORS SetMask(const KyMaskRun* runs, unsigned count, bool absolute) noexcept;
-  /// Takes the mask away. Does not touch the status.
+  /// Removes the mask and leaves the status alone.
   void ClearMask() noexcept;
-  /// The runs of the mask; null when the ROI has none.
+  /// Returns the runs of the mask, or null when the ROI has none.
   const KyMaskRun* GetMaskOffsets() const noexcept { return mask_; }
-  /// The number of runs.
+  /// Returns the number of runs.
   unsigned GetMaskCount() const noexcept { return maskCount_; }
-  /// Whether the runs are counted from the root image's first pixel.
+  /// Returns whether the runs are counted from the first pixel of the root image.
   bool IsMaskAbsolute() const noexcept { return maskAbsolute_; }
 
  protected:
@@ -107,24 +113,27 @@ class KY_API KyGenericROI {
 template <class T>
 class KY_API KyROI : public KyGenericROI {
  public:
-  /// What one pixel is read and written as.
+  /// The type that one pixel is read and written as.
   using Value = typename KyPixelTraits<T>::Value;
 
-  /// An ROI of 0 x 0 pixels without a parent: it has no pixels.
+  /// Makes an ROI of 0 x 0 pixels without a parent, which has no pixels.
   KyROI() noexcept;
-  /// A rectangle of `width` x `height` pixels, whose first pixel is (x, y) of the parent.
+  /// Makes a rectangle of `width` x `height` pixels whose first pixel is pixel (x, y) of the
+  /// parent.
   KyROI(KyROI<T>* parent, int x, int y, int width, int height) noexcept;
 
   /// Moves and resizes the rectangle on its parent.
   void SetPlacement(int x, int y, int width, int height) noexcept;
-  /// The position of the rectangle on its parent.
+  /// Returns the position of the rectangle on its parent.
   int GetX() const noexcept { return x_; }
   int GetY() const noexcept { return y_; }
-  /// The parent; null for an image.
+  /// Returns the parent, or null for an image.
   KyROI<T>* GetParent() const noexcept { return static_cast<KyROI<T>*>(parent_); }
 
-  /// Reads or writes one pixel. Outside the ROI: 1011 for x, 1012 for y; without pixels: 1400. A
-  /// read that fails gives 0, a write that fails does nothing; neither clears the status.
+  /// Reads or writes one pixel. A read that fails returns 0, and a write that fails does nothing.
+  /// Errors: `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for an x,
+  /// `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012) for a y outside the ROI; `KY_ERROR_NO_IMAGE` (1400)
+  /// for an ROI without pixels. Success does not clear the status.
   Value GetPixel(int x, int y) const noexcept;
   void SetPixel(Value value, int x, int y) noexcept;
 

@@ -1,66 +1,139 @@
-// The error status of the calling thread, and the trace of the routines that failed.
+/// @file
+/// @ingroup status
+/// The error status of the calling thread, and the trace of the routines that failed.
 #pragma once
 
 #include "ky/export.h"
 
-/// What a call can answer. 0 is success.
+/// The codes that calls return. KY_OK is 0. Below each code stand the calls that raise it; the
+/// descriptions of the calls say when.
 enum KY_ERRORS : int {
-  KY_OK = 0,                                 ///< success
-  KY_ERROR_PATH_STOPPED = 106,               ///< the border of the ROI stopped a path
-  KY_ERROR_UNSUPPORTED_OPERATION = 1003,     ///< this overload has no such operation or mode
-  KY_ERROR_BAD_INTERVAL = 1007,              ///< a lower limit exceeds its upper limit
-  KY_ERROR_BAD_MODE = 1009,                  ///< no such contour mode
-  KY_ERROR_PARAMETER_OUT_OF_RANGE = 1010,    ///< an index lies beyond the vector
-  KY_ERROR_PARAMETER_1_OUT_OF_RANGE = 1011,  ///< the first numeric parameter is out of range
-  KY_ERROR_PARAMETER_2_OUT_OF_RANGE = 1012,  ///< the second numeric parameter is out of range
-  KY_ERROR_PARAMETER_3_OUT_OF_RANGE = 1013,  ///< the third numeric parameter is out of range
-  KY_ERROR_PARAMETER_4_OUT_OF_RANGE = 1014,  ///< the fourth numeric parameter is out of range
-  KY_ERROR_PARAMETER_5_OUT_OF_RANGE = 1015,  ///< the fifth numeric parameter is out of range
-  KY_ERROR_PARAMETER_6_OUT_OF_RANGE = 1016,  ///< the sixth numeric parameter is out of range
-  KY_ERROR_PYRAMID_BUILD = 1024,             ///< the source of a pyramid cannot be used
-  KY_ERROR_SINGULAR_SYSTEM = 1050,           ///< the determinant of a system of equations is 0
-  KY_ERROR_NO_PIXELS = 1051,                 ///< a statistic of no pixels
-  KY_ERROR_FILE_OPEN = 1102,                 ///< the file cannot be opened
-  KY_ERROR_FILE_READ = 1103,                 ///< the file ends too early or cannot be read
-  KY_ERROR_FILE_WRITE = 1104,                ///< the file cannot be written
-  KY_ERROR_FILE_FORMAT = 1105,               ///< the file is of another kind
-  KY_ERROR_FILE_CLOSE = 1106,                ///< the file cannot be closed
-  KY_ERROR_NO_RESULT = 1301,                 ///< a scratch table cannot be allocated
-  KY_ERROR_NOT_ENOUGH_MEMORY = 1303,         ///< an allocation failed
-  KY_ERROR_NO_IMAGE = 1400,                  ///< an ROI has no pixels
-  KY_ERROR_SIZE_MISMATCH = 1403,             ///< two ROIs differ in size
-  KY_ERROR_WARP_MAP = 1405,                  ///< a warp table points outside the source
-  KY_ERROR_TRANSFORM_LIMIT = 1411,           ///< the affine transform cannot be inverted
-  KY_ERROR_COLOR_PLANES = 1413,              ///< a composite operation cannot work in place
-  KY_ERROR_PYRAMID_HALVE = 1414,             ///< a pyramid cannot be halved
-  KY_ERROR_BAD_IMAGE_TYPE = 1419,            ///< no such image type
-  KY_ERROR_CONTOUR_START = 1500,             ///< the contour starts at no object pixel
-  KY_ERROR_CONTOUR_NO_DIRECTION = 1501,      ///< the contour has no start direction
-  KY_ERROR_CONTOUR_ISOLATED = 1502,          ///< the contour starts at an isolated pixel
-  KY_ERROR_CONTOUR_TOO_LONG = 1504,          ///< the contour has too many steps
-  KY_ERROR_BAD_VECTOR_TYPE = 1601,           ///< a vector is missing or of another type
-  KY_ERROR_VECTOR_1602 = 1602,               ///< a vector is of another type or use, or too short
-  KY_ERROR_VECTOR_1603 = 1603,               ///< a vector is not a histogram
-  KY_ERROR_VECTOR_1604 = 1604,               ///< a vector is empty
-  KY_ERROR_VECTOR_DATA_TYPE = 1605,          ///< a vector has a data type without a case
-  KY_ERROR_VECTOR_1606 = 1606,               ///< a vector has a data type without a case
-  KY_ERROR_VECTOR_1607 = 1607,               ///< a vector cannot be used here
-  KY_ERROR_VECTOR_1608 = 1608,               ///< more results than the vector can hold
-  KY_ERROR_VECTOR_1609 = 1609,               ///< a vector cannot be used here
-  KY_ERROR_VECTOR_1611 = 1611,               ///< a vector cannot be used here
-  KY_ERROR_NOT_256_ENTRIES = 1613,           ///< a table or histogram has not exactly 256 entries
-  KY_ERROR_KERNEL_SIZE = 1700,               ///< a kernel has no coefficients
-  KY_ERROR_KERNEL_1701 = 1701,               ///< a kernel cannot be used here
-  KY_ERROR_KERNEL_1702 = 1702,               ///< a kernel has rectifier 0
-  KY_ERROR_KERNEL_1703 = 1703,               ///< a kernel is not of the size needed
-  KY_ERROR_KERNEL_DATA = 1704,               ///< a coefficient of a kernel without any
-  KY_ERROR_WARP_2200 = 2200,                 ///< a warp table is smaller than the destination
-  KY_ERROR_NOT_POWER_OF_TWO = 2600,          ///< a transform of a size that is no power of two
-  KY_ERROR_INTERNAL = 32767,                 ///< a worker without a case for the operation
+  KY_OK = 0,  ///< success
+  /// The border of the ROI stopped a path. ImgContour: the contour met the border in a mode that
+  /// stops there. ImgImageToPath, ImgPathToImage: at least one element lay outside and was skipped.
+  KY_ERROR_PATH_STOPPED = 106,
+  /// There is no such operation, mode, unit or edge for this call: ImgOper, ImgVect1c2,
+  /// KySetAngleUnit, ImgTransitionScan; KyMovingAverage in the wrong way of passing frames.
+  KY_ERROR_UNSUPPORTED_OPERATION = 1003,
+  /// A lower limit exceeds its upper limit: thresholds of histograms and profiles, ImgMatchFrames.
+  /// Geometric transforms: an interpolation other than 0, 4 and 8. ImgVectToLineSeg: the first or
+  /// the last group of the vector lies out of bounds.
+  KY_ERROR_BAD_INTERVAL = 1007,
+  /// ImgContour has no such mode.
+  KY_ERROR_BAD_MODE = 1009,
+  /// ImgVect1c2: the interval of elements is empty or reaches beyond a vector.
+  KY_ERROR_PARAMETER_OUT_OF_RANGE = 1010,
+  /// The first numeric parameter is out of range. Pixels, kernels and vectors: an x or an index.
+  /// ClrGetComponent, ClrSetComponent: the component. KyImage::Attach: the address.
+  KY_ERROR_PARAMETER_1_OUT_OF_RANGE = 1011,
+  /// The second numeric parameter is out of range: a y, a width, a number of groups, a level, the
+  /// row of ImgMatchFrames, or the first end of a segment.
+  KY_ERROR_PARAMETER_2_OUT_OF_RANGE = 1012,
+  /// The third numeric parameter is out of range: a height, a group length, a level, the most
+  /// significant bit of ImgHistogram, an end of a segment. ImgGradientScalar: the lookup does not
+  /// have 512 x 512 pixels.
+  KY_ERROR_PARAMETER_3_OUT_OF_RANGE = 1013,
+  /// The fourth numeric parameter is out of range: a pitch, a data type, the bits of ImgHistogram,
+  /// the tile width of ImgAutoAdaptiveThreshold, an end of a segment.
+  KY_ERROR_PARAMETER_4_OUT_OF_RANGE = 1014,
+  /// The fifth numeric parameter is out of range: a fraction or the lower level of
+  /// ImgHistogramThreshold, the tile height of ImgAutoAdaptiveThreshold, an end of a segment.
+  KY_ERROR_PARAMETER_5_OUT_OF_RANGE = 1015,
+  /// The sixth numeric parameter is out of range: the upper level of ImgHistogramThreshold, the
+  /// last end of a segment.
+  KY_ERROR_PARAMETER_6_OUT_OF_RANGE = 1016,
+  /// The source of a pyramid cannot be used. No call raises it yet.
+  KY_ERROR_PYRAMID_BUILD = 1024,
+  /// The determinant of a system of equations is 0. ImgRegister: three pivots lie on one line.
+  KY_ERROR_SINGULAR_SYSTEM = 1050,
+  /// A statistic of an ROI of no columns or rows, also as part of ImgNormalize.
+  KY_ERROR_NO_PIXELS = 1051,
+  /// Load, Save, Serialize: the file cannot be opened, or its name or stream is null.
+  KY_ERROR_FILE_OPEN = 1102,
+  /// Load, Serialize: the file ends too early or cannot be read.
+  KY_ERROR_FILE_READ = 1103,
+  /// Save, Serialize: the file cannot be written.
+  KY_ERROR_FILE_WRITE = 1104,
+  /// Load: the file is of another kind.
+  KY_ERROR_FILE_FORMAT = 1105,
+  /// Load, Save: the file cannot be closed.
+  KY_ERROR_FILE_CLOSE = 1106,
+  /// ImgWarp with a packed table: there is no memory for a scratch table.
+  KY_ERROR_NO_RESULT = 1301,
+  /// An allocation failed: memory ran out, or a size is negative. Any call that allocates, filters
+  /// and copies of overlapping sources included.
+  KY_ERROR_NOT_ENOUGH_MEMORY = 1303,
+  /// An ROI is null or has no pixels, because it has no parent or does not lie inside it. Any call
+  /// that takes an ROI or image.
+  KY_ERROR_NO_IMAGE = 1400,
+  /// Two ROIs differ in size. Any call that takes several of them.
+  KY_ERROR_SIZE_MISMATCH = 1403,
+  /// ImgWarp: an entry of a packed table lies outside the source. Pixels before it have been
+  /// written.
+  KY_ERROR_WARP_MAP = 1405,
+  /// The affine transform cannot be inverted. ImgRegister with scaling: pivots coincide.
+  KY_ERROR_TRANSFORM_LIMIT = 1411,
+  /// ImgWhiteTopHatBox cannot work in place.
+  KY_ERROR_COLOR_PLANES = 1413,
+  /// A pyramid cannot be halved. No call raises it yet.
+  KY_ERROR_PYRAMID_HALVE = 1414,
+  /// There is no such image type. No call raises it yet.
+  KY_ERROR_BAD_IMAGE_TYPE = 1419,
+  /// ImgContour: the start is no pixel of an object in the ROI.
+  KY_ERROR_CONTOUR_START = 1500,
+  /// ImgContour: there is no first step, and the last neighbour visited belongs to the object, as
+  /// it does inside an object.
+  KY_ERROR_CONTOUR_NO_DIRECTION = 1501,
+  /// ImgContour: there is no first step, and the last neighbour visited is background, as it is
+  /// around an isolated pixel.
+  KY_ERROR_CONTOUR_ISOLATED = 1502,
+  /// ImgContour: the contour has more steps than a generic vector may hold.
+  KY_ERROR_CONTOUR_TOO_LONG = 1504,
+  /// A vector is null, or has no storage for what is wanted. Any call that takes a vector.
+  KY_ERROR_BAD_VECTOR_TYPE = 1601,
+  /// A generic vector has another type or use, or fewer groups than needed.
+  KY_ERROR_VECTOR_1602 = 1602,
+  /// ImgSetupEqualize: the vector is not a histogram.
+  KY_ERROR_VECTOR_1603 = 1603,
+  /// ImgGetVectTransition: the vector has no groups.
+  KY_ERROR_VECTOR_1604 = 1604,
+  /// ImgVect1c2, ImgGetVectTransition: not for elements of this data size.
+  KY_ERROR_VECTOR_DATA_TYPE = 1605,
+  /// ImgVect1c2, ImgGetVectTransition: not for elements of this data type.
+  KY_ERROR_VECTOR_1606 = 1606,
+  /// A vector cannot be used here. No call raises it yet.
+  KY_ERROR_VECTOR_1607 = 1607,
+  /// ImgGetVectTransition: there are more transitions than the vector can hold.
+  KY_ERROR_VECTOR_1608 = 1608,
+  /// A vector cannot be used here. No call raises it yet.
+  KY_ERROR_VECTOR_1609 = 1609,
+  /// A vector cannot be used here. No call raises it yet.
+  KY_ERROR_VECTOR_1611 = 1611,
+  /// A table, histogram or profile does not have the number of elements needed, which for most
+  /// calls is exactly 256; ImgRecursiveAverage needs 8191, segments one for each point, and
+  /// ImgConvolUniform 2 halfWidth + 1 or more.
+  KY_ERROR_NOT_256_ENTRIES = 1613,
+  /// ImgConvolKernel, ImgConvolSymmetricKernel: the kernel is null or has no coefficients.
+  KY_ERROR_KERNEL_SIZE = 1700,
+  /// A kernel cannot be used here. No call raises it yet.
+  KY_ERROR_KERNEL_1701 = 1701,
+  /// ImgConvolSymmetricKernel: the kernel has rectifier 0.
+  KY_ERROR_KERNEL_1702 = 1702,
+  /// ImgConvolSymmetricKernel: the kernel is not of 3x3, 5x5 or 7x7 coefficients.
+  KY_ERROR_KERNEL_1703 = 1703,
+  /// KyKernel::GetKernelData, KyKernel::SetKernelData: the kernel has no coefficients.
+  KY_ERROR_KERNEL_DATA = 1704,
+  /// ImgWarp: a packed table is smaller than the destination.
+  KY_ERROR_WARP_2200 = 2200,
+  /// A transform of a size that is no power of two. No call raises it yet.
+  KY_ERROR_NOT_POWER_OF_TWO = 2600,
+  /// ImgOper accepts the operation, but does nothing for it with these operands.
+  KY_ERROR_INTERNAL = 32767,
 };
 
-/// The status of the calling thread. Every processing function clears it on entry and returns it;
-/// it stays readable here until the thread's next call. Threads never see each other's status.
+/// Returns the status of the calling thread. Every processing function clears it on entry and
+/// returns it; it can be read here until the thread's next call. Threads never see each other's
+/// status.
 KY_API KY_ERRORS KyGetError() noexcept;
 
 /// Clears the status and the trace.
@@ -73,12 +146,13 @@ KY_API void KySetError(KY_ERRORS error) noexcept;
 /// not the text, so `name` must outlive the trace. Names after the sixteenth are dropped.
 KY_API KY_ERRORS KyTraceError(const char* name) noexcept;
 
-/// The number of names in the trace: the routines that the last failure passed through.
+/// Returns the number of names in the trace: the routines that the last failure passed through.
 KY_API int KyGetTraceCount() noexcept;
 
-/// The name at `index` of the trace, the innermost routine first; null outside 0..count - 1.
+/// Returns the name at `index` of the trace, which starts with the innermost routine; null outside
+/// 0..count - 1.
 KY_API const char* KyGetTrace(int index) noexcept;
 
-/// The name of a status and what it means, on one line: "KY_ERROR_NO_IMAGE: an ROI has no pixels".
-/// Never null.
+/// Returns the name of a status and its meaning on one line, such as "KY_ERROR_NO_IMAGE: an ROI has
+/// no pixels"; never null.
 KY_API const char* KyGetErrorText(KY_ERRORS error) noexcept;

@@ -1,4 +1,6 @@
-// Averages over the frames of a sequence, against noise.
+/// @file
+/// @ingroup temporal
+/// Averages over the frames of a sequence, against noise.
 #pragma once
 
 #include "ky/export.h"
@@ -8,55 +10,59 @@
 #include "ky/status.h"
 #include "ky/typed_vector.h"
 
-/// The mean of the last frames of a sequence, at the cost of one addition and one subtraction a
-/// pixel. With f(t) the frames since the last reset and f(t) = f(0) for t < 0,
+/// Computes the mean of the last frames of a sequence, at the cost of one addition and one
+/// subtraction a pixel. With f(t) the frames since the last reset and f(t) = f(0) for t < 0,
 ///
 ///     destination = (f(t) + f(t - 1) + ... + f(t - period + 1)) / period,    rounded down.
 ///
-/// The frames come in one of two ways. Where the object keeps the sources, every frame is put into
-/// the image that GetSrcImage names, and is there to stay:
+/// Frames are passed in one of two ways. Where the object keeps the sources, every frame is put
+/// into the image that GetSrcImage returns, and stays there:
 ///
 ///     KyMovingAverage average(4, 640, 480, 1);
 ///     camera.Grab(average.GetSrcImage());
 ///     average.Average(&smooth);
 ///
-/// otherwise it is handed over, and copied:
+/// Otherwise every frame is passed to Average, and copied:
 ///
 ///     KyMovingAverage average(4, 640, 480, 0);
 ///     average.Average(&frame, &smooth);
 ///
-/// Totals have 16 bits: up to a period of 257 they are exact, longer ones wrap. Who changes kept
-/// frames, or their images, changes what later averages are made of. Members other than GetSize
-/// clear the status first. An object serves one thread at a time.
+/// Totals have 16 bits: they are exact up to a period of 257 and wrap for longer ones. A change of
+/// kept frames, or of their images, changes later averages. All members except GetSize clear the
+/// status first. An object serves one thread at a time.
 class KY_API KyMovingAverage {
  public:
-  /// An object without frames: every average is refused.
+  /// Makes an object without frames, with which every average fails.
   KyMovingAverage() noexcept;
-  /// The same, and SetSize.
+  /// Makes an object and prepares it by SetSize.
   KyMovingAverage(unsigned int period, int width, int height, int keepSource) noexcept;
   KyMovingAverage(const KyMovingAverage&) = delete;
   KyMovingAverage& operator=(const KyMovingAverage&) = delete;
   virtual ~KyMovingAverage();
 
   /// Prepares for averages of `period` frames of `width` x `height` pixels, and forgets the frames
-  /// seen so far. `keepSource` other than 0 keeps the sources (see above). 1303 for sizes that are
-  /// negative or cannot be had; the object is as after its default constructor then. Trace
-  /// "KyMovingAverage::SetSize".
+  /// seen so far. `keepSource` other than 0 keeps the sources (see above). Error:
+  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) for a negative size or when memory runs out; the object is
+  /// then as its default constructor makes it. Trace: "KyMovingAverage::SetSize".
   KY_ERRORS SetSize(unsigned int period, int width, int height, int keepSource) noexcept;
-  /// What SetSize was given; zeros before.
+  /// Writes what SetSize was given, or zeros before that.
   void GetSize(unsigned int& period, int& width, int& height, int& keepSource) const noexcept;
 
-  /// Starts a new sequence: the next frame stands for all before it.
+  /// Starts a new sequence: the next frame stands for all earlier ones.
   void Reset() noexcept;
 
-  /// The image that the next frame must be put into; its size must stay. Null when the period is 0;
-  /// null and 1003 when the sources are not kept. Trace "KyMovingAverage::GetSrcImage".
+  /// Returns the image that the next frame must be put into; its size must not be changed. Returns
+  /// null when the period is 0. Error: `KY_ERROR_UNSUPPORTED_OPERATION` (1003), and null, when the
+  /// sources are not kept. Trace: "KyMovingAverage::GetSrcImage".
   KyImage<KyBW8>* GetSrcImage() noexcept;
 
-  /// Takes the frame out of the image of GetSrcImage, or the one given, into the average. The
-  /// source may be the destination. Errors, in this order, nothing changed: 1003 where the sources
-  /// are not kept, or are; 1003 (with one argument) or 1403 (with two) when the period is 0; 1400;
-  /// 1403 for other sizes than the object's; 1303. Trace "KyMovingAverage::Average".
+  /// Adds a frame, the image of GetSrcImage or the source given, and writes the new average. The
+  /// source may be the destination. Errors, checked in this order before anything changes:
+  /// `KY_ERROR_UNSUPPORTED_OPERATION` (1003) for the form with one argument when the sources are
+  /// not kept, and for the form with two when they are; when the period is 0,
+  /// `KY_ERROR_UNSUPPORTED_OPERATION` (1003) (one argument) or `KY_ERROR_SIZE_MISMATCH` (1403)
+  /// (two); `KY_ERROR_NO_IMAGE` (1400); `KY_ERROR_SIZE_MISMATCH` (1403) for another size than the
+  /// object's; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace: "KyMovingAverage::Average".
   KY_ERRORS Average(KyROI<KyBW8>* destination) noexcept;
   KY_ERRORS Average(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
 
@@ -77,25 +83,28 @@ class KY_API KyMovingAverage {
   KyImage<KyBW16> sum_;  // of the last period - 1 frames
 };
 
-/// Fills the table of a recursive average, which says by how much a state changes towards a frame.
-/// Its 8191 elements hold the signed change for differences d of -4095 to 4095 sixteenths of a
-/// grey level, d = 0 being at index 4095: table[4095 + d] = trunc(c(d)), table[4095 - d] =
+/// Fills the table of a recursive average, which says by how much the state changes towards a
+/// frame. Its 8191 elements hold the signed change for differences d of -4095 to 4095 sixteenths of
+/// a grey level, d = 0 being at index 4095: table[4095 + d] = trunc(c(d)), table[4095 - d] =
 /// -trunc(c(d)), for d >= 0.
 ///
-/// - `noise` 0, a linear filter: c(d) = 1/2 + d * k, where k = 2 / (reduction^2 + 1), added up in
-///   single precision. It divides the standard deviation of noise by `reduction`, above 1.
-/// - Any other, a filter that gives way to motion: c(d) = d + g * tanh(d / B), where B = 16 * noise
-///   and g = B * (1 - reduction^2) / (1 + reduction^2). Differences well below `noise` grey levels
-///   are damped as by the linear filter, those above it pass almost whole. tanh is computed as
-///   (t - 1) / (t + 1) for t = exp(2 * d / B), by repeated multiplication.
+/// - With `noise` 0 the filter is linear: c(d) = 1/2 + d * k, where k = 2 / (reduction^2 + 1),
+///   added up in single precision. It divides the standard deviation of noise by `reduction`, which
+///   should exceed 1.
+/// - With any other `noise` it gives way to motion: c(d) = d + g * tanh(d / B), where B = 16 *
+///   noise and g = B * (1 - reduction^2) / (1 + reduction^2). Differences well below `noise` grey
+///   levels are damped as by the linear filter; those above it pass almost unchanged. tanh is
+///   computed as (t - 1) / (t + 1) for t = exp(2 * d / B), by repeated multiplication.
 ///
-/// What is not a number gives 0. Errors: 1601 for a null vector; 1303, traced first
-/// "KyVector::SetMaxElements", "KyVector::SetNumElements". Trace "ImgSetRecursiveAverageLUT".
+/// Values that are not a number give 0. Errors: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null
+/// vector; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303), traced as "KyVector::SetMaxElements" and
+/// "KyVector::SetNumElements" first. Trace: "ImgSetRecursiveAverageLUT".
 KY_API KY_ERRORS ImgSetRecursiveAverageLUT(KyBW16Vector* table, float reduction,
                                            float noise = 0) noexcept;
 
-/// One step of a first-order recursive filter. The state is the filtered image in sixteenths of a
-/// grey level, signed; its owner starts it, with 16 times the first frame for example.
+/// Takes one step of a first-order recursive filter. The state is the filtered image in signed
+/// sixteenths of a grey level; the caller initialises it, with 16 times the first frame for
+/// example.
 ///
 ///     d = 16 * source - state, limited to -4095..4095
 ///     state = state + table[4095 + d]                  (16 bits, wrapping)
@@ -103,7 +112,9 @@ KY_API KY_ERRORS ImgSetRecursiveAverageLUT(KyBW16Vector* table, float reduction,
 ///
 /// The source may be the destination. A source that shares memory with the state, or with the
 /// destination otherwise, is read first; a destination that shares memory with the state is written
-/// last, over it. Errors, in this order, nothing changed: 1400; 1403 for different sizes; 1613 for
-/// a table that is null or does not have 8191 elements; 1303. Trace "ImgRecursiveAverage".
+/// last, over it. Errors, checked in this order before anything changes: `KY_ERROR_NO_IMAGE`
+/// (1400); `KY_ERROR_SIZE_MISMATCH` (1403) for different sizes; `KY_ERROR_NOT_256_ENTRIES` (1613)
+/// for a table that is null or does not have 8191 elements; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303).
+/// Trace: "ImgRecursiveAverage".
 KY_API KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
                                      KyROI<KyBW8>* destination, KyBW16Vector* table) noexcept;

@@ -1,5 +1,6 @@
-// The members of KyVectorTemplate, for the one source file of a program or library that
-// instantiates it: `template class KyVectorTemplate<Record>;`.
+/// @file
+/// The members of KyVectorTemplate, for the one source file of a program or library that
+/// instantiates it: `template class KyVectorTemplate<Record>;`.
 #pragma once
 
 #include <sys/stat.h>

@@ -1,4 +1,6 @@
-// Typed vectors: growable arrays of pixels and plain records that load from and save to files.
+/// @file
+/// @ingroup typed_vectors
+/// Typed vectors: growable arrays of pixels and plain records that load from and save to files.
 #pragma once
 
 #include <cstdio>
@@ -8,26 +10,26 @@
 #include "ky/pixels.h"
 #include "ky/status.h"
 
-/// What a file says about its elements. Specialised beside every element type.
+/// Tells how files identify the elements. It is specialised next to every element type.
 template <class T>
 struct KyFileType;
 
-/// The specialisations derive from this.
+/// The base of these specialisations.
 template <KyBW8 signature, KyBW8 version = 1>
 struct KyFileTypeOf {
   static constexpr KyBW8 kSignature = signature;  ///< names the type of the elements
   static constexpr KyBW8 kVersion = version;      ///< and their layout
 };
 
-/// The element that stands in for those which are not there; T() whenever it is handed out. Every
-/// thread has its own.
+/// Holds the element that stands in for elements that do not exist. It is T() whenever it is
+/// returned, and every thread has its own.
 template <class T, bool kPlain = std::is_trivially_copyable_v<T>>
 struct KY_API KyPlaceHolder {
   // Known to be constant, so that users of the library look for no initialiser.
   /// The thread's stand-in.
   [[gnu::tls_model("initial-exec")]] static thread_local constinit T m_PlaceHolder;
 };
-/// The same for elements that are constructed.
+/// Does the same for elements with constructors.
 template <class T>
 struct KY_API KyPlaceHolder<T, false> {
   /// The thread's stand-in.
@@ -45,10 +47,10 @@ struct KY_API KyPlaceHolder<T, false> {
 ///     KyBW8Vector copy;
 ///     copy.Load("profile.ky");                     // 20 10 10 40
 ///
-/// Members that return a status clear it first; nothing else clears it, constructors included. The
-/// vectors that are there: of pixels, below; of paths, peaks and runs, records.h; of counts,
-/// histogram_vector.h; of images, image_vector.h. For a vector of other plain records specialise
-/// KyFileType and instantiate the template with typed_vector-inl.h.
+/// Members that return a status clear it first; nothing else clears it, constructors included.
+/// There are vectors of pixels (below), of paths, peaks and runs (records.h), of counts
+/// (histogram_vector.h) and of images (image_vector.h). For a vector of other plain records,
+/// specialise KyFileType and instantiate the template with typed_vector-inl.h.
 ///
 /// A file holds "Q", the signature, the version, the exclusive or of these three bytes, the number
 /// of elements (32 bits, little-endian), and the elements' own bytes.
@@ -58,25 +60,28 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   static constexpr KyBW8 m_un8Signature = KyFileType<T>::kSignature;  ///< names T in files
   static constexpr KyBW8 m_un8Version = KyFileType<T>::kVersion;      ///< names its layout
 
-  /// An empty vector without an array.
+  /// Makes an empty vector without an array.
   KyVectorTemplate() noexcept = default;
+  /// Takes over the array of `other`, which becomes empty.
   KyVectorTemplate(KyVectorTemplate&& other) noexcept;
   virtual ~KyVectorTemplate();
 
-  /// Takes over the array of `other`, which becomes empty; assigned to itself a vector stays as it
-  /// is. Pointers into the array held before stay valid: it is kept until the vector is destroyed.
+  /// Takes over the array of `other`, which becomes empty; a vector that is assigned to itself
+  /// stays as it is. Pointers into the former array stay valid after assignment from a named
+  /// vector, because that array is kept until the vector is destroyed; after assignment from a
+  /// temporary it is released at once.
   KyVectorTemplate& operator=(KyVectorTemplate& other) noexcept;
   KyVectorTemplate& operator=(KyVectorTemplate&& other) noexcept { return *this = other; }
 
-  /// The element at `index`, counted from 0. Beyond the elements in use: 1011, and m_PlaceHolder.
-  /// Trace "KyVector::operator[]".
+  /// Returns the element at `index`, counted from 0. Error: `KY_ERROR_PARAMETER_1_OUT_OF_RANGE`
+  /// (1011), and m_PlaceHolder, beyond the elements in use. Trace: "KyVector::operator[]".
   T& operator[](unsigned int index) noexcept { return index < count_ ? data_[index] : Missing(); }
   const T& operator[](unsigned int index) const noexcept {
     return index < count_ ? data_[index] : Missing();
   }
 
-  /// The elements in use, the elements that there is room for, and the first one; null without an
-  /// array.
+  /// Return the number of elements in use, the number that there is room for, and the addresses of
+  /// the first element and of the end; null without an array.
   unsigned int GetNumElements() const noexcept { return count_; }
   unsigned int GetMaxElements() const noexcept { return capacity_; }
   T* GetDataPtr() noexcept { return data_; }
@@ -89,40 +94,44 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   /// Leaves no element in use; the array is kept.
   void Empty() noexcept;
 
-  /// Makes room for exactly `count` elements. Those in use stay if there is room for all of them,
-  /// otherwise all are dropped. 1303 when the memory cannot be had; the vector stays as it was
-  /// then. Trace "KyVector::SetMaxElements".
+  /// Makes room for exactly `count` elements. Those in use stay if there is room for all of them;
+  /// otherwise all are dropped. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory runs out;
+  /// the vector stays as it was then. Trace: "KyVector::SetMaxElements".
   KY_ERRORS SetMaxElements(unsigned int count) noexcept;
 
   /// Sets the number of elements in use. New ones are not initialised (images are empty). When
-  /// there is no room for them, the array is replaced and the former elements are lost; 1303 when
-  /// that memory cannot be had, and the vector stays as it was. Traces "KyVector::SetMaxElements",
-  /// "KyVector::SetNumElements".
+  /// there is no room for them, the array is replaced and the former elements are lost. Error:
+  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory runs out; the vector stays as it was then.
+  /// Traces: "KyVector::SetMaxElements", "KyVector::SetNumElements".
   KY_ERRORS SetNumElements(unsigned int count) noexcept;
 
-  /// Appends an element: AddElement by value (an image is moved), AddElementByRef a copy (of an
-  /// image, one with pixels of its own). A full array is replaced by one of twice the room: 1, 2,
-  /// 4, 8 ... elements. 1303 when the memory cannot be had; nothing is appended then. Traces
-  /// "KyVector::SetMaxElements" or, for a copy, "KyImage::CopyFrom"; then "KyVector::AddElement" or
-  /// "KyVector::AddElementByRef".
+  /// Appends an element: AddElement takes it by value (an image is moved), AddElementByRef copies
+  /// it (an image with pixels of its own). A full array is replaced by one of twice the room: 1, 2,
+  /// 4, 8 ... elements. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory runs out; nothing is
+  /// appended then. Traces: "KyVector::SetMaxElements" or, for a copy, "KyImage::CopyFrom"; then
+  /// "KyVector::AddElement" or "KyVector::AddElementByRef".
   KY_ERRORS AddElement(T element) noexcept;
   KY_ERRORS AddElementByRef(const T& element) noexcept;
 
-  /// Writes the elements to a file, which is replaced. Errors: 1102 the file cannot be opened (also
-  /// for null), 1104 not be written, 1106 not be closed. Trace "KyVector::Save".
+  /// Writes the elements to a file, which is replaced. Errors: `KY_ERROR_FILE_OPEN` (1102) when the
+  /// file cannot be opened (also for null), `KY_ERROR_FILE_WRITE` (1104) when it cannot be written,
+  /// `KY_ERROR_FILE_CLOSE` (1106) when it cannot be closed. Trace: "KyVector::Save".
   KY_ERRORS Save(const char* name) const noexcept;
 
-  /// Replaces the elements by those of a file. Errors: 1102 the file cannot be opened (also for
-  /// null), 1103 it is too short, 1105 it holds something else, 1303 the memory cannot be had, 1106
-  /// the file cannot be closed. The vector stays as it was when the file does not even hold a
-  /// number of elements, and is empty after 1303. It has that number of elements when the file
-  /// ends too early; those that are missing are unspecified (a vector of images has only those
-  /// that were read). Trace "KyVector::Load".
+  /// Replaces the elements by those of a file. Errors: `KY_ERROR_FILE_OPEN` (1102) when the file
+  /// cannot be opened (also for null), `KY_ERROR_FILE_READ` (1103) when it is too short,
+  /// `KY_ERROR_FILE_FORMAT` (1105) when it holds something else, `KY_ERROR_NOT_ENOUGH_MEMORY`
+  /// (1303) when memory runs out, `KY_ERROR_FILE_CLOSE` (1106) when it cannot be closed. The vector
+  /// stays as it was when the file does not even hold a number of elements, and is empty after
+  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). When the file ends too early the vector has the number of
+  /// elements that the file announces, of which the missing ones are unspecified (a vector of
+  /// images has only those that were read). Trace: "KyVector::Load".
   KY_ERRORS Load(const char* name) noexcept;
 
-  /// The part of a file behind its first four bytes, written to an open stream (any `direction` but
-  /// 0) or read from it (0), for files that hold more than a vector. No element type uses
-  /// `version`. Errors as above; 1102 for null; no trace.
+  /// Writes the part of a file after its first four bytes to an open stream (any `direction` other
+  /// than 0), or reads it from there (0), for files that hold more than a vector. No element type
+  /// uses `version`. Errors: those of Save and Load, with `KY_ERROR_FILE_OPEN` (1102) for a null
+  /// stream and without a trace.
   KY_ERRORS Serialize(std::FILE* stream, int direction, unsigned char version) noexcept;
 
  protected:
@@ -162,14 +171,15 @@ struct KyFileType<unsigned int> : KyFileTypeOf<255, 255> {};
 template <class T>
 class KY_API KyPixelVectorTemplate : public KyVectorTemplate<T> {
  public:
-  /// A vector of `count` elements, all `value`. 1303 when the memory cannot be had; the vector is
-  /// empty then.
+  /// Makes a vector of `count` elements, all `value`. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303)
+  /// when memory runs out; the vector is empty then.
   explicit KyPixelVectorTemplate(unsigned int count = 0, T value = T()) noexcept;
   KyPixelVectorTemplate(KyPixelVectorTemplate&&) noexcept = default;
   KyPixelVectorTemplate& operator=(KyPixelVectorTemplate&) noexcept = default;
   KyPixelVectorTemplate& operator=(KyPixelVectorTemplate&&) noexcept = default;
 };
 
+/// The vectors of pixels.
 using KyBW8Vector = KyPixelVectorTemplate<KyBW8>;
 using KyBW16Vector = KyPixelVectorTemplate<KyBW16>;
 using KyBW32Vector = KyPixelVectorTemplate<KyBW32>;
