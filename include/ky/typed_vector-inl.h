@@ -37,7 +37,7 @@ constexpr VectorFileHeader HeaderOf(KyBW8 signature, KyBW8 version) noexcept {
            static_cast<char>(kMagic ^ signature ^ version)}};
 }
 
-// Opens a file, gives it to `body`, and closes it whatever that answers.
+// Opens a file, gives it to `body`, and closes it whatever that returns.
 template <class Body>
 KY_ERRORS WithFile(const char* name, const char* mode, Body&& body) noexcept {
   std::FILE* const file = name != nullptr ? std::fopen(name, mode) : nullptr;
