@@ -43,8 +43,8 @@ KY_API KY_ERRORS ImgRealignFrame(const KyROI<KyBW8>* source, KyROI<KyBW8>* desti
 KY_API KY_ERRORS ImgRealignFrame(const KyROI<KyC24>* source, KyROI<KyC24>* destination, int shift,
                                  int frame) noexcept;
 
-/// Finds the shift between two neighbouring rows: the lowest offset o in minimum..maximum with the
-/// least
+/// Finds the shift between two neighbouring rows. It is the lowest offset o in minimum..maximum
+/// with the least
 ///
 ///     sum over x of (roi(x, line) - roi(x - o, line + 1))^2     (components added up)
 ///

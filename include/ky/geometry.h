@@ -117,7 +117,7 @@ KY_API KY_ERRORS ImgRegister(const KyROI<KyC24>* source, KyROI<KyC24>* destinati
                              float destination2X, float destination2Y, float destination3X,
                              float destination3Y, int interpolation) noexcept;
 
-/// Warps the source: takes each pixel from the place that two tables give,
+/// Warps the source. Each pixel is taken from the place that two tables give,
 ///
 ///     destination(x, y) = source(X(x, y) + shiftX, Y(x, y) + shiftY)
 ///

@@ -79,64 +79,72 @@ KY_API KY_ERRORS ImgCopy(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) 
 ///   grey, with a constant, or with one grey and one colour source); `KY_ERROR_NOT_ENOUGH_MEMORY`
 ///   (1303).
 
-/// Fills the destination. Operation 0. Trace: "ImgOper (BW8 Const to Image)".
+/// Fills the destination. Accepts operation 0. Trace: "ImgOper (BW8 Const to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW8 a,
                          KyROI<KyBW8>* destination) noexcept;
-/// Operations 0 and 1. Trace: "ImgOper (BW8 Image to Image)".
+/// Copies or inverts a. Accepts operations 0 and 1. Trace: "ImgOper (BW8 Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          KyROI<KyBW8>* destination) noexcept;
-/// Operations 0 and 1 write all three components; 34 writes the overlay colour where a is not 0 and
-/// keeps the other pixels. Trace: "ImgOper (BW8 Image to C24 Image)".
+/// Copies, inverts or overlays a. Operations 0 and 1 write all three components; 34 writes the
+/// overlay colour where a is not 0 and keeps the other pixels. Trace: "ImgOper (BW8 Image to C24
+/// Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          KyROI<KyC24>* destination) noexcept;
-/// All operations but 7, 8, 16, 17, 18, 21, 22. Trace: "ImgOper (BW8 Const, Image to Image)".
+/// Combines both operands. Accepts all operations but 7, 8, 16, 17, 18, 21, 22. Trace: "ImgOper
+/// (BW8 Const, Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW8 a, const KyROI<KyBW8>* b,
                          KyROI<KyBW8>* destination) noexcept;
-/// All operations but 16, 17, 18. Trace: "ImgOper (BW8 Image, Const to Image)".
+/// Combines both operands. Accepts all operations but 16, 17, 18. Trace: "ImgOper (BW8 Image, Const
+/// to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, KyBW8 b,
                          KyROI<KyBW8>* destination) noexcept;
-/// All operations but 7, 8. Trace: "ImgOper (BW8 Image, Image to Image)".
+/// Combines both operands. Accepts all operations but 7, 8. Trace: "ImgOper (BW8 Image, Image to
+/// Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          const KyROI<KyBW8>* b, KyROI<KyBW8>* destination) noexcept;
 
-/// Fills the destination. Operation 0. Trace: "ImgOper (C24 Const to Image)".
+/// Fills the destination. Accepts operation 0. Trace: "ImgOper (C24 Const to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyC24 a,
                          KyROI<KyC24>* destination) noexcept;
-/// Operations 0, 1, and 34: a where it is not (0, 0, 0), else the destination's own pixel. Trace:
-/// "ImgOper (C24 Image to Image)".
+/// Copies, inverts or overlays a. Accepts operations 0, 1, and 34: a where it is not (0, 0, 0),
+/// else the destination's own pixel. Trace: "ImgOper (C24 Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a,
                          KyROI<KyC24>* destination) noexcept;
-/// All operations but 7, 8, 16, 17, 18, 21, 22. Trace: "ImgOper (C24 Const, Image to Image)".
+/// Combines both operands. Accepts all operations but 7, 8, 16, 17, 18, 21, 22. Trace: "ImgOper
+/// (C24 Const, Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyC24 a, const KyROI<KyC24>* b,
                          KyROI<KyC24>* destination) noexcept;
-/// All operations but 16, 17, 18, up to 33. Trace: "ImgOper (C24 Image, Const to Image)".
+/// Combines both operands. Accepts all operations but 16, 17, 18, up to 33. Trace: "ImgOper (C24
+/// Image, Const to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, KyC24 b,
                          KyROI<KyC24>* destination) noexcept;
-/// All operations but 7, 8; 34 gives b where it is not (0, 0, 0), else a. Trace: "ImgOper (C24
-/// Image, Image to Image)".
+/// Combines both operands. Accepts all operations but 7, 8; 34 gives b where it is not (0, 0, 0),
+/// else a. Trace: "ImgOper (C24 Image, Image to Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a,
                          const KyROI<KyC24>* b, KyROI<KyC24>* destination) noexcept;
 
-/// All operations but 7, 8. Trace: "ImgOper (BW8 Image, C24 Image to C24 Image)".
+/// Combines both operands. Accepts all operations but 7, 8. Trace: "ImgOper (BW8 Image, C24 Image
+/// to C24 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          const KyROI<KyC24>* b, KyROI<KyC24>* destination) noexcept;
-/// All operations but 7, 8. Trace: "ImgOper (C24 Image, BW8 Image to C24 Image)".
+/// Combines both operands. Accepts all operations but 7, 8. Trace: "ImgOper (C24 Image, BW8 Image
+/// to C24 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a,
                          const KyROI<KyBW8>* b, KyROI<KyC24>* destination) noexcept;
-/// Operation 34: the overlay colour where b is not 0, else the grey level of a in all three
-/// components. Trace: "ImgOper (BW8 Image, BW8 Image to C24 Image)".
+/// Overlays b on a. Accepts operation 34: the overlay colour where b is not 0, else the grey level
+/// of a in all three components. Trace: "ImgOper (BW8 Image, BW8 Image to C24 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          const KyROI<KyBW8>* b, KyROI<KyC24>* destination) noexcept;
 
-/// Fills the destination. Operation 0. Trace: "ImgOper (BW16 Const to BW16 Image)".
+/// Fills the destination. Accepts operation 0. Trace: "ImgOper (BW16 Const to BW16 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW16 a,
                          KyROI<KyBW16>* destination) noexcept;
-/// Operations 2 (a + b), 3 (max(a - b, 0)), 4 (a * b), 5 (a / b, 65535 when b = 0). Trace: "ImgOper
-/// (BW8 Image and BW8 Image to BW16 Image)".
+/// Combines both operands into 16 bits. Accepts operations 2 (a + b), 3 (max(a - b, 0)), 4 (a * b),
+/// 5 (a / b, 65535 when b = 0). Trace: "ImgOper (BW8 Image and BW8 Image to BW16 Image)".
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                          const KyROI<KyBW8>* b, KyROI<KyBW16>* destination) noexcept;
-/// Operations 2 (min(a + b, 65535)), 3 (max(a - b, 0)), 4 (min(a * b, 65535)), 5 (a / b, 65535 when
-/// b = 0), and 29 and 30, modulo 65536. Trace: "ImgOper (BW16 Image and BW8 Image to BW16 IMage)",
-/// spelt like this.
+/// Combines both operands into 16 bits. Accepts operations 2 (min(a + b, 65535)), 3 (max(a - b,
+/// 0)), 4 (min(a * b, 65535)), 5 (a / b, 65535 when b = 0), and 29 and 30, modulo 65536. Trace:
+/// "ImgOper (BW16 Image and BW8 Image to BW16 IMage)", spelt like this.
 KY_API KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW16>* a,
                          const KyROI<KyBW8>* b, KyROI<KyBW16>* destination) noexcept;
