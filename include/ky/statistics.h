@@ -27,7 +27,7 @@ KY_API KY_ERRORS ImgPixelVariance(const KyROI<KyBW8>* source, float& variance,
                                   float& mean) noexcept;
 
 /// Writes the standard deviation, the square root of the variance, and the same mean. Traces:
-/// "ImgPixelVariance (BW8)", "ImgPixelStdDev".
+/// "ImgPixelVariance (BW8)", then "ImgPixelStdDev".
 KY_API KY_ERRORS ImgPixelStdDev(const KyROI<KyBW8>* source, float& deviation, float& mean) noexcept;
 
 /// Writes the smallest and the largest level, and the mean of the means of the rows, added up from

@@ -131,6 +131,10 @@ enum KY_ERRORS : int {
   KY_ERROR_INTERNAL = 32767,
 };
 
+/// The descriptions of functions give the errors in the order in which they are checked where that
+/// matters, and as "Trace" the name that a failing call appends to the trace. Of several traces
+/// each belongs to one overload, in their order, unless they are joined by "then".
+
 /// Returns the status of the calling thread. Every processing function clears it on entry and
 /// returns it; it can be read here until the thread's next call. Threads never see each other's
 /// status.

@@ -102,7 +102,7 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   /// Sets the number of elements in use. New ones are not initialised (images are empty). When
   /// there is no room for them, the array is replaced and the former elements are lost. Error:
   /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory runs out; the vector stays as it was then.
-  /// Traces: "KyVector::SetMaxElements", "KyVector::SetNumElements".
+  /// Traces: "KyVector::SetMaxElements", then "KyVector::SetNumElements".
   KY_ERRORS SetNumElements(unsigned int count) noexcept;
 
   /// Appends an element: AddElement takes it by value (an image is moved), AddElementByRef copies
