@@ -59,6 +59,9 @@ class KY_API KyGenericROI {
   /// bytes.
   virtual int GetRowGap() const noexcept;
 
+  /// The address of the first pixel, and the pitch, both found at once; null and 0 without pixels.
+  void* FindPixels(int& pitch) const noexcept;
+
   /// The address of position (x, y), counted from the ROI's origin, where the position may lie
   /// outside the ROI: null unless it is a pixel of the root image or of the spare row below it.
   void* GetRootPixelPtr(int x, int y) const noexcept;
@@ -109,6 +112,8 @@ class KY_API KyROI : public KyGenericROI {
  public:
   /// What one pixel is read and written as.
   using Value = typename KyPixelTraits<T>::Value;
+  /// The type of its pixels.
+  using Pixel = T;
 
   /// An ROI of 0 x 0 pixels without a parent: it has no pixels.
   KyROI() noexcept;
