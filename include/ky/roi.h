@@ -64,6 +64,10 @@ class KY_API KyGenericROI {
   /// the pitch less the bytes of a row.
   virtual int GetRowGap() const noexcept;
 
+  /// Returns the address of the first pixel, and the pitch, both found at once; null and 0 without
+  /// pixels.
+  void* FindPixels(int& pitch) const noexcept;
+
   /// Returns the address of position (x, y), counted from the ROI's origin, which may lie outside
   /// the ROI; null unless it is a pixel of the root image or of the spare row below it.
   void* GetRootPixelPtr(int x, int y) const noexcept;
@@ -115,6 +119,8 @@ class KY_API KyROI : public KyGenericROI {
  public:
   /// The type that one pixel is read and written as.
   using Value = typename KyPixelTraits<T>::Value;
+  /// The type of its pixels.
+  using Pixel = T;
 
   /// Makes an ROI of 0 x 0 pixels without a parent, which has no pixels.
   KyROI() noexcept;

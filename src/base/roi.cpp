@@ -105,6 +105,13 @@ int KyGenericROI::GetRowGap() const noexcept {
   return static_cast<int>(place.buffer->pitch - ((endBit >> 3) - (firstBit >> 3)));
 }
 
+void* KyGenericROI::FindPixels(int& pitch) const noexcept {
+  Location place;
+  const bool found = Locate(place);
+  pitch = found ? place.buffer->pitch : 0;
+  return found ? ByteOf(*place.buffer, place.x, place.y, bitsPerPixel_) : nullptr;
+}
+
 void* KyGenericROI::GetRootPixelPtr(int x, int y) const noexcept {
   Location place;
   if (!Locate(place)) return nullptr;

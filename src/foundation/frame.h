@@ -1,50 +1,105 @@
-// The frame of every exported function: status, checks, trace.
+// The frame of every exported function: status, checks of ROIs, trace.
 #pragma once
 
+#include <cstddef>
+#include <initializer_list>
+#include <tuple>
 #include <utility>
 
+#include "foundation/rows.h"
 #include "ky/roi.h"
 #include "ky/status.h"
 
 namespace ky {
 
-// Clears the status, runs `body`, and sets and returns what it answers; a failure is not traced.
+// Inside the library errors travel by return value; the status of the thread is the frame's alone.
+// Clears it, runs `body`, and sets and returns what the body returned, whatever status the code
+// called in between has left behind. A failure is not traced.
 template <class Body>
 KY_ERRORS CallUntraced(Body&& body) noexcept {
   KyOk();
   const KY_ERRORS error = std::forward<Body>(body)();
-  if (error != KY_OK) KySetError(error);
-  return KyGetError();
+  if (error == KY_OK)
+    KyOk();
+  else
+    KySetError(error);
+  return error;
 }
 
 // The same, and a failure appends `name` to the trace. A body returns at its first failing check,
-// so that nothing is written before all have passed; what another exported function answered, it
-// passes on.
+// so that nothing is written before all have passed; the error of another exported function is
+// passed on, and stands in the trace with that function's name before this one's.
 template <class Body>
 KY_ERRORS Call(const char* name, Body&& body) noexcept {
-  return CallUntraced(std::forward<Body>(body)) == KY_OK ? KY_OK : KyTraceError(name);
+  const KY_ERRORS error = CallUntraced(std::forward<Body>(body));
+  if (error != KY_OK) KyTraceError(name);
+  return error;
 }
 
-// 1400 when an ROI is missing or has no pixels.
-inline KY_ERRORS HasImage(const KyGenericROI* roi) noexcept {
+// An error that a step of a call raises which is a function of its own elsewhere: puts the names of
+// such steps, the innermost first, into the trace before that of the call. Null names are skipped.
+inline KY_ERRORS FailIn(KY_ERRORS error, std::initializer_list<const char*> steps) noexcept {
+  KySetError(error);
+  for (const char* const name : steps)
+    if (name != nullptr) KyTraceError(name);
+  return error;
+}
+
+// KY_ERROR_NO_IMAGE (1400) when an ROI is missing or has no pixels.
+inline KY_ERRORS CheckImage(const KyGenericROI* roi) noexcept {
+  return roi != nullptr && roi->GetPixelPtr(0, 0) != nullptr ? KY_OK : KY_ERROR_NO_IMAGE;
+}
+
+inline bool IsSameSize(const KyGenericROI* a, const KyGenericROI* b) noexcept {
+  return a->GetWidth() == b->GetWidth() && a->GetHeight() == b->GetHeight();
+}
+
+// KY_ERROR_SIZE_MISMATCH (1403) unless each source has the size of the destination, which comes
+// last.
+template <class... Rois>
+KY_ERRORS CheckSizes(const Rois*... rois) noexcept {
+  const KyGenericROI* const all[] = {rois...};
+  const bool same = (IsSameSize(rois, all[sizeof...(rois) - 1]) && ...);
+  return same ? KY_OK : KY_ERROR_SIZE_MISMATCH;
+}
+
+// The checks of every worker: the image of each source, that of the destination, which comes last,
+// then the sizes.
+template <class... Rois>
+KY_ERRORS CheckRois(const Rois*... rois) noexcept {
+  for (const KyGenericROI* roi : {static_cast<const KyGenericROI*>(rois)...})
+    if (const KY_ERRORS error = CheckImage(roi)) return error;
+  return CheckSizes(rois...);
+}
+
+// The rows of an ROI: 1400 when it is missing or has no pixels. Rows of bytes on a colour ROI are
+// rows of its components.
+template <class Roi, class T>
+KY_ERRORS Open(Roi* roi, Rows<T>& rows) noexcept {
   if (roi == nullptr) return KY_ERROR_NO_IMAGE;
-  roi->CheckImage();
-  return KyGetError();
+  rows = RowsAs<T>(roi);
+  return rows.first != nullptr ? KY_OK : KY_ERROR_NO_IMAGE;
 }
 
-// The check of every worker: the image of each source, that of the destination, which comes last,
-// then each source's size against the destination's.
+// The checks of CheckRois and the rows of all ROIs in one: OpenAll(source, in, destination, out).
+template <class... RoisAndRows>
+KY_ERRORS OpenAll(RoisAndRows&&... all) noexcept {
+  constexpr std::size_t kRois = sizeof...(all) / 2;
+  const std::tuple<RoisAndRows&...> pairs(all...);
+  KY_ERRORS error = KY_OK;
+  const auto openEach = [&]<std::size_t... kIndex>(std::index_sequence<kIndex...>) {
+    ((error = Open(std::get<2 * kIndex>(pairs), std::get<2 * kIndex + 1>(pairs)), error == KY_OK) &&
+     ...);
+    return error != KY_OK ? error : CheckSizes(std::get<2 * kIndex>(pairs)...);
+  };
+  return openEach(std::make_index_sequence<kRois>());
+}
+
+// Former names.
+inline KY_ERRORS HasImage(const KyGenericROI* roi) noexcept { return CheckImage(roi); }
 template <class... Rois>
 KY_ERRORS Ready(const Rois*... rois) noexcept {
-  const KyGenericROI* const all[] = {rois...};
-  constexpr int kLast = sizeof...(rois) - 1;
-  for (const KyGenericROI* roi : all)
-    if (const KY_ERRORS error = HasImage(roi)) return error;
-  for (int i = 0; i < kLast; ++i) {
-    all[i]->CheckSameSize(all[kLast]);
-    if (const KY_ERRORS error = KyGetError()) return error;
-  }
-  return KY_OK;
+  return CheckRois(rois...);
 }
 
 }  // namespace ky

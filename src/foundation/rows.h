@@ -34,27 +34,36 @@ struct Rows {
   }
 };
 
-// The pixels of an ROI that has some (see Ready).
+// The pixels of an ROI as rows of T: of its pixels, or of bytes, which are the components of
+// colours, so that a colour row is a grey row of three times the width. The first address is null
+// where the ROI has no pixels.
+template <class T, class Roi>
+Rows<T> RowsAs(Roi* roi) noexcept {
+  using Pixel = typename std::remove_const_t<Roi>::Pixel;
+  using Element = std::remove_const_t<T>;
+  static_assert(std::is_same_v<Element, Pixel> || std::is_same_v<Element, KyBW8>);
+  static_assert(std::is_const_v<T> || !std::is_const_v<Roi>);
+  constexpr std::ptrdiff_t kElements = sizeof(Pixel) / sizeof(Element);
+  int pitch;
+  T* const first = static_cast<T*>(roi->FindPixels(pitch));
+  return {first, pitch, roi->GetWidth() * kElements, roi->GetHeight()};
+}
+
 template <class T>
 Rows<T> RowsOf(KyROI<T>* roi) noexcept {
-  return {static_cast<T*>(roi->GetPixelPtr(0, 0)), roi->GetPitch(), roi->GetWidth(),
-          roi->GetHeight()};
+  return RowsAs<T>(roi);
 }
 template <class T>
 Rows<const T> RowsOf(const KyROI<T>* roi) noexcept {
-  return {static_cast<const T*>(roi->GetPixelPtr(0, 0)), roi->GetPitch(), roi->GetWidth(),
-          roi->GetHeight()};
+  return RowsAs<const T>(roi);
 }
-
-// The same as rows of components: a colour row is a grey row of three times the width.
-template <class Roi>
-auto ComponentRowsOf(Roi* roi) noexcept {
-  const auto rows = RowsOf(roi);
-  using Pixel = std::remove_pointer_t<decltype(rows.first)>;
-  using Component = std::conditional_t<std::is_const_v<Pixel>, const KyBW8, KyBW8>;
-  constexpr std::ptrdiff_t kComponents = sizeof(Pixel);
-  return Rows<Component>{reinterpret_cast<Component*>(rows.first), rows.pitch,
-                         rows.width * kComponents, rows.height};
+template <class T>
+Rows<KyBW8> ComponentRowsOf(KyROI<T>* roi) noexcept {
+  return RowsAs<KyBW8>(roi);
+}
+template <class T>
+Rows<const KyBW8> ComponentRowsOf(const KyROI<T>* roi) noexcept {
+  return RowsAs<const KyBW8>(roi);
 }
 
 enum class Sharing {
