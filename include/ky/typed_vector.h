@@ -64,9 +64,10 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   virtual ~KyVectorTemplate();
 
   /// Takes over the array of `other`, which becomes empty; assigned to itself a vector stays as it
-  /// is. Pointers into the array held before stay valid: it is kept until the vector is destroyed.
+  /// is. When `other` has a name, pointers into the array held before stay valid, as it is kept
+  /// until the vector is destroyed; when it is a temporary, that array is released at once.
   KyVectorTemplate& operator=(KyVectorTemplate& other) noexcept;
-  KyVectorTemplate& operator=(KyVectorTemplate&& other) noexcept { return *this = other; }
+  KyVectorTemplate& operator=(KyVectorTemplate&& other) noexcept;
 
   /// The element at `index`, counted from 0. Beyond the elements in use: 1011, and m_PlaceHolder.
   /// Trace "KyVector::operator[]".
@@ -136,6 +137,7 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   static T* Allocate(unsigned int count) noexcept;
   static Array* ArrayOf(T* data) noexcept;
   static void Release(T* data, unsigned int count) noexcept;
+  void TakeArray(KyVectorTemplate& other) noexcept;
   static T& Missing() noexcept;
   KY_ERRORS Replace(unsigned int capacity, unsigned int kept) noexcept;
   void SetCount(unsigned int count) noexcept;
