@@ -95,10 +95,23 @@ KyVectorTemplate<T>& KyVectorTemplate<T>::operator=(KyVectorTemplate& other) noe
     *array = {former_, count_};
     former_ = array;
   }
+  TakeArray(other);
+  return *this;
+}
+
+template <class T>
+KyVectorTemplate<T>& KyVectorTemplate<T>::operator=(KyVectorTemplate&& other) noexcept {
+  if (this == &other) return *this;
+  Release(data_, count_);
+  TakeArray(other);
+  return *this;
+}
+
+template <class T>
+void KyVectorTemplate<T>::TakeArray(KyVectorTemplate& other) noexcept {
   count_ = std::exchange(other.count_, 0);
   capacity_ = std::exchange(other.capacity_, 0);
   data_ = std::exchange(other.data_, nullptr);
-  return *this;
 }
 
 // Uninitialised room for elements; null when it cannot be had.
@@ -270,7 +283,7 @@ KY_ERRORS KyVectorTemplate<T>::Read(std::FILE* stream) noexcept {
   if (std::fread(&count, sizeof count, 1, stream) != 1) return KY_ERROR_FILE_READ;
   Empty();
   if constexpr (std::is_trivially_copyable_v<T>) {
-    if (Reserve(count) != KY_OK) return KyGetError();
+    if (const KY_ERRORS error = Reserve(count)) return error;
     SetCount(count);
     const bool read = count == 0 || std::fread(data_, sizeof(T), count, stream) == count;
     return read ? KY_OK : KY_ERROR_FILE_READ;
@@ -278,7 +291,7 @@ KY_ERRORS KyVectorTemplate<T>::Read(std::FILE* stream) noexcept {
     // Elements come into being one by one, as they are read: the count proves nothing.
     const auto held = static_cast<unsigned int>(
         std::min<std::uint64_t>(count, ky::BytesLeft(stream) / sizeof(T)));
-    if (Reserve(held) != KY_OK) return KyGetError();
+    if (const KY_ERRORS error = Reserve(held)) return error;
     while (count_ < held) {
       unsigned char bytes[sizeof(T)];
       if (std::fread(bytes, sizeof bytes, 1, stream) != 1) return KY_ERROR_FILE_READ;

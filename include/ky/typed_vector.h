@@ -71,7 +71,7 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   /// vector, because that array is kept until the vector is destroyed; after assignment from a
   /// temporary it is released at once.
   KyVectorTemplate& operator=(KyVectorTemplate& other) noexcept;
-  KyVectorTemplate& operator=(KyVectorTemplate&& other) noexcept { return *this = other; }
+  KyVectorTemplate& operator=(KyVectorTemplate&& other) noexcept;
 
   /// Returns the element at `index`, counted from 0. Error: `KY_ERROR_PARAMETER_1_OUT_OF_RANGE`
   /// (1011), and m_PlaceHolder, beyond the elements in use. Trace: "KyVector::operator[]".
@@ -145,6 +145,7 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   static T* Allocate(unsigned int count) noexcept;
   static Array* ArrayOf(T* data) noexcept;
   static void Release(T* data, unsigned int count) noexcept;
+  void TakeArray(KyVectorTemplate& other) noexcept;
   static T& Missing() noexcept;
   KY_ERRORS Replace(unsigned int capacity, unsigned int kept) noexcept;
   void SetCount(unsigned int count) noexcept;

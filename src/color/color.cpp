@@ -37,11 +37,12 @@ void KyColorMatrix::Transform(KyC24 input, KyC24& output) const {
 KY_ERRORS ClrGetComponent(const KyROI<KyC24>* source, KyROI<KyBW8>* destination, int component,
                           const KyColorLookup* lookup) noexcept {
   return ky::Call("ClrGetComponent", [&] {
-    if (const KY_ERRORS error = ky::Ready(source, destination)) return error;
+    ky::Rows<const KyC24> in;
+    ky::Rows<KyBW8> out;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     if (const KY_ERRORS error = CheckComponent(component)) return error;
-    const ky::Rows<KyBW8> out = ky::RowsOf(destination);
     ky::Input<KyC24> input;
-    if (!input.Open(ky::RowsOf(source), out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    if (!input.Open(in, out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     KyBW8 KyC24::*const member[] = {&KyC24::c0, &KyC24::c1, &KyC24::c2};
     for (std::ptrdiff_t y = 0; y < out.height; ++y) {
       const KyC24* const from = input.rows().Row(y);
@@ -59,11 +60,12 @@ KY_ERRORS ClrGetComponent(const KyROI<KyC24>* source, KyROI<KyBW8>* destination,
 KY_ERRORS ClrSetComponent(const KyROI<KyBW8>* source, KyROI<KyC24>* destination,
                           int component) noexcept {
   return ky::Call("ClrSetComponent", [&] {
-    if (const KY_ERRORS error = ky::Ready(source, destination)) return error;
+    ky::Rows<const KyBW8> in;
+    ky::Rows<KyBW8> out;  // of components
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     if (const KY_ERRORS error = CheckComponent(component)) return error;
-    const ky::Rows<KyBW8> out = ky::ComponentRowsOf(destination);
     ky::Input<KyBW8> input;
-    if (!input.Open(ky::RowsOf(source), out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    if (!input.Open(in, out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     for (std::ptrdiff_t y = 0; y < out.height; ++y) {
       const KyBW8* const from = input.rows().Row(y);
       KyBW8* const to = out.Row(y) + component;

@@ -157,8 +157,8 @@ KY_ERRORS Contour(const char* name, const KyROI<KyBW8>* source, CONTOUR_MODE con
     const Mode mode = kModes[contourMode];
     Point at = {x, y};
     const auto follow = [&](Turning turning) {
-      if (const KY_ERRORS error = ky::HasImage(source)) return error;
-      const auto rows = ky::RowsOf(source);
+      ky::Rows<const KyBW8> rows;
+      if (const KY_ERRORS error = ky::Open(source, rows)) return error;
       if (const KY_ERRORS error = output.Open(rows)) return error;
       const Tracer tracer(rows, LevelsOf(sense, threshold), connexity, turning, mode.stopsAtBorder);
       const KY_ERRORS error = tracer.Follow(at, output);

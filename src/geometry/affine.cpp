@@ -36,14 +36,16 @@ template <class T>
 KY_ERRORS LinearTransform(const KyROI<T>* source, float a, float b, float c, float d, float e,
                           float f, KyROI<T>* destination, int bits) noexcept {
   return Call("ImgLinearTransform", [&] {
-    if (const KY_ERRORS error = ky::HasImage(source)) return error;
+    ky::Rows<const T> in;
+    if (const KY_ERRORS error = ky::Open(source, in)) return error;
     if (destination == nullptr) return KY_ERROR_NO_IMAGE;
-    if (destination->GetPixelPtr(0, 0) == nullptr) return KY_OK;
+    const ky::Rows<T> out = RowsOf(destination);
+    if (out.first == nullptr) return KY_OK;
     InverseMap map;
     if (!Invert(a, b, c, d, e, f, map)) return KY_ERROR_TRANSFORM_LIMIT;
     Interpolation interpolation;
     if (!ReadInterpolation(bits, interpolation)) return KY_ERROR_BAD_INTERVAL;
-    return ky::Resample(RowsOf(destination), RowsOf(source), map, interpolation);
+    return ky::Resample(out, in, map, interpolation);
   });
 }
 

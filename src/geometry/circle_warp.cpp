@@ -1,6 +1,8 @@
 #include <cmath>
+#include <cstdint>
 
 #include "foundation/frame.h"
+#include "foundation/resize.h"
 #include "foundation/rows.h"
 #include "ky/angle.h"
 #include "ky/geometry.h"
@@ -9,11 +11,12 @@ namespace {
 
 using ky::Rows;
 
-// Truncated, and clamped to what a table entry holds; what is not a number lies far outside.
+// The low 16 bits of the position, truncated toward zero and limited to 32 bits first; what is not
+// a number counts as the least of these.
 KyBW16 ToEntry(float position) noexcept {
-  if (!(position > -32768.0f)) position = -32768.0f;
-  if (position > 32767.0f) position = 32767.0f;
-  return static_cast<KyBW16>(static_cast<int>(position));
+  if (!(position >= -2147483648.0f)) return static_cast<KyBW16>(INT32_MIN);
+  if (position >= 2147483648.0f) return static_cast<KyBW16>(INT32_MAX);
+  return static_cast<KyBW16>(static_cast<std::int32_t>(position));
 }
 
 // The weights of the first and of the second radius in a row.
@@ -33,17 +36,15 @@ KY_ERRORS ImgSetCircleWarp(float centerX, float centerY, int rows, float radius1
                            int columns, float startAngle, float endAngle, KyImage<KyBW16>* xTable,
                            KyImage<KyBW16>* yTable) noexcept {
   return ky::Call("ImgSetCircleWarp", [&] {
-    if (rows <= 0) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
-    if (columns <= 0) return KY_ERROR_PARAMETER_6_OUT_OF_RANGE;
     if (xTable == nullptr || yTable == nullptr) return KY_ERROR_NO_IMAGE;
+    if (columns < 0 || rows < 0) return KY_ERROR_NOT_ENOUGH_MEMORY;
     // The points of each column on both circles.
     const std::ptrdiff_t n = columns;
     ky::Scratch<float> points;
     if (!points.Allocate(4 * n)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-    for (KyImage<KyBW16>* table : {xTable, yTable}) {
-      table->SetSize(columns, rows);
-      if (const KY_ERRORS error = KyGetError()) return error;
-    }
+    for (KyImage<KyBW16>* table : {xTable, yTable})
+      if (const KY_ERRORS error = ky::Resize(table, columns, rows)) return error;
+    if (columns == 0 || rows == 0) return KY_OK;
 
     float *const x1 = points.get(), *const y1 = x1 + n, *const x2 = y1 + n, *const y2 = x2 + n;
     const double start = KyToRadians(startAngle), end = KyToRadians(endAngle);

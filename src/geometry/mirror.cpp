@@ -1,22 +1,20 @@
 #include "foundation/frame.h"
+#include "foundation/kernels/mirror_rows.h"
 #include "foundation/rows.h"
-#include "geometry/mirror_rows.h"
 #include "ky/mirrors.h"
 
 namespace {
 
 using ky::Call;
 using ky::ChooseMirrorKernels;
-using ky::HasImage;
 using ky::MirrorKernels;
 using ky::Rows;
-using ky::RowsOf;
 
 template <class T>
 KY_ERRORS VerticalMirror(const char* name, KyROI<T>* image) noexcept {
   return Call(name, [&] {
-    if (const KY_ERRORS error = HasImage(image)) return error;
-    const Rows<KyBW8> rows = ky::ComponentRowsOf(image);
+    Rows<KyBW8> rows;  // of components
+    if (const KY_ERRORS error = ky::Open(image, rows)) return error;
     const MirrorKernels& kernels = ChooseMirrorKernels();
     for (std::ptrdiff_t top = 0, bottom = rows.height - 1; top < bottom; ++top, --bottom)
       kernels.exchange(rows.Row(top), rows.Row(bottom), static_cast<std::size_t>(rows.width));
@@ -28,8 +26,8 @@ template <class T>
 KY_ERRORS HorizontalMirror(KyROI<T>* image,
                            void (*MirrorKernels::*reverse)(T*, std::size_t)) noexcept {
   return Call("ImgHorizontalMirror (gray-level)", [&] {
-    if (const KY_ERRORS error = HasImage(image)) return error;
-    const Rows<T> rows = RowsOf(image);
+    Rows<T> rows;
+    if (const KY_ERRORS error = ky::Open(image, rows)) return error;
     const MirrorKernels& kernels = ChooseMirrorKernels();
     for (std::ptrdiff_t y = 0; y < rows.height; ++y)
       (kernels.*reverse)(rows.Row(y), static_cast<std::size_t>(rows.width));

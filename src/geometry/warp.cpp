@@ -6,16 +6,9 @@
 namespace {
 
 using ky::Call;
-using ky::HasImage;
 using ky::Input;
 using ky::Rows;
-using ky::RowsOf;
 using ky::WarpKernelsFor;
-
-template <class T>
-Rows<const T> TableOf(const KyImage<T>* table) noexcept {
-  return RowsOf(static_cast<const KyROI<T>*>(table));
-}
 
 template <class T>
 void Clear(const Rows<T>& rows) noexcept {
@@ -85,36 +78,37 @@ KY_ERRORS WarpByPacked(const Rows<const T>& original, const Rows<T>& destination
 }
 
 template <class T>
-KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyImage<KyBW16>* xTable,
-               const KyImage<KyBW16>* yTable, int shiftX, int shiftY) noexcept {
+KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyROI<KyBW16>* xTable,
+               const KyROI<KyBW16>* yTable, int shiftX, int shiftY) noexcept {
   return Call("ImgWarp", [&] {
-    for (const KyGenericROI* roi :
-         std::initializer_list<const KyGenericROI*>{source, destination, xTable, yTable})
-      if (const KY_ERRORS error = HasImage(roi)) return error;
-    for (const KyGenericROI* table : {xTable, yTable}) {
-      destination->CheckSameSize(table);
-      if (const KY_ERRORS error = KyGetError()) return error;
-    }
-    return WarpByTables(RowsOf(source), RowsOf(destination), TableOf(xTable), TableOf(yTable),
-                        shiftX, shiftY);
+    Rows<const T> in;
+    Rows<T> out;
+    Rows<const KyBW16> xs, ys;
+    if (const KY_ERRORS error = ky::Open(source, in)) return error;
+    if (const KY_ERRORS error = ky::Open(destination, out)) return error;
+    if (const KY_ERRORS error = ky::Open(xTable, xs)) return error;
+    if (const KY_ERRORS error = ky::Open(yTable, ys)) return error;
+    if (const KY_ERRORS error = ky::CheckSizes(xTable, yTable, destination)) return error;
+    return WarpByTables(in, out, xs, ys, shiftX, shiftY);
   });
 }
 
 template <class T>
-KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination,
-               const KyImage<KyBW32>* table) noexcept {
+KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyROI<KyBW32>* table) noexcept {
   return Call("ImgWarp", [&] {
     if (source == nullptr || destination == nullptr) return KY_ERROR_NO_IMAGE;
-    source->CheckSameSize(destination);
-    if (const KY_ERRORS error = KyGetError()) return error;
+    // Of ROIs that differ in size the images are looked at first, of others the table.
+    if (!ky::IsSameSize(source, destination)) return ky::CheckRois(source, destination);
     if (table == nullptr) return KY_ERROR_NO_IMAGE;
     if (table->GetWidth() < destination->GetWidth() ||
         table->GetHeight() < destination->GetHeight())
       return KY_ERROR_WARP_2200;
-    for (const KyGenericROI* roi :
-         std::initializer_list<const KyGenericROI*>{source, destination, table})
-      if (const KY_ERRORS error = HasImage(roi)) return error;
-    return WarpByPacked(RowsOf(source), RowsOf(destination), TableOf(table));
+    Rows<const T> in;
+    Rows<T> out;
+    Rows<const KyBW32> positions;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+    if (const KY_ERRORS error = ky::Open(table, positions)) return error;
+    return WarpByPacked(in, out, positions);
   });
 }
 

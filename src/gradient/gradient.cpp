@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "foundation/frame.h"
+#include "foundation/resize.h"
 #include "foundation/window.h"
 #include "gradient/gradient_rows.h"
 #include "ky/angle.h"
@@ -11,7 +12,6 @@
 namespace {
 
 using ky::Call;
-using ky::Ready;
 using ky::Rows;
 using ky::RowsOf;
 
@@ -31,12 +31,12 @@ template <class T, class Work>
 KY_ERRORS MapGradients(const KyROI<T>* source, KyROI<KyBW8>* destination,
                        const KyROI<KyBW8>* lookup, const Work& work) noexcept {
   return Call("ImgGradientScalar", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
-    if (const KY_ERRORS error = ky::HasImage(lookup)) return error;
-    if (lookup->GetWidth() != kSide || lookup->GetHeight() != kSide)
+    if (const KY_ERRORS error = ky::CheckRois(source, destination)) return error;
+    if (lookup == nullptr) return KY_ERROR_NO_IMAGE;
+    const Rows<const KyBW8> rows = RowsOf(lookup);
+    if (rows.first == nullptr || rows.width != kSide || rows.height != kSide)
       return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
     ky::Input<KyBW8> table;
-    const Rows<const KyBW8> rows = RowsOf(lookup);
     const bool fits = rows.pitch <= INT_MAX / kSide;
     if (!(fits ? table.OpenApart(rows, RowsOf(destination)) : table.OpenCopy(rows)))
       return KY_ERROR_NOT_ENOUGH_MEMORY;
@@ -50,8 +50,7 @@ template <class EntryOf>
 KY_ERRORS MakeLookup(const char* name, KyImage<KyBW8>* lookup, const EntryOf& entryOf) noexcept {
   return Call(name, [&] {
     if (lookup == nullptr) return KY_ERROR_NO_IMAGE;
-    lookup->SetSize(kSide, kSide);
-    if (const KY_ERRORS error = KyGetError()) return error;
+    if (const KY_ERRORS error = ky::Resize(lookup, kSide, kSide)) return error;
     const Rows<KyBW8> rows = RowsOf(lookup);
     for (int gy = -kMiddle; gy < kMiddle; ++gy)
       for (int gx = -kMiddle; gx < kMiddle; ++gx)
@@ -70,7 +69,7 @@ KyBW8 LowByte(double value) noexcept {
 
 KY_ERRORS ImgGradientVector(const KyROI<KyBW8>* source, KyROI<KyBW32>* destination) noexcept {
   return Call("ImgGradientVector", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    if (const KY_ERRORS error = ky::CheckRois(source, destination)) return error;
     const ky::GradientKernels& kernels = ky::ChooseGradientKernels();
     return FilterNeighbours(destination, source, kernels, kernels.store);
   });

@@ -130,7 +130,7 @@ float ImgAnalyseHistogram(KyBW8HistogramVector* histogram, IMG_HISTOGRAM_FEATURE
                           int last) noexcept {
   float result = 0;
   Call("ImgAnalyseHistogram", [&] {
-    if (const KY_ERRORS error = ky::HasLevels(histogram)) return error;
+    if (const KY_ERRORS error = ky::CheckLevels(histogram)) return error;
     const Analysis analysis(histogram->begin(), first, last);
     const auto index = static_cast<unsigned int>(feature);
     if (index <= IMG_HISTOGRAM_PIXEL_COUNT)
@@ -151,26 +151,4 @@ KY_ERRORS ImgAnalyseHistogram(KyVector* histogram, int first, int last, unsigned
                               float& result) noexcept {
   return AnalyseGeneric(histogram, first, last, feature, IMG_HISTOGRAM_MEAN, IMG_HISTOGRAM_STD_DEV,
                         result, &Analysis::Real);
-}
-
-float KyBW8HistogramVector::Entropy(unsigned int first, unsigned int last) const noexcept {
-  float result = 0;
-  Call("KyBW8HistogramVector::Entropy", [&] {
-    const unsigned int bins = GetNumElements();
-    if (first >= bins) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (last != ~0u && last >= bins) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
-    std::uint32_t count = 0;
-    float sum = 0;
-    for (unsigned int k = first; k <= std::min(last, bins - 1); ++k) {
-      const unsigned int h = (*this)[k];
-      if (h == 0) continue;
-      count += h;
-      sum += static_cast<float>(h) * std::log(static_cast<float>(h));
-    }
-    if (count == 0) return KY_OK;
-    const double n = count;
-    result = static_cast<float>((std::log(n) - double(sum) / n) / std::log(2.0));
-    return KY_OK;
-  });
-  return result;
 }

@@ -1,37 +1,32 @@
-// The counts of histograms, inside the library.
+// The counts in histogram vectors.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
 
+#include "foundation/kernels/counts.h"
 #include "ky/histogram_vector.h"
-#include "ky/roi.h"
 #include "ky/vector.h"
 
 namespace ky {
 
-constexpr int kLevels = 256;
-using Counts = std::uint32_t[kLevels];
-
-// Counts the pixels of an ROI that has some, or those of its mask.
-void CountLevels(const KyROI<KyBW8>* roi, Counts& counts) noexcept;
-
-// 1601 for null, 1613 unless it holds a count for each of 256 levels.
-inline KY_ERRORS HasLevels(const KyBW8HistogramVector* histogram) noexcept {
+// KY_ERROR_BAD_VECTOR_TYPE (1601) for null, KY_ERROR_NOT_256_ENTRIES (1613) unless it holds a count
+// for each of 256 levels.
+inline KY_ERRORS CheckLevels(const KyBW8HistogramVector* histogram) noexcept {
   if (histogram == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
   return histogram->GetNumElements() == kLevels ? KY_OK : KY_ERROR_NOT_256_ENTRIES;
 }
 
-// The counts of a generic vector: 1601 for null, `otherType` unless it is of type 2, 1601 when it
-// has no room for 256.
+// The counts of a generic vector: KY_ERROR_BAD_VECTOR_TYPE (1601) for null, `otherType` unless it
+// is of type 2, 1601 when it has no room for 256.
 inline constexpr int kCountVector = 2, kTableVector = 3;
-inline KY_ERRORS CountsOf(const KyVector* histogram, KY_ERRORS otherType,
-                          std::uint32_t*& counts) noexcept {
+template <class Count>  // std::uint32_t, perhaps const
+KY_ERRORS CountsOf(const KyVector* histogram, KY_ERRORS otherType, Count*& counts) noexcept {
   if (histogram == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
   if (!histogram->IsSameVectType(kCountVector)) return otherType;
   if (histogram->GetAllocatedSize() < static_cast<int>(sizeof(Counts)))
     return KY_ERROR_BAD_VECTOR_TYPE;
-  counts = static_cast<std::uint32_t*>(histogram->GetDataPtr());
+  counts = static_cast<Count*>(histogram->GetDataPtr());
   return KY_OK;
 }
 

@@ -2,14 +2,15 @@
 #include <cstdint>
 
 #include "foundation/frame.h"
+#include "foundation/kernels/lookup_rows.h"
 #include "histogram/counts.h"
 #include "ky/histogram.h"
-#include "point/lookup_rows.h"
 
 namespace {
 
 using ky::Call;
 using ky::LookupTable;
+using ky::Rows;
 
 // level[k] = scale * (counts[0] + ... + counts[k - 1]) / total, all modulo 2^32; 0 when the total
 // is.
@@ -37,7 +38,7 @@ LookupTable EqualizingTable(const std::uint32_t* counts) noexcept {
 
 KY_ERRORS ImgSetupEqualize(KyBW8HistogramVector* histogram, KyBW8Vector* table) noexcept {
   return Call("ImgSetupEqualize (KyBW8HistogramVector)", [&] {
-    if (const KY_ERRORS error = ky::HasLevels(histogram)) return error;
+    if (const KY_ERRORS error = ky::CheckLevels(histogram)) return error;
     if (table == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (const KY_ERRORS error = table->SetNumElements(ky::kLevels)) return error;
     std::copy_n(EqualizingTable(histogram->begin()).level, ky::kLevels, table->begin());
@@ -62,9 +63,15 @@ KY_ERRORS ImgSetupEqualize(KyVector* histogram, KyVector* table) noexcept {
 
 KY_ERRORS ImgEqualize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept {
   return Call("ImgEqualize", [&] {
-    if (const KY_ERRORS error = ky::Ready(source, destination)) return error;
+    Rows<const KyBW8> in;
+    Rows<KyBW8> out;
+    // Counting the source is one step, looking its levels up another: each checks what it needs.
+    if (const KY_ERRORS error = ky::Open(source, in)) return ky::FailIn(error, {"ImgHistogram"});
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out))
+      return ky::FailIn(error, {"ImgLut"});
     ky::Counts counts;
     ky::CountLevels(source, counts);
-    return ky::LookUp(ky::RowsOf(destination), ky::RowsOf(source), EqualizingTable(counts));
+    const KY_ERRORS error = ky::LookUp(out, in, EqualizingTable(counts));
+    return error == KY_OK ? KY_OK : ky::FailIn(error, {"ImgLut"});
   });
 }

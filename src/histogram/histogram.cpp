@@ -11,7 +11,7 @@
 namespace {
 
 using ky::Call;
-using ky::HasImage;
+using ky::CheckImage;
 
 // Counts 16-bit pixels in up to four tables in turn, for the reason that 8-bit ones are; only in
 // one where so many tables would cost more than that.
@@ -56,7 +56,7 @@ class BinCounter {
 
 KY_ERRORS ImgHistogram(const KyROI<KyBW8>* source, KyBW8HistogramVector* histogram) noexcept {
   return Call("ImgHistogram", [&] {
-    if (const KY_ERRORS error = HasImage(source)) return error;
+    if (const KY_ERRORS error = CheckImage(source)) return error;
     if (histogram == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     ky::Counts counts;
     ky::CountLevels(source, counts);
@@ -71,9 +71,9 @@ KY_ERRORS ImgHistogram(const KyROI<KyBW16>* source, KyBW8HistogramVector* histog
   return Call("ImgHistogram (KyBW16)", [&] {
     if (mostSignificantBit >= 16) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
     if (bits > mostSignificantBit + 1) return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
-    if (const KY_ERRORS error = HasImage(source)) return error;
+    ky::Rows<const KyBW16> rows;
+    if (const KY_ERRORS error = ky::Open(source, rows)) return error;
     if (histogram == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    const auto rows = ky::RowsOf(source);
     const unsigned int bins = 1u << bits;
     // Without saturation what lies above the bins goes to one more, which is dropped.
     const bool saturates = saturate != 0 && mostSignificantBit < 15;
@@ -90,7 +90,7 @@ KY_ERRORS ImgHistogram(const KyROI<KyBW16>* source, KyBW8HistogramVector* histog
 
 KY_ERRORS ImgHistogram(const KyROI<KyBW8>* source, KyVector* histogram) noexcept {
   return Call("ImgHistogram (KyVector)", [&] {
-    if (const KY_ERRORS error = HasImage(source)) return error;
+    if (const KY_ERRORS error = CheckImage(source)) return error;
     if (histogram != nullptr && !histogram->IsSameVectType(ky::kCountVector))
       histogram->SetType(ky::kCountVector, 0, 0);
     std::uint32_t* counts;

@@ -2,12 +2,12 @@
 
 #include "foundation/frame.h"
 #include "histogram/counts.h"
-#include "histogram/reduce_rows.h"
+#include "histogram/projection_rows.h"
 #include "ky/histogram.h"
 
 namespace {
 
-using ky::RowsOf;
+using ky::Rows;
 
 // Gives a vector exactly `count` elements.
 KY_ERRORS Resize(KyBW32Vector* sums, int count) noexcept {
@@ -19,28 +19,29 @@ KY_ERRORS Resize(KyVector* sums, int count) noexcept {
   return sums->SetNbGroup(count);
 }
 
-// The frame of all projections: `project` fills the array of `count` sums.
+// The frame of all projections: `project(rows, sums)` fills the array of `count` sums.
 template <class T, class Vector, class Project>
 KY_ERRORS Projection(const char* name, const KyROI<T>* source, Vector* sums,
-                     int (KyGenericROI::*count)() const noexcept, Project project) noexcept {
+                     std::ptrdiff_t Rows<const T>::*count, Project project) noexcept {
   return ky::Call(name, [&] {
-    if (const KY_ERRORS error = ky::HasImage(source)) return error;
+    Rows<const T> rows;
+    if (const KY_ERRORS error = ky::Open(source, rows)) return error;
     if (sums == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (const KY_ERRORS error = Resize(sums, (source->*count)())) return error;
-    project(ky::ChooseReduceKernels(), static_cast<std::uint32_t*>(sums->GetDataPtr()));
+    if (const KY_ERRORS error = Resize(sums, static_cast<int>(rows.*count))) return error;
+    project(rows, static_cast<std::uint32_t*>(sums->GetDataPtr()));
     return KY_OK;
   });
 }
 
 template <class T>
-auto ColumnKernelOf(const ky::ReduceKernels& kernels) noexcept {
+auto ColumnKernelOf(const ky::ProjectionKernels& kernels) noexcept {
   if constexpr (sizeof(T) == 1)
     return kernels.columns;
   else
     return kernels.columns16;
 }
 template <class T>
-auto RowKernelOf(const ky::ReduceKernels& kernels) noexcept {
+auto RowKernelOf(const ky::ProjectionKernels& kernels) noexcept {
   if constexpr (sizeof(T) == 1)
     return kernels.sum;
   else
@@ -49,16 +50,16 @@ auto RowKernelOf(const ky::ReduceKernels& kernels) noexcept {
 
 template <class T, class Vector>
 KY_ERRORS ProjectOnARow(const char* name, const KyROI<T>* source, Vector* sums) noexcept {
-  return Projection(name, source, sums, &KyGenericROI::GetWidth,
-                    [&](const ky::ReduceKernels& kernels, std::uint32_t* to) {
-                      ky::SumColumns(ColumnKernelOf<T>(kernels), RowsOf(source), to);
+  return Projection(name, source, sums, &Rows<const T>::width,
+                    [](const Rows<const T>& rows, std::uint32_t* to) {
+                      ky::SumColumns(ColumnKernelOf<T>(ky::ChooseProjectionKernels()), rows, to);
                     });
 }
 template <class T, class Vector>
 KY_ERRORS ProjectOnAColumn(const char* name, const KyROI<T>* source, Vector* sums) noexcept {
-  return Projection(name, source, sums, &KyGenericROI::GetHeight,
-                    [&](const ky::ReduceKernels& kernels, std::uint32_t* to) {
-                      ky::ReduceRows(RowKernelOf<T>(kernels), RowsOf(source),
+  return Projection(name, source, sums, &Rows<const T>::height,
+                    [](const Rows<const T>& rows, std::uint32_t* to) {
+                      ky::ReduceRows(RowKernelOf<T>(ky::ChooseProjectionKernels()), rows,
                                      [&](std::uint32_t sum, std::ptrdiff_t y) { to[y] = sum; });
                     });
 }

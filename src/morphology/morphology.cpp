@@ -5,9 +5,9 @@
 #include <initializer_list>
 
 #include "foundation/frame.h"
+#include "foundation/kernels/operators_rows.h"
 #include "foundation/rows.h"
 #include "morphology/passes.h"
-#include "point/operators_rows.h"
 
 namespace {
 

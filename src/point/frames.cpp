@@ -5,15 +5,14 @@
 #include <cstring>
 
 #include "foundation/frame.h"
+#include "foundation/kernels/operators_rows.h"
 #include "foundation/map.h"
 #include "point/frames_rows.h"
-#include "point/operators_rows.h"
 
 namespace {
 
 using ky::Call;
-using ky::HasImage;
-using ky::Ready;
+using ky::CheckImage;
 using ky::Rows;
 using ky::RowsOf;
 using std::ptrdiff_t;
@@ -34,11 +33,11 @@ bool HasRowBelow(const KyGenericROI* roi) noexcept {
 }
 
 // The checks of a whole image and one of its frames, whose first row is `first`.
-KY_ERRORS FrameReady(const KyGenericROI* source, const KyGenericROI* destination,
+KY_ERRORS CheckFrame(const KyGenericROI* source, const KyGenericROI* destination,
                      const KyGenericROI* whole, const KyGenericROI* part,
                      ptrdiff_t first) noexcept {
-  if (const KY_ERRORS error = HasImage(source)) return error;
-  if (const KY_ERRORS error = HasImage(destination)) return error;
+  if (const KY_ERRORS error = CheckImage(source)) return error;
+  if (const KY_ERRORS error = CheckImage(destination)) return error;
   const bool fits = part->GetWidth() == whole->GetWidth() &&
                     part->GetHeight() == (whole->GetHeight() + first) / 2;
   return fits ? KY_OK : KY_ERROR_SIZE_MISMATCH;
@@ -50,10 +49,12 @@ template <class T, class Work>
 KY_ERRORS OnFrames(const char* name, const KyROI<T>* source, KyROI<T>* destination,
                    const Work& work) noexcept {
   return Call(name, [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    Rows<const T> in;
+    Rows<T> out;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     ky::Input<T> input;
-    if (!input.Open(RowsOf(source), RowsOf(destination))) return KY_ERROR_NOT_ENOUGH_MEMORY;
-    work(RowsOf(destination), input.rows());
+    if (!input.Open(in, out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    work(out, input.rows());
     return KY_OK;
   });
 }
@@ -81,9 +82,9 @@ template <class T>
 KY_ERRORS Match(const char* name, const KyROI<T>* roi, int line, int minimum, int maximum,
                 int& bestOffset) noexcept {
   return Call(name, [&] {
-    if (const KY_ERRORS error = HasImage(roi)) return error;
+    Rows<const KyBW8> rows;  // of components
+    if (const KY_ERRORS error = ky::Open(roi, rows)) return error;
     const ptrdiff_t first = minimum, last = maximum;
-    const Rows<const KyBW8> rows = ky::ComponentRowsOf(roi);
     if (first > last || roi->GetWidth() < last - first) return KY_ERROR_BAD_INTERVAL;
     if (line < 0 || line + ptrdiff_t{1} >= rows.height) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
 
@@ -145,7 +146,7 @@ KY_ERRORS Swap(const char* name, const KyROI<T>* source, KyROI<T>* destination) 
 KY_ERRORS ImgGetFrame(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, int frame) noexcept {
   return Call("ImgGetFrame (KyBW8)", [&] {
     const ptrdiff_t first = frame != 0 ? 1 : 0;
-    if (const KY_ERRORS error = FrameReady(source, destination, source, destination, first))
+    if (const KY_ERRORS error = CheckFrame(source, destination, source, destination, first))
       return error;
     const Rows<const KyBW8> from = EveryOther(RowsOf(source), first);
     Rows<KyBW8> to = RowsOf(destination);
@@ -157,7 +158,7 @@ KY_ERRORS ImgGetFrame(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, int
 KY_ERRORS ImgSetFrame(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, int frame) noexcept {
   return Call("ImgSetFrame (KyBW8)", [&] {
     const ptrdiff_t first = frame != 0 ? 1 : 0;
-    if (const KY_ERRORS error = FrameReady(source, destination, destination, source, first))
+    if (const KY_ERRORS error = CheckFrame(source, destination, destination, source, first))
       return error;
     Rows<const KyBW8> from = RowsOf(source);
     Rows<KyBW8> to = EveryOther(RowsOf(destination), first);

@@ -5,29 +5,28 @@
 #include <cstdint>
 
 #include "foundation/frame.h"
+#include "foundation/kernels/lookup_rows.h"
 #include "ky/statistics.h"
-#include "point/lookup_rows.h"
 
 namespace {
 
 using ky::Call;
 using ky::GainOffset;
 using ky::LookupTable;
-using ky::Ready;
-using ky::RowsOf;
+using ky::Rows;
 
 // table[i] = law(i).
 template <class Law>
-LookupTable TableOf(Law law) noexcept {
+LookupTable TableBy(Law law) noexcept {
   LookupTable table;
   for (std::uint32_t i = 0; i < 256; ++i) table.level[i] = law(i);
   return table;
 }
 
-KY_ERRORS LookUp(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
-                 const KyBW8* table) noexcept {
-  return ky::LookUp(RowsOf(destination), RowsOf(source),
-                    TableOf([&](std::uint32_t i) { return table[i]; }));
+LookupTable TableOf(const KyBW8* levels) noexcept {
+  LookupTable table;
+  std::copy_n(levels, 256, table.level);
+  return table;
 }
 
 // Truncated; what does not fit is saturated, and no number is 0.
@@ -53,29 +52,35 @@ KyBW8 GainOffsetLevel(std::uint32_t level, std::int32_t gain, std::int32_t offse
 KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                  const KyBW8* table) noexcept {
   return ky::CallUntraced([&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    Rows<const KyBW8> in;
+    Rows<KyBW8> out;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     if (table == nullptr) return KY_ERROR_NOT_256_ENTRIES;
-    return LookUp(source, destination, table);
+    return ky::LookUp(out, in, TableOf(table));
   });
 }
 
 KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                  KyBW8Vector* table) noexcept {
   return Call("ImgLut", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    Rows<const KyBW8> in;
+    Rows<KyBW8> out;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     if (table == nullptr || table->GetNumElements() != 256) return KY_ERROR_NOT_256_ENTRIES;
-    return LookUp(source, destination, table->GetDataPtr());
+    return ky::LookUp(out, in, TableOf(table->GetDataPtr()));
   });
 }
 
 KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, float newMean,
                        float newDeviation) noexcept {
   return Call("ImgNormalize", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    Rows<const KyBW8> in;
+    Rows<KyBW8> out;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     float deviation, mean;
     if (const KY_ERRORS error = ImgPixelStdDev(source, deviation, mean)) return error;
     const float ratio = deviation == 0 ? 0 : newDeviation / deviation;
-    return ky::LookUp(RowsOf(destination), RowsOf(source), TableOf([&](std::uint32_t i) {
+    return ky::LookUp(out, in, TableBy([&](std::uint32_t i) {
                         const float scaled = static_cast<float>(i) * ratio;
                         return NormalizedLevel(scaled + newMean - ratio * mean);
                       }));
@@ -85,16 +90,17 @@ KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, fl
 KY_ERRORS ImgGainOffset(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, float gain,
                         float offset) noexcept {
   return Call("ImgGainOffset", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    Rows<const KyBW8> in;
+    Rows<KyBW8> out;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     const std::int32_t g = ToInt32(gain * 32.0f), o = ToInt32(offset);
     // With an offset this far from the largest integer no sum can turn negative.
     if (g >= 0 && g <= GainOffset::kMostGain && o <= INT32_MAX - 0x10000) {
       const int biased = std::clamp(o, -GainOffset::kOffsetBias, 255) + GainOffset::kOffsetBias;
       const GainOffset law{static_cast<KyBW16>(g), static_cast<KyBW16>(biased)};
-      return ky::MapRows(ky::ChooseLookupKernels().gainOffset, RowsOf(destination),
-                         ky::FromRows(RowsOf(source)), ky::FromParameters(law));
+      return ky::MapRows(ky::ChooseLookupKernels().gainOffset, out, ky::FromRows(in),
+                         ky::FromParameters(law));
     }
-    return ky::LookUp(RowsOf(destination), RowsOf(source),
-                      TableOf([&](std::uint32_t i) { return GainOffsetLevel(i, g, o); }));
+    return ky::LookUp(out, in, TableBy([&](std::uint32_t i) { return GainOffsetLevel(i, g, o); }));
   });
 }

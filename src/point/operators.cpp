@@ -4,8 +4,8 @@
 #include <initializer_list>
 
 #include "foundation/frame.h"
+#include "foundation/kernels/operators_rows.h"
 #include "foundation/map.h"
-#include "point/operators_rows.h"
 
 namespace {
 
@@ -16,7 +16,6 @@ using ky::FromConstant;
 using ky::FromGreyAsColor;
 using ky::FromRows;
 using ky::MapRows;
-using ky::Ready;
 using ky::RowsOf;
 using ky::ShiftOperand;
 using Operation = ARITH_LOGIC_OPERATIONS;
@@ -42,16 +41,24 @@ class Operations {
   unsigned long long bits_;
 };
 
-constexpr Operations kFill = Operations::Only({0});
-constexpr Operations kUnary = Operations::Only({0, 1});
-constexpr Operations kUnaryOrOverlay = Operations::Only({0, 1, 34});
-constexpr Operations kConstantAndImage = Operations::AllBut({7, 8, 16, 17, 18, 21, 22});
-constexpr Operations kImageAndConstant = Operations::AllBut({16, 17, 18});
-constexpr Operations kColorImageAndConstant = Operations::AllBut({16, 17, 18}, false);
-constexpr Operations kTwoImages = Operations::AllBut({7, 8});
-constexpr Operations kOverlay = Operations::Only({34});
-constexpr Operations kGreyTo16 = Operations::Only({2, 3, 4, 5});
-constexpr Operations kGrey16 = Operations::Only({2, 3, 4, 5, 29, 30});
+constexpr Operations kFill = Operations::Only({KY_OPER_COPY});
+constexpr Operations kUnary = Operations::Only({KY_OPER_COPY, KY_OPER_INVERT});
+constexpr Operations kUnaryOrOverlay =
+    Operations::Only({KY_OPER_COPY, KY_OPER_INVERT, KY_OPER_OVERLAY});
+constexpr Operations kConstantAndImage = Operations::AllBut(
+    {KY_OPER_SHIFT_LEFT, KY_OPER_SHIFT_RIGHT, KY_OPER_LOGICAL_AND, KY_OPER_LOGICAL_OR,
+     KY_OPER_LOGICAL_XOR, KY_OPER_SET_WHERE_ZERO, KY_OPER_SET_WHERE_NONZERO});
+constexpr Operations kImageAndConstant =
+    Operations::AllBut({KY_OPER_LOGICAL_AND, KY_OPER_LOGICAL_OR, KY_OPER_LOGICAL_XOR});
+constexpr Operations kColorImageAndConstant =
+    Operations::AllBut({KY_OPER_LOGICAL_AND, KY_OPER_LOGICAL_OR, KY_OPER_LOGICAL_XOR}, false);
+constexpr Operations kTwoImages = Operations::AllBut({KY_OPER_SHIFT_LEFT, KY_OPER_SHIFT_RIGHT});
+constexpr Operations kOverlay = Operations::Only({KY_OPER_OVERLAY});
+constexpr Operations kGreyTo16 =
+    Operations::Only({KY_OPER_ADD, KY_OPER_SUBTRACT, KY_OPER_MULTIPLY, KY_OPER_DIVIDE});
+constexpr Operations kGrey16 =
+    Operations::Only({KY_OPER_ADD, KY_OPER_SUBTRACT, KY_OPER_MULTIPLY, KY_OPER_DIVIDE,
+                      KY_OPER_ADD_WRAP, KY_OPER_SUBTRACT_WRAP});
 
 // The frame that all overloads share: the operation against the accepted set, the ROIs, the work.
 template <class Work, class... Rois>
@@ -59,7 +66,7 @@ KY_ERRORS Operate(const char* name, Operation operation, Operations accepted, Wo
                   const Rois*... rois) noexcept {
   return Call(name, [&] {
     if (!accepted.Accept(operation)) return KY_ERROR_UNSUPPORTED_OPERATION;
-    if (const KY_ERRORS error = Ready(rois...)) return error;
+    if (const KY_ERRORS error = ky::CheckRois(rois...)) return error;
     return work(ChooseOperatorKernels());
   });
 }

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "foundation/frame.h"
+#include "foundation/kernels/choose_threshold.h"
 #include "foundation/map.h"
-#include "ky/histogram.h"
 #include "point/threshold_rows.h"
 
 namespace {
@@ -14,7 +14,7 @@ using ky::ChooseThresholdKernels;
 using ky::FromParameters;
 using ky::FromRows;
 using ky::MapRows;
-using ky::Ready;
+using ky::Rows;
 using ky::RowsOf;
 using ky::Split;
 
@@ -24,16 +24,33 @@ Split SplitAt(unsigned threshold, KyBW8 low, KyBW8 high) noexcept {
   return {static_cast<KyBW8>(threshold), low, high};
 }
 
+// The check of the operations whose source gives the size: a larger destination is written in the
+// source's area only, a smaller one is refused.
+KY_ERRORS CheckCovers(const KyGenericROI* source, const KyGenericROI* destination) noexcept {
+  if (const KY_ERRORS error = ky::CheckImage(source)) return error;
+  if (const KY_ERRORS error = ky::CheckImage(destination)) return error;
+  const bool covers = destination->GetWidth() >= source->GetWidth() &&
+                      destination->GetHeight() >= source->GetHeight();
+  return covers ? KY_OK : KY_ERROR_SIZE_MISMATCH;
+}
+
+// The rows of the destination in that area.
+template <class T>
+Rows<KyBW8> RowsIn(const Rows<T>& source, KyROI<KyBW8>* destination) noexcept {
+  return {RowsOf(destination).first, destination->GetPitch(), source.width, source.height};
+}
+
 // The bytes that hold the bits of an ROI. The first bit of every row lies at the same place in its
 // byte.
 struct BitRows {
-  ky::Rows<KyBW8> bytes;
+  Rows<KyBW8> bytes;
   std::ptrdiff_t firstBit, width;
 
-  explicit BitRows(const KyROI<KyBW1>* roi) noexcept
-      : firstBit(roi->GetBitOffset(0, 0)), width(roi->GetWidth()) {
+  // The first `bits` pixels of the first `height` rows.
+  BitRows(const KyROI<KyBW1>* roi, std::ptrdiff_t bits, std::ptrdiff_t height) noexcept
+      : firstBit(roi->GetBitOffset(0, 0)), width(bits) {
     bytes = {static_cast<KyBW8*>(roi->GetPixelPtr(0, 0)), roi->GetPitch(),
-             width == 0 ? 0 : (firstBit + width + 7) / 8, roi->GetHeight()};
+             width == 0 ? 0 : (firstBit + width + 7) / 8, height};
   }
   // The pixels before the first whole byte of a row, and those in whole bytes.
   std::ptrdiff_t Head() const noexcept { return std::min(width, (8 - firstBit) % 8); }
@@ -51,11 +68,11 @@ void WalkBits(const BitRows& bits, const Single& single, const Whole& whole) noe
   for (std::ptrdiff_t x = end; x < bits.width; ++x) single(x);
 }
 
-KY_ERRORS PackRows(const KyROI<KyBW8>* source, const KyROI<KyBW1>* destination,
+KY_ERRORS PackRows(const Rows<const KyBW8>& source, const KyROI<KyBW1>* destination,
                    const Split& split) noexcept {
-  const BitRows out(destination);
+  const BitRows out(destination, source.width, source.height);
   ky::Input<KyBW8> in;
-  if (!in.OpenApart(RowsOf(source), out.bytes)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  if (!in.OpenApart(source, out.bytes)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   const auto kernel = ChooseThresholdKernels().pack;
   for (std::ptrdiff_t y = 0; y < out.bytes.height; ++y) {
     const KyBW8* const levels = in.rows().Row(y);
@@ -77,8 +94,10 @@ KY_ERRORS PackRows(const KyROI<KyBW8>* source, const KyROI<KyBW1>* destination,
 
 KY_ERRORS UnpackRows(const KyROI<KyBW1>* source, KyROI<KyBW8>* destination,
                      const Split& split) noexcept {
-  const BitRows bits(source);
-  const ky::Rows<KyBW8> out = RowsOf(destination);
+  const BitRows bits(source, source->GetWidth(), source->GetHeight());
+  Rows<KyBW8> out = RowsOf(destination);
+  out.width = bits.width;
+  out.height = bits.bytes.height;
   ky::Input<KyBW8> in;
   if (!in.OpenApart(bits.bytes, out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   const auto kernel = ChooseThresholdKernels().unpack;
@@ -98,16 +117,16 @@ KY_ERRORS UnpackRows(const KyROI<KyBW1>* source, KyROI<KyBW8>* destination,
   return KY_OK;
 }
 
-KY_ERRORS TestThroughLookup(const KyROI<KyC24>* source, KyROI<KyBW8>* destination,
+KY_ERRORS TestThroughLookup(const Rows<const KyC24>& source, const Rows<KyBW8>& out,
                             const ky::ColorBox& box, const KyColorLookup& lookup) noexcept {
-  const ky::Rows<KyBW8> out = RowsOf(destination);
   ky::Input<KyC24> in;
-  if (!in.Open(RowsOf(source), out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  if (!in.Open(source, out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   const auto within = [](KyBW8 v, KyBW8 least, KyBW8 most) { return v >= least && v <= most; };
   for (std::ptrdiff_t y = 0; y < out.height; ++y)
     for (std::ptrdiff_t x = 0; x < out.width; ++x) {
-      KyC24 color;
+      // A lookup that writes nothing leaves the colour as it is.
       // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): rows of pixels are always filled
+      KyC24 color = in.rows().Row(y)[x];
       lookup.Transform(in.rows().Row(y)[x], color);
       const bool inside = within(color.c0, box.minimum.c0, box.maximum.c0) &&
                           within(color.c1, box.minimum.c1, box.maximum.c1) &&
@@ -122,16 +141,18 @@ KY_ERRORS TestThroughLookup(const KyROI<KyC24>* source, KyROI<KyBW8>* destinatio
 KY_ERRORS ImgThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                        unsigned int threshold, KyBW8 low, KyBW8 high, float relative) noexcept {
   return Call("ImgThreshold", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    Rows<const KyBW8> in;
+    Rows<KyBW8> out;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     if (threshold > 255) {
-      KyBW8HistogramVector histogram;
-      if (const KY_ERRORS error = ImgHistogram(source, &histogram)) return error;
-      float below, above;
-      if (const KY_ERRORS error =
-              ImgHistogramThreshold(&histogram, threshold, below, above, relative))
-        return error;
+      ky::Counts counts;
+      ky::CountLevels(source, counts);
+      ky::ThresholdChoice choice;
+      if (const KY_ERRORS error = ky::ChooseThreshold(counts, {}, threshold, relative, choice))
+        return ky::FailIn(error, {"ImgHistogramThreshold"});
+      threshold = choice.threshold;
     }
-    return MapRows(ChooseThresholdKernels().split, RowsOf(destination), FromRows(RowsOf(source)),
+    return MapRows(ChooseThresholdKernels().split, out, FromRows(in),
                    FromParameters<Split>(SplitAt(threshold, low, high)));
   });
 }
@@ -139,15 +160,15 @@ KY_ERRORS ImgThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
 KY_ERRORS ImgThreshold(const KyROI<KyBW8>* source, KyROI<KyBW1>* destination,
                        unsigned int threshold) noexcept {
   return Call("ImgThreshold (BW8 to BW1)", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
-    return PackRows(source, destination, SplitAt(threshold, 0, 255));
+    if (const KY_ERRORS error = CheckCovers(source, destination)) return error;
+    return PackRows(RowsOf(source), destination, SplitAt(threshold, 0, 255));
   });
 }
 
 KY_ERRORS ImgThreshold(const KyROI<KyBW1>* source, KyROI<KyBW8>* destination, KyBW8 zero,
                        KyBW8 one) noexcept {
   return Call("ImgThreshold (BW1 to BW8)", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    if (const KY_ERRORS error = CheckCovers(source, destination)) return error;
     return UnpackRows(source, destination, {0, zero, one});
   });
 }
@@ -156,10 +177,12 @@ KY_ERRORS ImgThreshold(const KyROI<KyC24>* source, KyROI<KyBW8>* destination, Ky
                        KyC24 maximum, const KyColorLookup* lookup, KyBW8 outside,
                        KyBW8 inside) noexcept {
   return Call("ImgThreshold (C24 to BW8)", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    if (const KY_ERRORS error = CheckCovers(source, destination)) return error;
+    const Rows<const KyC24> in = RowsOf(source);
+    const Rows<KyBW8> out = RowsIn(in, destination);
     const ky::ColorBox box{minimum, maximum, outside, inside};
-    if (lookup != nullptr) return TestThroughLookup(source, destination, box, *lookup);
-    return MapRows(ChooseThresholdKernels().box, RowsOf(destination), FromRows(RowsOf(source)),
+    if (lookup != nullptr) return TestThroughLookup(in, out, box, *lookup);
+    return MapRows(ChooseThresholdKernels().box, out, FromRows(in),
                    FromParameters<ky::ColorBox>(box));
   });
 }
@@ -173,7 +196,7 @@ KY_ERRORS ImgDoubleThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinati
                              unsigned int lowThreshold, unsigned int highThreshold, KyBW8 low,
                              KyBW8 middle, KyBW8 high) noexcept {
   return Call("ImgDoubleThreshold (BW8 to BW8)", [&] {
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
+    if (const KY_ERRORS error = CheckCovers(source, destination)) return error;
     // Every level is below a low threshold above 255, and none is above a high one.
     ky::DoubleSplit split{static_cast<KyBW8>(lowThreshold),
                           static_cast<KyBW8>(std::min(highThreshold, 255u)), low, middle, high};
@@ -181,7 +204,8 @@ KY_ERRORS ImgDoubleThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinati
       split.lowThreshold = 0;
       split.middle = low;
     }
-    return MapRows(ChooseThresholdKernels().doubleSplit, RowsOf(destination),
-                   FromRows(RowsOf(source)), FromParameters<ky::DoubleSplit>(split));
+    const Rows<const KyBW8> in = RowsOf(source);
+    return MapRows(ChooseThresholdKernels().doubleSplit, RowsIn(in, destination), FromRows(in),
+                   FromParameters<ky::DoubleSplit>(split));
   });
 }

@@ -6,12 +6,12 @@
 #include <cstdint>
 
 #include "foundation/frame.h"
-#include "histogram/reduce_rows.h"
+#include "statistics/statistics_rows.h"
 
 namespace {
 
 using ky::Call;
-using ky::RowsOf;
+using ky::Rows;
 
 // Results are the same to the last bit only where this is wider than double.
 using Extended = long double;
@@ -19,11 +19,13 @@ using Extended = long double;
 static_assert(LDBL_MANT_DIG > DBL_MANT_DIG);
 #endif
 
-// The number of pixels as a signed 32-bit product; 1051 when it is 0.
-KY_ERRORS CountPixels(const KyGenericROI* roi, std::int32_t& pixels) noexcept {
-  if (const KY_ERRORS error = ky::HasImage(roi)) return error;
-  pixels = static_cast<std::int32_t>(static_cast<std::uint32_t>(roi->GetWidth()) *
-                                     static_cast<std::uint32_t>(roi->GetHeight()));
+// Opens an ROI and gives the number of its pixels as a signed 32-bit product;
+// KY_ERROR_NO_PIXELS (1051) when that is 0.
+KY_ERRORS OpenPixels(const KyROI<KyBW8>* roi, Rows<const KyBW8>& rows,
+                     std::int32_t& pixels) noexcept {
+  if (const KY_ERRORS error = ky::Open(roi, rows)) return error;
+  pixels = static_cast<std::int32_t>(static_cast<std::uint32_t>(rows.width) *
+                                     static_cast<std::uint32_t>(rows.height));
   return pixels == 0 ? KY_ERROR_NO_PIXELS : KY_OK;
 }
 
@@ -31,11 +33,11 @@ KY_ERRORS CountPixels(const KyGenericROI* roi, std::int32_t& pixels) noexcept {
 
 KY_ERRORS ImgPixelAverage(const KyROI<KyBW8>* source, float& mean) noexcept {
   return Call("ImgPixelAverage (BW8)", [&] {
+    Rows<const KyBW8> rows;
     std::int32_t pixels;
-    if (const KY_ERRORS error = CountPixels(source, pixels)) return error;
-    const auto rows = RowsOf(source);
+    if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
     std::uint32_t sum = 0;
-    ky::ReduceRows(ky::ChooseReduceKernels().sum, rows.Joined() ? rows.AsOneRow() : rows,
+    ky::ReduceRows(ky::ChooseStatisticsKernels().sum, rows.Joined() ? rows.AsOneRow() : rows,
                    [&](std::uint32_t row, std::ptrdiff_t) { sum += row; });
     mean = static_cast<float>(static_cast<Extended>(sum) / static_cast<Extended>(pixels));
     return KY_OK;
@@ -44,11 +46,12 @@ KY_ERRORS ImgPixelAverage(const KyROI<KyBW8>* source, float& mean) noexcept {
 
 KY_ERRORS ImgPixelVariance(const KyROI<KyBW8>* source, float& variance, float& mean) noexcept {
   return Call("ImgPixelVariance (BW8)", [&] {
+    Rows<const KyBW8> rows;
     std::int32_t pixels;
-    if (const KY_ERRORS error = CountPixels(source, pixels)) return error;
+    if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
     std::uint32_t sum = 0;
     double squares = 0;
-    ky::ReduceRows(ky::ChooseReduceKernels().moments, RowsOf(source),
+    ky::ReduceRows(ky::ChooseStatisticsKernels().moments, rows,
                    [&](const ky::Moments& row, std::ptrdiff_t) {
                      sum += row.sum;
                      squares += row.squares;
@@ -72,20 +75,20 @@ KY_ERRORS ImgPixelStdDev(const KyROI<KyBW8>* source, float& deviation, float& me
 KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximum,
                        float& mean) noexcept {
   return Call("ImgPixelStat", [&] {
-    if (const KY_ERRORS error = ky::HasImage(source)) return error;
-    if (RowsOf(source).Empty()) return KY_ERROR_NO_PIXELS;
+    Rows<const KyBW8> rows;
+    if (const KY_ERRORS error = ky::Open(source, rows)) return error;
+    if (rows.Empty()) return KY_ERROR_NO_PIXELS;
     KyBW8 smallest = 255, largest = 0;
     float rowMeans = 0;
-    ky::ReduceRows(ky::ChooseReduceKernels().extremes, RowsOf(source),
+    ky::ReduceRows(ky::ChooseStatisticsKernels().extremes, rows,
                    [&](const ky::ExtremesAndSum& row, std::ptrdiff_t) {
                      smallest = std::min(smallest, row.smallest);
                      largest = std::max(largest, row.largest);
-                     rowMeans +=
-                         static_cast<float>(row.sum) / static_cast<float>(source->GetWidth());
+                     rowMeans += static_cast<float>(row.sum) / static_cast<float>(rows.width);
                    });
     minimum = smallest;
     maximum = largest;
-    mean = rowMeans / static_cast<float>(source->GetHeight());
+    mean = rowMeans / static_cast<float>(rows.height);
     return KY_OK;
   });
 }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/frame.h"
+#include "foundation/resize.h"
 #include "foundation/rows.h"
 #include "ky/temporal.h"
 #include "temporal/temporal_rows.h"
@@ -76,8 +77,7 @@ KY_ERRORS KyMovingAverage::Configure(unsigned int period, int width, int height,
 }
 
 KY_ERRORS KyMovingAverage::Allocate(int width, int height) noexcept {
-  sum_.SetSize(width, height);
-  if (const KY_ERRORS error = KyGetError()) return error;
+  if (const KY_ERRORS error = ky::Resize(&sum_, width, height)) return error;
   if (count_ == 0) return KY_OK;
   const std::int64_t pixels = std::int64_t{width} * height;
   const std::int64_t perSlot = pixels + std::int64_t{sizeof(KyImage<KyBW8>)};
@@ -86,9 +86,9 @@ KY_ERRORS KyMovingAverage::Allocate(int width, int height) noexcept {
   ring_ = new (std::nothrow) KyImage<KyBW8>* [static_cast<std::size_t>(count_)] {};
   if (ring_ == nullptr) return KY_ERROR_NOT_ENOUGH_MEMORY;
   for (int i = 0; i < count_; ++i) {
-    ring_[i] = new (std::nothrow) KyImage<KyBW8>(width, height);
+    ring_[i] = new (std::nothrow) KyImage<KyBW8>();
     if (ring_[i] == nullptr) return KY_ERROR_NOT_ENOUGH_MEMORY;
-    if (const KY_ERRORS error = KyGetError()) return error;
+    if (const KY_ERRORS error = ky::Resize(ring_[i], width, height)) return error;
   }
   return KY_OK;
 }
@@ -146,14 +146,18 @@ KY_ERRORS KyMovingAverage::Take(const KyROI<KyBW8>* frame, KyROI<KyBW8>* destina
   // One frame alone, copied, needs no ring.
   const KyROI<KyBW8>* const oldest = count_ > 0 ? ring_[Oldest()] : frame;
   KyROI<KyBW8>* const slot = keepSource_ == 0 && count_ > 0 ? ring_[Current()] : nullptr;
-  if (const KY_ERRORS error = ky::Ready(frame, oldest, destination, &sum_)) return error;
-  const ky::Rows<KyBW8> out = ky::RowsOf(destination);
+  ky::Rows<const KyBW8> current, former;
+  ky::Rows<KyBW8> out;
+  ky::Rows<KyBW16> sum;
+  KyROI<KyBW16>* const sums = &sum_;
+  if (const KY_ERRORS error =
+          ky::OpenAll(frame, current, oldest, former, destination, out, sums, sum))
+    return error;
   ky::Input<KyBW8> frameInput, oldestInput;
-  if (!frameInput.Open(ky::RowsOf(frame), out) || !oldestInput.Open(ky::RowsOf(oldest), out))
+  if (!frameInput.Open(current, out) || !oldestInput.Open(former, out))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
 
   const ky::TemporalKernels& kernels = ky::ChooseTemporalKernels();
-  const ky::Rows<KyBW16> sum = ky::RowsOf(&sum_);
   const ky::Rows<KyBW8> copy = slot != nullptr ? ky::RowsOf(slot) : ky::Rows<KyBW8>();
   const ky::Reciprocal reciprocal = ReciprocalOf(period_);
   for (std::ptrdiff_t y = 0; y < out.height; ++y) {

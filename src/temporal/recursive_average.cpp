@@ -58,11 +58,12 @@ KY_ERRORS ImgSetRecursiveAverageLUT(KyBW16Vector* table, float reduction, float 
 KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
                               KyROI<KyBW8>* destination, KyBW16Vector* table) noexcept {
   return ky::Call("ImgRecursiveAverage", [&] {
-    if (const KY_ERRORS error = ky::Ready(source, state, destination)) return error;
+    ky::Rows<const KyBW8> in;
+    ky::Rows<KyBW16> states;
+    ky::Rows<KyBW8> out;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, state, states, destination, out))
+      return error;
     if (table == nullptr || table->GetNumElements() != kChanges) return KY_ERROR_NOT_256_ENTRIES;
-    const ky::Rows<KyBW8> out = ky::RowsOf(destination);
-    const ky::Rows<KyBW16> states = ky::RowsOf(state);
-    const ky::Rows<const KyBW8> in = ky::RowsOf(source);
     const auto sharesState = [&](const auto& rows) {
       return ky::SharingOf(rows, states) != ky::Sharing::kNothing;
     };

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <utility>
 
+#include "foundation/kernels/mirror_rows.h"
 #include "foundation/point.h"
 #include "foundation/rows.h"
-#include "geometry/mirror_rows.h"
 
 namespace ky {
 

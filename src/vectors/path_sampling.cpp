@@ -7,28 +7,25 @@ namespace {
 
 using ky::Call;
 using ky::LineSegment;
-using ky::RowsOf;
 
 // Runs `body(pixel, value)` for the elements that lie inside. Those that do not make 106, which is
 // no failure and leaves no trace.
 template <class Roi, class T, class Body>
 KY_ERRORS AlongPath(const char* name, Roi* roi, KyPathVectorTemplate<T>* path, Body body) noexcept {
   bool left = false;
-  const KY_ERRORS error = Call(name, [&] {
-    if (const KY_ERRORS missing = ky::HasImage(roi)) return missing;
+  const KY_ERRORS error = ky::CallUntraced([&] {
+    decltype(ky::RowsOf(roi)) rows;
+    if (const KY_ERRORS missing = ky::Open(roi, rows)) return missing;
     if (path == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    const auto rows = RowsOf(roi);
     for (T& element : *path) {
       if (element.x >= 0 && element.x < rows.width && element.y >= 0 && element.y < rows.height)
         body(rows.Row(element.y)[element.x], element.pixel);
       else
         left = true;
     }
-    return KY_OK;
+    return left ? KY_ERROR_PATH_STOPPED : KY_OK;
   });
-  if (!left) return error;
-  KySetError(KY_ERROR_PATH_STOPPED);
-  return KY_ERROR_PATH_STOPPED;
+  return error == KY_OK || left ? error : KyTraceError(name);
 }
 
 template <class Roi, class T>
@@ -45,8 +42,8 @@ template <class Roi, class Body>
 KY_ERRORS AlongSegment(const char* name, Roi* roi, int x0, int y0, int x1, int y1,
                        Body body) noexcept {
   return Call(name, [&] {
-    if (const KY_ERRORS error = ky::HasImage(roi)) return error;
-    const auto rows = RowsOf(roi);
+    decltype(ky::RowsOf(roi)) rows;
+    if (const KY_ERRORS error = ky::Open(roi, rows)) return error;
     if (x0 < 0 || x0 >= rows.width) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
     if (y0 < 0 || y0 >= rows.height) return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
     if (x1 < 0 || x1 >= rows.width) return KY_ERROR_PARAMETER_5_OUT_OF_RANGE;

@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "foundation/frame.h"
+#include "foundation/kernels/operators_rows.h"
 #include "foundation/scratch.h"
-#include "point/operators_rows.h"
 #include "vectors/profile_rows.h"
 
 namespace {

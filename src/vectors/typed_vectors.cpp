@@ -1,7 +1,4 @@
 // The typed vectors whose elements belong to this library.
-#include <algorithm>
-
-#include "ky/histogram_vector.h"
 #include "ky/image_vector.h"
 #include "ky/records.h"
 #include "ky/typed_vector-inl.h"
@@ -10,12 +7,6 @@ template <class T>
 KyPathVectorTemplate<T>::KyPathVectorTemplate(unsigned int maxElements) noexcept {
   this->Reserve(maxElements);
 }
-
-KyBW8HistogramVector::KyBW8HistogramVector(unsigned int bins) noexcept { Reserve(bins); }
-
-KyBW8HistogramVector::~KyBW8HistogramVector() = default;
-
-void KyBW8HistogramVector::Clear() noexcept { std::fill(begin(), end(), 0u); }
 
 template struct KyPlaceHolder<KyPath>;
 template struct KyPlaceHolder<KyBW8Path>;

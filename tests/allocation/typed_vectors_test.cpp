@@ -98,4 +98,22 @@ TEST(Allocation, CopiesOfImages) {
   EXPECT_EQ(OutstandingAllocations(), before);
 }
 
+// The array of a named vector's target is kept, that of a temporary's is not.
+TEST(Allocation, AssigningTemporariesKeepsNothing) {
+  KyBW8Vector profile(640);
+  KyVectorTemplate<KyImage<KyBW8>> images;
+  const long before = OutstandingAllocations();
+  for (int i = 0; i < 3; ++i) profile = KyBW8Vector(640);
+  EXPECT_EQ(OutstandingAllocations(), before);
+  for (int i = 0; i < 3; ++i) {
+    KyVectorTemplate<KyImage<KyBW8>> more;
+    more.AddElement(KyImage<KyBW8>(5, 5));
+    images = std::move(more);
+  }
+  EXPECT_EQ(OutstandingAllocations(), before + 2);  // one array, one image
+  KyBW8Vector named(640);
+  profile = named;
+  EXPECT_EQ(OutstandingAllocations(), before + 3);
+}
+
 }  // namespace

@@ -108,7 +108,7 @@ auto Convolved(const Grid& g) {
     const bool square = g.sizeX == g.sizeY && (g.sizeX == 3 || g.sizeX == 5 || g.sizeX == 7);
     for (int y = 0; y < in.height; ++y)
       for (int x = 0; x < in.width; ++x)
-        out.At(x, y) = g.rectifier == 0 || !square ? General(g, gain, in, x, y)
+        out.At(x, y) = g.rectifier <= 0 || !square ? General(g, gain, in, x, y)
                        : g.sizeX == 3 && g.rectifier == 2
                            ? Positive(g, gain, in, x, y)
                            : FifteenBits(g, gain, in, x, y, out.At(x, y));
@@ -289,6 +289,7 @@ TEST(ConvolKernel, Refusals) {
     EXPECT_TRUE(out.Unchanged());
   };
   const KyKernel none, nine(9, 9, 1, 0, 2, 0), nineWithout(9, 9, 1, 0, 0, 0);
+  const KyKernel negative(3, 3, 1, 0, -2, 0);
   KyKernel lost;
   lost.SetRectifier(2);
   const std::vector<const char*> kernelTrace = {"ImgConvolKernel"},
@@ -298,6 +299,7 @@ TEST(ConvolKernel, Refusals) {
   expect(KY_ERROR_NO_IMAGE, kernelTrace, ImgConvolKernel, nullptr, nullptr);
   expect(KY_ERROR_KERNEL_SIZE, symmetricTrace, ImgConvolSymmetricKernel, nullptr, nullptr);
   expect(KY_ERROR_KERNEL_1702, symmetricTrace, ImgConvolSymmetricKernel, nullptr, &nineWithout);
+  expect(KY_ERROR_KERNEL_1702, symmetricTrace, ImgConvolSymmetricKernel, in.roi(), &negative);
   expect(KY_ERROR_KERNEL_1703, symmetricTrace, ImgConvolSymmetricKernel, nullptr, &nine);
 }
 

@@ -198,7 +198,8 @@ TEST(CircleWarp, Tables) {
   for (const Case& c :
        {Case{100.25f, 80.5f, 31, 20, 50, 200, 0, 360}, Case{-3, 4, 2, 0, 9.75f, 7, 90, -45},
         Case{60, 60, 1, 10, 40, 12, 10, 20}, Case{60, 60, 9, 10, 40, 1, 30, 20},
-        Case{0, 0, 3, 1e9f, -1e9f, 5, 0, 100}}) {
+        Case{0, 0, 3, 1e9f, -1e9f, 5, 0, 100}, Case{40000.5f, -40000.5f, 2, 0, 0, 2, 0, 90},
+        Case{1e12f, -1e12f, 2, 1, 2, 3, 0, 90}}) {
     KyImage<KyBW16> xs, ys(3, 3);
     ASSERT_EQ(ImgSetCircleWarp(c.centerX, c.centerY, c.rows, c.radius1, c.radius2, c.columns,
                                c.start, c.end, &xs, &ys),
@@ -214,15 +215,16 @@ TEST(CircleWarp, Tables) {
         const auto on = [&](double radius, double part, double center) {
           return static_cast<float>(part * radius + center);
         };
-        const auto entry = [](float value) {
-          return static_cast<int>(std::min(std::max(value, -32768.0f), 32767.0f));
+        const auto entry = [](double value) {
+          const double limited = std::min(std::max(value, -2147483648.0), 2147483647.0);
+          return static_cast<KyBW16>(static_cast<std::int64_t>(limited));
         };
         const float x = t * on(c.radius1, std::cos(theta), c.centerX) +
                         u * on(c.radius2, std::cos(theta), c.centerX);
         const float y = t * on(c.radius1, std::sin(theta), c.centerY) +
                         u * on(c.radius2, std::sin(theta), c.centerY);
-        ASSERT_EQ(static_cast<std::int16_t>(xs.GetPixel(i, j)), entry(x)) << i << ", " << j;
-        ASSERT_EQ(static_cast<std::int16_t>(ys.GetPixel(i, j)), entry(y)) << i << ", " << j;
+        ASSERT_EQ(xs.GetPixel(i, j), entry(x)) << i << ", " << j;
+        ASSERT_EQ(ys.GetPixel(i, j), entry(y)) << i << ", " << j;
         if (c.rows > 1) {
           t += static_cast<float>(1.0 / (c.rows - 1));
           u -= static_cast<float>(1.0 / (c.rows - 1));
@@ -250,11 +252,19 @@ TEST(CircleWarp, Refusals) {
   const auto set = [&](int rows, int columns, KyImage<KyBW16>* to) {
     return ImgSetCircleWarp(0, 0, rows, 1, 2, columns, 0, 90, &x, to);
   };
-  EXPECT_EQ(set(0, 0, nullptr), KY_ERROR_PARAMETER_3_OUT_OF_RANGE);
-  EXPECT_EQ(set(3, -1, nullptr), KY_ERROR_PARAMETER_6_OUT_OF_RANGE);
   EXPECT_EQ(set(3, 3, nullptr), KY_ERROR_NO_IMAGE);
   Harness<KyBW8>::ExpectTrace(KY_ERROR_NO_IMAGE, {"ImgSetCircleWarp"});
+  EXPECT_EQ(set(-1, 3, &y), KY_ERROR_NOT_ENOUGH_MEMORY);
+  EXPECT_EQ(set(3, -1, &y), KY_ERROR_NOT_ENOUGH_MEMORY);
+  Harness<KyBW8>::ExpectTrace(KY_ERROR_NOT_ENOUGH_MEMORY, {"ImgSetCircleWarp"});
   EXPECT_EQ(x.GetWidth(), 2);
+  for (const Size empty : {Size{0, 3}, Size{3, 0}, Size{0, 0}}) {
+    EXPECT_EQ(set(empty.height, empty.width, &y), KY_OK);
+    for (const auto* table : {&x, &y}) {
+      EXPECT_EQ(table->GetWidth(), empty.width);
+      EXPECT_EQ(table->GetHeight(), empty.height);
+    }
+  }
   EXPECT_EQ(set(INT32_MAX, 1000, &y), KY_ERROR_NOT_ENOUGH_MEMORY);
 }
 

@@ -189,8 +189,8 @@ TEST(Gradient, Refusals) {
   } cases[] = {{&lookup, KY_OK},
                {&part, KY_OK},
                {nullptr, KY_ERROR_NO_IMAGE},
-               {&nowhere, KY_ERROR_NO_IMAGE},
-               {&off, KY_ERROR_NO_IMAGE},
+               {&nowhere, KY_ERROR_PARAMETER_3_OUT_OF_RANGE},
+               {&off, KY_ERROR_PARAMETER_3_OUT_OF_RANGE},
                {&wide, KY_ERROR_PARAMETER_3_OUT_OF_RANGE},
                {&low, KY_ERROR_PARAMETER_3_OUT_OF_RANGE},
                {&small, KY_ERROR_PARAMETER_3_OUT_OF_RANGE}};

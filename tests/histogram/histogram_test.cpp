@@ -227,7 +227,24 @@ TEST(Equalize, Images) {
     for (std::size_t i = 0; i < in.pixels.size(); ++i) out.pixels[i] = table[in.pixels[i]];
   };
   CheckOperation<KyBW8, KyBW8>([](auto... roi) { return ImgEqualize(roi...); }, model);
-  CheckRefusals<KyBW8, KyBW8>([](auto... roi) { return ImgEqualize(roi...); }, {"ImgEqualize"});
+}
+
+TEST(Equalize, RefusalsNameTheStepThatFailed) {
+  KyImage<KyBW8> image(9, 5), other(8, 5), none;
+  const struct {
+    const KyROI<KyBW8>* source;
+    KyROI<KyBW8>* destination;
+    KY_ERRORS error;
+    const char* step;
+  } cases[] = {{nullptr, &image, KY_ERROR_NO_IMAGE, "ImgHistogram"},
+               {&none, nullptr, KY_ERROR_NO_IMAGE, "ImgHistogram"},
+               {&image, nullptr, KY_ERROR_NO_IMAGE, "ImgLut"},
+               {&image, &none, KY_ERROR_NO_IMAGE, "ImgLut"},
+               {&image, &other, KY_ERROR_SIZE_MISMATCH, "ImgLut"}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(ImgEqualize(c.source, c.destination), c.error);
+    Harness<KyBW8>::ExpectTrace(c.error, {c.step, "ImgEqualize"});
+  }
 }
 
 template <class T>

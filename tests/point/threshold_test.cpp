@@ -9,6 +9,42 @@ namespace {
 
 using namespace ky::test;  // NOLINT
 
+// A source smaller than the destination, and f(v) in its area.
+constexpr auto kSmaller = [](Size destination) {
+  return Size{std::max(destination.width - 3, 0), std::max(destination.height - 1, 0)};
+};
+template <class F>
+auto InSourceArea(F f) {
+  return [f](const auto& in, auto& out) {
+    for (int y = 0; y < in.height; ++y)
+      for (int x = 0; x < in.width; ++x) out.At(x, y) = f(in.At(x, y));
+  };
+}
+
+// The source gives the size: destinations narrower or lower are refused.
+template <class In, class Out, class Call>
+void CheckSourceDrives(const Call& call, const char* name) {
+  const KyImage<In> source(9, 5), none;
+  KyImage<Out> destination(9, 5), narrow(8, 6), low(10, 4), larger(10, 7), noPixels;
+  const struct {
+    const KyROI<In>* source;
+    KyROI<Out>* destination;
+    KY_ERRORS error;
+  } cases[] = {{&source, &destination, KY_OK},
+               {&source, &larger, KY_OK},
+               {&source, &narrow, KY_ERROR_SIZE_MISMATCH},
+               {&source, &low, KY_ERROR_SIZE_MISMATCH},
+               {&source, &noPixels, KY_ERROR_NO_IMAGE},
+               {&source, nullptr, KY_ERROR_NO_IMAGE},
+               {&none, &narrow, KY_ERROR_NO_IMAGE},
+               {nullptr, &destination, KY_ERROR_NO_IMAGE}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(call(c.source, c.destination), c.error);
+    Harness<Out>::ExpectTrace(
+        c.error, c.error == KY_OK ? std::vector<const char*>() : std::vector<const char*>{name});
+  }
+}
+
 TEST(Threshold, GivenLevels) {
   for (const unsigned threshold : {0u, 1u, 100u, 128u, 255u}) {
     SCOPED_TRACE(threshold);
@@ -68,8 +104,14 @@ TEST(Threshold, ThreeLevels) {
         }),
         {{1, 2}, {33, 3}, {77, 2}});
   }
-  CheckRefusals<KyBW8, KyBW8>([](auto* in, auto* out) { return ImgDoubleThreshold(in, out, 1, 2); },
-                              {"ImgDoubleThreshold (BW8 to BW8)"});
+  const auto call = [](auto* in, auto* out) {
+    return ImgDoubleThreshold(in, out, 90, 170, 10, 20, 30);
+  };
+  CheckOperation<KyBW8, KyBW8>(call, InSourceArea([](KyBW8 v) {
+                                 return KyBW8(v > 170 ? 30 : v < 90 ? 10 : 20);
+                               }),
+                               {{4, 2}, {36, 3}, {80, 4}}, Aliasing::kInPlaceAndOverlap, kSmaller);
+  CheckSourceDrives<KyBW8, KyBW8>(call, "ImgDoubleThreshold (BW8 to BW8)");
 }
 
 // One-bit ROIs begin and end anywhere in a byte; every other bit keeps its value.
@@ -110,17 +152,23 @@ TEST(Threshold, BitsThereAndBack) {
   });
 }
 
-TEST(Threshold, BitsRefusals) {
-  KyImage<KyBW1> bits(9, 4), none;
-  KyImage<KyBW8> grey(9, 5), noGrey;
-  EXPECT_EQ(ImgThreshold(&grey, &bits, 1), KY_ERROR_SIZE_MISMATCH);
-  EXPECT_STREQ(KyGetTrace(0), "ImgThreshold (BW8 to BW1)");
-  EXPECT_EQ(ImgThreshold(&grey, &none, 1), KY_ERROR_NO_IMAGE);
-  EXPECT_EQ(ImgThreshold(&noGrey, &bits, 1), KY_ERROR_NO_IMAGE);
-  EXPECT_EQ(ImgThreshold(&bits, &grey), KY_ERROR_SIZE_MISMATCH);
-  EXPECT_STREQ(KyGetTrace(0), "ImgThreshold (BW1 to BW8)");
-  EXPECT_EQ(ImgThreshold(&none, &grey), KY_ERROR_NO_IMAGE);
-  EXPECT_EQ(ImgThreshold(static_cast<KyROI<KyBW1>*>(nullptr), &grey), KY_ERROR_NO_IMAGE);
+TEST(Threshold, BitsOfSmallerSources) {
+  CheckSourceDrives<KyBW8, KyBW1>([](auto* in, auto* out) { return ImgThreshold(in, out, 1); },
+                                  "ImgThreshold (BW8 to BW1)");
+  CheckSourceDrives<KyBW1, KyBW8>([](auto* in, auto* out) { return ImgThreshold(in, out); },
+                                  "ImgThreshold (BW1 to BW8)");
+  KyImage<KyBW8> grey(9, 4), wide(12, 6);
+  KyImage<KyBW1> bits(9, 4), wideBits(21, 6);
+  ImgCopy(KyBW8{200}, &grey);
+  ASSERT_EQ(ImgThreshold(&grey, &wideBits, 100), KY_OK);
+  ASSERT_EQ(ImgThreshold(&grey, &bits, 100), KY_OK);
+  ImgCopy(KyBW8{7}, &wide);
+  ASSERT_EQ(ImgThreshold(&bits, &wide, 40, 50), KY_OK);
+  for (int y = 0; y < 6; ++y)
+    for (int x = 0; x < 12; ++x) {
+      ASSERT_EQ(wideBits.GetPixel(x, y), x < 9 && y < 4);
+      ASSERT_EQ(wide.GetPixel(x, y), x < 9 && y < 4 ? 50 : 7);
+    }
 }
 
 TEST(Threshold, ColourBoxes) {
@@ -146,9 +194,26 @@ TEST(Threshold, ColourBoxes) {
   CheckOperation<KyBW8, KyC24>(
       [&](auto* in, auto* out) { return ImgThreshold(in, out, maximum, minimum); },
       PerPixel([&](KyBW8, KyC24) { return KyBW8(0); }), {{40, 2}});
-  CheckRefusals<KyBW8, KyC24>(
-      [&](auto* in, auto* out) { return ImgThreshold(in, out, minimum, maximum); },
-      {"ImgThreshold (C24 to BW8)"});
+  // A lookup that writes nothing leaves colours as they are, and what it fails at is its own
+  // affair.
+  class Nothing : public KyColorLookup {
+   public:
+    void Transform(KyC24, KyC24&) const override {
+      KyImage<KyBW8> none;
+      ImgCopy(KyBW8{0}, &none);
+    }
+  };
+  const Nothing nothing;
+  for (const KyColorLookup* lookup :
+       {static_cast<const KyColorLookup*>(nullptr), static_cast<const KyColorLookup*>(&nothing)}) {
+    const auto call = [&](auto* in, auto* out) {
+      return ImgThreshold(in, out, minimum, maximum, lookup, 7, 9);
+    };
+    CheckOperation<KyBW8, KyC24>(call,
+                                 InSourceArea([&](KyC24 c) { return KyBW8(inside(c) ? 9 : 7); }),
+                                 {{40, 3}}, Aliasing::kNone, kSmaller);
+    CheckSourceDrives<KyC24, KyBW8>(call, "ImgThreshold (C24 to BW8)");
+  }
 }
 
 }  // namespace

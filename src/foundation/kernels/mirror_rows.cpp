@@ -1,8 +1,8 @@
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "geometry/mirror_rows.cpp"
+#define HWY_TARGET_INCLUDE "foundation/kernels/mirror_rows.cpp"
 #include <hwy/foreach_target.h>  // keep first
 
-#include "geometry/mirror_rows.h"
+#include "foundation/kernels/mirror_rows.h"
 
 #include <algorithm>
 

@@ -1,3 +1,5 @@
+#include "ky/vector_arithmetic.h"
+
 #include <algorithm>
 #include <array>
 #include <climits>
@@ -8,34 +10,13 @@
 #include <utility>
 
 #include "foundation/frame.h"
-#include "ky/vector_arithmetic.h"
-#include "ky/vector_transitions.h"
+#include "vectors/elements.h"
 
 namespace {
 
 using ky::Call;
+using ky::ForElements;
 using std::ptrdiff_t;
-
-constexpr int kUnsigned = 1, kSigned = 2, kFloat = 4;
-
-// Runs `body(T())` with the integer type that a vector consists of.
-template <class Body>
-KY_ERRORS ForElements(const KyVector& vector, Body body) noexcept {
-  const auto ofSize = [&](auto i8, auto i16, auto i32) {
-    switch (vector.GetDataSize()) {
-      case 2: return body(i8);
-      case 4: return body(i16);
-      default: return body(i32);
-    }
-  };
-  // NOLINTNEXTLINE(bugprone-branch-clone): the types differ
-  return vector.GetDataType() == kSigned ? ofSize(std::int8_t(), std::int16_t(), std::int32_t())
-                                         : ofSize(std::uint8_t(), std::uint16_t(), std::uint32_t());
-}
-bool HasKnownSize(const KyVector& vector) {
-  const int size = vector.GetDataSize();
-  return size == 2 || size == 4 || size == 8;
-}
 
 // One operation on elements, see ARITH_LOGIC_OPERATIONS; `old` is the result's former value.
 template <int kOperation, class T>
@@ -119,45 +100,13 @@ KY_ERRORS TakeStructure(const KyVector& from, KyVector& to) {
 
 }  // namespace
 
-KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions, int threshold) noexcept {
-  constexpr int kDataSize = 8, kGroup = 2, kUse = 7;
-  return Call("ImgGetVectTransition", [&] {
-    if (vector == nullptr || transitions == nullptr || vector == transitions)
-      return KY_ERROR_BAD_VECTOR_TYPE;
-    if (vector->GetNbGroup() < 1) return KY_ERROR_VECTOR_1604;
-    if (!HasKnownSize(*vector)) return KY_ERROR_VECTOR_DATA_TYPE;
-    if (vector->GetDataType() != kSigned) return KY_ERROR_VECTOR_1606;
-    const int length = vector->GetGroupLength();
-    const int allocated = transitions->GetAllocatedSize();
-    const int most = (allocated != 0 ? allocated : length / 2) / 8;
-    if (most == 0 || vector->GetDataPtr() == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (const KY_ERRORS error = transitions->SetStructure(kDataSize, most, kGroup, kSigned))
-      return error;
-    transitions->SetUse(kUse);
-    auto* const records = static_cast<std::uint32_t*>(transitions->GetDataPtr());
-    return ForElements(*vector, [&](auto type) {
-      const auto* const v = static_cast<const decltype(type)*>(vector->GetDataPtr());
-      int count = 0;
-      for (int i = 0; i + 1 < length; ++i) {
-        if ((std::int64_t{v[i]} > threshold) == (std::int64_t{v[i + 1]} > threshold)) continue;
-        if (count == most) return KY_ERROR_VECTOR_1608;
-        records[kGroup * count] = static_cast<std::uint32_t>(i);
-        records[kGroup * count + 1] =
-            static_cast<std::uint32_t>(v[i + 1]) - static_cast<std::uint32_t>(v[i]);
-        ++count;
-      }
-      return transitions->SetNbGroup(count);
-    });
-  });
-}
-
 KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, int constant,
                      KyVector* result, int first, int last) noexcept {
   return Call("ImgVect1c2", [&] {
     if (!IsKnown(operation)) return KY_ERROR_UNSUPPORTED_OPERATION;
     if (vector == nullptr || result == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (!HasKnownSize(*vector)) return KY_ERROR_VECTOR_DATA_TYPE;
-    if (vector->GetDataType() != kUnsigned && vector->GetDataType() != kSigned)
+    if (!ky::HasKnownSize(*vector)) return KY_ERROR_VECTOR_DATA_TYPE;
+    if (vector->GetDataType() != ky::kUnsigned && vector->GetDataType() != ky::kSigned)
       return KY_ERROR_VECTOR_1606;
     const bool structured = result->GetDataPtr() != nullptr;
     if (structured && (result->GetDataType() != vector->GetDataType() ||
@@ -188,6 +137,6 @@ KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, int con
 KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS, KyVector* vector, double, KyVector* result) noexcept {
   return Call("ImgVect1c2", [&] {
     if (vector == nullptr || result == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    return vector->GetDataType() == kFloat ? KY_ERROR_VECTOR_DATA_TYPE : KY_ERROR_VECTOR_1606;
+    return vector->GetDataType() == ky::kFloat ? KY_ERROR_VECTOR_DATA_TYPE : KY_ERROR_VECTOR_1606;
   });
 }

@@ -1,10 +1,10 @@
 // The divisions of 8-bit levels: a / b, 255 where b = 0; a mod b, 0 where b = 0; 256 a / b, 255
 // where that is more or b = 0. Quotients are truncated. Included by row files like rows-inl.h.
-#if defined(KY_POINT_DIVISION_INL_H_) == defined(HWY_TARGET_TOGGLE)
-#ifdef KY_POINT_DIVISION_INL_H_
-#undef KY_POINT_DIVISION_INL_H_
+#if defined(KY_FOUNDATION_KERNELS_DIVISION_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_FOUNDATION_KERNELS_DIVISION_INL_H_
+#undef KY_FOUNDATION_KERNELS_DIVISION_INL_H_
 #else
-#define KY_POINT_DIVISION_INL_H_
+#define KY_FOUNDATION_KERNELS_DIVISION_INL_H_
 #endif
 
 #include "foundation/rows-inl.h"

@@ -1,15 +1,15 @@
 // Counts levels without tables. Included by row files like rows-inl.h.
-#if defined(KY_HISTOGRAM_BLOCK_COUNTER_INL_H_) == defined(HWY_TARGET_TOGGLE)
-#ifdef KY_HISTOGRAM_BLOCK_COUNTER_INL_H_
-#undef KY_HISTOGRAM_BLOCK_COUNTER_INL_H_
+#if defined(KY_FOUNDATION_KERNELS_BLOCK_COUNTER_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_FOUNDATION_KERNELS_BLOCK_COUNTER_INL_H_
+#undef KY_FOUNDATION_KERNELS_BLOCK_COUNTER_INL_H_
 #else
-#define KY_HISTOGRAM_BLOCK_COUNTER_INL_H_
+#define KY_FOUNDATION_KERNELS_BLOCK_COUNTER_INL_H_
 #endif
 
 #include <utility>
 
+#include "foundation/kernels/count_rows.h"
 #include "foundation/rows-inl.h"
-#include "histogram/reduce_rows.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

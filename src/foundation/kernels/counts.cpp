@@ -1,9 +1,10 @@
-#include "histogram/counts.h"
+#include "foundation/kernels/counts.h"
 
+#include <algorithm>
 #include <cstddef>
 
+#include "foundation/kernels/count_rows.h"
 #include "foundation/rows.h"
-#include "histogram/reduce_rows.h"
 
 namespace ky {
 namespace {
@@ -58,7 +59,7 @@ std::ptrdiff_t CountBlocks(const Rows<const KyBW8>& rows, Counts& counts) noexce
   constexpr std::ptrdiff_t kFewest = 64;
   const std::ptrdiff_t blocks = rows.width / kCountBlock;
   if (blocks * rows.height < kFewest) return 0;
-  const CountKernel kernel = ChooseReduceKernels().count;
+  const CountKernel kernel = ChooseCountKernels().count;
   if (kernel == nullptr) return 0;
   kernel(counts, blocks, rows.first, rows.pitch, rows.height);
   return blocks * kCountBlock;

@@ -1,12 +1,12 @@
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "point/operators_rows.cpp"
+#define HWY_TARGET_INCLUDE "foundation/kernels/operators_rows.cpp"
 #include <hwy/foreach_target.h>  // keep first
 
-#include "point/operators_rows.h"
+#include "foundation/kernels/operators_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/kernels/division-inl.h"
 #include "foundation/rows-inl.h"
-#include "point/division-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

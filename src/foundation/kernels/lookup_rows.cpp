@@ -1,8 +1,8 @@
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "point/lookup_rows.cpp"
+#define HWY_TARGET_INCLUDE "foundation/kernels/lookup_rows.cpp"
 #include <hwy/foreach_target.h>  // keep first
 
-#include "point/lookup_rows.h"
+#include "foundation/kernels/lookup_rows.h"
 
 #include "foundation/dispatch.h"
 #include "foundation/table-inl.h"

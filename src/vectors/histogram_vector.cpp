@@ -1,0 +1,35 @@
+#include "ky/histogram_vector.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "foundation/frame.h"
+
+KyBW8HistogramVector::KyBW8HistogramVector(unsigned int bins) noexcept { Reserve(bins); }
+
+KyBW8HistogramVector::~KyBW8HistogramVector() = default;
+
+void KyBW8HistogramVector::Clear() noexcept { std::fill(begin(), end(), 0u); }
+
+float KyBW8HistogramVector::Entropy(unsigned int first, unsigned int last) const noexcept {
+  float result = 0;
+  ky::Call("KyBW8HistogramVector::Entropy", [&] {
+    const unsigned int bins = GetNumElements();
+    if (first >= bins) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (last != ~0u && last >= bins) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    std::uint32_t count = 0;
+    float sum = 0;
+    for (unsigned int k = first; k <= std::min(last, bins - 1); ++k) {
+      const unsigned int h = (*this)[k];
+      if (h == 0) continue;
+      count += h;
+      sum += static_cast<float>(h) * std::log(static_cast<float>(h));
+    }
+    if (count == 0) return KY_OK;
+    const double n = count;
+    result = static_cast<float>((std::log(n) - double(sum) / n) / std::log(2.0));
+    return KY_OK;
+  });
+  return result;
+}
