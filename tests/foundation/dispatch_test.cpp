@@ -63,7 +63,7 @@ TEST(Dispatch, MapWindowsOnEveryPath) {
   const auto call = [](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
     return Call("Largest", [&] {
       if (const KY_ERRORS error = Ready(in, out)) return error;
-      return FilterWindows(RowsOf(out), RowsOf(in), Border::Repeat(),
+      return FilterWindows(RowsOf(out), RowsOf(in), Border::Nearest(),
                            KY_DISPATCH(LargestOfWindow)());
     });
   };
