@@ -87,7 +87,7 @@ class RowRing {
     };
     constexpr std::ptrdiff_t kSize = sizeof(T);
     const std::ptrdiff_t count = std::clamp<std::ptrdiff_t>(shape.rows, 1, shape.height);
-    const std::ptrdiff_t pitch = PitchApart(elements(shape.width) * kSize) / kSize;
+    const std::ptrdiff_t pitch = ScratchPitch(elements(shape.width) * kSize) / kSize;
     const bool constant = shape.border.kind == Border::kConstant;
     const std::ptrdiff_t outside = constant ? elements(shape.outsideWidth) : 0;
     if (pitch > (PTRDIFF_MAX - outside) / count || !memory_.Allocate(count * pitch + outside))
@@ -106,7 +106,9 @@ class RowRing {
     for (; fetched_ < std::min(end, shape_.height); ++fetched_) {
       T* const slot = lines_(fetched_);
       fetch(slot, fetched_);
-      shape_.border.Pad(slot, shape_.width, shape_.left, shape_.right, shape_.step);
+      // What the slots were allocated with is the constant.
+      if (shape_.border.kind != Border::kConstant)
+        shape_.border.Pad(slot, shape_.width, shape_.left, shape_.right, shape_.step);
     }
   }
 

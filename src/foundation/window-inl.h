@@ -14,12 +14,28 @@
 
 #include <utility>
 
+#include "foundation/pitch.h"
 #include "foundation/rows-inl.h"
 #include "foundation/window.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
+
+// From one row to another, which may lie in different arrays.
+HWY_INLINE ptrdiff_t BytesBetween(const uint8_t* from, const uint8_t* to) {
+  return static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(to) -
+                                reinterpret_cast<uintptr_t>(from));
+}
+
+// The line of a cache that lies `bytes` from a place, which may be beyond the pixels.
+HWY_INLINE void PrefetchToSecondCache([[maybe_unused]] const void* place,
+                                      [[maybe_unused]] ptrdiff_t bytes) {
+#if HWY_TARGET != HWY_SCALAR && HWY_COMPILER_GCC
+  const uintptr_t from = reinterpret_cast<uintptr_t>(place) + static_cast<uintptr_t>(bytes);
+  __builtin_prefetch(reinterpret_cast<const void*>(from), 0, 2);
+#endif
+}
 
 // The pixels around one vector of places in the rows of a window: at(right, down) are those that
 // lie so many columns to the right and rows below.
@@ -150,7 +166,7 @@ struct RowParts {
   using Part = decltype(std::declval<Op>().Row(D16(), nullptr));
   Part part[kPhases];
 
-  HWY_INLINE RowParts(const Op& op, const uint8_t* places) {
+  HWY_INLINE void Make(const Op& op, const uint8_t* places) {
 #if KY_HAVE_MUL_ADD_BYTES
     // Weights 1, kMiddle, 1: two of the three by products of bytes in pairs.
     if constexpr (kRadius == 1 && kStep == 1 && requires { Op::kMiddle; }) {
@@ -173,53 +189,87 @@ struct RowParts {
   }
 };
 
+// Whether what the next rows will read and write is prefetched, and to where: processors are late
+// to see by themselves that so many rows are gone through side by side.
+enum class Ahead { kNo, kToFirstCache, kToSecondCache };
+
 // kRows rows of windows. What a row contributes stays in registers while it is needed.
-template <int kRadius, int kStep, int kRows, class Op>
+template <int kRadius, int kStep, int kRows, Ahead kAhead, class Op>
 HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows) {
-  constexpr int kSize = 2 * kRadius + 1;
+  constexpr int kSize = 2 * kRadius + 1, kIn = kRows + 2 * kRadius;
   const D8 d;
-  const uint8_t* in[kRows + 2 * kRadius];
-  for (int k = 0; k < kRows + 2 * kRadius; ++k) in[k] = rows[k];
+  const uint8_t* in[kIn];
+  for (int k = 0; k < kIn; ++k) in[k] = rows[k];
   uint8_t* to[kRows];
   for (int y = 0; y < kRows; ++y) to[y] = out.Row(y);
+  const ptrdiff_t inAhead = kRows * BytesBetween(in[kIn - 2], in[kIn - 1]);
+  const ptrdiff_t outAhead = kRows * out.pitch;
   for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
-    const auto roll = [&]<size_t... kRow>(std::index_sequence<kRow...>) HWY_ATTR {
-      const RowParts<kRadius, kStep, Op> parts[] = {{op, in[kRow] + x}...};
-      const auto result = [&]<size_t... k>(size_t y, std::index_sequence<k...>) HWY_ATTR {
-        V16 results[kPhases];
-        for (int p = 0; p < kPhases; ++p) results[p] = op(D16(), parts[y + k].part[p]...);
-        hn::StoreU(JoinPhases(results), d, to[y] + x);
-      };
-      for (size_t y = 0; y < kRows; ++y) result(y, std::make_index_sequence<kSize>());
+    RowParts<kRadius, kStep, Op> parts[kIn];
+    const auto result = [&]<size_t... k>(int y, std::index_sequence<k...>) HWY_ATTR {
+      if constexpr (kAhead == Ahead::kToFirstCache) {
+        AskFor<hn::MaxLanes(d)>(in[kIn - kRows + y], inAhead + x);
+        AskFor<hn::MaxLanes(d)>(to[y], outAhead + x);
+      } else if constexpr (kAhead == Ahead::kToSecondCache) {
+        PrefetchToSecondCache(in[kIn - kRows + y], inAhead + x);
+        PrefetchToSecondCache(to[y], outAhead + x);
+      }
+      V16 results[kPhases];
+      for (int p = 0; p < kPhases; ++p)
+        results[p] = op(D16(), parts[y + static_cast<int>(k)].part[p]...);
+      hn::StoreU(JoinPhases(results), d, to[y] + x);
     };
-    roll(std::make_index_sequence<kRows + 2 * kRadius>());
+    const auto row = [&]<int k>(std::integral_constant<int, k>) HWY_ATTR {
+      parts[k].Make(op, in[k] + x);
+      if constexpr (k >= kSize - 1) result(k - (kSize - 1), std::make_index_sequence<kSize>());
+    };
+    [&]<int... k>(std::integer_sequence<int, k...>) HWY_ATTR {
+      (row(std::integral_constant<int, k>()), ...);
+    }
+    (std::make_integer_sequence<int, kIn>());
   }
+}
+
+// As many bands of kRows rows as there are.
+template <int kRadius, int kStep, int kRows, Ahead kAhead, class Op>
+HWY_INLINE void RollBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const*& rows) {
+  for (; out.height >= kRows; out.height -= kRows, rows += kRows, out.first = out.Row(kRows))
+    RollRows<kRadius, kStep, kRows, kAhead>(op, out, rows);
 }
 
 // Windows by the row: op.Row(d16, at) is what a row contributes to the results around it, and a
 // result is op(d16, the rows' contributions from the highest down). What a row contributes is made
 // once in a band. A Row of weights 1, kMiddle, 1 tells so by the constant's name.
+//
+// Six rows of results share more of their work than three, but three are all that a first cache has
+// room for when the pitch fights it, and prefetches have to go to the second.
 template <int kRadius, int kStep = 1, class Op>
-HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows) {
-  ptrdiff_t y = 0;
-  for (; y + 3 <= out.height; y += 3)
-    RollRows<kRadius, kStep, 3>(op, {out.Row(y), out.pitch, out.width, 3}, rows + y);
-  for (; y < out.height; ++y)
-    RollRows<kRadius, kStep, 1>(op, {out.Row(y), out.pitch, out.width, 1}, rows + y);
+HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
+                            bool isLarge = false) {
+  if (!FightsCache(out.pitch) && !FightsCache(BytesBetween(rows[0], rows[1]))) {
+    if (isLarge)
+      RollBands<kRadius, kStep, 6, Ahead::kToFirstCache>(op, out, rows);
+    else
+      RollBands<kRadius, kStep, 6, Ahead::kNo>(op, out, rows);
+  } else if (isLarge) {
+    RollBands<kRadius, kStep, 3, Ahead::kToSecondCache>(op, out, rows);
+  }
+  RollBands<kRadius, kStep, 3, Ahead::kNo>(op, out, rows);
+  RollBands<kRadius, kStep, 1, Ahead::kNo>(op, out, rows);
 }
 
 // The kernels of operations that need no arguments, for rows of pixels, or of components where
 // kStep is 3.
 template <int kRadius, class Op, int kStep = 1>
 WindowKernel<WindowRun> MappedWindows() {
-  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows)
+  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, bool)
                        HWY_ATTR { MapWindows<kRadius, kStep>(Op(), out, rows); };
   return {kRadius, hn::MaxLanes(D8()), run, kStep};
 }
 template <class Op, int kStep = 1, int kRadius = 1>
 WindowKernel<WindowRun> RolledWindows() {
-  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows)
-                       HWY_ATTR { RollWindows<kRadius, kStep>(Op(), out, rows); };
+  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, bool isLarge)
+                       HWY_ATTR { RollWindows<kRadius, kStep>(Op(), out, rows, isLarge); };
   return {kRadius, hn::MaxLanes(D8()), run, kStep};
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 #include "foundation/ring.h"
 #include "foundation/rows.h"
@@ -19,6 +20,9 @@ namespace ky {
 // multiple of `lanes`, the vector length, so kernels need no tails. They may not look at what they
 // have written.
 //
+// A run that takes a third argument is told whether more is read and written than a second cache
+// holds, so that prefetches pay.
+//
 // Neighbours in a row are `step` elements apart: 1 in rows of grey pixels, 3 in rows of the
 // components of colours.
 template <class Run>
@@ -30,7 +34,7 @@ struct WindowKernel {
 };
 
 // Runs of one byte for another, the kind that kernels without arguments have.
-using WindowRun = void (*)(Rows<KyBW8> out, const KyBW8* const* rows);
+using WindowRun = void (*)(Rows<KyBW8> out, const KyBW8* const* rows, bool isLarge);
 
 // Walks the windows a band of rows at a time, so that kernels can carry what they know of one row
 // to the next. `frame` makes those results whose window reaches over the border.
@@ -63,6 +67,7 @@ class WindowWalk {
     ends_ = RoundUp(reach_);
     copies_ = in_.width < 2 * ends_ + lanes_ || Crowds() ||
               SharingOf(in_, destination) == Sharing::kTheSame;
+    isLarge_ = !copies_ && in_.height * (in_.RowBytes() + out_.RowBytes()) > kSecondCache;
     rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, kMost) : kMost;
     if (!Allocate()) return KY_ERROR_NOT_ENOUGH_MEMORY;
     const auto run = [&](std::ptrdiff_t y, std::ptrdiff_t end, bool inFrame) {
@@ -88,7 +93,8 @@ class WindowWalk {
  private:
   // Rows of a band, so many that what is done once a band costs little. Copies of rows are to stay
   // in a first cache.
-  static constexpr std::ptrdiff_t kMost = 15, kCopied = 12 << 10;
+  static constexpr std::ptrdiff_t kMost = 12, kCopied = 12 << 10;
+  static constexpr std::ptrdiff_t kSecondCache = 1 << 20;
   // The lines of one address that a first cache has room for, mostly.
   static constexpr std::ptrdiff_t kWays = 8;
 
@@ -181,7 +187,10 @@ class WindowWalk {
             const Rows<Out>& out) {
     const T** const at = pointers_.get() + 2 * BandRows();
     for (std::ptrdiff_t k = 0; k < band_.height + 2 * radius_; ++k) at[k] = rows[k] + column;
-    kernel.run(out, static_cast<const T* const*>(at));
+    if constexpr (std::is_invocable_v<decltype(kernel.run), Rows<Out>, const T* const*, bool>)
+      kernel.run(out, static_cast<const T* const*>(at), isLarge_);
+    else
+      kernel.run(out, static_cast<const T* const*>(at));
   }
 
   const T** WholeRows() const { return pointers_.get(); }
@@ -193,6 +202,7 @@ class WindowWalk {
   // Results at either end of a row that are made from strips: whole vectors.
   std::ptrdiff_t ends_ = 0;
   std::ptrdiff_t rowsAtOnce_ = 0;
+  bool isLarge_ = false;
   Border border_;
   bool copies_ = false;  // of whole rows are in the ring, else their ends alone
   Rows<Out> out_, band_;
