@@ -8,10 +8,12 @@
 #include "benchmarks/bench.h"
 
 #include <benchmark/benchmark.h>
+#include <hwy/highway.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -37,7 +39,8 @@ struct Size {
 struct Options {
   std::vector<Size> sizes;
   std::string filter = ".", csv;
-  int rounds = 10;
+  int rounds = 10, pitch = 0;
+  std::int64_t target = 0;  // the widest instruction set that may run
   bool plain = true;
 };
 
@@ -134,13 +137,36 @@ const char* Check(const Operation& operation, Pictures& p) {
   return nullptr;
 }
 
-Pictures& PicturesOf(const Size& size) {
+Pictures& PicturesOf(const Size& size, int pitch) {
   static std::map<std::pair<int, int>, Pictures> all;
-  return all.try_emplace({size.width, size.height}, size.width, size.height).first->second;
+  return all.try_emplace({size.width, size.height}, size.width, size.height, pitch).first->second;
 }
 
-void Run(benchmark::State& state, const Operation& operation, const Size& size, bool plain) {
-  Pictures& pictures = PicturesOf(size);
+// The instruction set of a name, 0 for none.
+std::int64_t TargetOf(std::string_view name) {
+  const std::pair<std::string_view, std::int64_t> kTargets[] = {
+      {"avx512", HWY_AVX3_DL}, {"avx3", HWY_AVX3},   {"avx2", HWY_AVX2},
+      {"sse4", HWY_SSE4},      {"ssse3", HWY_SSSE3}, {"plain", HWY_SCALAR}};
+  for (const auto& [known, target] : kTargets)
+    if (known == name) return target;
+  return 0;
+}
+
+// Keeps the library from what is wider. False when the processor has no such instructions.
+bool LimitTo(std::int64_t target) {
+  constexpr std::int64_t kPlainTargets = HWY_SCALAR | HWY_EMU128;
+  hwy::SetSupportedTargetsForTest(0);
+  // The wider a set of instructions, the lower its bit.
+  const std::int64_t allowed = hwy::SupportedTargets() & ~(target - 1);
+  if (target != HWY_SCALAR && (allowed & target) == 0) return false;
+  hwy::SetSupportedTargetsForTest(target == HWY_SCALAR ? kPlainTargets : allowed);
+  return true;
+}
+
+void Run(benchmark::State& state, const Operation& operation, const Size& size,
+         const Options& options) {
+  const bool plain = options.plain;
+  Pictures& pictures = PicturesOf(size, options.pitch);
   // A wrong result is not worth a time.
   if (const char* wrong = Check(operation, pictures)) {
     state.SkipWithError(wrong);
@@ -237,8 +263,12 @@ class Reporter : public benchmark::BenchmarkReporter {
 };
 
 constexpr const char* kUsage =
-    "ky_bench [--filter=REGEX] [--size=WxH]... [--rounds=N] [--plain=off] [--csv=FILE]\n"
-    "The filter is matched against OPERATION/WxH.\n";
+    "ky_bench [--filter=REGEX] [--size=WxH]... [--pitch=BYTES] [--target=NAME] [--rounds=N]\n"
+    "         [--plain=off] [--csv=FILE]\n"
+    "The filter is matched against OPERATION/WxH. Rows of grey images are BYTES apart, those of\n"
+    "others in proportion; sizes that are wider are left out. The target, avx512, avx3, avx2, "
+    "sse4, ssse3 or plain, is the widest\n"
+    "instruction set that runs.\n";
 
 std::optional<Options> Parse(int argc, char** argv) {
   Options options;
@@ -256,6 +286,10 @@ std::optional<Options> Parse(int argc, char** argv) {
       options.sizes.push_back(size);
     } else if (key == "--rounds" && std::atoi(value.c_str()) > 0) {
       options.rounds = std::atoi(value.c_str());
+    } else if (key == "--pitch" && std::atoi(value.c_str()) > 0) {
+      options.pitch = std::atoi(value.c_str());
+    } else if (key == "--target" && TargetOf(value) != 0) {
+      options.target = TargetOf(value);
     } else if (key == "--plain" && (value == "off" || value == "on")) {
       options.plain = value == "on";
     } else if (key == "--csv" && !value.empty()) {
@@ -265,6 +299,8 @@ std::optional<Options> Parse(int argc, char** argv) {
     }
   }
   if (options.sizes.empty()) options.sizes = {{640, 480}, {1920, 1080}, {4096, 4096}};
+  if (options.pitch != 0)
+    std::erase_if(options.sizes, [&](const Size& size) { return size.width > options.pitch; });
   return options;
 }
 
@@ -272,6 +308,10 @@ int Main(int argc, char** argv) {
   const auto options = Parse(argc, argv);
   if (!options) {
     std::fputs(kUsage, stderr);
+    return 2;
+  }
+  if (options->target != 0 && !LimitTo(options->target)) {
+    std::fputs("This processor does not have the target.\n", stderr);
     return 2;
   }
 #if KY_BENCH_OPENCV
@@ -285,7 +325,7 @@ int Main(int argc, char** argv) {
   for (const Operation& operation : Table())
     for (const Size& size : options->sizes)
       benchmark::RegisterBenchmark((operation.name + "/" + size.Name()).c_str(), Run, operation,
-                                   size, options->plain)
+                                   size, *options)
           ->Iterations(options->rounds);
   Reporter reporter(csv);
   benchmark::RunSpecifiedBenchmarks(&reporter, options->filter);

@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -45,13 +46,16 @@ struct Views {};
 // What the contenders work on: textured noise in the sources, all levels among it. Results go to
 // the destination of the operation's pixel type and, where they are not pixels, to `numbers`.
 struct Pictures {
-  Pictures(int width, int height);
+  // Rows of grey images are `pitch` bytes apart, the others in proportion; 0 leaves it to the
+  // library.
+  Pictures(int width, int height, int pitch = 0);
 
   KyImage<KyBW8> a, b, out;
   KyImage<KyC24> colorA, colorB, colorOut;
   KyImage<KyBW16> deepA, deepB, deepOut;
   std::vector<double> numbers;
   Views views;
+  std::vector<std::unique_ptr<KyBW8[]>> memory;  // of images with a given pitch
 };
 
 // Bytes of a pixel of the destination.

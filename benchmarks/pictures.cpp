@@ -8,6 +8,9 @@
 namespace ky::bench {
 namespace {
 
+// Images with a given pitch start a page, as those of cameras do.
+constexpr std::size_t kPage = 4096;
+
 // Waves under noise, strong enough that both ends of the range are reached.
 template <class Sample, class T>
 void FillWithTexture(KyImage<T>& image, std::uint64_t seed) {
@@ -38,7 +41,7 @@ cv::Mat View(const KyImage<T>& image, int type) {
 
 }  // namespace
 
-Pictures::Pictures(int width, int height)
+Pictures::Pictures(int width, int height, int pitch)
     : a(width, height),
       b(width, height),
       out(width, height),
@@ -48,6 +51,19 @@ Pictures::Pictures(int width, int height)
       deepA(width, height),
       deepB(width, height),
       deepOut(width, height) {
+  const auto spread = [&]<class T>(KyImage<T>& image) {
+    if (pitch == 0) return;
+    const std::size_t rowBytes = static_cast<std::size_t>(pitch) * sizeof(T);
+    const std::size_t bytes = rowBytes * static_cast<std::size_t>(height);
+    memory.push_back(std::make_unique<KyBW8[]>(bytes + kPage));
+    void* first = memory.back().get();
+    std::size_t space = bytes + kPage;
+    std::align(kPage, bytes, first, space);
+    image.Attach(static_cast<T*>(first), width, height, static_cast<int>(rowBytes));
+  };
+  spread(a), spread(b), spread(out);
+  spread(colorA), spread(colorB), spread(colorOut);
+  spread(deepA), spread(deepB), spread(deepOut);
   FillWithTexture<KyBW8>(a, 1);
   FillWithTexture<KyBW8>(b, 2);
   FillWithTexture<KyBW8>(colorA, 3);

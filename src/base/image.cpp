@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "foundation/frame.h"
+#include "foundation/pitch.h"
 
 namespace {
 
@@ -28,10 +29,10 @@ KyPixelBuffer AllocateRows(std::int64_t pitch, int width, int height) noexcept {
   return {static_cast<KyBW8*>(memory), memory, static_cast<int>(pitch), width, height};
 }
 
-// The same with rows that start at 64-byte boundaries.
+// The same with rows that start at 64-byte boundaries and do not compete for places in a cache.
 KyPixelBuffer Allocate(int width, int height, int bitsPerPixel) noexcept {
   const std::int64_t rowBytes = std::max<std::int64_t>(RowBytes(width, bitsPerPixel), 1);
-  return AllocateRows((rowBytes + 63) / 64 * 64, width, height);
+  return AllocateRows(ky::ImagePitch(rowBytes), width, height);
 }
 
 // True when the buffer owns the byte at `address`.

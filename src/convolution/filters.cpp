@@ -19,6 +19,7 @@ HWY_INLINE V16 SumOf3(V16 a, V16 b, V16 c) { return hn::Add(hn::Add(a, c), b); }
 HWY_INLINE V16 Magnitude(D16 d, V16 v) { return hn::Min(hn::Abs(v), hn::Set(d, 255)); }
 
 struct RowSums {
+  static constexpr int kMiddle = 1;
   HWY_INLINE V16 Row(D16, const V16* at) const { return SumOf3(at); }
 };
 // (14 * sum) >> 7
@@ -42,6 +43,7 @@ HWY_INLINE V16 Weigh(V16 a, V16 b, V16 c) {
   return hn::Add(hn::Add(a, c), kMiddle == 2 ? hn::Add(b, b) : b);
 }
 struct Binomial {
+  static constexpr int kMiddle = 2;
   HWY_INLINE V16 Row(D16, const V16* at) const { return Weigh<2>(at[-1], at[0], at[1]); }
   HWY_INLINE V16 operator()(D16, V16 a, V16 b, V16 c) const {
     return hn::ShiftRight<4>(Weigh<2>(a, b, c));
@@ -56,8 +58,9 @@ struct GradientX {
     return Magnitude(d, Weigh<kMiddle>(a, b, c));
   }
 };
-template <int kMiddle>
+template <int kMiddleWeight>
 struct GradientY {
+  static constexpr int kMiddle = kMiddleWeight;
   HWY_INLINE V16 Row(D16, const V16* at) const { return Weigh<kMiddle>(at[-1], at[0], at[1]); }
   HWY_INLINE V16 operator()(D16 d, V16 a, V16, V16 c) const { return Magnitude(d, hn::Sub(c, a)); }
 };
@@ -164,7 +167,7 @@ HWY_EXPORT(PrewittWindows);
 HWY_EXPORT(Laplacian4Windows);
 HWY_EXPORT(Laplacian8Windows);
 
-constexpr Border kNearest = Border::Repeat(), kZero = Border::Constant(0);
+constexpr Border kNearest = Border::Nearest(), kZero = Border::Constant(0);
 
 // A source is const for its rectangle, not for its pixels.
 Rows<KyBW8> PixelsOf(const KyROI<KyBW8>* roi) noexcept {

@@ -111,7 +111,7 @@ KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
   const FixedWeights w = Reduced(weights);
   const Reach reach(w);
   const auto run = [&](std::size_t lanes, const auto& rowsOf) {
-    return FilterWindows(destination, source, Border::Repeat(),
+    return FilterWindows(destination, source, Border::Nearest(),
                          WindowKernel<decltype(rowsOf)>{w.radius, lanes, rowsOf});
   };
   if (reach.below + reach.above > (1 << 30) || std::abs(w.offset) > kFurthestOffset)

@@ -270,9 +270,9 @@ void WeighRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* r
 template <bool kSplit>
 void WeighSymmetric3x3Rows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows) {
   if (kernel.magnitude)
-    RollWindows(Symmetric3x3<kSplit, true>{kernel}, out, rows);
+    RollWindows<1>(Symmetric3x3<kSplit, true>{kernel}, out, rows);
   else
-    RollWindows(Symmetric3x3<kSplit, false>{kernel}, out, rows);
+    RollWindows<1>(Symmetric3x3<kSplit, false>{kernel}, out, rows);
 }
 #endif
 

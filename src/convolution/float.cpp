@@ -5,53 +5,42 @@
 
 #include "convolution/float_rows.h"
 #include "convolution/weights.h"
+#include "foundation/ring.h"
 #include "foundation/scratch.h"
 
 namespace ky {
 namespace {
 
-// The rows that the windows of some rows of results need, in single precision, with what stands
-// outside on either side. Each row of the source is converted once, before results reach it.
-class FloatRing {
+// The rows that the windows of some rows of results need, in single precision. Each row of the
+// source is converted once, before results reach it.
+class FloatRows {
  public:
-  FloatRing(Rows<const KyBW8> source, std::ptrdiff_t sizeX, std::ptrdiff_t sizeY,
-            float outside) noexcept
-      : in_(source), left_(sizeX / 2), above_(sizeY / 2), sizeY_(sizeY), outside_(outside) {
-    slots_ = std::clamp<std::ptrdiff_t>(sizeY + kFloatRowsAtOnce - 1, 1, source.height);
-    pitch_ = source.width + sizeX + kFloatSlack;
+  bool Allocate(Rows<const KyBW8> source, std::ptrdiff_t sizeX, std::ptrdiff_t sizeY,
+                std::int32_t outside) noexcept {
+    in_ = source;
+    sizeY_ = sizeY;
+    const std::ptrdiff_t left = sizeX / 2, rows = sizeY + kFloatRowsAtOnce - 1;
+    return ring_.Allocate({source.width, source.height, left, sizeX - left, rows, 1, kFloatSlack,
+                           Border::Constant(outside), source.width}) &&
+           rows_.Allocate(rows);
   }
 
-  bool Allocate() noexcept {
-    if (!rows_.Allocate(sizeY_ + kFloatRowsAtOnce - 1)) return false;
-    if (pitch_ > PTRDIFF_MAX / (slots_ + 1) || !ring_.Allocate((slots_ + 1) * pitch_)) return false;
-    std::fill_n(ring_.get(), (slots_ + 1) * pitch_, outside_);
-    return true;
-  }
-
-  // The rows of the windows around `count` results from row y on. They must be asked for in order.
-  const float* const* Around(std::ptrdiff_t y, std::ptrdiff_t count,
+  // The rows of the windows around `count` results from row y on, from the first column of the
+  // first window. They must be wanted in order.
+  const float* const* Around(std::ptrdiff_t y, std::ptrdiff_t count, std::ptrdiff_t sizeX,
                              const FloatRowKernels& kernels) noexcept {
-    const std::ptrdiff_t rows = sizeY_ + count - 1;
-    for (; fetched_ < std::min(y - above_ + rows, in_.height); ++fetched_)
-      kernels.convert(Slot(fetched_) + left_, static_cast<std::size_t>(in_.width),
-                      in_.Row(fetched_));
-    for (std::ptrdiff_t j = 0; j < rows; ++j) {
-      const std::ptrdiff_t row = y - above_ + j;
-      rows_[j] = row < 0 || row >= in_.height ? Slot(-1) : Slot(row);
-    }
+    const std::ptrdiff_t rows = sizeY_ + count - 1, top = y - sizeY_ / 2;
+    ring_.FetchTo(top + rows, [&](float* slot, std::ptrdiff_t row) {
+      kernels.convert(slot, static_cast<std::size_t>(in_.width), in_.Row(row));
+    });
+    for (std::ptrdiff_t j = 0; j < rows; ++j) rows_[j] = ring_(top + j) - sizeX / 2;
     return rows_.get();
   }
 
  private:
-  // That of row -1 holds nothing but the outside.
-  float* Slot(std::ptrdiff_t row) const {
-    return ring_.get() + (row < 0 ? slots_ : row % slots_) * pitch_;
-  }
-
   Rows<const KyBW8> in_;
-  std::ptrdiff_t left_, above_, sizeY_, slots_, pitch_, fetched_ = 0;
-  float outside_;
-  Scratch<float> ring_;
+  std::ptrdiff_t sizeY_ = 0;
+  RowRing<float> ring_;
   Scratch<const float*> rows_;
 };
 
@@ -66,8 +55,9 @@ KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source,
   Scratch<float> scaled;
   if (!input.Open(source, destination) || !scaled.Allocate(sizeX * sizeY))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
-  FloatRing ring(input.rows(), sizeX, sizeY, static_cast<float>(kernel.outsideValue));
-  if (!ring.Allocate()) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  FloatRows rows;
+  if (!rows.Allocate(input.rows(), sizeX, sizeY, kernel.outsideValue))
+    return KY_ERROR_NOT_ENOUGH_MEMORY;
 
   const float gain = empty ? 0 : EffectiveGainOf(kernel);
   double reach = 0;
@@ -92,7 +82,7 @@ KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source,
   for (std::ptrdiff_t y = 0; y < destination.height; y += kFloatRowsAtOnce) {
     const std::ptrdiff_t count = std::min(kFloatRowsAtOnce, destination.height - y);
     weigh(weights, {destination.Row(y), destination.pitch, destination.width, count},
-          ring.Around(y, count, kernels));
+          rows.Around(y, count, sizeX, kernels));
   }
   return KY_OK;
 }

@@ -5,51 +5,53 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
+#include "foundation/ring.h"
 #include "foundation/rows.h"
 
 namespace ky {
-
-// What stands outside the source: its nearest pixel, or a constant.
-struct Border {
-  bool repeats;
-  KyBW8 value;
-
-  static constexpr Border Repeat() { return {true, 0}; }
-  static constexpr Border Constant(KyBW8 value) { return {false, value}; }
-};
 
 // How results are made of windows of 2 * radius + 1 rows and columns.
 //
 // run(out, rows) makes the results `out` from source rows: out.height + 2 * radius of them, from
 // the one `radius` rows above the first result down. Each points at the column of the first result
-// and is readable from -radius to out.width - 1 + radius. out.width is a multiple of `lanes`, the
-// vector length, so kernels need no tails. They may not look at what they have written.
+// and is readable for radius * step elements more on either side of out.width. out.width is a
+// multiple of `lanes`, the vector length, so kernels need no tails. They may not look at what they
+// have written.
 //
-// Behind those rows stand out.height more, which the next results will be made from: what lies at
-// their places is worth asking for ahead (AskAhead in window-inl.h), no more.
+// A run that takes a third argument is told whether more is read and written than a second cache
+// holds, so that prefetches pay.
+//
+// Neighbours in a row are `step` elements apart: 1 in rows of grey pixels, 3 in rows of the
+// components of colours.
 template <class Run>
 struct WindowKernel {
   int radius;
   std::size_t lanes;
   Run run;
+  int step = 1;
 };
 
 // Runs of one byte for another, the kind that kernels without arguments have.
-using WindowRun = void (*)(Rows<KyBW8> out, const KyBW8* const* rows);
+using WindowRun = void (*)(Rows<KyBW8> out, const KyBW8* const* rows, bool isLarge);
 
 // Walks the windows a band of rows at a time, so that kernels can carry what they know of one row
 // to the next. `frame` makes those results whose window reaches over the border.
 //
 // Source rows are read where they are, but for the two ends of a row, which go through small padded
-// strips. In place, and for narrow images, a ring of padded copies of the rows still needed takes
-// their place: some rows of scratch, never an image. A source that overlaps the destination
-// otherwise is copied first.
+// strips. In place, for narrow images, and where many rows would compete for the same places in a
+// cache, a ring of padded copies of the rows still needed takes their place: some rows of scratch,
+// never an image. A source that overlaps the destination otherwise is copied first.
 template <class T, class Out>
 class WindowWalk {
  public:
-  WindowWalk(int radius, Border border, std::size_t lanes) noexcept
-      : radius_(radius), lanes_(static_cast<std::ptrdiff_t>(lanes)), border_(border) {}
+  WindowWalk(int radius, Border border, std::size_t lanes, int step) noexcept
+      : radius_(radius),
+        reach_(std::ptrdiff_t{radius} * step),
+        lanes_(static_cast<std::ptrdiff_t>(lanes)),
+        step_(step),
+        border_(border) {}
 
   template <class Inside>
   KY_ERRORS Run(Rows<Out> destination, Rows<const T> source, const Inside& inside) noexcept {
@@ -62,18 +64,21 @@ class WindowWalk {
     out_ = destination;
     if (!input_.Open(source, destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     in_ = input_.rows();
-    const bool narrow = in_.width < lanes_ + 2 * radius_;
-    ring_ = narrow || SharingOf(in_, destination) == Sharing::kTheSame;
+    ends_ = RoundUp(reach_);
+    copies_ = in_.width < 2 * ends_ + lanes_ || Crowds() ||
+              SharingOf(in_, destination) == Sharing::kTheSame;
+    isLarge_ = !copies_ && in_.height * (in_.RowBytes() + out_.RowBytes()) > kSecondCache;
+    rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, kMost) : kMost;
     if (!Allocate()) return KY_ERROR_NOT_ENOUGH_MEMORY;
     const auto run = [&](std::ptrdiff_t y, std::ptrdiff_t end, bool inFrame) {
       while (y < end) {
-        const std::ptrdiff_t count = std::min<std::ptrdiff_t>(end - y, kBand);
+        const std::ptrdiff_t count = std::min(end - y, rowsAtOnce_);
         OpenBand(y, count);
         if (inFrame)
           MakeBand(frame);
         else
           MakeBand(inside);
-        if (kFrame && !inFrame) MakeEnds(frame, std::min<std::ptrdiff_t>(radius_, in_.width));
+        if (kFrame && !inFrame) MakeFrame(frame, std::min(reach_, in_.width));
         y += count;
       }
     };
@@ -86,136 +91,126 @@ class WindowWalk {
   }
 
  private:
-  static constexpr int kLongestRadius = 3;
-  static constexpr int kBand = 6;
-  static constexpr int kMostRows = 2 * kBand + 2 * kLongestRadius;
+  // Rows of a band, so many that what is done once a band costs little. Copies of rows are to stay
+  // in a first cache.
+  static constexpr std::ptrdiff_t kMost = 12, kCopied = 12 << 10;
+  static constexpr std::ptrdiff_t kSecondCache = 1 << 20;
+  // The lines of one address that a first cache has room for, mostly.
+  static constexpr std::ptrdiff_t kWays = 8;
 
   static constexpr std::ptrdiff_t kSize = sizeof(Out);
 
   std::ptrdiff_t RoundUp(std::ptrdiff_t n) const { return (n + lanes_ - 1) / lanes_ * lanes_; }
 
-  std::ptrdiff_t ResultsPixels() const { return RoundUp(4 * radius_) + lanes_; }
+  // Rows of a band's windows.
+  std::ptrdiff_t BandRows() const { return rowsAtOnce_ + 2 * radius_; }
+  // Kernels go through three rows of results at once (see RollWindows).
+  bool Crowds() const { return FightsCache(in_.pitch) && 3 + 2 * radius_ > kWays; }
+  // Elements of a strip, of whole pixels: what either end's results are made from.
+  std::ptrdiff_t HalfStrip() const { return (ends_ + reach_ + step_ - 1) / step_ * step_; }
 
-  // A slot for each row that a band reads: a padded copy in a ring, else a strip with its ends. One
-  // row more stands for all outside. And a band of results for the ends of rows.
+  // A slot for each row that a band reads: a padded copy, else a strip with its ends. And a band of
+  // results for what cannot be written at once.
   bool Allocate() noexcept {
-    const std::ptrdiff_t strip = 4 * radius_, padding = 2 * radius_ + lanes_;
-    const std::ptrdiff_t slotPixels = RoundUp(ring_ ? in_.width : strip) + padding;
-    const std::ptrdiff_t outsidePixels = std::max(in_.width, strip) + padding;
-    const int slots = kBand + 2 * radius_;
-    const std::ptrdiff_t all = slots * slotPixels + (border_.repeats ? 0 : outsidePixels);
-    if (!slots_.Allocate(all) || !results_.Allocate(kBand * ResultsPixels())) return false;
-    std::fill_n(slots_.get(), all, static_cast<T>(border_.value));
-    for (int k = 0; k < slots; ++k) ordered_[k] = slots_.get() + k * slotPixels + radius_;
-    if (!border_.repeats) outside_ = slots_.get() + slots * slotPixels + radius_;
-    return true;
+    const std::ptrdiff_t strip = 2 * HalfStrip(), width = copies_ ? in_.width : strip;
+    return ring_.Allocate({width / step_, in_.height, radius_, radius_, BandRows(), step_,
+                           2 * lanes_, border_, std::max(in_.width, strip) / step_}) &&
+           results_.Allocate(rowsAtOnce_ * ends_) && pointers_.Allocate(3 * BandRows());
   }
 
-  // Fills a slot: with the whole row, or with the 2 * radius pixels at either end.
+  // Fills a slot: with the whole row, or with either end.
   void Fetch(const T* row, T* slot) const {
-    if (ring_) {
-      std::memcpy(slot, row, static_cast<std::size_t>(in_.width) * sizeof(T));
-      Pad(slot, in_.width);
-      return;
-    }
-    for (std::ptrdiff_t i = 0; i < 2 * radius_; ++i) {
-      slot[i] = row[i];
-      slot[2 * radius_ + i] = row[in_.width - 2 * radius_ + i];
-    }
-    Pad(slot, 4 * radius_);
-  }
-  void Pad(T* slot, std::ptrdiff_t width) const {
-    for (int i = 1; i <= radius_; ++i) {
-      slot[-i] = border_.repeats ? slot[0] : static_cast<T>(border_.value);
-      slot[width - 1 + i] = border_.repeats ? slot[width - 1] : static_cast<T>(border_.value);
-    }
+    const auto copy = [](T* to, const T* from, std::ptrdiff_t n) {
+      std::memcpy(to, from, static_cast<std::size_t>(n) * sizeof(T));
+    };
+    if (copies_) return copy(slot, row, in_.width);
+    const std::ptrdiff_t n = HalfStrip();
+    copy(slot, row, n);
+    copy(slot + n, row + in_.width - n, n);
   }
 
-  // Finds the rows of the windows of results y.. y + count - 1. The slots are in the order of the
-  // rows from y - radius on; those that the band before has done with come last.
+  // Finds the rows of the windows of results y.. y + count - 1.
   void OpenBand(std::ptrdiff_t y, std::ptrdiff_t count) {
     const std::ptrdiff_t top = y - radius_;
-    std::rotate(ordered_, ordered_ + band_.height, ordered_ + kBand + 2 * radius_);
-    for (; fetched_ < std::min(y + count + radius_, in_.height); ++fetched_)
-      Fetch(in_.Row(fetched_), ordered_[fetched_ - top]);
+    ring_.FetchTo(y + count + radius_,
+                  [&](T* slot, std::ptrdiff_t row) { Fetch(in_.Row(row), slot); });
     for (std::ptrdiff_t k = 0; k < count + 2 * radius_; ++k) {
-      const std::ptrdiff_t row = std::clamp<std::ptrdiff_t>(top + k, 0, in_.height - 1);
-      const bool constant = row != top + k && !border_.repeats;
-      strips_[k] = constant ? outside_ : ordered_[row - top];
-      rows_[k] = ring_ || constant ? strips_[k] : in_.Row(row);
+      const std::ptrdiff_t row = border_.PlaceOf(top + k, in_.height);
+      Strips()[k] = ring_(top + k);
+      WholeRows()[k] = copies_ || row < 0 ? Strips()[k] : in_.Row(row);
     }
-    for (std::ptrdiff_t k = 0; k < count; ++k)
-      rows_[count + 2 * radius_ + k] = strips_[count + 2 * radius_ + k] =
-          in_.Row(std::min(fetched_ + k, in_.height - 1));
     band_ = {out_.Row(y), out_.pitch, out_.width, count};
   }
 
-  // All results of the band. A destination apart from the source may be written twice, so its last
-  // whole vector overlaps the one before.
+  // All results of the band. A destination apart from the source may be written twice, so vectors
+  // may overlap.
   template <class Kernel>
   void MakeBand(const Kernel& kernel) {
-    const std::ptrdiff_t first = ring_ ? 0 : radius_, end = in_.width - first;
+    const std::ptrdiff_t width = in_.width, first = copies_ ? 0 : ends_, end = width - first;
     const std::ptrdiff_t whole = (end - first) / lanes_ * lanes_, rest = end - first - whole;
-    if (whole > 0) Make(kernel, rows_, first, {band_.first + first, band_.pitch, whole});
-    if (ring_ && rest > 0) {
-      MakeApart(kernel, rows_, whole, rest);
-      Put(0, rest, whole);
-    } else if (rest > 0) {
-      Make(kernel, rows_, end - lanes_, {band_.first + end - lanes_, band_.pitch, lanes_});
-    }
-    if (!ring_) MakeEnds(kernel, radius_);
+    if (whole > 0) MakeAt(kernel, WholeRows(), first, first, whole);
+    if (copies_) return MakeApart(kernel, WholeRows(), whole, 0, rest, whole);
+    if (rest > 0) MakeAt(kernel, WholeRows(), end - lanes_, end - lanes_, lanes_);
+    MakeAt(kernel, Strips(), 0, 0, ends_);
+    MakeAt(kernel, Strips(), 2 * HalfStrip() - ends_, end, ends_);
   }
 
   // The first and the last `n` results of every row.
   template <class Kernel>
-  void MakeEnds(const Kernel& kernel, std::ptrdiff_t n) {
-    const std::ptrdiff_t width = in_.width, strip = 4 * radius_;
-    if (ring_) {
-      MakeApart(kernel, rows_, 0, n);
-      Put(0, n, 0);
-      MakeApart(kernel, rows_, width - n, n);
-      Put(0, n, width - n);
-    } else {
-      MakeApart(kernel, strips_, 0, strip);
-      Put(0, n, 0);
-      Put(strip - n, n, width - n);
-    }
+  void MakeFrame(const Kernel& kernel, std::ptrdiff_t n) {
+    const std::ptrdiff_t last = in_.width - n;
+    MakeApart(kernel, Strips(), 0, 0, n, 0);
+    if (copies_) return MakeApart(kernel, Strips(), last, 0, n, last);
+    MakeApart(kernel, Strips(), 2 * HalfStrip() - ends_, ends_ - n, n, last);
   }
 
-  // Results from `column` of the given rows on, made in the scratch, as kernels write whole
-  // vectors; and `n` of them, from `column` on, put where they belong.
+  // n results, whole vectors, from the given column of the rows on; they go to column `to`.
+  template <class Kernel>
+  void MakeAt(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column, std::ptrdiff_t to,
+              std::ptrdiff_t n) {
+    Make(kernel, rows, column, {band_.first + to, band_.pitch, n, band_.height});
+  }
+  // n results, up to ends_, made in scratch, as kernels write whole vectors: those from the given
+  // column of the rows on, without the first `skipped`.
   template <class Kernel>
   void MakeApart(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column,
-                 std::ptrdiff_t n) {
-    Make(kernel, rows, column, {results_.get(), ResultsPixels() * kSize, RoundUp(n)});
-  }
-  void Put(std::ptrdiff_t column, std::ptrdiff_t n, std::ptrdiff_t to) const {
+                 std::ptrdiff_t skipped, std::ptrdiff_t n, std::ptrdiff_t to) {
+    if (n == 0) return;
+    const Rows<Out> results = {results_.get(), ends_ * kSize, RoundUp(skipped + n), band_.height};
+    Make(kernel, rows, column, results);
     for (std::ptrdiff_t k = 0; k < band_.height; ++k)
-      std::memcpy(band_.Row(k) + to, results_.get() + k * ResultsPixels() + column,
-                  static_cast<std::size_t>(n * kSize));
+      std::memcpy(band_.Row(k) + to, results.Row(k) + skipped, static_cast<std::size_t>(n * kSize));
   }
 
   template <class Kernel>
-  void Make(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column, Rows<Out> out) {
-    const T* at[kMostRows];
-    for (std::ptrdiff_t k = 0; k < 2 * (band_.height + radius_); ++k) at[k] = rows[k] + column;
-    out.height = band_.height;
-    kernel.run(out, at);
+  void Make(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column,
+            const Rows<Out>& out) {
+    const T** const at = pointers_.get() + 2 * BandRows();
+    for (std::ptrdiff_t k = 0; k < band_.height + 2 * radius_; ++k) at[k] = rows[k] + column;
+    if constexpr (std::is_invocable_v<decltype(kernel.run), Rows<Out>, const T* const*, bool>)
+      kernel.run(out, static_cast<const T* const*>(at), isLarge_);
+    else
+      kernel.run(out, static_cast<const T* const*>(at));
   }
 
+  const T** WholeRows() const { return pointers_.get(); }
+  const T** Strips() const { return pointers_.get() + BandRows(); }
+
   int radius_;
-  std::ptrdiff_t lanes_;
+  std::ptrdiff_t reach_, lanes_;  // elements
+  int step_;
+  // Results at either end of a row that are made from strips: whole vectors.
+  std::ptrdiff_t ends_ = 0;
+  std::ptrdiff_t rowsAtOnce_ = 0;
+  bool isLarge_ = false;
   Border border_;
-  bool ring_ = false;
+  bool copies_ = false;  // of whole rows are in the ring, else their ends alone
   Rows<Out> out_, band_;
   Rows<const T> in_;
   Input<T> input_;
-  Scratch<T> slots_;
+  RowRing<T> ring_;
   Scratch<Out> results_;
-  T* ordered_[kBand + 2 * kLongestRadius];
-  const T* outside_ = nullptr;
-  std::ptrdiff_t fetched_ = 0;
-  const T *rows_[kMostRows], *strips_[kMostRows];
+  Scratch<const T*> pointers_;
 };
 
 // destination(x, y) = kernel of the window around source(x, y). 1303 when there is no scratch
@@ -223,14 +218,15 @@ class WindowWalk {
 template <class T, class Out, class Run>
 KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
                         const WindowKernel<Run>& kernel) noexcept {
-  return WindowWalk<T, Out>(kernel.radius, border, kernel.lanes).Run(destination, source, kernel);
+  return WindowWalk<T, Out>(kernel.radius, border, kernel.lanes, kernel.step)
+      .Run(destination, source, kernel);
 }
 // The same with another kernel, of the same radius and vector length, for the windows that reach
 // over the border.
 template <class T, class Out, class Run>
 KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
                         const WindowKernel<Run>& inside, const WindowKernel<Run>& frame) noexcept {
-  return WindowWalk<T, Out>(inside.radius, border, inside.lanes)
+  return WindowWalk<T, Out>(inside.radius, border, inside.lanes, inside.step)
       .Run(destination, source, inside, frame);
 }
 

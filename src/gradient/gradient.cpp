@@ -22,7 +22,7 @@ constexpr int kMiddle = kSide / 2;
 template <class Out, class Run>
 KY_ERRORS FilterNeighbours(KyROI<Out>* destination, const KyROI<KyBW8>* source,
                            const ky::GradientKernels& kernels, const Run& run) noexcept {
-  return ky::FilterWindows(RowsOf(destination), RowsOf(source), ky::Border::Repeat(),
+  return ky::FilterWindows(RowsOf(destination), RowsOf(source), ky::Border::Nearest(),
                            ky::WindowKernel<Run>{1, kernels.lanes, run});
 }
 

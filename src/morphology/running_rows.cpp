@@ -5,8 +5,7 @@
 namespace ky {
 
 std::ptrdiff_t RowWindows::Pitch() const noexcept {
-  const std::ptrdiff_t lines = (to - from + 2 * Margin() + kRowSlack + 63) / 64;
-  return 64 * (lines | 1);
+  return ScratchPitch(to - from + 2 * Margin() + kRowSlack);
 }
 
 // A dozen rows or so make what is done once for a block cost little, and as many as the square root

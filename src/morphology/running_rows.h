@@ -4,21 +4,11 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "foundation/ring.h"
 #include "foundation/scratch.h"
 #include "morphology/extremes_rows.h"
 
 namespace ky {
-
-// Row y is at first + (y mod count) * pitch: an image of `count` rows, or a ring of them.
-template <class T>
-struct Lines {
-  T* first;
-  std::ptrdiff_t pitch, count;
-
-  T* operator()(std::ptrdiff_t y) const noexcept {
-    return first + (y < count ? y : y % count) * pitch;  // divisions are slow
-  }
-};
 
 // Which windows: result row o is the extreme of input rows o - lead to o - lead + n - 1, each
 // `slope` columns further to the right than the one above it:
@@ -35,8 +25,7 @@ struct RowWindows {
   // Columns that slots and results have on either side of the wanted ones, enough for the results
   // of windows of one slope to be the inputs of windows of the other.
   std::ptrdiff_t Margin() const noexcept { return slope == 0 ? 0 : 2 * n; }
-  // Bytes of a row of scratch with those columns; never a multiple of large powers of two, which
-  // would make rows compete for the same places in a cache.
+  // Bytes of a row of scratch with those columns.
   std::ptrdiff_t Pitch() const noexcept;
   // Rows of a block, n - 1 or fewer.
   std::ptrdiff_t BlockRows() const noexcept;

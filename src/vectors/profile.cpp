@@ -60,7 +60,8 @@ KY_ERRORS Filter(const char* name, KyBW8Vector* source, KyBW8Vector* destination
 }
 
 // Elements with `reach` more on either side, where the first and the last one go on beyond the
-// ends, in pieces small beside a first cache.
+// ends, in pieces small beside a first cache. (A profile is one row, read in pieces: there are no
+// neighbouring rows that a RowRing could keep.)
 class Windows {
  public:
   bool Allocate(ptrdiff_t n, ptrdiff_t reach) noexcept {

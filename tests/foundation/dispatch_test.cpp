@@ -24,10 +24,31 @@ struct Largest {
   }
 };
 
+struct Smooth {
+  static constexpr int kMiddle = 2;
+  HWY_INLINE V16 Row(D16, const V16* at) const {
+    return hn::Add(hn::Add(at[-1], at[1]), hn::Add(at[0], at[0]));
+  }
+  HWY_INLINE V16 operator()(D16, V16 a, V16 b, V16 c) const {
+    return hn::ShiftRight<4>(hn::Add(hn::Add(a, c), hn::Add(b, b)));
+  }
+};
+struct EndsOf5 {
+  HWY_INLINE V16 Row(D16, const V16* at) const { return hn::Add(at[-2], at[2]); }
+  HWY_INLINE V16 operator()(D16, V16 a, V16, V16, V16, V16 e) const {
+    return hn::ShiftRight<2>(hn::Add(a, e));
+  }
+};
+
 }  // namespace
 
 int64_t CompiledTarget() { return HWY_TARGET; }
-WindowKernel<WindowRun> LargestOfWindow() { return MappedWindows<1, Largest>(); }
+WindowKernel<WindowRun> WindowsOf(int i) {
+  const WindowKernel<WindowRun> kKernels[] = {
+      MappedWindows<1, Largest>(), MappedWindows<1, Largest, 3>(), RolledWindows<Smooth>(),
+      RolledWindows<Smooth, 3>(),  RolledWindows<EndsOf5, 1, 2>(), RolledWindows<EndsOf5, 3, 2>()};
+  return kKernels[i];
+}
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
@@ -37,6 +58,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
 #include "foundation/frame.h"
 #include "tests/support/harness.h"
 
@@ -44,7 +69,7 @@ namespace ky {
 namespace {
 
 HWY_EXPORT(CompiledTarget);
-HWY_EXPORT(LargestOfWindow);
+HWY_EXPORT(WindowsOf);
 
 TEST(Dispatch, EveryPathIsTheOneAskedFor) {
   int paths = 0;
@@ -59,24 +84,37 @@ TEST(Dispatch, EveryPathIsTheOneAskedFor) {
   EXPECT_GE(paths, 2);
 }
 
-TEST(Dispatch, MapWindowsOnEveryPath) {
-  const auto call = [](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
-    return Call("Largest", [&] {
-      if (const KY_ERRORS error = Ready(in, out)) return error;
-      return FilterWindows(RowsOf(out), RowsOf(in), Border::Repeat(),
-                           KY_DISPATCH(LargestOfWindow)());
-    });
-  };
-  const auto model = [](const test::Picture<KyBW8>& in, test::Picture<KyBW8>& out) {
-    for (int y = 0; y < in.height; ++y)
-      for (int x = 0; x < in.width; ++x) {
-        out.At(x, y) = 0;
-        for (int i = 0; i < 9; ++i)
-          out.At(x, y) = std::max(out.At(x, y), in.Nearest(x + i % 3 - 1, y + i / 3 - 1));
-      }
-  };
-  test::CheckOperation<KyBW8, KyBW8>(call, model);
-  test::CheckRefusals<KyBW8, KyBW8>(call, {"Largest"});
+// Grey rows and rows of the components of colours, by the same formulas.
+TEST(Dispatch, WindowsOnEveryPath) {
+  for (int i = 0; i < 6; ++i) {
+    SCOPED_TRACE(i);
+    const int step = i % 2 == 0 ? 1 : 3;
+    const auto call = [&](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
+      return Call("Window", [&] {
+        if (const KY_ERRORS error = Ready(in, out)) return error;
+        return FilterWindows(RowsOf(out), RowsOf(in), Border::Nearest(), KY_DISPATCH(WindowsOf)(i));
+      });
+    };
+    const auto model = [&](const test::Picture<KyBW8>& in, test::Picture<KyBW8>& out) {
+      for (int y = 0; y < in.height; ++y)
+        for (int x = 0; x < in.width; ++x) {
+          const auto at = [&](int right, int down) {
+            const int pixel = std::clamp(x / step + right, 0, in.width / step - 1);
+            return int{in.At(pixel * step + x % step, std::clamp(y + down, 0, in.height - 1))};
+          };
+          int largest = 0, smooth = 0;
+          for (int down = -1; down <= 1; ++down)
+            for (int right = -1; right <= 1; ++right) {
+              largest = std::max(largest, at(right, down));
+              smooth += (2 - std::abs(down)) * (2 - std::abs(right)) * at(right, down);
+            }
+          const int ends = at(-2, -2) + at(2, -2) + at(-2, 2) + at(2, 2);
+          out.At(x, y) = static_cast<KyBW8>(i < 2 ? largest : i < 4 ? smooth >> 4 : ends >> 2);
+        }
+    };
+    std::vector<test::Size> sizes = {{3, 1}, {9, 5}, {66, 8}, {129, 14}, {258, 31}};
+    test::CheckOperation<KyBW8, KyBW8>(call, model, sizes);
+  }
 }
 
 }  // namespace

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <vector>
+
 #include "foundation/frame.h"
 #include "tests/support/harness.h"
 
@@ -12,74 +15,119 @@ using namespace ky::test;  // NOLINT
 
 int Weight(int right, int down) { return 3 + 7 * right + 31 * down; }
 
-// The definition: the nearest pixel or a constant outside.
-KyBW8 Model(const Picture<KyBW8>& in, int x, int y, int radius, ky::Border border, int scale) {
+using ky::Border;
+
+// Which of n pixels stands at i; -1 for the constant.
+int PlaceOf(const Border& border, int i, int n) {
+  if (border.kind == Border::kConstant) return i < 0 || i >= n ? -1 : i;
+  if (border.kind == Border::kNearest || n == 1) return std::clamp(i, 0, n - 1);
+  while (i < 0 || i >= n) i = i < 0 ? -i : 2 * (n - 1) - i;
+  return i;
+}
+
+struct Case {
+  int radius, step;
+  Border border;
+  std::size_t lanes;
+  int frameScale = 1;
+};
+
+// The definition. Columns are elements; the neighbours of a pixel's elements are those of the
+// pixels beside it.
+KyBW8 Model(const Picture<KyBW8>& in, int x, int y, const Case& c, int scale) {
   int sum = 0;
-  for (int down = -radius; down <= radius; ++down)
-    for (int right = -radius; right <= radius; ++right) {
-      const bool outside = !in.Has(x + right, y + down);
-      const int level = outside && !border.repeats ? border.value : in.Nearest(x + right, y + down);
+  for (int down = -c.radius; down <= c.radius; ++down)
+    for (int right = -c.radius; right <= c.radius; ++right) {
+      const int pixel = PlaceOf(c.border, x / c.step + right, in.width / c.step);
+      const int row = PlaceOf(c.border, y + down, in.height);
+      const int level =
+          pixel < 0 || row < 0 ? c.border.value : in.At(pixel * c.step + x % c.step, row);
       sum += Weight(right, down) * level;
     }
   return static_cast<KyBW8>(scale * sum);
 }
 
-auto Kernel(int radius, std::size_t lanes, int scale) {
-  const auto run = [=](ky::Rows<KyBW8> out, const KyBW8* const* rows) {
+auto Kernel(const Case& c, int scale) {
+  const auto run = [=, radius = c.radius, step = c.step](ky::Rows<KyBW8> out,
+                                                         const KyBW8* const* rows) {
+    EXPECT_EQ(out.width % static_cast<std::ptrdiff_t>(c.lanes), 0);
     for (std::ptrdiff_t y = 0; y < out.height; ++y)
       for (std::ptrdiff_t x = 0; x < out.width; ++x) {
         int sum = 0;
         for (int down = -radius; down <= radius; ++down)
           for (int right = -radius; right <= radius; ++right)
-            sum += Weight(right, down) * rows[y + radius + down][x + right];
+            sum += Weight(right, down) * rows[y + radius + down][x + step * right];
         out.Row(y)[x] = static_cast<KyBW8>(scale * sum);
       }
   };
-  return ky::WindowKernel<decltype(run)>{radius, lanes, run};
+  return ky::WindowKernel<decltype(run)>{c.radius, c.lanes, run, c.step};
 }
 
-TEST(Window, EveryRadiusBorderAndVectorLength) {
-  for (int radius = 1; radius <= 3; ++radius)
-    for (const ky::Border border : {ky::Border::Repeat(), ky::Border::Constant(9)})
-      for (const std::size_t lanes : {1u, 16u, 64u})
-        for (const int frameScale : {1, 5}) {
-          SCOPED_TRACE(testing::Message() << "radius " << radius << ", lanes " << lanes
-                                          << (border.repeats ? ", repeated" : ", constant")
-                                          << ", frame " << frameScale);
-          const auto call = [&](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
-            return ky::Call("Window", [&] {
-              if (const KY_ERRORS error = ky::Ready(in, out)) return error;
-              if (frameScale == 1)
-                return ky::FilterWindows(ky::RowsOf(out), ky::RowsOf(in), border,
-                                         Kernel(radius, lanes, 1));
-              return ky::FilterWindows(ky::RowsOf(out), ky::RowsOf(in), border,
-                                       Kernel(radius, lanes, 1), Kernel(radius, lanes, frameScale));
-            });
-          };
-          const auto model = [&](const Picture<KyBW8>& in, Picture<KyBW8>& out) {
-            for (int y = 0; y < in.height; ++y)
-              for (int x = 0; x < in.width; ++x) {
-                const bool inside =
-                    x >= radius && y >= radius && x < in.width - radius && y < in.height - radius;
-                out.At(x, y) = Model(in, x, y, radius, border, inside ? 1 : frameScale);
-              }
-          };
-          CheckOperation<KyBW8, KyBW8>(call, model,
-                                       {{1, 1},
-                                        {2, 2},
-                                        {3, 3},
-                                        {5, 9},
-                                        {31, 4},
-                                        {35, 19},
-                                        {33, 5},
-                                        {77, 8},
-                                        {140, 27},
-                                        {141, 1},
-                                        {142, 2},
-                                        {171, 6},
-                                        {0, 4},
-                                        {4, 0}});
+TEST(Window, RadiiStepsBordersAndVectorLengths) {
+  const Case kCases[] = {
+      {1, 1, Border::Nearest(), 1},      {1, 1, Border::Nearest(), 16, 5},
+      {1, 1, Border::Constant(9), 64},   {1, 3, Border::Nearest(), 16},
+      {1, 3, Border::Constant(7), 1, 5}, {1, 3, Border::Mirror(), 64},
+      {2, 1, Border::Constant(0), 16},   {2, 1, Border::Mirror(), 1, 5},
+      {2, 3, Border::Nearest(), 64, 5},  {3, 1, Border::Constant(9), 64, 5},
+      {3, 1, Border::Nearest(), 16},     {3, 3, Border::Mirror(), 16},
+      {9, 1, Border::Mirror(), 16},      {6, 3, Border::Constant(3), 1},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(testing::Message()
+                 << "radius " << c.radius << ", step " << c.step << ", border "
+                 << int{c.border.kind} << ", lanes " << c.lanes << ", frame " << c.frameScale);
+    const auto call = [&](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
+      return ky::Call("Window", [&] {
+        if (const KY_ERRORS error = ky::Ready(in, out)) return error;
+        if (c.frameScale == 1)
+          return ky::FilterWindows(ky::RowsOf(out), ky::RowsOf(in), c.border, Kernel(c, 1));
+        return ky::FilterWindows(ky::RowsOf(out), ky::RowsOf(in), c.border, Kernel(c, 1),
+                                 Kernel(c, c.frameScale));
+      });
+    };
+    const auto model = [&](const Picture<KyBW8>& in, Picture<KyBW8>& out) {
+      const int reach = c.radius * c.step;
+      for (int y = 0; y < in.height; ++y)
+        for (int x = 0; x < in.width; ++x) {
+          const bool inside =
+              x >= reach && y >= c.radius && x < in.width - reach && y < in.height - c.radius;
+          out.At(x, y) = Model(in, x, y, c, inside ? 1 : c.frameScale);
         }
+    };
+    std::vector<Size> sizes;
+    for (const Size& size : std::vector<Size>{{1, 1},
+                                              {2, 2},
+                                              {3, 3},
+                                              {5, 9},
+                                              {35, 19},
+                                              {33, 5},
+                                              {77, 8},
+                                              {140, 27},
+                                              {141, 1},
+                                              {209, 13},
+                                              {0, 4}})
+      sizes.push_back({c.step * (size.width / c.step), size.height});
+    CheckOperation<KyBW8, KyBW8>(call, model, sizes);
+  }
+}
+
+// Windows of many rows whose pitch fights the cache are made from copies.
+TEST(Window, PitchesOfPowersOfTwo) {
+  for (const int pitch : {1024, 4096}) {
+    std::vector<KyBW8> memory(static_cast<std::size_t>(2 * 20 * pitch));
+    Random random(static_cast<unsigned>(pitch));
+    for (KyBW8& level : memory) level = static_cast<KyBW8>(random());
+    const ky::Rows<const KyBW8> in = {memory.data(), pitch, 1000, 20};
+    const ky::Rows<KyBW8> out = {memory.data() + 20 * pitch, pitch, 1000, 20};
+    const Case c = {3, 1, Border::Nearest(), 16};
+    ASSERT_EQ(ky::FilterWindows(out, in, c.border, Kernel(c, 1)), KY_OK);
+    Picture<KyBW8> picture(1000, 20);
+    for (int y = 0; y < 20; ++y)
+      for (int x = 0; x < 1000; ++x) picture.At(x, y) = in.Row(y)[x];
+    for (int y = 0; y < 20; ++y)
+      for (int x = 0; x < 1000; ++x) ASSERT_EQ(out.Row(y)[x], Model(picture, x, y, c, 1));
+  }
 }
 
 }  // namespace

@@ -1,0 +1,26 @@
+// Distances between rows that do not fight the cache: rows a power of two apart compete for the
+// same few places in it.
+#pragma once
+
+#include <cstdint>
+
+namespace ky {
+
+inline constexpr std::int64_t kCacheLine = 64;
+
+// Bytes from row to row for an image with rows of so many bytes: whole lines of a cache, and no
+// multiple of 2048.
+constexpr std::int64_t ImagePitch(std::int64_t rowBytes) noexcept {
+  const std::int64_t lines = (rowBytes + kCacheLine - 1) / kCacheLine;
+  return kCacheLine * (lines % 32 == 0 && lines != 0 ? lines + 1 : lines);
+}
+
+// The same for rows of scratch, of which dozens may be in use at a time: an odd number of lines.
+constexpr std::int64_t ScratchPitch(std::int64_t rowBytes) noexcept {
+  return kCacheLine * ((rowBytes + kCacheLine - 1) / kCacheLine | 1);
+}
+
+// True when rows so far apart compete: with eight places for each address, a dozen rows and fewer.
+constexpr bool FightsCache(std::int64_t pitch) noexcept { return pitch % 1024 == 0; }
+
+}  // namespace ky

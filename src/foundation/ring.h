@@ -1,0 +1,129 @@
+// Neighbouring rows in scratch memory: where a row of a ring lies, and what stands outside the
+// source. Window operations, convolutions in floating point, profile filters and running extremes
+// keep their rows in these.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "foundation/pitch.h"
+#include "foundation/scratch.h"
+
+namespace ky {
+
+// What stands outside the source. Where only pixels inside count, a constant of 0 adds nothing to
+// a sum, and CountInside gives what to divide it by.
+struct Border {
+  enum Kind : std::uint8_t { kConstant, kNearest, kMirror };
+  Kind kind;
+  std::int32_t value;
+
+  static constexpr Border Constant(std::int32_t value) { return {kConstant, value}; }
+  static constexpr Border Nearest() { return {kNearest, 0}; }
+  // About the first and the last pixel, which are not repeated: -1 is 1.
+  static constexpr Border Mirror() { return {kMirror, 0}; }
+
+  // Which of n positions stands at i, one of them or not; -1 for the constant.
+  constexpr std::ptrdiff_t PlaceOf(std::ptrdiff_t i, std::ptrdiff_t n) const noexcept {
+    if (i >= 0 && i < n) return i;
+    if (kind == kConstant) return -1;
+    if (kind == kNearest || n == 1) return i < 0 ? 0 : n - 1;
+    const std::ptrdiff_t period = 2 * (n - 1), place = (i % period + period) % period;
+    return std::min(place, period - place);
+  }
+
+  // Continues a row of `pixels` by `left` and `right` more, of `step` elements each.
+  template <class T>
+  void Pad(T* row, std::ptrdiff_t pixels, std::ptrdiff_t left, std::ptrdiff_t right,
+           int step) const noexcept {
+    const auto put = [&](std::ptrdiff_t pixel) {
+      const std::ptrdiff_t place = PlaceOf(pixel, pixels);
+      for (int k = 0; k < step; ++k)
+        row[pixel * step + k] = place < 0 ? static_cast<T>(value) : row[place * step + k];
+    };
+    for (std::ptrdiff_t i = 1; i <= left; ++i) put(-i);
+    for (std::ptrdiff_t i = 0; i < right; ++i) put(pixels + i);
+  }
+};
+
+// How many of the 2 * radius + 1 positions around i are among n.
+constexpr std::ptrdiff_t CountInside(std::ptrdiff_t i, std::ptrdiff_t radius,
+                                     std::ptrdiff_t n) noexcept {
+  return std::min(i + radius, n - 1) - std::max<std::ptrdiff_t>(i - radius, 0) + 1;
+}
+
+// Row y is at first + (y mod count) * pitch: an image of `count` rows, or a ring of them.
+template <class T>
+struct Lines {
+  T* first;
+  std::ptrdiff_t pitch, count;  // pitch in elements
+
+  T* operator()(std::ptrdiff_t y) const noexcept {
+    return first + (y < count ? y : y % count) * pitch;  // divisions are slow
+  }
+};
+
+// Copies of the rows that windows still need, of elements of T, each continued on both sides.
+template <class T>
+class RowRing {
+ public:
+  struct Shape {
+    std::ptrdiff_t width, height;  // of the source, in pixels
+    std::ptrdiff_t left, right;    // pixels on either side
+    std::ptrdiff_t rows;           // rows that are needed at once
+    int step;                      // elements of a pixel
+    std::ptrdiff_t slack;          // elements beyond all those, for whole vectors
+    Border border;
+    // The width of the row that stands for all outside; it may be more than that of the others.
+    std::ptrdiff_t outsideWidth;
+  };
+
+  // False when there is no memory.
+  bool Allocate(const Shape& shape) noexcept {
+    shape_ = shape;
+    const auto elements = [&](std::ptrdiff_t width) {
+      return (width + shape.left + shape.right) * shape.step + shape.slack;
+    };
+    constexpr std::ptrdiff_t kSize = sizeof(T);
+    const std::ptrdiff_t count = std::clamp<std::ptrdiff_t>(shape.rows, 1, shape.height);
+    const std::ptrdiff_t pitch = ScratchPitch(elements(shape.width) * kSize) / kSize;
+    const bool constant = shape.border.kind == Border::kConstant;
+    const std::ptrdiff_t outside = constant ? elements(shape.outsideWidth) : 0;
+    if (pitch > (PTRDIFF_MAX - outside) / count || !memory_.Allocate(count * pitch + outside))
+      return false;
+    std::fill_n(memory_.get(), count * pitch + outside, static_cast<T>(shape.border.value));
+    lines_ = {memory_.get() + shape.left * shape.step, pitch, count};
+    outside_ = lines_.first + count * pitch;
+    fetched_ = 0;
+    return true;
+  }
+
+  // Has `fetch(slot, y)` fill the slots of all rows before `end` that it has not filled yet; they
+  // take the places of the oldest.
+  template <class Fetch>
+  void FetchTo(std::ptrdiff_t end, const Fetch& fetch) noexcept {
+    for (; fetched_ < std::min(end, shape_.height); ++fetched_) {
+      T* const slot = lines_(fetched_);
+      fetch(slot, fetched_);
+      // What the slots were allocated with is the constant.
+      if (shape_.border.kind != Border::kConstant)
+        shape_.border.Pad(slot, shape_.width, shape_.left, shape_.right, shape_.step);
+    }
+  }
+
+  // What stands at row y, inside or outside. It must be among the rows that are needed at once.
+  const T* operator()(std::ptrdiff_t y) const noexcept {
+    const std::ptrdiff_t place = shape_.border.PlaceOf(y, shape_.height);
+    return place < 0 ? outside_ : lines_(place);
+  }
+
+ private:
+  Shape shape_ = {};
+  Scratch<T> memory_;
+  Lines<T> lines_ = {};
+  const T* outside_ = nullptr;
+  std::ptrdiff_t fetched_ = 0;
+};
+
+}  // namespace ky
