@@ -21,7 +21,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/paths.h"
+#include "tests/support/each_path.h"
 #include "tests/support/picture.h"
 
 namespace ky::test {
