@@ -84,13 +84,39 @@ TEST(Calls, BadArgumentsAreRefused) {
   }
 }
 
+// An ROI without pixels is found before one of another size, whatever their order.
+TEST(Calls, MissingImagesComeBeforeSizes) {
+  int refused = 0;
+  for (const Call* const call : Callable()) {
+    SCOPED_TRACE(call->Declaration());
+    for (std::size_t a = 0; a < call->parameters.size(); ++a)
+      for (std::size_t b = 0; b < call->parameters.size(); ++b) {
+        const auto code = [&](std::size_t i, Fault fault) {
+          return CodeOf(*call, call->parameters[i], fault);
+        };
+        if (a == b || code(a, Fault::kNoImage) != KY_ERROR_NO_IMAGE ||
+            code(a, Fault::kOtherSize) != KY_ERROR_SIZE_MISMATCH ||
+            code(b, Fault::kOtherSize) != KY_ERROR_SIZE_MISMATCH)
+          continue;
+        SeededDraw draw(1);
+        const Arguments arguments(*call, draw, Plan());
+        if (!arguments[a].Spoil(Fault::kNoImage) || !arguments[b].Spoil(Fault::kOtherSize))
+          continue;
+        EXPECT_EQ(arguments.Run().status, KY_ERROR_NO_IMAGE)
+            << call->parameters[a].name << " and " << call->parameters[b].name;
+        ++refused;
+      }
+  }
+  EXPECT_GT(refused, 100);
+}
+
 // Random arguments, a part of them hostile: all paths do the same and write outputs only. Each call
-// must be seen to succeed.
+// must be seen to succeed, and to choose its kernels by the instruction set.
 TEST(Calls, EveryPathGivesTheSame) {
   const std::vector<Path> paths = Paths();
   for (const Call* const call : Callable()) {
     SCOPED_TRACE(call->Declaration());
-    int succeeded = 0;
+    int succeeded = 0, dispatched = 0;
     for (unsigned seed = 0; seed < 60; ++seed) {
       SCOPED_TRACE("seed " + std::to_string(seed));
       std::vector<Bytes> expected;
@@ -104,6 +130,7 @@ TEST(Calls, EveryPathGivesTheSame) {
         const Arguments arguments(*call, draw, plan);
         const std::vector<Bytes> before = arguments.State();
         const Outcome outcome = arguments.Run();
+        dispatched += path.target != 0 && on.Dispatched();
         EXPECT_EQ(arguments.Damage(before, outcome.status), "");
         succeeded += outcome.status == KY_OK;
         if (&path == &paths.front()) {
@@ -118,6 +145,9 @@ TEST(Calls, EveryPathGivesTheSame) {
     }
     EXPECT_TRUE(succeeded > 0 || call->Find(Option::Kind::kNever, "") != nullptr)
         << "the call never succeeds";
+    EXPECT_TRUE(dispatched > 0 || call->Find(Option::Kind::kPlain, "") != nullptr ||
+                paths.back().target == 0)
+        << "nothing is dispatched by the instruction set";
   }
 }
 

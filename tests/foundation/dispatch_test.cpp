@@ -76,7 +76,6 @@ TEST(Dispatch, MapWindowsOnEveryPath) {
       }
   };
   test::CheckOperation<KyBW8, KyBW8>(call, model);
-  test::CheckRefusals<KyBW8, KyBW8>(call, {"Largest"});
 }
 
 }  // namespace

@@ -12,9 +12,14 @@ Arguments::Arguments(const Call& call, Draw& draw, const Plan& plan) : call_(cal
 }
 Arguments::~Arguments() = default;
 
-Outcome Arguments::Run() const {
+Outcome Arguments::Run(const Around& around) const {
   Outcome outcome;
-  call_.run(call_.function, arguments_, outcome.result);
+  outcome.result.reserve(64);
+  const auto call = [&] { call_.run(call_.function, arguments_, outcome.result); };
+  if (around)
+    around(call);
+  else
+    call();
   outcome.status = KyGetError();
   for (int i = 0; i < KyGetTraceCount(); ++i) outcome.trace.push_back(KyGetTrace(i));
   return outcome;

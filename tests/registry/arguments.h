@@ -1,6 +1,7 @@
 // Arguments of calls of the registry, made at random: valid ones, hostile ones, ones with a fault.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -73,7 +74,10 @@ class Arguments {
   Arguments(const Call& call, Draw& draw, const Plan& plan);
   ~Arguments();
 
-  Outcome Run() const;
+  // `around` must run the function that it is given, which allocates nothing but what the call
+  // does.
+  using Around = std::function<void(const std::function<void()>& call)>;
+  Outcome Run(const Around& around = nullptr) const;
   std::vector<Bytes> State() const;
   // What was done wrong since `before`: on success only outputs may change, and of images the
   // destinations' pixels; on failure nothing but what the registry names. Empty if nothing was.

@@ -48,6 +48,7 @@ struct Option {
     kNoMemory,        // a failing allocation may give the code a, too
     kPartial,         // the argument may have changed when the call has failed
     kNever,           // no arguments make the call succeed
+    kPlain,           // one path alone: nothing is dispatched by the instruction set
     kSpills,          // pixels of the argument's image outside the ROI may change
   };
   Kind kind;

@@ -39,6 +39,7 @@ inline Option OffParentIs(Name name, KY_ERRORS code) {
   return {Kind::kOffParent, name, double(code)};
 }
 inline Option NoMemoryIs(KY_ERRORS code) { return {Kind::kNoMemory, "", double(code)}; }
+inline Option NotAccelerated() { return {Kind::kPlain, ""}; }
 inline Option NeverSucceeds() { return {Kind::kNever, ""}; }
 inline Option Partial(Name name) { return {Kind::kPartial, name}; }
 inline Option Spills(Name name) { return {Kind::kSpills, name}; }
