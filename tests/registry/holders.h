@@ -161,11 +161,13 @@ class RoiHolder : public Argument {
   KyROI<T>* passed_ = nullptr;
 };
 template <class T>
-struct Holder<KyROI<T>*> : RoiHolder<T> {
+class Holder<KyROI<T>*> : public RoiHolder<T> {
+ public:
   explicit Holder(Context& context) : RoiHolder<T>(context, false) {}
 };
 template <class T>
-struct Holder<const KyROI<T>*> : RoiHolder<T> {
+class Holder<const KyROI<T>*> : public RoiHolder<T> {
+ public:
   explicit Holder(Context& context) : RoiHolder<T>(context, true) {}
 };
 
@@ -212,11 +214,13 @@ class ImageHolder : public ObjectHolder<Image> {
   KyImage<T> image_;
 };
 template <class T>
-struct Holder<KyImage<T>*> : ImageHolder<T, KyImage<T>> {
+class Holder<KyImage<T>*> : public ImageHolder<T, KyImage<T>> {
+ public:
   using ImageHolder<T, KyImage<T>>::ImageHolder;
 };
 template <class T>
-struct Holder<const KyImage<T>*> : ImageHolder<T, const KyImage<T>> {
+class Holder<const KyImage<T>*> : public ImageHolder<T, const KyImage<T>> {
+ public:
   using ImageHolder<T, const KyImage<T>>::ImageHolder;
 };
 

@@ -3,6 +3,7 @@
 #include <hwy/highway.h>
 
 #include <cctype>
+#include <cstdio>
 #include <cstdlib>
 
 #include "ky/processor.h"
@@ -19,6 +20,10 @@ std::vector<Path> Paths() {
   }
   if (const char* const only = std::getenv("KY_TEST_PATH"))
     std::erase_if(paths, [&](const Path& path) { return path.name != only; });
+  if (paths.empty()) {
+    std::fprintf(stderr, "KY_TEST_PATH names no path of this processor\n");
+    std::abort();
+  }
   return paths;
 }
 
