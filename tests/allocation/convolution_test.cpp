@@ -58,31 +58,4 @@ TEST(Allocation, KernelsLoseTheirCoefficients) {
   EXPECT_EQ(preset.GetDataPtr(), nullptr);
 }
 
-TEST(Allocation, ConvolutionsWriteNothing) {
-  Random random(1);
-  Canvas<KyBW8> canvas(40, 9, {}, random);
-  KyROI<KyBW8> out(canvas.image(), 1, 1, 36, 7);
-  const KyROI<KyBW8> apart(canvas.image(), 0, 0, 36, 7);
-  KyKernel general(KERNEL_SOBEL_X), positive(KERNEL_SOBEL_X), dedicated(KERNEL_SOBEL_X);
-  general.SetRectifier(0);
-  dedicated.SetRectifier(1);
-  const auto check = [&](auto call, const std::vector<const char*>& trace) {
-    for (const KyROI<KyBW8>* source : {static_cast<const KyROI<KyBW8>*>(&out), &apart}) {
-      const int fewest = source == &out ? 2 : 3;
-      CheckAllocationFailures([&] { return call(source); }, KY_ERROR_NOT_ENOUGH_MEMORY, trace,
-                              [&] { return canvas.Unchanged(); }, fewest);
-      canvas.Put(canvas.Get());
-    }
-  };
-  const auto convolve = [&](const KyKernel& kernel) {
-    return [&](const KyROI<KyBW8>* in) { return ImgConvolKernel(in, &out, &kernel); };
-  };
-  check(convolve(general), {"ImgConvolKernel"});
-  check(convolve(positive), {"ImgConvolKernel"});
-  check(convolve(dedicated), {"ConvolKernel3x3", "ImgConvolKernel"});
-  check([&](auto* in) { return ImgConvolSymmetricKernel(in, &out, &dedicated); },
-        {"ConvolKernelS3xS3", "ImgConvolSymmetricKernel"});
-  check([&](auto* in) { return ImgConvolHighpass2(in, &out); }, {"ImgConvolHighpass2 (BW8)"});
-}
-
 }  // namespace

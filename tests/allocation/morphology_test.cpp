@@ -53,23 +53,4 @@ TEST(Allocation, Morphology) {
   }
 }
 
-TEST(Allocation, TopHats) {
-  Random random(4);
-  Canvas<KyBW8> canvas(30, 20, {1, 1, 1}, random);
-  Roi overlapping(canvas.image(), 0, 2, 30, 20);
-  const auto unchanged = [&] { return canvas.Unchanged(); };
-  CheckAllocationFailures(
-      [&] { return ImgWhiteTopHatBox(canvas.roi(), &overlapping, 1); }, KY_ERROR_NOT_ENOUGH_MEMORY,
-      {"ImgErode3x3 (BW8)", "ImgErodeBox", "ImgOpenBox", "ImgWhiteTopHatBox"}, unchanged, 3);
-  canvas.Put(canvas.Get());
-  CheckAllocationFailures(
-      [&] { return ImgBlackTopHatDisk(canvas.roi(), &overlapping, 0); }, KY_ERROR_NOT_ENOUGH_MEMORY,
-      {"ImgOper (BW8 Image to Image)", "ImgDilateDisk", "ImgCloseDisk", "ImgBlackTopHatDisk"},
-      unchanged);
-  // Of one and the same pixels the difference is 0, without any work.
-  FailingAllocation failing(1);
-  EXPECT_EQ(ImgBlackTopHatBox(canvas.roi(), nullptr, 4), KY_OK);
-  EXPECT_FALSE(failing.Happened());
-}
-
 }  // namespace

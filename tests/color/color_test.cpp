@@ -34,10 +34,6 @@ TEST(Color, Components) {
 }
 
 TEST(Color, Refusals) {
-  CheckRefusals<KyBW8, KyC24>([](auto* in, auto* out) { return ClrGetComponent(in, out, 5); },
-                              {"ClrGetComponent"});
-  CheckRefusals<KyC24, KyBW8>([](auto* in, auto* out) { return ClrSetComponent(in, out, -1); },
-                              {"ClrSetComponent"});
   KyImage<KyC24> color(3, 3);
   KyImage<KyBW8> grey(3, 3);
   for (const int component : {-1, 3}) {

@@ -265,21 +265,6 @@ TEST(ConvolKernel, NumbersThatAreNone) {
 }
 
 TEST(ConvolKernel, Refusals) {
-  KyKernel general(KERNEL_SOBEL_X), positive(KERNEL_SOBEL_X), dedicated(KERNEL_SOBEL_X);
-  general.SetRectifier(0);
-  dedicated.SetRectifier(1);
-  for (const KyKernel* kernel : {&general, &positive, &dedicated})
-    CheckRefusals<KyBW8, KyBW8>(
-        [&](auto* in, auto* out) { return ImgConvolKernel(in, out, kernel); }, {"ImgConvolKernel"});
-  const char* const workers[] = {"ConvolKernelS3xS3", "ConvolKernelS5xS5", "ConvolKernelS7xS7"};
-  for (std::int16_t size = 3; size <= 7; size = static_cast<std::int16_t>(size + 2)) {
-    const KyKernel kernel(size, size, 1, 0, 2, 0);
-    std::fill_n(kernel.GetDataPtr(), size * size, 1.0f);
-    CheckRefusals<KyBW8, KyBW8>(
-        [&](auto* in, auto* out) { return ImgConvolSymmetricKernel(in, out, &kernel); },
-        {workers[size / 2 - 1], "ImgConvolSymmetricKernel"});
-  }
-
   Random random(8);
   Canvas<KyBW8> in(9, 5, {}, random), out(9, 5, {}, random);
   const auto expect = [&](KY_ERRORS code, const std::vector<const char*>& trace, auto call,

@@ -33,16 +33,5 @@ TEST(Mirror, EverySize) {
   CheckOperation<KyC24>(twice, [](auto&) {});
 }
 
-TEST(Mirror, Refusals) {
-  CheckRefusals<KyBW8>([](auto* roi) { return ImgVerticalMirror(roi); },
-                       {"ImgVerticalMirror (gray-level)"});
-  CheckRefusals<KyC24>([](auto* roi) { return ImgVerticalMirror(roi); },
-                       {"ImgVerticalMirror (color)"});
-  CheckRefusals<KyBW8>([](auto* roi) { return ImgHorizontalMirror(roi); },
-                       {"ImgHorizontalMirror (gray-level)"});
-  CheckRefusals<KyC24>([](auto* roi) { return ImgHorizontalMirror(roi); },
-                       {"ImgHorizontalMirror (gray-level)"});
-}
-
 }  // namespace
 }  // namespace ky::test

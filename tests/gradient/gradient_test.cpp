@@ -178,11 +178,6 @@ TEST(Gradient, Refusals) {
   Random random(4);
   KyImage<KyBW8> lookup(512, 512), wide(513, 512), low(512, 511), small(256, 256);
   KyROI<KyBW8> part(&wide, 1, 0, 512, 512), nowhere, off(&lookup, 1, 0, 512, 512);
-  CheckRefusals<KyBW32, KyBW8>([](auto* in, auto* out) { return ImgGradientVector(in, out); },
-                               {"ImgGradientVector"});
-  const auto scalar = [&](auto* in, auto* out) { return ImgGradientScalar(in, out, &small); };
-  CheckRefusals<KyBW8, KyBW8>(scalar, {"ImgGradientScalar"});
-  CheckRefusals<KyBW8, KyBW32>(scalar, {"ImgGradientScalar"});
   const struct {
     const KyROI<KyBW8>* lookup;
     KY_ERRORS error;

@@ -197,25 +197,7 @@ TEST(Frames, MatchUndoesRealignment) {
 }
 
 TEST(Frames, Refusals) {
-  const auto get = [](auto* a, auto* b) { return ImgGetFrame(a, b, 1); };
-  const auto set = [](auto* a, auto* b) { return ImgSetFrame(a, b, 1); };
-  const auto realign = [](auto* a, auto* b) { return ImgRealignFrame(a, b, 2, 1); };
-  const auto rebuild = [](auto* a, auto* b) { return ImgRebuildFrame(a, b, 1); };
-  const auto swap = [](auto* a, auto* b) { return ImgSwapFrames(a, b); };
   int best = 77;
-  // Bad ROIs come before bad offsets and lines.
-  const auto match = [&](auto* roi) { return ImgMatchFrames(roi, -1, 3, -3, best); };
-  CheckRefusals<KyBW8, KyBW8>(get, {"ImgGetFrame (KyBW8)"});
-  CheckRefusals<KyBW8, KyBW8>(set, {"ImgSetFrame (KyBW8)"});
-  CheckRefusals<KyBW8, KyBW8>(realign, {"ImgRealignFrame (KyBW8)"});
-  CheckRefusals<KyC24, KyC24>(realign, {"ImgRealignFrame (KyC24)"});
-  CheckRefusals<KyBW8, KyBW8>(rebuild, {"ImgRebuildFrame (KyBW8)"});
-  CheckRefusals<KyC24, KyC24>(rebuild, {"ImgRebuildFrame (KyC24)"});
-  CheckRefusals<KyBW8, KyBW8>(swap, {"ImgSwapFrames (KyBW8)"});
-  CheckRefusals<KyC24, KyC24>(swap, {"ImgSwapFrames (KyC24)"});
-  CheckRefusals<KyBW8>(match, {"ImgMatchFrames (KyBW8)"});
-  CheckRefusals<KyC24>(match, {"ImgMatchFrames (KyC24)"});
-
   Random random(5);
   Canvas<KyBW8> canvas(6, 3, {}, random);
   const struct {

@@ -242,38 +242,6 @@ TEST(Operators, Into16Bits) {
   });
 }
 
-TEST(Operators, BadRois) {
-  const KyBW8 level = 9;
-  const KyC24 color(1, 2, 3);
-  CheckRefusals<KyBW8>([&](auto* out) { return ImgCopy(level, out); },
-                       {"ImgCopy (BW8 Const to Image)"});
-  CheckRefusals<KyBW8, KyBW8>([](auto... roi) { return ImgCopy(roi...); },
-                              {"ImgOper (BW8 Image to Image)"});
-  CheckRefusals<KyBW8, KyBW8>([&](auto* a, auto* out) { return ImgOper(Op(2), level, a, out); },
-                              {"ImgOper (BW8 Const, Image to Image)"});
-  CheckRefusals<KyBW8, KyBW8>([&](auto* a, auto* out) { return ImgOper(Op(2), a, level, out); },
-                              {"ImgOper (BW8 Image, Const to Image)"});
-  CheckRefusals<KyC24, KyC24>([&](auto* a, auto* out) { return ImgOper(Op(2), color, a, out); },
-                              {"ImgOper (C24 Const, Image to Image)"});
-  CheckRefusals<KyC24, KyC24>([&](auto* a, auto* out) { return ImgOper(Op(2), a, color, out); },
-                              {"ImgOper (C24 Image, Const to Image)"});
-  const auto add = [](auto... roi) { return ImgOper(Op(2), roi...); };
-  const auto overlay = [](auto... roi) { return ImgOper(KY_OPER_OVERLAY, roi...); };
-  CheckRefusals<KyBW8, KyBW8, KyBW8>(add, {"ImgOper (BW8 Image, Image to Image)"});
-  CheckRefusals<KyC24, KyC24, KyC24>(add, {"ImgOper (C24 Image, Image to Image)"});
-  CheckRefusals<KyC24, KyBW8, KyC24>(add, {"ImgOper (BW8 Image, C24 Image to C24 Image)"});
-  CheckRefusals<KyC24, KyC24, KyBW8>(add, {"ImgOper (C24 Image, BW8 Image to C24 Image)"});
-  CheckRefusals<KyC24, KyBW8, KyBW8>(overlay, {"ImgOper (BW8 Image, BW8 Image to C24 Image)"});
-  CheckRefusals<KyC24, KyBW8>(overlay, {"ImgOper (BW8 Image to C24 Image)"});
-  CheckRefusals<KyC24, KyC24>(overlay, {"ImgOper (C24 Image to Image)"});
-  CheckRefusals<KyBW16, KyBW8, KyBW8>(add, {"ImgOper (BW8 Image and BW8 Image to BW16 Image)"});
-  CheckRefusals<KyBW16, KyBW16, KyBW8>(add, {"ImgOper (BW16 Image and BW8 Image to BW16 IMage)"});
-  CheckRefusals<KyC24>([&](auto* out) { return ImgOper(Op(0), color, out); },
-                       {"ImgOper (C24 Const to Image)"});
-  CheckRefusals<KyBW16>([&](auto* out) { return ImgOper(Op(0), KyBW16(7), out); },
-                        {"ImgOper (BW16 Const to BW16 Image)"});
-}
-
 // Which operations an overload takes: 0 accepted and done, 1003 refused, 32767 accepted without a
 // case.
 TEST(Operators, OperationsOutsideTheList) {

@@ -55,8 +55,6 @@ TEST(Threshold, GivenLevels) {
         [&](auto* in, auto* out) { return ImgThreshold(in, out, threshold, 200, 100); },
         PerPixel([&](KyBW8, KyBW8 v) { return KyBW8(v < threshold ? 200 : 100); }));
   }
-  CheckRefusals<KyBW8, KyBW8>([](auto* in, auto* out) { return ImgThreshold(in, out, 7); },
-                              {"ImgThreshold"});
 }
 
 TEST(Threshold, AutomaticLevels) {

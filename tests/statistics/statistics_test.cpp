@@ -107,18 +107,4 @@ TEST(Statistics, SmallExamples) {
   EXPECT_EQ(n.maximum, 255);
 }
 
-TEST(Statistics, RoisWithoutPixels) {
-  float a = kUntouched, b = kUntouched;
-  KyBW8 low = 77, high = 77;
-  CheckRefusals<KyBW8>([&](auto* roi) { return ImgPixelAverage(roi, a); },
-                       {"ImgPixelAverage (BW8)"});
-  CheckRefusals<KyBW8>([&](auto* roi) { return ImgPixelVariance(roi, a, b); },
-                       {"ImgPixelVariance (BW8)"});
-  CheckRefusals<KyBW8>([&](auto* roi) { return ImgPixelStdDev(roi, a, b); },
-                       {"ImgPixelVariance (BW8)", "ImgPixelStdDev"});
-  CheckRefusals<KyBW8>([&](auto* roi) { return ImgPixelStat(roi, low, high, a); },
-                       {"ImgPixelStat"});
-  EXPECT_EQ(std::tuple(a, b, low, high), std::tuple(kUntouched, kUntouched, 77, 77));
-}
-
 }  // namespace

@@ -2,7 +2,7 @@
 //
 // CheckOperation runs a call on many sizes and places, separate, in place and overlapping, on every
 // path, and compares each result with a model, byte for byte; nothing outside the destination may
-// change. CheckRefusals hands it every kind of bad ROI. Both take
+// change. It takes
 //
 //   call:  KY_ERRORS(const KyROI<In>*..., KyROI<Out>*)
 //   model: void(const Picture<In>&..., Picture<Out>& out), where `out` holds the destination's old
@@ -21,7 +21,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/paths.h"
+#include "tests/support/each_path.h"
 #include "tests/support/picture.h"
 
 namespace ky::test {
@@ -105,18 +105,6 @@ class Harness {
     });
   }
 
-  template <class Call>
-  static void CheckRefusals(Call call, const std::vector<const char*>& trace) {
-    Random random(2);
-    constexpr std::size_t kSources = sizeof...(In);
-    for (std::size_t bad = 0; bad <= kSources; ++bad) {
-      for (int kind = 0; kind < 5; ++kind) {
-        SCOPED_TRACE("argument " + std::to_string(bad) + ", fault " + std::to_string(kind));
-        Refuse(call, trace, bad, kind, random, std::index_sequence_for<In...>());
-      }
-    }
-  }
-
  private:
   using Canvases = std::tuple<std::unique_ptr<Canvas<In>>...>;
   static Canvases Paint(const std::tuple<Picture<In>...>& sources, Placement place,
@@ -187,36 +175,6 @@ class Harness {
     (run(std::integral_constant<std::size_t, I>()), ...);
   }
 
-  // Argument `bad` is null, without an image, off its parent, or of another size; the last once
-  // more beside a destination without an image, which is what must be found first.
-  template <class Call, std::size_t... I>
-  static void Refuse(const Call& call, const std::vector<const char*>& trace, std::size_t bad,
-                     int kind, Random& random, std::index_sequence<I...>) {
-    constexpr std::size_t kOut = sizeof...(In);
-    if ((kind == 3 && kOut == 0) || (kind == 4 && bad == kOut)) return;
-    [[maybe_unused]] const Canvases sources = Paint({Picture<In>(9, 5)...}, kPlacements[1], random);
-    Canvas<Out> out(9, 5, kPlacements[1], random);
-    const auto faulty = [&]<class T>(Canvas<T>& canvas, std::size_t index,
-                                     KyROI<T>& spare) -> KyROI<T>* {
-      if (kind == 4 && index == kOut) return &spare;
-      if (index != bad) return canvas.roi();
-      switch (kind) {
-        case 0: return nullptr;
-        case 1: return &spare;
-        case 2: canvas.roi()->SetPlacement(7, 4, 9, 5); break;
-        default: canvas.roi()->SetSize(8, 5);
-      }
-      return canvas.roi();
-    };
-    std::tuple<KyROI<In>...> spares;
-    KyROI<Out> spare;
-    const KY_ERRORS status =
-        call(faulty(*std::get<I>(sources), I, std::get<I>(spares))..., faulty(out, kOut, spare));
-    EXPECT_EQ(status, kind == 3 ? KY_ERROR_SIZE_MISMATCH : KY_ERROR_NO_IMAGE);
-    ExpectTrace(status, trace);
-    EXPECT_TRUE(out.Unchanged());
-  }
-
  public:
   static void ExpectTrace(KY_ERRORS status, const std::vector<const char*>& trace) {
     EXPECT_EQ(KyGetError(), status);
@@ -233,13 +191,6 @@ void CheckOperation(Call call, Model model, const std::vector<Size>& sizes = Awk
                     Aliasing aliasing = Aliasing::kInPlaceAndOverlap,
                     SourceSize sourceSize = kSameSize) {
   Harness<Out, In...>::CheckOperation(call, model, sizes, aliasing, sourceSize);
-}
-
-// Every null, missing, misplaced and unequal ROI is refused with its code and the trace, innermost
-// name first.
-template <class Out, class... In, class Call>
-void CheckRefusals(Call call, const std::vector<const char*>& trace) {
-  Harness<Out, In...>::CheckRefusals(call, trace);
 }
 
 }  // namespace ky::test

@@ -162,18 +162,6 @@ TEST(RecursiveAverage, ReducesNoise) {
 TEST(RecursiveAverage, Refusals) {
   KyBW16Vector table, brief(8190), longer(8192);
   ImgSetRecursiveAverageLUT(&table, 2);
-  CheckRefusals<KyBW8, KyBW8>(
-      [&](auto* in, auto* out) {
-        KyImage<KyBW16> state(9, 5);
-        return ImgRecursiveAverage(in, &state, out, &table);
-      },
-      {"ImgRecursiveAverage"});
-  CheckRefusals<KyBW16>(
-      [&](auto* state) {
-        KyImage<KyBW8> image(9, 5);
-        return ImgRecursiveAverage(&image, state, &image, nullptr);
-      },
-      {"ImgRecursiveAverage"});
   Random random(4);
   Canvas<KyBW8> image(9, 5, {}, random);
   Canvas<KyBW16> state(9, 5, {}, random), narrow(8, 5, {}, random);

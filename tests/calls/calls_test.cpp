@@ -1,0 +1,187 @@
+// What holds for every call of the registry: bad ROIs, vectors and kernels are refused with their
+// code and trace; every path gives the same; nothing but outputs changes; neighbouring ROIs are
+// separate worlds for two threads.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "tests/registry/arguments.h"
+#include "tests/support/each_path.h"
+
+namespace {
+
+using namespace ky::test;  // NOLINT
+
+KY_ERRORS CodeOf(const Call& call, const Parameter& parameter, Fault fault) {
+  const bool isRoi = parameter.type.find("KyROI<") != parameter.type.npos;
+  switch (fault) {
+    case Fault::kNone: return KY_OK;
+    case Fault::kNull: {
+      const KY_ERRORS usual = isRoi ? KY_ERROR_NO_IMAGE
+                              : parameter.type.find("KyKernel") != std::string::npos
+                                  ? KY_ERROR_KERNEL_SIZE
+                                  : KY_ERROR_BAD_VECTOR_TYPE;
+      return call.Code(Option::Kind::kNull, parameter.name, usual);
+    }
+    case Fault::kNoImage:
+      return call.Code(Option::Kind::kNoImage, parameter.name, KY_ERROR_NO_IMAGE);
+    case Fault::kOffParent:
+      return call.Code(Option::Kind::kOffParent, parameter.name,
+                       CodeOf(call, parameter, Fault::kNoImage));
+    case Fault::kOtherSize: {
+      int rois = 0;
+      for (const Parameter& other : call.parameters)
+        rois += other.type.find("KyROI<") != std::string::npos;
+      return call.Code(Option::Kind::kUnequal, parameter.name,
+                       rois < 2 ? KY_OK : KY_ERROR_SIZE_MISMATCH);
+    }
+  }
+  return KY_OK;
+}
+
+// The trace of a refusal is that of the registry; one that starts with "..." is its end.
+void ExpectTrace(const Call& call, const std::vector<std::string>& trace) {
+  std::vector<std::string> expected = call.trace;
+  if (!expected.empty() && expected[0] == "...") {
+    expected.erase(expected.begin());
+    ASSERT_GE(trace.size(), expected.size());
+    EXPECT_TRUE(std::equal(expected.rbegin(), expected.rend(), trace.rbegin()));
+  } else {
+    EXPECT_EQ(trace, expected);
+  }
+}
+
+TEST(Calls, BadArgumentsAreRefused) {
+  constexpr Fault kFaults[] = {Fault::kNull, Fault::kNoImage, Fault::kOffParent, Fault::kOtherSize};
+  for (const Call* const call : Callable()) {
+    SCOPED_TRACE(call->Declaration());
+    int refused = 0;
+    for (const Fault fault : kFaults) {
+      for (std::size_t bad = 0; bad < call->parameters.size(); ++bad) {
+        SCOPED_TRACE("fault " + std::to_string(static_cast<int>(fault)) + " of " +
+                     call->parameters[bad].name);
+        // The draw is one of those with which the call succeeds.
+        for (unsigned seed = 1;; ++seed) {
+          ASSERT_LT(seed, 200u) << "the call never succeeds";
+          SeededDraw draw(seed), again(seed);
+          const bool never = call->Find(Option::Kind::kNever, "") != nullptr;
+          if (!never && Arguments(*call, again, Plan()).Run().status != KY_OK) continue;
+          const Arguments arguments(*call, draw, Plan());
+          if (!arguments[bad].Spoil(fault)) break;
+          const KY_ERRORS code = CodeOf(*call, call->parameters[bad], fault);
+          const std::vector<Bytes> before = arguments.State();
+          const Outcome outcome = arguments.Run();
+          EXPECT_EQ(outcome.status, code);
+          EXPECT_EQ(arguments.Damage(before, outcome.status), "");
+          if (code == KY_OK) break;
+          ++refused;
+          ExpectTrace(*call, outcome.trace);
+          break;
+        }
+      }
+    }
+    EXPECT_GT(refused + (call->parameters.empty() ? 1 : 0), 0);
+  }
+}
+
+// An ROI without pixels is found before one of another size, whatever their order.
+TEST(Calls, MissingImagesComeBeforeSizes) {
+  int refused = 0;
+  for (const Call* const call : Callable()) {
+    SCOPED_TRACE(call->Declaration());
+    for (std::size_t a = 0; a < call->parameters.size(); ++a)
+      for (std::size_t b = 0; b < call->parameters.size(); ++b) {
+        const auto code = [&](std::size_t i, Fault fault) {
+          return CodeOf(*call, call->parameters[i], fault);
+        };
+        if (a == b || code(a, Fault::kNoImage) != KY_ERROR_NO_IMAGE ||
+            code(a, Fault::kOtherSize) != KY_ERROR_SIZE_MISMATCH ||
+            code(b, Fault::kOtherSize) != KY_ERROR_SIZE_MISMATCH)
+          continue;
+        SeededDraw draw(1);
+        const Arguments arguments(*call, draw, Plan());
+        if (!arguments[a].Spoil(Fault::kNoImage) || !arguments[b].Spoil(Fault::kOtherSize))
+          continue;
+        EXPECT_EQ(arguments.Run().status, KY_ERROR_NO_IMAGE)
+            << call->parameters[a].name << " and " << call->parameters[b].name;
+        ++refused;
+      }
+  }
+  EXPECT_GT(refused, 100);
+}
+
+// Random arguments, a part of them hostile: all paths do the same and write outputs only. Each call
+// must be seen to succeed, and to choose its kernels by the instruction set.
+TEST(Calls, EveryPathGivesTheSame) {
+  const std::vector<Path> paths = Paths();
+  for (const Call* const call : Callable()) {
+    SCOPED_TRACE(call->Declaration());
+    int succeeded = 0, dispatched = 0;
+    for (unsigned seed = 0; seed < 60; ++seed) {
+      SCOPED_TRACE("seed " + std::to_string(seed));
+      std::vector<Bytes> expected;
+      Outcome expectedOutcome;
+      for (const Path& path : paths) {
+        SCOPED_TRACE(path.name);
+        const OnPath on(path);
+        SeededDraw draw(seed);
+        Plan plan = DrawPlan(*call, draw, seed % 2 == 0 ? 140 : 30, 14);
+        plan.hostile = seed % 3 == 0;
+        const Arguments arguments(*call, draw, plan);
+        const std::vector<Bytes> before = arguments.State();
+        const Outcome outcome = arguments.Run();
+        dispatched += path.target != 0 && on.Dispatched();
+        EXPECT_EQ(arguments.Damage(before, outcome.status), "");
+        succeeded += outcome.status == KY_OK;
+        if (&path == &paths.front()) {
+          expectedOutcome = outcome;
+          expected = arguments.State();
+          continue;
+        }
+        EXPECT_EQ(outcome.status, expectedOutcome.status);
+        EXPECT_TRUE(outcome == expectedOutcome);
+        EXPECT_TRUE(arguments.State() == expected) << "the paths leave different bytes";
+      }
+    }
+    EXPECT_TRUE(succeeded > 0 || call->Find(Option::Kind::kNever, "") != nullptr)
+        << "the call never succeeds";
+    EXPECT_TRUE(dispatched > 0 || call->Find(Option::Kind::kPlain, "") != nullptr ||
+                paths.back().target == 0)
+        << "nothing is dispatched by the instruction set";
+  }
+}
+
+// Two threads on neighbouring ROIs of the same images leave what one after the other leaves.
+TEST(Threads, EveryCallOnNeighbouringRois) {
+  for (const Call* const call : Callable()) {
+    SCOPED_TRACE(call->Declaration());
+    if (call->Declaration().find("KyROI<KyBW1>* destination") != std::string::npos)
+      continue;  // neighbours share bytes
+    for (const Sharing sharing : {Sharing::kApart, Sharing::kInPlace}) {
+      std::vector<std::vector<Bytes>> states;
+      for (const bool together : {false, true}) {
+        SeededDraw draw(7);
+        Plan plan{41, 14, sharing, false, nullptr, true};
+        const Arguments left(*call, draw, plan);
+        plan.beside = &left;
+        const Arguments right(*call, draw, plan);
+        const auto run = [](const Arguments& arguments) {
+          for (int i = 0; i < 3; ++i) arguments.Run();
+        };
+        if (together) {
+          std::thread one([&] { run(left); }), other([&] { run(right); });
+          one.join();
+          other.join();
+        } else {
+          run(left);
+          run(right);
+        }
+        states.push_back(left.State());
+        for (const Bytes& bytes : right.State()) states.back().push_back(bytes);
+      }
+      EXPECT_TRUE(states[0] == states[1]);
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,458 @@
+// An argument of each type that calls have: Holder<T> makes, holds and passes one. A type of
+// pixels, of typed vectors, of numbers, enumerations and plain records needs no holder of its own.
+#pragma once
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <optional>
+#include <type_traits>
+
+#include "tests/registry/arguments.h"
+
+namespace ky::test {
+
+// What the arguments of one call are made from.
+struct Context {
+  const Call& call;
+  Draw& draw;
+  Plan plan;
+  std::size_t index = 0;                                // of the argument being made
+  std::map<const void*, std::shared_ptr<void>> sheets;  // by type of pixels, for those that share
+
+  const Option* Find(Option::Kind kind) const {
+    return call.Find(kind, call.parameters[index].name);
+  }
+  bool Hostile(unsigned oneIn) { return plan.hostile && draw.OneIn(oneIn); }
+};
+
+template <class T>
+void Append(Bytes& bytes, const T* data, std::size_t count) {
+  const auto* const first = reinterpret_cast<const unsigned char*>(data);
+  if (count != 0) bytes.insert(bytes.end(), first, first + count * sizeof(T));
+}
+template <class T>
+void Append(Bytes& bytes, const T& value) {
+  Append(bytes, &value, 1);
+}
+
+// An image in memory of exactly its size.
+template <class T>
+struct Sheet {
+  Bytes bytes;
+  int pitch = 0;
+  KyImage<T> image;
+
+  Sheet(int width, int height, Context& context) {
+    constexpr int kSize = static_cast<int>(sizeof(typename KyPixelTraits<T>::Memory));
+    pitch = (width * KyPixelTraits<T>::kBits + 7) / 8 + 4 - kSize % 4;
+    pitch = (pitch + kSize - 1) / kSize * kSize;
+    if (alignof(T) == 4) pitch = (pitch + 3) / 4 * 4;
+    bytes.resize(static_cast<std::size_t>(pitch * height));
+    Fill(context);
+    image.Attach(reinterpret_cast<typename KyPixelTraits<T>::Memory*>(bytes.data()), width, height,
+                 pitch);
+  }
+
+ private:
+  // Any levels, or those near 0 or the maximum, or few different ones.
+  void Fill(Context& context) {
+    SeededDraw random(context.draw.Below(65536));
+    const Option* const words = context.Find(Option::Kind::kWords);
+    const unsigned kind = random.Below(8);
+    if (context.Find(Option::Kind::kBlobs) != nullptr) {
+      for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const std::size_t x = i % static_cast<std::size_t>(pitch) % 16,
+                          y = i / static_cast<std::size_t>(pitch) % 12;
+        bytes[i] = x >= 4 && x < 12 && y >= 3 && y < 9 ? 200 : 0;
+      }
+      return;
+    }
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+      if (words != nullptr) {
+        const int word = random.In(static_cast<int>(words->a), static_cast<int>(words->b));
+        if (i % 2 == 0) bytes[i] = static_cast<unsigned char>(word);
+        if (i % 2 == 0 && i + 1 < bytes.size())
+          bytes[i + 1] = static_cast<unsigned char>(word >> 8);
+        continue;
+      }
+      const unsigned any = random.Below(256);
+      bytes[i] = static_cast<unsigned char>(kind == 0   ? any % 4
+                                            : kind == 1 ? 255 - any % 4
+                                            : kind == 2 ? any / 128 * 200
+                                                        : any);
+    }
+  }
+};
+
+template <class T>
+class Holder;
+
+template <class T>
+class RoiHolder : public Argument {
+ public:
+  RoiHolder(Context& context, bool constant) : constant_(constant) {
+    int width = context.plan.width, height = context.plan.height;
+    if (const Option* const size = context.Find(Option::Kind::kSize))
+      width = static_cast<int>(size->a), height = static_cast<int>(size->b);
+    if (context.Find(Option::Kind::kHalfRows) != nullptr) height /= 2;
+    if (context.plan.beside != nullptr) {
+      auto& other = dynamic_cast<RoiHolder&>((*context.plan.beside)[context.index]);
+      sheet_ = other.sheet_;
+      roi_.emplace(&sheet_->image, other.roi_->GetX() + other.roi_->GetWidth(), other.roi_->GetY(),
+                   width, height);
+      passed_ = &*roi_;
+      return;
+    }
+    if (context.Hostile(16)) width = std::max(0, width + context.draw.In(-2, 2));
+    if (context.Hostile(16)) height = std::max(0, height + context.draw.In(-2, 2));
+    static const char tag = 0;
+    std::shared_ptr<void>& shared = context.sheets[&tag];
+    const bool share = context.plan.sharing != Sharing::kApart && shared != nullptr;
+    if (share) sheet_ = std::static_pointer_cast<Sheet<T>>(shared);
+    const int room = context.plan.roomBeside ? width : 0;
+    if (!share || width + 4 > sheet_->image.GetWidth() || height + 4 > sheet_->image.GetHeight())
+      sheet_ = std::make_shared<Sheet<T>>(width + room + 5, height + 4, context);
+    shared = sheet_;
+    int x = 2, y = 2;
+    if (context.plan.sharing == Sharing::kOverlapping)
+      x += context.draw.In(-2, 2), y += context.draw.In(-2, 2);
+    if (context.Hostile(64)) x = context.draw.In(-1, 99);
+    roi_.emplace(&sheet_->image, x, y, width, height);
+    passed_ = context.Hostile(64) ? nullptr : context.Hostile(64) ? &spare_ : &*roi_;
+  }
+  KyROI<T>* Pass() const { return passed_; }
+  bool IsNull() const override { return passed_ == nullptr; }
+  Bytes State() const override { return sheet_->bytes; }
+  bool MayChange() const override { return !constant_; }
+  const void* Memory() const override { return sheet_.get(); }
+  bool Spoil(Fault fault) override {
+    switch (fault) {
+      case Fault::kNone: break;
+      case Fault::kNull: passed_ = nullptr; break;
+      case Fault::kNoImage: passed_ = &spare_; break;
+      case Fault::kOffParent: roi_->SetPlacement(99, 1, roi_->GetWidth(), roi_->GetHeight()); break;
+      case Fault::kOtherSize: roi_->SetSize(roi_->GetWidth() - 1, roi_->GetHeight()); break;
+    }
+    return true;
+  }
+  void Restore(Bytes& state, const Bytes& before) const override {
+    constexpr int kBits = KyPixelTraits<T>::kBits;
+    for (int y = 0; y < roi_->GetHeight(); ++y) {
+      for (int bit = 0; bit < roi_->GetWidth() * kBits; ++bit) {
+        const int at = roi_->GetX() * kBits + bit;
+        const auto byte = static_cast<std::size_t>((roi_->GetY() + y) * sheet_->pitch + at / 8);
+        if (byte >= state.size() || at < 0) return;
+        const auto mask = static_cast<unsigned char>(kBits % 8 == 0 ? 255 : 128 >> at % 8);
+        state[byte] = static_cast<unsigned char>((state[byte] & ~mask) | (before[byte] & mask));
+        if (kBits % 8 == 0) bit += 7;
+      }
+    }
+  }
+
+ private:
+  bool constant_;
+  std::shared_ptr<Sheet<T>> sheet_;
+  std::optional<KyROI<T>> roi_;
+  KyROI<T> spare_;
+  KyROI<T>* passed_ = nullptr;
+};
+template <class T>
+class Holder<KyROI<T>*> : public RoiHolder<T> {
+ public:
+  explicit Holder(Context& context) : RoiHolder<T>(context, false) {}
+};
+template <class T>
+class Holder<const KyROI<T>*> : public RoiHolder<T> {
+ public:
+  explicit Holder(Context& context) : RoiHolder<T>(context, true) {}
+};
+
+// An object, or null in its place.
+template <class T>
+class ObjectHolder : public Argument {
+ public:
+  bool Spoil(Fault fault) override {
+    if (fault == Fault::kNull) passed_ = nullptr;
+    return fault == Fault::kNull;
+  }
+  bool MayChange() const override { return !std::is_const_v<T>; }
+  T* Pass() const { return passed_; }
+
+ protected:
+  ObjectHolder(Context& context, T* object) : passed_(context.Hostile(64) ? nullptr : object) {}
+
+ private:
+  T* passed_;
+};
+
+template <class T, class Image>
+class ImageHolder : public ObjectHolder<Image> {
+ public:
+  explicit ImageHolder(Context& context)
+      : ObjectHolder<Image>(context, &image_),
+        sheet_(context.plan.width + (context.Hostile(16) ? 1 : 0),
+               context.plan.height + (context.Hostile(16) ? 1 : 0), context) {
+    image_.CopyFrom(sheet_.image);
+  }
+  Bytes State() const override {
+    Bytes bytes;
+    Append(bytes, image_.GetWidth());
+    Append(bytes, image_.GetHeight());
+    const auto row =
+        static_cast<std::size_t>((image_.GetWidth() * KyPixelTraits<T>::kBits + 7) / 8);
+    for (int y = 0; y < image_.GetHeight() && row != 0; ++y)
+      Append(bytes, static_cast<unsigned char*>(image_.GetPixelPtr(0, y)), row);
+    return bytes;
+  }
+
+ private:
+  Sheet<T> sheet_;
+  KyImage<T> image_;
+};
+template <class T>
+class Holder<KyImage<T>*> : public ImageHolder<T, KyImage<T>> {
+ public:
+  using ImageHolder<T, KyImage<T>>::ImageHolder;
+};
+template <class T>
+class Holder<const KyImage<T>*> : public ImageHolder<T, const KyImage<T>> {
+ public:
+  using ImageHolder<T, const KyImage<T>>::ImageHolder;
+};
+
+// A random element of a vector: numbers are any, positions lie about the ROI.
+template <class T>
+T DrawElement(Draw& draw) {
+  T element;
+  std::memset(static_cast<void*>(&element), 0, sizeof element);
+  if constexpr (std::is_arithmetic_v<T>)
+    element = static_cast<T>(sizeof(T) < 4 ? draw.Below(65536) : draw.Below(3000));
+  else if constexpr (requires { element.x; })
+    element.x = static_cast<decltype(element.x)>(draw.OneIn(900) ? -1 : draw.In(0, 14)),
+    element.y = static_cast<decltype(element.y)>(draw.In(0, 10));
+  else
+    for (std::size_t i = 0; i < sizeof element; ++i)
+      reinterpret_cast<unsigned char*>(&element)[i] = static_cast<unsigned char>(draw.Below(256));
+  return element;
+}
+
+template <class T>
+concept TypedVector = requires(T vector) {
+  vector.AddElement(vector[0]);
+  vector.GetMaxElements();
+};
+template <class V>
+requires TypedVector<std::remove_const_t<V>>
+class Holder<V*> : public ObjectHolder<V> {
+ public:
+  explicit Holder(Context& context) : ObjectHolder<V>(context, &vector_) {
+    const Option* const option = context.Find(Option::Kind::kElements);
+    int count = option != nullptr ? static_cast<int>(option->a)
+                : std::is_same_v<std::remove_const_t<V>, KyBW8HistogramVector>
+                    ? 256
+                    : context.draw.In(0, 300);
+    if (context.Hostile(16)) count += context.draw.In(-count, 2);
+    vector_.SetNumElements(static_cast<unsigned>(count));
+    SeededDraw random(context.draw.Below(65536));
+    using Element = std::remove_cvref_t<decltype(vector_[0])>;
+    for (unsigned i = 0; i < static_cast<unsigned>(count); ++i)
+      vector_[i] = DrawElement<Element>(random);
+  }
+  Bytes State() const override {
+    Bytes bytes;
+    Append(bytes, vector_.GetNumElements());
+    Append(bytes, vector_.GetDataPtr(), vector_.GetNumElements());
+    if constexpr (requires { vector_.GetClosed(); }) Append(bytes, vector_.GetClosed());
+    return bytes;
+  }
+
+ private:
+  std::remove_const_t<V> vector_;
+};
+
+template <class V>
+requires std::is_same_v<std::remove_const_t<V>, KyVector>
+class Holder<V*> : public ObjectHolder<V> {
+ public:
+  explicit Holder(Context& context) : ObjectHolder<V>(context, &vector_) {
+    int type = context.draw.In(0, 4), groups = context.draw.In(0, 60), use = context.draw.In(0, 7);
+    const Option* const option = context.Hostile(8) ? nullptr : context.Find(Option::Kind::kGroups);
+    if (option != nullptr)
+      type = static_cast<int>(option->a), groups = static_cast<int>(option->b),
+      use = static_cast<int>(option->c);
+    if (type == 0) {
+      constexpr int kSizes[] = {2, 4, 8};
+      // A single group may hold all elements.
+      vector_.SetStructure(kSizes[context.draw.Below(3)], option != nullptr ? 1 : groups,
+                           option != nullptr ? groups : context.draw.In(1, 3),
+                           context.draw.In(1, 2));
+      groups = vector_.GetNbMaxGroup();
+    } else {
+      vector_.SetType(type, groups, 0);
+    }
+    vector_.SetNbGroup(groups);
+    vector_.SetUse(use);
+    auto* const bytes = static_cast<unsigned char*>(vector_.GetDataPtr());
+    SeededDraw random(context.draw.Below(65536));
+    for (int i = 0; i < vector_.GetAllocatedSize(); ++i) {
+      // Groups of three are small: coordinates among them lie in an ROI.
+      const bool small = type == 1 || type == 4;
+      bytes[i] = static_cast<unsigned char>(!small       ? random.Below(256)
+                                            : i % 4 == 0 ? random.Below(9)
+                                                         : 0);
+    }
+  }
+  Bytes State() const override {
+    Bytes bytes;
+    for (const int value : {vector_.GetVectType(), vector_.GetDataSize(), vector_.GetDataType(),
+                            vector_.GetGroupLength(), vector_.GetNbGroup(), vector_.GetUse(),
+                            vector_.GetAllocatedSize()})
+      Append(bytes, value);
+    Append(bytes, static_cast<unsigned char*>(vector_.GetDataPtr()),
+           static_cast<std::size_t>(vector_.GetAllocatedSize()));
+    return bytes;
+  }
+
+ private:
+  KyVector vector_;
+};
+
+template <>
+class Holder<const KyKernel*> : public ObjectHolder<const KyKernel> {
+ public:
+  explicit Holder(Context& context);
+  Bytes State() const override;
+
+ private:
+  KyKernel kernel_;
+};
+
+template <>
+class Holder<const KyColorLookup*> : public ObjectHolder<const KyColorLookup> {
+ public:
+  explicit Holder(Context& context)
+      : ObjectHolder<const KyColorLookup>(context, Choose(context.draw.Below(3))) {}
+  Bytes State() const override { return {}; }
+
+ private:
+  static const KyColorLookup* Choose(unsigned i) {
+    static const KyColorLookup identity;
+    static const KyColorMatrix luma = KyColorMatrix::Luma();
+    return i == 0 ? nullptr : i == 1 ? &identity : &luma;
+  }
+};
+
+// A table of 256 levels.
+template <>
+class Holder<const KyBW8*> : public ObjectHolder<const KyBW8> {
+ public:
+  explicit Holder(Context& context) : ObjectHolder<const KyBW8>(context, levels_), levels_() {
+    SeededDraw random(context.draw.Below(65536));
+    for (KyBW8& level : levels_) level = static_cast<KyBW8>(random.Below(256));
+  }
+  Bytes State() const override { return Bytes(levels_, levels_ + 256); }
+
+ private:
+  KyBW8 levels_[256];
+};
+
+template <>
+class Holder<KyMovingAverage*> : public Argument {
+ public:
+  explicit Holder(Context& context)
+      : average_(static_cast<unsigned>(context.draw.In(1, 5)), context.plan.width,
+                 context.plan.height, context.Find(Option::Kind::kKeepsSources) != nullptr) {}
+  KyMovingAverage* Pass() { return &average_; }
+  Bytes State() const override { return {}; }
+  bool MayChange() const override { return true; }
+
+ private:
+  KyMovingAverage average_;
+};
+
+// A number: in the range of its option, or of a few small values; or, hostile, any.
+template <class T>
+T DrawNumber(Context& context) {
+  const Option* const range = context.Find(Option::Kind::kRange);
+  if constexpr (std::is_floating_point_v<T>) {
+    using Limits = std::numeric_limits<T>;
+    const T odd[] = {0,
+                     T(1e-30),
+                     -T(1e-30),
+                     Limits::infinity(),
+                     -Limits::infinity(),
+                     Limits::quiet_NaN(),
+                     Limits::max(),
+                     Limits::lowest(),
+                     T(2147483648.0),
+                     T(-0.0)};
+    if (context.Hostile(12)) return odd[context.draw.Below(std::size(odd))];
+    const double least = range != nullptr ? range->a : -2, most = range != nullptr ? range->b : 20;
+    return static_cast<T>(least + (most - least) * context.draw.In(0, 400) / 400);
+  } else {
+    constexpr int kOdd[] = {-1, 0, 1, 2, 127, 128, 255, 256, 32767, 32768, 65535, INT_MAX, INT_MIN};
+    if (context.Hostile(12)) return static_cast<T>(kOdd[context.draw.Below(std::size(kOdd))]);
+    if (context.Find(Option::Kind::kInterpolations) != nullptr)
+      return static_cast<T>(4 * context.draw.In(0, 2));
+    const bool level = sizeof(T) < 4;
+    const double most = range != nullptr ? range->b : level ? 255 : 6;
+    return static_cast<T>(
+        context.draw.In(static_cast<int>(range != nullptr ? range->a : 0), static_cast<int>(most)));
+  }
+}
+
+template <class T>
+requires(std::is_arithmetic_v<T> || std::is_enum_v<T>) class Holder<T> : public Argument {
+ public:
+  explicit Holder(Context& context) {
+    if constexpr (std::is_enum_v<T>)
+      value_ = static_cast<T>(DrawNumber<int>(context));
+    else
+      value_ = DrawNumber<T>(context);
+  }
+  T Pass() const { return value_; }
+  Bytes State() const override { return {}; }
+
+ private:
+  T value_;
+};
+template <>
+class Holder<KyC24> : public Argument {
+ public:
+  explicit Holder(Context& context) : value_(DrawElement<KyC24>(context.draw)) {}
+  KyC24 Pass() const { return value_; }
+  Bytes State() const override { return {}; }
+
+ private:
+  KyC24 value_;
+};
+
+// A result, or several in an array or a record. Numbers may also be read.
+template <class T>
+class Holder<T&> : public Argument {
+ public:
+  explicit Holder(Context& context) {
+    std::memset(static_cast<void*>(&value_), 0, sizeof value_);
+    if constexpr (std::is_arithmetic_v<T>)
+      value_ = DrawNumber<T>(context);
+    else if constexpr (std::is_array_v<T>)
+      for (auto& element : value_)
+        element = DrawNumber<std::remove_cvref_t<decltype(element)>>(context);
+  }
+  T& Pass() { return value_; }
+  Bytes State() const override {
+    Bytes bytes;
+    Append(bytes, value_);
+    return bytes;
+  }
+  bool MayChange() const override { return !std::is_const_v<T>; }
+
+ private:
+  std::remove_const_t<T> value_;
+};
+
+}  // namespace ky::test
