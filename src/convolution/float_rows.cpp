@@ -5,7 +5,7 @@
 #include "convolution/float_rows.h"
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

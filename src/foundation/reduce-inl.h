@@ -1,4 +1,4 @@
-// The vector loops of reductions. Included by row files like rows-inl.h.
+// The vector loops of reductions. Included by row files like lanes-inl.h.
 #if defined(KY_FOUNDATION_REDUCE_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_FOUNDATION_REDUCE_INL_H_
 #undef KY_FOUNDATION_REDUCE_INL_H_
@@ -6,8 +6,10 @@
 #define KY_FOUNDATION_REDUCE_INL_H_
 #endif
 
+#include "foundation/lanes-inl.h"
+#include "foundation/prefetch-inl.h"
 #include "foundation/reduce.h"
-#include "foundation/rows-inl.h"
+#include "foundation/spans-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

@@ -5,6 +5,7 @@
 #include "geometry/affine_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/widen-inl.h"
 #include "geometry/gather-inl.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -1,4 +1,4 @@
-// Pixels from scattered places. Compiled once per instruction set, as rows-inl.h is.
+// Pixels from scattered places. Compiled once per instruction set, as lanes-inl.h is.
 #if defined(KY_GEOMETRY_GATHER_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_GEOMETRY_GATHER_INL_H_
 #undef KY_GEOMETRY_GATHER_INL_H_
@@ -6,7 +6,7 @@
 #define KY_GEOMETRY_GATHER_INL_H_
 #endif
 
-#include "foundation/rows-inl.h"
+#include "foundation/lanes-inl.h"
 #include "geometry/gather.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -7,7 +7,8 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/lanes-inl.h"
+#include "foundation/shifts-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

@@ -7,6 +7,8 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
+#include "foundation/prefetch-inl.h"
+#include "foundation/spans-inl.h"
 #include "foundation/window-inl.h"
 
 HWY_BEFORE_NAMESPACE();

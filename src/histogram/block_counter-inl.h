@@ -1,4 +1,4 @@
-// Counts levels without tables. Included by row files like rows-inl.h.
+// Counts levels without tables. Included by row files like lanes-inl.h.
 #if defined(KY_HISTOGRAM_BLOCK_COUNTER_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_HISTOGRAM_BLOCK_COUNTER_INL_H_
 #undef KY_HISTOGRAM_BLOCK_COUNTER_INL_H_
@@ -8,7 +8,7 @@
 
 #include <utility>
 
-#include "foundation/rows-inl.h"
+#include "foundation/lanes-inl.h"
 #include "histogram/reduce_rows.h"
 
 HWY_BEFORE_NAMESPACE();

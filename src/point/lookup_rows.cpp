@@ -5,7 +5,9 @@
 #include "point/lookup_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/spans-inl.h"
 #include "foundation/table-inl.h"
+#include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

@@ -5,7 +5,8 @@
 #include "point/operators_rows.h"
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/spans-inl.h"
+#include "foundation/widen-inl.h"
 #include "point/division-inl.h"
 
 HWY_BEFORE_NAMESPACE();

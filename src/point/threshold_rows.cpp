@@ -5,7 +5,8 @@
 #include "point/threshold_rows.h"
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/bits-inl.h"
+#include "foundation/spans-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

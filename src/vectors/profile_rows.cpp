@@ -6,8 +6,9 @@
 
 #include <bit>
 
+#include "foundation/bits-inl.h"
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/spans-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
