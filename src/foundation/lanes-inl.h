@@ -10,7 +10,10 @@
 #include <hwy/highway.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+
+#include "ky/pixels.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -18,8 +21,8 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Elements in memory to lanes of D, which may be wider, and back; wider lanes, taken as signed, are
-// clamped to what an element can hold. (Named apart from Highway's Load and Store, which want
+// Elements in memory to lanes of D, which may be wider, and back: wider lanes, taken as signed, are
+// limited to what an element can hold. (Named apart from Highway's Load and Store, which want
 // aligned memory and would be found by argument-dependent lookup.)
 template <class D, class T>
 HWY_INLINE hn::Vec<D> LoadLanes(D d, const T* from) {
@@ -29,29 +32,59 @@ HWY_INLINE hn::Vec<D> LoadLanes(D d, const T* from) {
     return hn::PromoteTo(d, hn::LoadU(hn::Rebind<T, D>(), from));
   }
 }
-template <class D, class T>
-HWY_INLINE void StoreLanes(D d, hn::Vec<D> v, T* to) {
-  if constexpr (sizeof(T) == sizeof(hn::TFromD<D>)) {
+template <class V, class T>
+HWY_INLINE void StoreLanes(V v, T* to) {
+  const hn::DFromV<V> d;
+  using Lane = hn::TFromV<V>;
+  if constexpr (sizeof(T) == sizeof(Lane)) {
     hn::StoreU(v, d, to);
   } else {
-    const hn::Rebind<hwy::MakeSigned<hn::TFromD<D>>, D> wide;
-    const hn::Rebind<T, D> narrow;
+    const hn::Rebind<hwy::MakeSigned<Lane>, decltype(d)> wide;
+    const hn::Rebind<T, decltype(d)> narrow;
     hn::StoreU(hn::DemoteTo(narrow, hn::BitCast(wide, v)), narrow, to);
   }
 }
 
-// The first n elements alone; lanes without an element are 0. No byte behind them is touched.
+// Elements of three and four bytes as one vector for each byte.
+template <class V>
+struct Planes3 {
+  V c0, c1, c2;
+};
+template <class V>
+struct Planes4 {
+  V c0, c1, c2, c3;
+};
+template <class D>
+HWY_INLINE Planes3<hn::Vec<D>> LoadLanes(D d, const KyC24* from) {
+  Planes3<hn::Vec<D>> planes;
+  hn::LoadInterleaved3(d, &from->c0, planes.c0, planes.c1, planes.c2);
+  return planes;
+}
+template <class V, class T>
+HWY_INLINE void StoreLanes(const Planes3<V>& v, T* to) {
+  static_assert(sizeof(T) == 3);
+  hn::StoreInterleaved3(v.c0, v.c1, v.c2, hn::DFromV<V>(), reinterpret_cast<uint8_t*>(to));
+}
+template <class V, class T>
+HWY_INLINE void StoreLanes(const Planes4<V>& v, T* to) {
+  static_assert(sizeof(T) == 4);
+  hn::StoreInterleaved4(v.c0, v.c1, v.c2, v.c3, hn::DFromV<V>(), reinterpret_cast<uint8_t*>(to));
+}
+
+// The first n of the elements that the lanes of D stand for; lanes without an element are 0. No
+// byte after them is touched.
 template <class D, class T>
-HWY_INLINE hn::Vec<D> LoadPart(D d, const T* from, size_t n) {
-  HWY_ALIGN T part[hn::MaxLanes(D())] = {};
-  std::memcpy(part, from, n * sizeof(T));
+HWY_INLINE auto LoadPart(D d, const T* from, size_t n) {
+  HWY_ALIGN T part[hn::MaxLanes(D())];
+  std::memset(static_cast<void*>(part), 0, sizeof part);
+  std::memcpy(static_cast<void*>(part), from, n * sizeof(T));
   return LoadLanes(d, part);
 }
-template <class D, class T>
-HWY_INLINE void StorePart(D d, hn::Vec<D> v, T* to, size_t n) {
+template <class D, class V, class T>
+HWY_INLINE void StorePart(D, const V& v, T* to, size_t n) {
   HWY_ALIGN T part[hn::MaxLanes(D())];
-  StoreLanes(d, v, part);
-  std::memcpy(to, part, n * sizeof(T));
+  StoreLanes(v, part);
+  std::memcpy(static_cast<void*>(to), part, n * sizeof(T));
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)

@@ -1,8 +1,11 @@
 // The vector loops that row kernels share. Included by row files like lanes-inl.h.
 //
 // A formula is a functor over vectors, `template <class D, class V> V operator()(D d, V a, V b)
-// const`, with `using Lane = ...`, the lane type that it works in. The same text serves every
-// instruction set, the tail of a row, and, on the one-lane scalar target, the plain path.
+// const`, with `using Lane = ...`, the lane type that it works in. Elements narrower than that are
+// widened for it; elements of three bytes are given to it as Planes3. What it returns may have
+// lanes of another type than Lane, and is stored as elements of that size or narrower; it may also
+// be planes, or Several. The same text serves every instruction set, the tail of a row, and, on the
+// one-lane scalar target, the plain path.
 #if defined(KY_FOUNDATION_SPANS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_FOUNDATION_SPANS_INL_H_
 #undef KY_FOUNDATION_SPANS_INL_H_
@@ -12,11 +15,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "foundation/lanes-inl.h"
 #include "foundation/prefetch-inl.h"
-#include "ky/pixels.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -24,15 +25,78 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+// Things side by side: the results that a formula has for each place, and where they go. Results
+// without a place to go to are dropped.
+template <class First, class... More>
+struct Several {
+  First first;
+  Several<More...> more;
+};
+template <class Last>
+struct Several<Last> {
+  Last first;
+};
+template <class... T>
+Several(T...) -> Several<T...>;
+
+template <class T, class... More>
+HWY_INLINE Several<T*, More...> operator+(const Several<T*, More...>& out, size_t i) {
+  if constexpr (sizeof...(More) > 0)
+    return {out.first + i, out.more + i};
+  else
+    return {out.first + i};
+}
+template <class V, class... Vs, class T, class... More>
+HWY_INLINE void StoreLanes(const Several<V, Vs...>& v, const Several<T*, More...>& to) {
+  StoreLanes(v.first, to.first);
+  if constexpr (sizeof...(More) > 0) StoreLanes(v.more, to.more);
+}
+template <class D, class V, class... Vs, class T, class... More>
+HWY_INLINE void StorePart(D d, const Several<V, Vs...>& v, const Several<T*, More...>& to,
+                          size_t n) {
+  StorePart(d, v.first, to.first, n);
+  if constexpr (sizeof...(More) > 0) StorePart(d, v.more, to.more, n);
+}
+
+template <class D, class T>
+HWY_INLINE void AskToStoreLanes(D, T* to) {
+  AskToStore<hn::MaxLanes(D()) * sizeof(T)>(to);
+}
+template <class D, class T, class... More>
+HWY_INLINE void AskToStoreLanes(D d, const Several<T*, More...>& to) {
+  AskToStoreLanes(d, to.first);
+  if constexpr (sizeof...(More) > 0) AskToStoreLanes(d, to.more);
+}
+
+// A source that is not in memory: element i is start + i * step, modulo 2^32.
+struct Ramp {
+  uint32_t start, step;
+
+  HWY_INLINE Ramp operator+(size_t i) const {
+    return {start + static_cast<uint32_t>(i) * step, step};
+  }
+};
+template <class D>
+HWY_INLINE hn::Vec<D> LoadLanes(D d, const Ramp& from) {
+  return hn::Add(hn::Set(d, from.start), hn::Mul(hn::Iota(d, 0), hn::Set(d, from.step)));
+}
+// Lanes that are not wanted repeat the last element.
+template <class D>
+HWY_INLINE hn::Vec<D> LoadPart(D d, const Ramp& from, size_t n) {
+  const auto i = hn::Min(hn::Iota(d, 0), hn::Set(d, static_cast<uint32_t>(n - 1)));
+  return hn::Add(hn::Set(d, from.start), hn::Mul(i, hn::Set(d, from.step)));
+}
+
 // An operation that keeps some of the destination's elements says so with
 // `static constexpr bool kKeeps = true`, and is given them before the sources.
 template <class Op>
 concept Keeping = Op::kKeeps;
 
-// out[i] = op(in[i]...) for n elements: the loop of every per-pixel kernel. The last vector
+// out[i] = op(in[i]...) for n elements: the loop of every per-pixel kernel. `out` is a pointer, or
+// Several; sources may be destinations, but may not overlap them otherwise. The last vector
 // overlaps the one before it; it is computed first, as in place the others overwrite its sources.
 template <class Op, class Out, class... In>
-HWY_INLINE void MapSpan(const Op& op, Out* out, size_t n, const In*... in) {
+HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
   const hn::ScalableTag<typename Op::Lane> d;
   const size_t lanes = hn::Lanes(d);
   const auto apply = [&](const auto& load) HWY_ATTR {
@@ -43,18 +107,18 @@ HWY_INLINE void MapSpan(const Op& op, Out* out, size_t n, const In*... in) {
   };
   if (n < lanes) {
     if (n != 0)
-      StorePart(d, apply([=](auto* from) HWY_ATTR { return LoadPart(d, from, n); }), out, n);
+      StorePart(d, apply([=](auto from) HWY_ATTR { return LoadPart(d, from, n); }), out, n);
     return;
   }
   const auto at = [&](size_t i) HWY_ATTR {
-    return apply([=](auto* from) HWY_ATTR { return LoadLanes(d, from + i); });
+    return apply([=](auto from) HWY_ATTR { return LoadLanes(d, from + i); });
   };
   const auto last = at(n - lanes);
   for (size_t i = 0; i + lanes < n; i += lanes) {
-    AskToStore<hn::MaxLanes(d) * sizeof(Out)>(out + i);
-    StoreLanes(d, at(i), out + i);
+    AskToStoreLanes(d, out + i);
+    StoreLanes(at(i), out + i);
   }
-  StoreLanes(d, last, out + (n - lanes));
+  StoreLanes(last, out + (n - lanes));
 }
 
 // out[i] = table[places[i]], one after the other: `out` may be `places`. The compiler is kept from
@@ -69,68 +133,6 @@ HWY_INLINE void LookUpEach(T* out, size_t n, const Place* places, const T* table
   for (; i + 4 <= n; i += 4)
     for (size_t k = 0; k < 4; ++k) lookUp(i + k);
   for (; i < n; ++i) lookUp(i);
-}
-
-// Three bytes a pixel: op(d, c0, c1, c2 of every source...) changes the planes of the first source
-// into those of the result.
-template <class Op, class... In>
-HWY_INLINE void MapColorSpan(const Op& op, KyC24* out, size_t n, const In*... in) {
-  const hn::ScalableTag<uint8_t> d;
-  using V = hn::Vec<decltype(d)>;
-  const size_t lanes = hn::Lanes(d);
-  struct Planes {
-    V c0, c1, c2;
-  };
-  const auto load = [&](const KyC24* from) HWY_ATTR {
-    Planes p;
-    hn::LoadInterleaved3(d, reinterpret_cast<const uint8_t*>(from), p.c0, p.c1, p.c2);
-    return p;
-  };
-  const auto store = [&](const Planes& p, KyC24* to) HWY_ATTR {
-    hn::StoreInterleaved3(p.c0, p.c1, p.c2, d, reinterpret_cast<uint8_t*>(to));
-  };
-  if (n < lanes) {
-    const auto loadPart = [&](const KyC24* from) HWY_ATTR {
-      KyC24 part[hn::MaxLanes(d)];
-      std::memset(part, 0, sizeof part);
-      std::memcpy(part, from, n * sizeof(KyC24));
-      return load(part);
-    };
-    KyC24 part[hn::MaxLanes(d)];
-    store(op(d, loadPart(in)...), part);
-    std::memcpy(out, part, n * sizeof(KyC24));
-    return;
-  }
-  const Planes last = op(d, load(in + (n - lanes))...);  // see MapSpan
-  for (size_t i = 0; i + lanes < n; i += lanes) {
-    AskToStore<hn::MaxLanes(d) * sizeof(KyC24)>(out + i);
-    store(op(d, load(in + i)...), out + i);
-  }
-  store(last, out + (n - lanes));
-}
-
-// out[i] = op(d, c0, c1, c2) of the components of in[i].
-template <class Op>
-HWY_INLINE void MapColorToGreySpan(const Op& op, KyBW8* out, size_t n, const KyC24* in) {
-  const hn::ScalableTag<uint8_t> d;
-  const size_t lanes = hn::Lanes(d);
-  const auto at = [&](const KyC24* from) HWY_ATTR {
-    hn::Vec<decltype(d)> c0, c1, c2;
-    hn::LoadInterleaved3(d, &from->c0, c0, c1, c2);
-    return op(d, c0, c1, c2);
-  };
-  if (n < lanes) {
-    KyC24 part[hn::MaxLanes(d)];
-    std::memset(part, 0, sizeof part);
-    std::memcpy(part, in, n * sizeof(KyC24));
-    StorePart(d, at(part), out, n);
-    return;
-  }
-  for (size_t i = 0; i + lanes < n; i += lanes) {
-    AskToStore<hn::MaxLanes(d)>(out + i);
-    hn::StoreU(at(in + i), d, out + i);
-  }
-  hn::StoreU(at(in + (n - lanes)), d, out + (n - lanes));
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)

@@ -139,6 +139,16 @@ HWY_INLINE void StorePixels(D, hn::Vec<D> v, KyC24* to) {
 #endif
 }
 
+// The result of a formula whose pixels are the lowest bytes of its lanes.
+template <class V>
+struct LowBytes {
+  V v;
+};
+template <class V, class T>
+HWY_INLINE void StoreLanes(const LowBytes<V>& pixels, T* to) {
+  StorePixels(hn::DFromV<V>(), pixels.v, to);
+}
+
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky

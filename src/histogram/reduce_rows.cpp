@@ -49,16 +49,9 @@ constexpr ReduceKernels kKernels = {
 
 }  // namespace
 
-const ReduceKernels* TableOfReduceKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfReduceKernels);
-const ReduceKernels& ChooseReduceKernels() noexcept { return *KY_DISPATCH(TableOfReduceKernels)(); }
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(ReduceKernels)

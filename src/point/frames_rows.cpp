@@ -43,16 +43,9 @@ constexpr FrameKernels kKernels = {&SquaredDistance};
 
 }  // namespace
 
-const FrameKernels* TableOfFrameKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfFrameKernels);
-const FrameKernels& ChooseFrameKernels() noexcept { return *KY_DISPATCH(TableOfFrameKernels)(); }
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(FrameKernels)
