@@ -58,33 +58,16 @@ HWY_INLINE void StorePart(D d, const Several<V, Vs...>& v, const Several<T*, Mor
   if constexpr (sizeof...(More) > 0) StorePart(d, v.more, to.more, n);
 }
 
+// Results narrower than the lanes that they are made in are not what the loop waits for.
 template <class D, class T>
-HWY_INLINE void AskToStoreLanes(D, T* to) {
-  AskToStore<hn::MaxLanes(D()) * sizeof(T)>(to);
+HWY_INLINE void AskToStoreLanes(D, [[maybe_unused]] T* to) {
+  if constexpr (2 * sizeof(T) > sizeof(hn::TFromD<D>))
+    AskToStore<hn::MaxLanes(D()) * sizeof(T)>(to);
 }
 template <class D, class T, class... More>
 HWY_INLINE void AskToStoreLanes(D d, const Several<T*, More...>& to) {
   AskToStoreLanes(d, to.first);
   if constexpr (sizeof...(More) > 0) AskToStoreLanes(d, to.more);
-}
-
-// A source that is not in memory: element i is start + i * step, modulo 2^32.
-struct Ramp {
-  uint32_t start, step;
-
-  HWY_INLINE Ramp operator+(size_t i) const {
-    return {start + static_cast<uint32_t>(i) * step, step};
-  }
-};
-template <class D>
-HWY_INLINE hn::Vec<D> LoadLanes(D d, const Ramp& from) {
-  return hn::Add(hn::Set(d, from.start), hn::Mul(hn::Iota(d, 0), hn::Set(d, from.step)));
-}
-// Lanes that are not wanted repeat the last element.
-template <class D>
-HWY_INLINE hn::Vec<D> LoadPart(D d, const Ramp& from, size_t n) {
-  const auto i = hn::Min(hn::Iota(d, 0), hn::Set(d, static_cast<uint32_t>(n - 1)));
-  return hn::Add(hn::Set(d, from.start), hn::Mul(i, hn::Set(d, from.step)));
 }
 
 // An operation that keeps some of the destination's elements says so with

@@ -56,7 +56,7 @@ struct MultiplyBy {
 };
 
 template <class Op>
-void UpdateRow(const Op& op, const MovingRow& row) {
+HWY_INLINE void UpdateRow(const Op& op, const MovingRow& row) {
   if (row.slot != nullptr)
     MapSpan(op, Several{row.sum, row.destination, row.slot}, row.width, row.current, row.oldest,
             row.sum);
