@@ -46,6 +46,14 @@ HWY_INLINE Several<T*, More...> operator+(const Several<T*, More...>& out, size_
   else
     return {out.first + i};
 }
+template <class D, class A, class B>
+HWY_INLINE Several<hn::Vec<D>, hn::Vec<D>> LoadLanes(D d, const Several<A*, B*>& from) {
+  return {LoadLanes(d, from.first), {LoadLanes(d, from.more.first)}};
+}
+template <class D, class A, class B>
+HWY_INLINE Several<hn::Vec<D>, hn::Vec<D>> LoadPart(D d, const Several<A*, B*>& from, size_t n) {
+  return {LoadPart(d, from.first, n), {LoadPart(d, from.more.first, n)}};
+}
 template <class V, class... Vs, class T, class... More>
 HWY_INLINE void StoreLanes(const Several<V, Vs...>& v, const Several<T*, More...>& to) {
   StoreLanes(v.first, to.first);
@@ -75,9 +83,15 @@ HWY_INLINE void AskToStoreLanes(D d, const Several<T*, More...>& to) {
 template <class Op>
 concept Keeping = Op::kKeeps;
 
+// True when elements of both may be the same ones.
+template <class Out, class In>
+inline constexpr bool kMayBeSame = true;
+template <class Out, class In>
+inline constexpr bool kMayBeSame<Out*, In*> = sizeof(Out) == sizeof(In);
+
 // out[i] = op(in[i]...) for n elements: the loop of every per-pixel kernel. `out` is a pointer, or
 // Several; sources may be destinations, but may not overlap them otherwise. The last vector
-// overlaps the one before it; it is computed first, as in place the others overwrite its sources.
+// overlaps the one before it; in place it is computed first, as the others overwrite its sources.
 template <class Op, class Out, class... In>
 HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
   const hn::ScalableTag<typename Op::Lane> d;
@@ -96,12 +110,21 @@ HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
   const auto at = [&](size_t i) HWY_ATTR {
     return apply([=](auto from) HWY_ATTR { return LoadLanes(d, from + i); });
   };
-  const auto last = at(n - lanes);
-  for (size_t i = 0; i + lanes < n; i += lanes) {
-    AskToStoreLanes(d, out + i);
-    StoreLanes(at(i), out + i);
+  const size_t end = n - lanes;
+  const auto before = [&]() HWY_ATTR {
+    for (size_t i = 0; i < end; i += lanes) {
+      if constexpr (!Keeping<Op>) AskToStoreLanes(d, out + i);
+      StoreLanes(at(i), out + i);
+    }
+  };
+  if constexpr (Keeping<Op> || (kMayBeSame<Out, In> || ...)) {
+    const auto last = at(end);
+    before();
+    StoreLanes(last, out + end);
+  } else {
+    before();
+    StoreLanes(at(end), out + end);
   }
-  StoreLanes(last, out + (n - lanes));
 }
 
 // out[i] = table[places[i]], one after the other: `out` may be `places`. The compiler is kept from

@@ -17,12 +17,13 @@ namespace {
 
 struct Exchanged {
   using Lane = uint8_t;
+  static constexpr bool kKeeps = true;
   template <class D, class V>
-  HWY_INLINE Several<V, V> operator()(D, V a, V b) const {
-    return {b, {a}};
+  HWY_INLINE Several<V, V> operator()(D, const Several<V, V>& both) const {
+    return {both.more.first, {both.first}};
   }
 };
-void Exchange(KyBW8* a, KyBW8* b, size_t n) { MapSpan(Exchanged(), Several{a, b}, n, a, b); }
+void Exchange(KyBW8* a, KyBW8* b, size_t n) { MapSpan(Exchanged(), Several{a, b}, n); }
 
 // Blocks of pixels at both ends change places, each reversed on the way, while at least one block
 // lies between `first` and `end`. The last two may overlap: both are read before either is written.

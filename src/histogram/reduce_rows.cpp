@@ -14,21 +14,21 @@ namespace HWY_NAMESPACE {
 namespace {
 
 uint32_t Sum(const KyBW8* row, size_t n) {
-  return static_cast<uint32_t>(ReduceSpan<SumOfBytes>(row, n));
+  return static_cast<uint32_t>(ReduceSpan<SumOfBytes, KyBW8>(n, row));
 }
-uint32_t Sum16(const KyBW16* row, size_t n) { return ReduceSpan<SumOfWords>(row, n); }
+uint32_t Sum16(const KyBW16* row, size_t n) { return ReduceSpan<SumOfWords, KyBW16>(n, row); }
 
 Moments MomentsOf(const KyBW8* row, size_t n) {
   Moments total{};
   for (size_t x = 0; x < n; x += kMostSquares) {
-    const auto piece = ReduceSpan<SumAndSquares>(row + x, HWY_MIN(n - x, kMostSquares));
+    const auto piece = ReduceSpan<SumAndSquares, KyBW8>(HWY_MIN(n - x, kMostSquares), row + x);
     total.sum += piece.sum;
     total.squares += piece.squares;
   }
   return total;
 }
 ExtremesAndSum ExtremesAndSumOf(const KyBW8* row, size_t n) {
-  return ReduceSpan<ExtremesAndSumOfBytes>(row, n);
+  return ReduceSpan<ExtremesAndSumOfBytes, KyBW8>(n, row);
 }
 
 #if HWY_TARGET == HWY_AVX3_DL
