@@ -89,6 +89,13 @@ inline constexpr bool kMayBeSame = true;
 template <class Out, class In>
 inline constexpr bool kMayBeSame<Out*, In*> = sizeof(Out) == sizeof(In);
 
+// True of results wider than the lanes they are made of: they are bound by their stores, which are
+// therefore aligned, all but those of the first and the last vector. (Three bytes do not align.)
+template <class Lane, class Out>
+inline constexpr bool kWaitsForStores = false;
+template <class Lane, class T>
+inline constexpr bool kWaitsForStores<Lane, T*> = sizeof(T) > sizeof(Lane) && sizeof(T) != 3;
+
 // out[i] = op(in[i]...) for n elements: the loop of every per-pixel kernel. `out` is a pointer, or
 // Several; sources may be destinations, but may not overlap them otherwise. The last vector
 // overlaps the one before it; in place it is computed first, as the others overwrite its sources.
@@ -111,18 +118,23 @@ HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
     return apply([=](auto from) HWY_ATTR { return LoadLanes(d, from + i); });
   };
   const size_t end = n - lanes;
-  const auto before = [&]() HWY_ATTR {
-    for (size_t i = 0; i < end; i += lanes) {
+  const auto before = [&](size_t start) HWY_ATTR {
+    for (size_t i = start; i < end; i += lanes) {
       if constexpr (!Keeping<Op>) AskToStoreLanes(d, out + i);
       StoreLanes(at(i), out + i);
     }
   };
   if constexpr (Keeping<Op> || (kMayBeSame<Out, In> || ...)) {
     const auto last = at(end);
-    before();
+    before(0);
     StoreLanes(last, out + end);
   } else {
-    before();
+    size_t start = 0;
+    if constexpr (kWaitsForStores<typename Op::Lane, Out>) {
+      StoreLanes(at(0), out);
+      start = lanes - reinterpret_cast<uintptr_t>(out) / sizeof(*out) % lanes;
+    }
+    before(start);
     StoreLanes(at(end), out + end);
   }
 }
