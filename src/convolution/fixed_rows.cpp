@@ -304,18 +304,9 @@ constexpr FixedRowKernels kKernels = MakeKernels();
 
 }  // namespace
 
-const FixedRowKernels* TableOfFixedRowKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfFixedRowKernels);
-const FixedRowKernels& ChooseFixedRowKernels() noexcept {
-  return *KY_DISPATCH(TableOfFixedRowKernels)();
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(FixedRowKernels)

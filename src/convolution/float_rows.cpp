@@ -5,7 +5,7 @@
 #include "convolution/float_rows.h"
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -171,18 +171,9 @@ constexpr FloatRowKernels kKernels = {&Convert,
 
 }  // namespace
 
-const FloatRowKernels* TableOfFloatRowKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfFloatRowKernels);
-const FloatRowKernels& ChooseFloatRowKernels() noexcept {
-  return *KY_DISPATCH(TableOfFloatRowKernels)();
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(FloatRowKernels)

@@ -1,4 +1,4 @@
-// The vector loops of reductions. Included by row files like rows-inl.h.
+// The vector loops of reductions. Included by row files like lanes-inl.h.
 #if defined(KY_FOUNDATION_REDUCE_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_FOUNDATION_REDUCE_INL_H_
 #undef KY_FOUNDATION_REDUCE_INL_H_
@@ -6,37 +6,41 @@
 #define KY_FOUNDATION_REDUCE_INL_H_
 #endif
 
+#include "foundation/lanes-inl.h"
+#include "foundation/prefetch-inl.h"
 #include "foundation/reduce.h"
-#include "foundation/rows-inl.h"
+#include "foundation/spans-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 
-// Start, step, done over the elements of a row: Fold<D>() starts, Step(d, v, absent) takes a vector
-// in, Done() gives the result. The lanes that the row leaves free in its last vector are 0 in v and
-// all ones in `absent`, which is 0 in all others.
-template <template <class> class Fold, class T>
-HWY_INLINE auto ReduceSpan(const T* row, size_t n) {
-  using D = hn::ScalableTag<T>;
+// Start, step, done over the elements at the same place in each row, in lanes of type Lane, which
+// may be wider: Fold<D>() starts, Step(d, v..., absent) takes a vector of each in, Done() gives the
+// result. The lanes that the rows leave free in their last vector are 0 in v and all ones in
+// `absent`, which is 0 in all others.
+template <template <class> class Fold, class Lane, class... T>
+HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
+  using D = hn::ScalableTag<Lane>;
   const D d;
   const size_t lanes = hn::Lanes(d);
   constexpr size_t kAtOnce = 4;
   Fold<D> fold;
-  const auto step = [&](size_t at) HWY_ATTR { fold.Step(d, hn::LoadU(d, row + at), hn::Zero(d)); };
+  const auto step = [&](size_t at)
+                        HWY_ATTR { fold.Step(d, LoadLanes(d, row + at)..., hn::Zero(d)); };
   size_t i = 0;
   // Nearly nothing but loads: asked for ahead, they take a fifth less than the processor's own
   // guess.
   constexpr ptrdiff_t kAhead = 2048;
   for (; i + kAtOnce * lanes <= n; i += kAtOnce * lanes)
     for (size_t k = 0; k < kAtOnce; ++k) {
-      AskFor<hn::MaxLanes(D()) * sizeof(T)>(row + i + k * lanes, kAhead);
+      (AskFor<hn::MaxLanes(D()) * sizeof(T)>(row + i + k * lanes, kAhead), ...);
       step(i + k * lanes);
     }
   for (; i + lanes <= n; i += lanes) step(i);
   if (const size_t rest = n - i; rest > 0) {
     const auto absent = hn::VecFromMask(d, hn::Not(hn::FirstN(d, rest)));
-    fold.Step(d, LoadPart(d, row + i, rest), absent);
+    fold.Step(d, LoadPart(d, row + i, rest)..., absent);
   }
   return fold.Done();
 }
@@ -215,19 +219,17 @@ HWY_INLINE void AddColumns(uint32_t* sums, size_t n, const T* first, ptrdiff_t p
   const size_t lanes = hn::Lanes(d);
   const Rows<const T> rows{first, pitch, static_cast<ptrdiff_t>(n), height};
   HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())];
+  const auto add = [&](size_t x, size_t count, const auto& load) HWY_ATTR {
+    SumOfLane<D> sum;
+    for (ptrdiff_t y = 0; y < height; ++y) sum.Step(d, load(rows.Row(y) + x));
+    sum.Store(columns);
+    MapSpan(AddToSums(), sums + x, count, columns);
+  };
   size_t x = 0;
-  for (; x + lanes <= n; x += lanes) {
-    SumOfLane<D> sum;
-    for (ptrdiff_t y = 0; y < height; ++y) sum.Step(d, hn::LoadU(d, rows.Row(y) + x));
-    sum.Store(columns);
-    MapSpan(AddToSums(), sums + x, lanes, columns);
-  }
-  if (const size_t rest = n - x; rest > 0) {
-    SumOfLane<D> sum;
-    for (ptrdiff_t y = 0; y < height; ++y) sum.Step(d, LoadPart(d, rows.Row(y) + x, rest));
-    sum.Store(columns);
-    MapSpan(AddToSums(), sums + x, rest, columns);
-  }
+  for (; x + lanes <= n; x += lanes)
+    add(x, lanes, [=](const T* from) HWY_ATTR { return hn::LoadU(d, from); });
+  if (const size_t rest = n - x; rest > 0)
+    add(x, rest, [=](const T* from) HWY_ATTR { return LoadPart(d, from, rest); });
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)

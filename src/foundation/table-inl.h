@@ -1,4 +1,4 @@
-// Lookup tables in registers. Included by row files like rows-inl.h.
+// Lookup tables in registers. Included by row files like lanes-inl.h.
 #if defined(KY_FOUNDATION_TABLE_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_FOUNDATION_TABLE_INL_H_
 #undef KY_FOUNDATION_TABLE_INL_H_
@@ -6,7 +6,7 @@
 #define KY_FOUNDATION_TABLE_INL_H_
 #endif
 
-#include "foundation/rows-inl.h"
+#include "foundation/lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

@@ -1,5 +1,5 @@
 // The vector loops of neighbourhood operations, for kernels that window.h walks. Compiled once per
-// instruction set, as rows-inl.h is.
+// instruction set, as lanes-inl.h is.
 //
 // Sums of pixels need 16 bits. A vector of 8-bit places therefore falls into phases of 16-bit
 // lanes: the even places and the odd ones, which takes no crossing of lanes, as the left neighbour
@@ -14,8 +14,9 @@
 
 #include <utility>
 
+#include "foundation/lanes-inl.h"
 #include "foundation/pitch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/prefetch-inl.h"
 #include "foundation/window.h"
 
 HWY_BEFORE_NAMESPACE();

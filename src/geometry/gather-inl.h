@@ -1,4 +1,4 @@
-// Pixels from scattered places. Compiled once per instruction set, as rows-inl.h is.
+// Pixels from scattered places. Compiled once per instruction set, as lanes-inl.h is.
 #if defined(KY_GEOMETRY_GATHER_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_GEOMETRY_GATHER_INL_H_
 #undef KY_GEOMETRY_GATHER_INL_H_
@@ -6,7 +6,7 @@
 #define KY_GEOMETRY_GATHER_INL_H_
 #endif
 
-#include "foundation/rows-inl.h"
+#include "foundation/lanes-inl.h"
 #include "geometry/gather.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -137,6 +137,16 @@ HWY_INLINE void StorePixels(D, hn::Vec<D> v, KyC24* to) {
             blocks);
   for (size_t i = 0; i < hn::MaxLanes(D()); i += 4) std::memcpy(to + i, blocks + 4 * i, 12);
 #endif
+}
+
+// The result of a formula whose pixels are the lowest bytes of its lanes.
+template <class V>
+struct LowBytes {
+  V v;
+};
+template <class V, class T>
+HWY_INLINE void StoreLanes(const LowBytes<V>& pixels, T* to) {
+  StorePixels(hn::DFromV<V>(), pixels.v, to);
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)

@@ -5,6 +5,7 @@
 #include "geometry/warp_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/spans-inl.h"
 #include "geometry/gather-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -20,32 +21,32 @@ HWY_INLINE hn::Mask<D> IsInside(D d, const Rows<const T>& source, V x, V y) {
   return hn::And(hn::Eq(hn::Min(x, lastX), x), hn::Eq(hn::Min(y, lastY), y));
 }
 
+// The pixels of positions (x + shiftX, y + shiftY), 0 outside.
+template <class T>
+struct PixelsAt {
+  using Lane = int32_t;
+  const Rows<const T>& source;
+  int shiftX, shiftY;
+
+  template <class D, class V>
+  HWY_INLINE auto operator()(D signedD, V column, V row) const {
+    const hn::RebindToUnsigned<D> d;
+    const auto x = hn::BitCast(d, hn::Add(column, hn::Set(signedD, shiftX)));
+    const auto y = hn::BitCast(d, hn::Add(row, hn::Set(signedD, shiftY)));
+    const auto inside = hn::VecFromMask(d, IsInside(d, source, x, y));
+    const auto pixels = GatherPixels(d, source, hn::And(x, inside), hn::And(y, inside));
+    return LowBytes<hn::Vec<decltype(d)>>{hn::And(pixels, inside)};
+  }
+};
+
 template <class T>
 void FromTables(T* out, size_t n, const Rows<const T>& source, const KyBW16* xs, const KyBW16* ys,
                 int shiftX, int shiftY) {
-  const hn::ScalableTag<uint32_t> d;
-  const hn::RebindToSigned<decltype(d)> signedD;
-  const size_t lanes = hn::Lanes(d);
-  const auto* const columns = reinterpret_cast<const int16_t*>(xs);
-  const auto* const rows = reinterpret_cast<const int16_t*>(ys);
-  const auto addX = hn::Set(signedD, shiftX), addY = hn::Set(signedD, shiftY);
-  const auto sample = [&](auto column, auto row) HWY_ATTR {
-    const auto x = hn::BitCast(d, hn::Add(column, addX));
-    const auto y = hn::BitCast(d, hn::Add(row, addY));
-    const auto inside = hn::VecFromMask(d, IsInside(d, source, x, y));
-    return hn::And(GatherPixels(d, source, hn::And(x, inside), hn::And(y, inside)), inside);
-  };
-  size_t i = 0;
-  for (; i + lanes <= n; i += lanes)
-    StorePixels(d, sample(LoadLanes(signedD, columns + i), LoadLanes(signedD, rows + i)), out + i);
-  const size_t rest = n - i;
-  if (rest == 0) return;
-  T part[hn::MaxLanes(d)];
-  StorePixels(d, sample(LoadPart(signedD, columns + i, rest), LoadPart(signedD, rows + i, rest)),
-              part);
-  std::memcpy(static_cast<void*>(out + i), part, rest * sizeof(T));
+  MapSpan(PixelsAt<T>{source, shiftX, shiftY}, out, n, reinterpret_cast<const int16_t*>(xs),
+          reinterpret_cast<const int16_t*>(ys));
 }
 
+// A loop of its own, as it ends at the first position outside.
 template <class T>
 size_t FromPacked(T* out, size_t n, const Rows<const T>& source, const ptrdiff_t* rowStarts,
                   const KyBW32* table) {
@@ -69,23 +70,14 @@ size_t FromPacked(T* out, size_t n, const Rows<const T>& source, const ptrdiff_t
   return i;
 }
 
-constexpr AllWarpKernels kKernels = {{&FromTables<KyBW8>, &FromPacked<KyBW8>},
-                                     {&FromTables<KyC24>, &FromPacked<KyC24>}};
+constexpr WarpKernels kKernels = {{&FromTables<KyBW8>, &FromPacked<KyBW8>},
+                                  {&FromTables<KyC24>, &FromPacked<KyC24>}};
 
 }  // namespace
-
-const AllWarpKernels* TableOfWarpKernels() { return &kKernels; }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfWarpKernels);
-const AllWarpKernels& ChooseWarpKernels(bool gathers) noexcept {
-  return *(gathers ? KY_DISPATCH(TableOfWarpKernels)() : KY_PLAIN(TableOfWarpKernels)());
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS_IF(WarpKernels)

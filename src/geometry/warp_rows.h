@@ -7,7 +7,7 @@
 namespace ky {
 
 template <class T>
-struct WarpKernels {
+struct PixelWarpKernels {
   // n pixels from (xs[i] + shiftX, ys[i] + shiftY), 0 outside.
   void (*fromTables)(T* out, std::size_t n, const Rows<const T>& source, const KyBW16* xs,
                      const KyBW16* ys, int shiftX, int shiftY);
@@ -16,18 +16,18 @@ struct WarpKernels {
   std::size_t (*fromPacked)(T* out, std::size_t n, const Rows<const T>& source,
                             const std::ptrdiff_t* rowStarts, const KyBW32* table);
 };
-struct AllWarpKernels {
-  WarpKernels<KyBW8> grey;
-  WarpKernels<KyC24> color;
+struct WarpKernels {
+  PixelWarpKernels<KyBW8> grey;
+  PixelWarpKernels<KyC24> color;
 };
 
 // The kernels of the instruction set that this call may use on a source (see CanGather).
-const AllWarpKernels& ChooseWarpKernels(bool gathers) noexcept;
+const WarpKernels& ChooseWarpKernels(bool gathers) noexcept;
 
-inline const WarpKernels<KyBW8>& WarpKernelsFor(const Rows<const KyBW8>& source) noexcept {
+inline const PixelWarpKernels<KyBW8>& WarpKernelsFor(const Rows<const KyBW8>& source) noexcept {
   return ChooseWarpKernels(CanGather(source)).grey;
 }
-inline const WarpKernels<KyC24>& WarpKernelsFor(const Rows<const KyC24>& source) noexcept {
+inline const PixelWarpKernels<KyC24>& WarpKernelsFor(const Rows<const KyC24>& source) noexcept {
   return ChooseWarpKernels(CanGather(source)).color;
 }
 

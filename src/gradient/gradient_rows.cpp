@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
+#include "foundation/spans-inl.h"
 #include "foundation/window-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -14,26 +15,21 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-// The gradients of n pixels. Differences have 9 bits: the low byte wraps, the high one is the sign.
-// Four bytes a pixel are bound by their stores, so all but the first and the last vector, which
-// overlap their neighbours, are aligned.
-HWY_INLINE void StoreRow(KyBW32* out, size_t n, const KyBW8* above, const KyBW8* row,
-                         const KyBW8* below) {
-  const hn::ScalableTag<uint8_t> d;
-  const size_t lanes = hn::Lanes(d);
-  const auto sign = [=](auto a, auto b)
-                        HWY_ATTR { return hn::Not(hn::VecFromMask(d, hn::Eq(hn::Max(a, b), a))); };
-  const auto make = [=](size_t x) HWY_ATTR {
-    const auto left = hn::LoadU(d, row + x - 1), right = hn::LoadU(d, row + x + 1);
-    const auto up = hn::LoadU(d, above + x), down = hn::LoadU(d, below + x);
-    AskToStore<4 * hn::MaxLanes(d)>(out + x);
-    hn::StoreInterleaved4(hn::Sub(left, right), sign(left, right), hn::Sub(up, down),
-                          sign(up, down), d, reinterpret_cast<uint8_t*>(out + x));
-  };
-  make(0);
-  size_t x = lanes - reinterpret_cast<uintptr_t>(out) / sizeof(*out) % lanes;
-  for (; x + lanes < n; x += lanes) make(x);
-  make(n - lanes);
+// Differences have 9 bits: the low byte wraps, the high one is the sign.
+struct Gradient {
+  using Lane = uint8_t;
+
+  template <class D, class V>
+  HWY_INLINE Planes4<V> operator()(D d, V left, V right, V up, V down) const {
+    const auto sign = [=](V a, V b) HWY_ATTR {
+      return hn::Not(hn::VecFromMask(d, hn::Eq(hn::Max(a, b), a)));
+    };
+    return {hn::Sub(left, right), sign(left, right), hn::Sub(up, down), sign(up, down)};
+  }
+};
+
+void StoreRow(KyBW32* out, size_t n, const KyBW8* above, const KyBW8* row, const KyBW8* below) {
+  MapSpan(Gradient(), out, n, row - 1, row + 1, above, below);
 }
 
 void Store(Rows<KyBW32> out, const KyBW8* const* rows) {
@@ -84,18 +80,9 @@ constexpr GradientKernels kKernels = {hn::MaxLanes(hn::ScalableTag<uint8_t>()), 
 
 }  // namespace
 
-const GradientKernels* TableOfGradientKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfGradientKernels);
-const GradientKernels& ChooseGradientKernels() noexcept {
-  return *KY_DISPATCH(TableOfGradientKernels)();
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(GradientKernels)

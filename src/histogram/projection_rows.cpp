@@ -13,26 +13,17 @@ namespace HWY_NAMESPACE {
 namespace {
 
 uint32_t Sum(const KyBW8* row, size_t n) {
-  return static_cast<uint32_t>(ReduceSpan<SumOfBytes>(row, n));
+  return static_cast<uint32_t>(ReduceSpan<SumOfBytes, KyBW8>(n, row));
 }
-uint32_t Sum16(const KyBW16* row, size_t n) { return ReduceSpan<SumOfWords>(row, n); }
+uint32_t Sum16(const KyBW16* row, size_t n) { return ReduceSpan<SumOfWords, KyBW16>(n, row); }
 
 constexpr ProjectionKernels kKernels = {&Sum, &Sum16, &AddColumns<KyBW8>, &AddColumns<KyBW16>};
 
 }  // namespace
-
-const ProjectionKernels* TableOfProjectionKernels() { return &kKernels; }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfProjectionKernels);
-const ProjectionKernels& ChooseProjectionKernels() noexcept {
-  return *KY_DISPATCH(TableOfProjectionKernels)();
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(ProjectionKernels)

@@ -8,7 +8,9 @@
 #include <bit>
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/lanes-inl.h"
+#include "foundation/prefetch-inl.h"
+#include "foundation/shifts-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

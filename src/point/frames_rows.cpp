@@ -7,35 +7,36 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/reduce-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-// Few enough pixels for the sums of squares in signed lanes.
+// The sum of squared differences of at most kBlock levels: few enough for signed lanes.
 constexpr size_t kBlock = 8192;
+template <class D>
+class SumOfSquaredDifferences {
+ public:
+  HWY_INLINE SumOfSquaredDifferences() : sum_(hn::Zero(D32())), more_(hn::Zero(D32())) {}
+  HWY_INLINE void Step(D, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D>) {
+    const auto difference = hn::Sub(a, b);
+    sum_ = hn::ReorderWidenMulAccumulate(D32(), difference, difference, sum_, more_);
+  }
+  HWY_INLINE uint32_t Done() const {
+    return static_cast<uint32_t>(hn::GetLane(hn::SumOfLanes(D32(), hn::Add(sum_, more_))));
+  }
 
-uint32_t SquaredDistanceOfBlock(const KyBW8* a, const KyBW8* b, size_t n) {
-  const hn::ScalableTag<int16_t> d;
-  const hn::ScalableTag<int32_t> d32;
-  const size_t lanes = hn::Lanes(d);
-  auto sum = hn::Zero(d32), otherSum = hn::Zero(d32);
-  const auto add = [&](auto left, auto right) HWY_ATTR {
-    const auto difference = hn::Sub(left, right);
-    sum = hn::ReorderWidenMulAccumulate(d32, difference, difference, sum, otherSum);
-  };
-  size_t i = 0;
-  for (; i + lanes <= n; i += lanes) add(LoadLanes(d, a + i), LoadLanes(d, b + i));
-  add(LoadPart(d, a + i, n - i), LoadPart(d, b + i, n - i));
-  return static_cast<uint32_t>(hn::GetLane(hn::SumOfLanes(d32, hn::Add(sum, otherSum))));
-}
+ private:
+  using D32 = hn::ScalableTag<int32_t>;
+  hn::Vec<D32> sum_, more_;
+};
 
 uint32_t SquaredDistance(const KyBW8* a, const KyBW8* b, size_t n) {
   uint32_t sum = 0;
   for (size_t i = 0; i < n; i += kBlock)
-    sum += SquaredDistanceOfBlock(a + i, b + i, std::min(kBlock, n - i));
+    sum += ReduceSpan<SumOfSquaredDifferences, int16_t>(std::min(kBlock, n - i), a + i, b + i);
   return sum;
 }
 
@@ -43,16 +44,9 @@ constexpr FrameKernels kKernels = {&SquaredDistance};
 
 }  // namespace
 
-const FrameKernels* TableOfFrameKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfFrameKernels);
-const FrameKernels& ChooseFrameKernels() noexcept { return *KY_DISPATCH(TableOfFrameKernels)(); }
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(FrameKernels)

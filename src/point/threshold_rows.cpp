@@ -4,8 +4,9 @@
 
 #include "point/threshold_rows.h"
 
+#include "foundation/bits-inl.h"
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/spans-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -42,16 +43,17 @@ struct DoubleSplitOp {
 };
 
 struct BoxOp {
+  using Lane = uint8_t;
   ColorBox box;
 
   template <class D, class V>
-  HWY_INLINE V operator()(D d, V c0, V c1, V c2) const {
+  HWY_INLINE V operator()(D d, const Planes3<V>& color) const {
     const auto within = [&](V v, KyBW8 least, KyBW8 most) HWY_ATTR {
       return hn::And(IsAtMost(d, hn::Set(d, least), v), IsAtMost(d, v, hn::Set(d, most)));
     };
-    const auto inside = hn::And(within(c0, box.minimum.c0, box.maximum.c0),
-                                hn::And(within(c1, box.minimum.c1, box.maximum.c1),
-                                        within(c2, box.minimum.c2, box.maximum.c2)));
+    const auto inside = hn::And(within(color.c0, box.minimum.c0, box.maximum.c0),
+                                hn::And(within(color.c1, box.minimum.c1, box.maximum.c1),
+                                        within(color.c2, box.minimum.c2, box.maximum.c2)));
     return hn::IfThenElse(inside, hn::Set(d, box.inside), hn::Set(d, box.outside));
   }
 };
@@ -72,7 +74,7 @@ void DoubleSplitRow(KyBW8* out, size_t n, const KyBW8* in, const DoubleSplit* sp
   MapSpan(DoubleSplitOp{*split}, out, n, in);
 }
 void BoxRow(KyBW8* out, size_t n, const KyC24* in, const ColorBox* box) {
-  MapColorToGreySpan(BoxOp{*box}, out, n, in);
+  MapSpan(BoxOp{*box}, out, n, in);
 }
 void PackRow(KyBW8* out, size_t n, const KyBW8* in, const Split* split) {
   PackBits(SplitOp{*split}, out, n, in);
@@ -85,18 +87,9 @@ constexpr ThresholdKernels kKernels = {&SplitRow, &DoubleSplitRow, &BoxRow, &Pac
 
 }  // namespace
 
-const ThresholdKernels* TableOfThresholdKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfThresholdKernels);
-const ThresholdKernels& ChooseThresholdKernels() noexcept {
-  return *KY_DISPATCH(TableOfThresholdKernels)();
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(ThresholdKernels)

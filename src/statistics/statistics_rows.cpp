@@ -13,37 +13,28 @@ namespace HWY_NAMESPACE {
 namespace {
 
 uint32_t Sum(const KyBW8* row, size_t n) {
-  return static_cast<uint32_t>(ReduceSpan<SumOfBytes>(row, n));
+  return static_cast<uint32_t>(ReduceSpan<SumOfBytes, KyBW8>(n, row));
 }
 Moments MomentsOf(const KyBW8* row, size_t n) {
   Moments total{};
   for (size_t x = 0; x < n; x += kMostSquares) {
-    const auto piece = ReduceSpan<SumAndSquares>(row + x, HWY_MIN(n - x, kMostSquares));
+    const auto piece = ReduceSpan<SumAndSquares, KyBW8>(HWY_MIN(n - x, kMostSquares), row + x);
     total.sum += piece.sum;
     total.squares += piece.squares;
   }
   return total;
 }
 ExtremesAndSum ExtremesAndSumOf(const KyBW8* row, size_t n) {
-  return ReduceSpan<ExtremesAndSumOfBytes>(row, n);
+  return ReduceSpan<ExtremesAndSumOfBytes, KyBW8>(n, row);
 }
 
 constexpr StatisticsKernels kKernels = {&Sum, &MomentsOf, &ExtremesAndSumOf};
 
 }  // namespace
 
-const StatisticsKernels* TableOfStatisticsKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfStatisticsKernels);
-const StatisticsKernels& ChooseStatisticsKernels() noexcept {
-  return *KY_DISPATCH(TableOfStatisticsKernels)();
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(StatisticsKernels)

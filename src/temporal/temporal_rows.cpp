@@ -7,35 +7,33 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/spans-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-// What becomes of the sum, and the mean, whose low 8 bits count.
-template <class V>
-struct Updated {
-  V sum, mean;
-};
-
+// Of each pixel: what becomes of the sum, the mean, and the pixel itself.
 struct Start {
+  using Lane = uint16_t;
   KyBW16 others;
 
   template <class D, class V>
-  HWY_INLINE Updated<V> operator()(D d, V current, V, V) const {
-    return {hn::Mul(current, hn::Set(d, others)), current};
+  HWY_INLINE Several<V, V, V> operator()(D d, V current, V, V) const {
+    return {hn::Mul(current, hn::Set(d, others)), {current, {current}}};
   }
 };
 template <class Divide>
 struct Step {
+  using Lane = uint16_t;
   Divide divide;
 
   template <class D, class V>
-  HWY_INLINE Updated<V> operator()(D d, V current, V oldest, V sum) const {
+  HWY_INLINE Several<V, V, V> operator()(D d, V current, V oldest, V sum) const {
     const V total = hn::Add(sum, current);
-    return {hn::Sub(total, oldest), divide(d, total)};
+    const V mean = hn::And(divide(d, total), hn::Set(d, 0xFF));
+    return {hn::Sub(total, oldest), {mean, {current}}};
   }
 };
 struct ShiftBy {
@@ -57,36 +55,13 @@ struct MultiplyBy {
   }
 };
 
-template <bool kCopies, class Op>
-HWY_INLINE void UpdateRow(const Op& op, const MovingRow& row) {
-  const hn::ScalableTag<uint16_t> d;
-  const hn::Rebind<uint8_t, decltype(d)> d8;
-  const size_t lanes = hn::Lanes(d);
-  const auto update = [&](size_t i, const auto& load, const auto& store) HWY_ATTR {
-    const auto current = load(d8, row.current + i);
-    const auto updated =
-        op(d, hn::PromoteTo(d, current), load(d, row.oldest + i), load(d, row.sum + i));
-    store(d, updated.sum, row.sum + i);
-    store(d, hn::And(updated.mean, hn::Set(d, 0xFF)), row.destination + i);
-    if constexpr (kCopies) store(d8, current, row.slot + i);
-  };
-  size_t i = 0;
-  for (; i + lanes <= row.width; i += lanes)
-    update(
-        i, [](auto tag, auto* from) HWY_ATTR { return LoadLanes(tag, from); },
-        [](auto tag, auto v, auto* to) HWY_ATTR { StoreLanes(tag, v, to); });
-  const size_t rest = row.width - i;
-  if (rest == 0) return;
-  update(
-      i, [=](auto tag, auto* from) HWY_ATTR { return LoadPart(tag, from, rest); },
-      [=](auto tag, auto v, auto* to) HWY_ATTR { StorePart(tag, v, to, rest); });
-}
 template <class Op>
-void UpdateRow(const Op& op, const MovingRow& row) {
+HWY_INLINE void UpdateRow(const Op& op, const MovingRow& row) {
   if (row.slot != nullptr)
-    UpdateRow<true>(op, row);
+    MapSpan(op, Several{row.sum, row.destination, row.slot}, row.width, row.current, row.oldest,
+            row.sum);
   else
-    UpdateRow<false>(op, row);
+    MapSpan(op, Several{row.sum, row.destination}, row.width, row.current, row.oldest, row.sum);
 }
 
 void StartRow(const MovingRow& row, KyBW16 others) { UpdateRow(Start{others}, row); }
@@ -106,20 +81,14 @@ struct Place {
     return hn::Add(hn::Max(hn::Min(difference, farthest), hn::Neg(farthest)), farthest);
   }
 };
+// The state after its change, and the level that it stands for.
 struct Change {
   using Lane = int16_t;
 
   template <class D, class V>
-  HWY_INLINE V operator()(D, V state, V change) const {
-    return hn::Add(state, change);
-  }
-};
-struct Level {
-  using Lane = int16_t;
-
-  template <class D, class V>
-  HWY_INLINE V operator()(D, V state) const {
-    return hn::ShiftRight<4>(state);
+  HWY_INLINE Several<V, V> operator()(D, V state, V change) const {
+    const V changed = hn::Add(state, change);
+    return {changed, {hn::ShiftRight<4>(changed)}};
   }
 };
 
@@ -133,8 +102,7 @@ void Recur(const KyBW8* source, KyBW16* state, KyBW8* destination, size_t n,
     auto* const states = reinterpret_cast<int16_t*>(state + i);
     MapSpan(Place(), piece, length, source + i, states);
     LookUpEach(reinterpret_cast<uint16_t*>(piece), length, piece, changes);
-    MapSpan(Change(), states, length, states, piece);
-    MapSpan(Level(), destination + i, length, states);
+    MapSpan(Change(), Several{states, destination + i}, length, states, piece);
   }
 }
 
@@ -142,18 +110,9 @@ constexpr TemporalKernels kKernels = {&StartRow, &StepByShift, &StepByReciprocal
 
 }  // namespace
 
-const TemporalKernels* TableOfTemporalKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfTemporalKernels);
-const TemporalKernels& ChooseTemporalKernels() noexcept {
-  return *KY_DISPATCH(TableOfTemporalKernels)();
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(TemporalKernels)

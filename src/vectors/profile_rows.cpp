@@ -6,8 +6,9 @@
 
 #include <bit>
 
+#include "foundation/bits-inl.h"
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/spans-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -133,18 +134,9 @@ constexpr ProfileKernels kKernels = {&MapSlope, &MapBinomial, &Uniform, &FindTra
 
 }  // namespace
 
-const ProfileKernels* TableOfProfileKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfProfileKernels);
-const ProfileKernels& ChooseProfileKernels() noexcept {
-  return *KY_DISPATCH(TableOfProfileKernels)();
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(ProfileKernels)

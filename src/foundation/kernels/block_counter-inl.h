@@ -1,4 +1,4 @@
-// Counts levels without tables. Included by row files like rows-inl.h.
+// Counts levels without tables. Included by row files like lanes-inl.h.
 #if defined(KY_FOUNDATION_KERNELS_BLOCK_COUNTER_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_FOUNDATION_KERNELS_BLOCK_COUNTER_INL_H_
 #undef KY_FOUNDATION_KERNELS_BLOCK_COUNTER_INL_H_
@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "foundation/kernels/count_rows.h"
-#include "foundation/rows-inl.h"
+#include "foundation/lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

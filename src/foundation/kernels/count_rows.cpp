@@ -29,16 +29,9 @@ constexpr CountKernels kKernels = {kCount};
 
 }  // namespace
 
-const CountKernels* TableOfCountKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfCountKernels);
-const CountKernels& ChooseCountKernels() noexcept { return *KY_DISPATCH(TableOfCountKernels)(); }
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(CountKernels)

@@ -1,5 +1,5 @@
 // The divisions of 8-bit levels: a / b, 255 where b = 0; a mod b, 0 where b = 0; 256 a / b, 255
-// where that is more or b = 0. Quotients are truncated. Included by row files like rows-inl.h.
+// where that is more or b = 0. Quotients are truncated. Included by row files like lanes-inl.h.
 #if defined(KY_FOUNDATION_KERNELS_DIVISION_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_FOUNDATION_KERNELS_DIVISION_INL_H_
 #undef KY_FOUNDATION_KERNELS_DIVISION_INL_H_
@@ -7,7 +7,7 @@
 #define KY_FOUNDATION_KERNELS_DIVISION_INL_H_
 #endif
 
-#include "foundation/rows-inl.h"
+#include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

@@ -5,7 +5,9 @@
 #include "foundation/kernels/lookup_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/spans-inl.h"
 #include "foundation/table-inl.h"
+#include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -48,16 +50,9 @@ constexpr LookupKernels kKernels = {&LookUpRow, &GainOffsetRow};
 
 }  // namespace
 
-const LookupKernels* TableOfLookupKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfLookupKernels);
-const LookupKernels& ChooseLookupKernels() noexcept { return *KY_DISPATCH(TableOfLookupKernels)(); }
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(LookupKernels)

@@ -7,28 +7,23 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
-#include "foundation/rows-inl.h"
+#include "foundation/shifts-inl.h"
+#include "foundation/spans-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-void Exchange(KyBW8* a, KyBW8* b, size_t n) {
-  const hn::ScalableTag<uint8_t> d;
-  const size_t lanes = hn::Lanes(d);
-  size_t i = 0;
-  for (; i + lanes <= n; i += lanes) {
-    const auto v = hn::LoadU(d, a + i);
-    hn::StoreU(hn::LoadU(d, b + i), d, a + i);
-    hn::StoreU(v, d, b + i);
+struct Exchanged {
+  using Lane = uint8_t;
+  static constexpr bool kKeeps = true;
+  template <class D, class V>
+  HWY_INLINE Several<V, V> operator()(D, const Several<V, V>& both) const {
+    return {both.more.first, {both.first}};
   }
-  const size_t rest = n - i;
-  if (rest == 0) return;
-  const auto v = LoadPart(d, a + i, rest);
-  StorePart(d, LoadPart(d, b + i, rest), a + i, rest);
-  StorePart(d, v, b + i, rest);
-}
+};
+void Exchange(KyBW8* a, KyBW8* b, size_t n) { MapSpan(Exchanged(), Several{a, b}, n); }
 
 // Blocks of pixels at both ends change places, each reversed on the way, while at least one block
 // lies between `first` and `end`. The last two may overlap: both are read before either is written.
@@ -91,16 +86,9 @@ constexpr MirrorKernels kKernels = {&Exchange, &Reverse, &ReverseColors};
 
 }  // namespace
 
-const MirrorKernels* TableOfMirrorKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfMirrorKernels);
-const MirrorKernels& ChooseMirrorKernels() noexcept { return *KY_DISPATCH(TableOfMirrorKernels)(); }
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(MirrorKernels)

@@ -6,7 +6,8 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/kernels/division-inl.h"
-#include "foundation/rows-inl.h"
+#include "foundation/spans-inl.h"
+#include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -248,12 +249,24 @@ struct Divide16 : Op16 {
   }
 };
 
-struct Overlay {
-  template <class D, class Planes>
-  HWY_INLINE Planes operator()(D d, const Planes& a, const Planes& b) const {
+struct Overlay : Op8 {
+  template <class D, class V>
+  HWY_INLINE Planes3<V> operator()(D d, const Planes3<V>& a, const Planes3<V>& b) const {
     const auto black = IsZero(d, hn::Or(b.c0, hn::Or(b.c1, b.c2)));
     return {hn::IfThenElse(black, a.c0, b.c0), hn::IfThenElse(black, a.c1, b.c1),
             hn::IfThenElse(black, a.c2, b.c2)};
+  }
+};
+struct Triple : Op8 {
+  template <class D, class V>
+  HWY_INLINE Planes3<V> operator()(D, V a) const {
+    return {a, a, a};
+  }
+};
+struct TripleInverse : Op8 {
+  template <class D, class V>
+  HWY_INLINE Planes3<V> operator()(D d, V a) const {
+    return Triple()(d, Invert()(d, a));
   }
 };
 
@@ -261,31 +274,12 @@ template <class Op, class Out, class... In>
 void Map(Out* out, size_t n, const In*... in) {
   MapSpan(Op(), out, n, in...);
 }
-void MapOverlay(KyC24* out, size_t n, const KyC24* a, const KyC24* b) {
-  MapColorSpan(Overlay(), out, n, a, b);
-}
-template <bool kInverse>
-void Triple(KyC24* out, size_t n, const KyBW8* in) {
-  const hn::ScalableTag<uint8_t> d;
-  const size_t lanes = hn::Lanes(d);
-  const auto flip = kInverse ? Ones(d) : hn::Zero(d);
-  size_t i = 0;
-  for (; i + lanes <= n; i += lanes) {
-    const auto v = hn::Xor(LoadLanes(d, in + i), flip);
-    hn::StoreInterleaved3(v, v, v, d, &out[i].c0);
-  }
-  for (; i < n; ++i) {
-    const auto v = static_cast<KyBW8>(kInverse ? 255 - in[i] : in[i]);
-    out[i] = KyC24(v, v, v);
-  }
-}
-
 constexpr OperatorKernels MakeKernels() {
   OperatorKernels kernels{};
   kernels.invert = &Map<Invert>;
-  kernels.triple = &Triple<false>;
-  kernels.tripleInverse = &Triple<true>;
-  kernels.overlay = &MapOverlay;
+  kernels.triple = &Map<Triple>;
+  kernels.tripleInverse = &Map<TripleInverse>;
+  kernels.overlay = &Map<Overlay>;
   kernels.overlayWhere = &Map<OverlayWhere>;
 
   auto& combine = kernels.combine;
@@ -338,18 +332,9 @@ constexpr OperatorKernels kKernels = MakeKernels();
 
 }  // namespace
 
-const OperatorKernels* TableOfOperatorKernels() { return &kKernels; }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-#if HWY_ONCE
-namespace ky {
-HWY_EXPORT(TableOfOperatorKernels);
-const OperatorKernels& ChooseOperatorKernels() noexcept {
-  return *KY_DISPATCH(TableOfOperatorKernels)();
-}
-}  // namespace ky
-#endif
+KY_EXPORT_KERNELS(OperatorKernels)

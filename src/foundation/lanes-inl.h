@@ -1,0 +1,95 @@
+// Elements in memory as lanes of a vector, and back. Included by row files after foreach_target.h
+// and compiled once per instruction set, like every header that ends in -inl.h.
+#if defined(KY_FOUNDATION_LANES_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_FOUNDATION_LANES_INL_H_
+#undef KY_FOUNDATION_LANES_INL_H_
+#else
+#define KY_FOUNDATION_LANES_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "ky/pixels.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Elements in memory to lanes of D, which may be wider, and back: wider lanes, taken as signed, are
+// limited to what an element can hold. (Named apart from Highway's Load and Store, which want
+// aligned memory and would be found by argument-dependent lookup.)
+template <class D, class T>
+HWY_INLINE hn::Vec<D> LoadLanes(D d, const T* from) {
+  if constexpr (sizeof(T) == sizeof(hn::TFromD<D>)) {
+    return hn::LoadU(d, from);
+  } else {
+    return hn::PromoteTo(d, hn::LoadU(hn::Rebind<T, D>(), from));
+  }
+}
+template <class V, class T>
+HWY_INLINE void StoreLanes(V v, T* to) {
+  const hn::DFromV<V> d;
+  using Lane = hn::TFromV<V>;
+  if constexpr (sizeof(T) == sizeof(Lane)) {
+    hn::StoreU(v, d, to);
+  } else {
+    const hn::Rebind<hwy::MakeSigned<Lane>, decltype(d)> wide;
+    const hn::Rebind<T, decltype(d)> narrow;
+    hn::StoreU(hn::DemoteTo(narrow, hn::BitCast(wide, v)), narrow, to);
+  }
+}
+
+// Elements of three and four bytes as one vector for each byte.
+template <class V>
+struct Planes3 {
+  V c0, c1, c2;
+};
+template <class V>
+struct Planes4 {
+  V c0, c1, c2, c3;
+};
+template <class D>
+HWY_INLINE Planes3<hn::Vec<D>> LoadLanes(D d, const KyC24* from) {
+  Planes3<hn::Vec<D>> planes;
+  hn::LoadInterleaved3(d, &from->c0, planes.c0, planes.c1, planes.c2);
+  return planes;
+}
+template <class V, class T>
+HWY_INLINE void StoreLanes(const Planes3<V>& v, T* to) {
+  static_assert(sizeof(T) == 3);
+  hn::StoreInterleaved3(v.c0, v.c1, v.c2, hn::DFromV<V>(), reinterpret_cast<uint8_t*>(to));
+}
+template <class V, class T>
+HWY_INLINE void StoreLanes(const Planes4<V>& v, T* to) {
+  static_assert(sizeof(T) == 4);
+  hn::StoreInterleaved4(v.c0, v.c1, v.c2, v.c3, hn::DFromV<V>(), reinterpret_cast<uint8_t*>(to));
+}
+
+// The first n of the elements that the lanes of D stand for; lanes without an element are 0. No
+// byte after them is touched.
+template <class D, class T>
+HWY_INLINE auto LoadPart(D d, const T* from, size_t n) {
+  HWY_ALIGN T part[hn::MaxLanes(D())];
+  std::memset(static_cast<void*>(part), 0, sizeof part);
+  std::memcpy(static_cast<void*>(part), from, n * sizeof(T));
+  return LoadLanes(d, part);
+}
+template <class D, class V, class T>
+HWY_INLINE void StorePart(D, const V& v, T* to, size_t n) {
+  HWY_ALIGN T part[hn::MaxLanes(D())];
+  StoreLanes(v, part);
+  std::memcpy(static_cast<void*>(to), part, n * sizeof(T));
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#endif  // per-target include guard

@@ -1,0 +1,136 @@
+// Formulas on lanes wider or narrower than the vectors they are given. Included by row files like
+// lanes-inl.h.
+#if defined(KY_FOUNDATION_WIDEN_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_FOUNDATION_WIDEN_INL_H_
+#undef KY_FOUNDATION_WIDEN_INL_H_
+#else
+#define KY_FOUNDATION_WIDEN_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstddef>
+#include <cstdint>
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Runs `f(d16, v...)` on 8-bit lanes widened to 16 bits, without crossing lanes: first the even,
+// then the odd ones. The results must be at most 255.
+template <class D, class F, class... V>
+HWY_INLINE hn::Vec<D> OnWide(D d, const F& f, V... v) {
+#if HWY_TARGET == HWY_SCALAR
+  const hn::Rebind<uint16_t, D> d16;
+  const hn::Rebind<int16_t, D> signed16;
+  return hn::DemoteTo(d, hn::BitCast(signed16, f(d16, hn::PromoteTo(d16, v)...)));
+#else
+  const hn::Repartition<uint16_t, D> d16;
+  const auto low = hn::Set(d16, 0xFF);
+  const auto even = f(d16, hn::And(hn::BitCast(d16, v), low)...);
+  const auto odd = f(d16, hn::ShiftRight<8>(hn::BitCast(d16, v))...);
+  return hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd)));
+#endif
+}
+
+// The formula of 8-bit lanes that computes in 16 bits, by one of 16-bit lanes.
+template <class Formula>
+struct OnWideLanes {
+  using Lane = uint8_t;
+  template <class D, class... V>
+  HWY_INLINE hn::Vec<D> operator()(D d, V... v) const {
+    return OnWide(d, Formula(), v...);
+  }
+};
+
+// OnWide with f given 256 times the 8-bit lanes.
+template <class D, class F>
+HWY_INLINE hn::Vec<D> OnWideScaled(D d, const F& f, hn::Vec<D> v) {
+#if HWY_TARGET == HWY_SCALAR
+  const hn::Rebind<uint16_t, D> d16;
+  const hn::Rebind<int16_t, D> signed16;
+  const auto scaled = hn::ShiftLeft<8>(hn::PromoteTo(d16, v));
+  return hn::DemoteTo(d, hn::BitCast(signed16, f(d16, scaled)));
+#else
+  const hn::Repartition<uint16_t, D> d16;
+  const auto both = hn::BitCast(d16, v);
+  const auto even = f(d16, hn::ShiftLeft<8>(both));
+  const auto odd = f(d16, hn::And(both, hn::Set(d16, 0xFF00)));
+  return hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd)));
+#endif
+}
+
+// 32-bit lanes whose values fit 16 bits, in both 16-bit halves.
+template <class D>
+HWY_INLINE auto InHalves(D, hn::Vec<D> v) {
+#if HWY_TARGET == HWY_SCALAR
+  return hn::TruncateTo(hn::Rebind<uint16_t, D>(), v);
+#else
+  return hn::BitCast(hn::Repartition<uint16_t, D>(), hn::Or(v, hn::ShiftLeft<16>(v)));
+#endif
+}
+
+// Runs `f(d8, v...)` on the bytes of 32-bit lanes.
+template <class D, class F, class... V>
+HWY_INLINE hn::Vec<D> OnBytes(D d, const F& f, V... v) {
+#if HWY_TARGET == HWY_SCALAR
+  const hn::Rebind<uint8_t, D> d8;
+  uint32_t all = 0;
+  for (int shift = 0; shift < 32; shift += 8)
+    all |= uint32_t{hn::GetLane(f(d8, hn::TruncateTo(d8, hn::ShiftRightSame(v, shift))...))}
+           << shift;
+  return hn::Set(d, all);
+#else
+  const hn::Repartition<uint8_t, D> d8;
+  return hn::BitCast(d, f(d8, hn::BitCast(d8, v)...));
+#endif
+}
+
+// Runs `f(df, v...)` on 16-bit lanes converted to single precision. The results are the low 16 bits
+// of the floats that it returns: adding 2^k to a smaller number of 0 or more, or 1.5 * 2^k to one
+// that may be negative too, leaves it there as a multiple of 2^(k - 23), rounded to the nearest.
+// That is cheaper than a conversion, which has to look for overflow.
+template <class D16, class F, class... V>
+HWY_INLINE hn::Vec<D16> InFloat(D16 d16, const F& f, V... v) {
+#if HWY_TARGET == HWY_SCALAR
+  const hn::Rebind<int32_t, D16> d32;
+  const hn::Rebind<uint32_t, D16> unsigned32;
+  const hn::Rebind<float, D16> df;
+  const auto result = f(df, hn::ConvertTo(df, hn::PromoteTo(d32, v))...);
+  return hn::TruncateTo(d16, hn::BitCast(unsigned32, result));
+#else
+  const hn::Repartition<uint32_t, D16> d32;
+  const hn::Repartition<int32_t, D16> signed32;
+  const hn::Repartition<float, D16> df;
+  const auto toFloat = [&](auto wide)
+                           HWY_ATTR { return hn::ConvertTo(df, hn::BitCast(signed32, wide)); };
+  const auto mask = hn::Set(d32, 0xFFFF);
+  const auto low = f(df, toFloat(hn::And(hn::BitCast(d32, v), mask))...);
+  const auto high = f(df, toFloat(hn::ShiftRight<16>(hn::BitCast(d32, v)))...);
+  return hn::OddEven(hn::ShiftLeftLanes<1>(d16, hn::BitCast(d16, high)), hn::BitCast(d16, low));
+#endif
+}
+
+// Truncated, of numbers that 32-bit integers hold: Highway's conversion also limits the others,
+// which takes as long again.
+template <class DF>
+HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> TruncateFitting(DF, hn::Vec<DF> v) {
+  using DI = hn::RebindToSigned<DF>;
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+  if constexpr (sizeof(v) == 64) return hn::Vec<DI>{_mm512_cvttps_epi32(v.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  if constexpr (sizeof(v) == 32) return hn::Vec<DI>{_mm256_cvttps_epi32(v.raw)};
+#elif HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
+  return hn::Vec<DI>{_mm_cvttps_epi32(v.raw)};
+#endif
+  return hn::ConvertTo(DI(), v);
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#endif  // per-target include guard
