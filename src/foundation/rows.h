@@ -41,9 +41,10 @@ template <class T, class Roi>
 Rows<T> RowsAs(Roi* roi) noexcept {
   using Pixel = typename std::remove_const_t<Roi>::Pixel;
   using Element = std::remove_const_t<T>;
-  static_assert(std::is_same_v<Element, Pixel> || std::is_same_v<Element, KyBW8>);
   static_assert(std::is_const_v<T> || !std::is_const_v<Roi>);
-  constexpr std::ptrdiff_t kElements = sizeof(Pixel) / sizeof(Element);
+  constexpr bool kAsPixels = std::is_same_v<Element, Pixel>;
+  static_assert(kAsPixels || std::is_same_v<Element, KyBW8>);
+  constexpr std::ptrdiff_t kElements = kAsPixels ? 1 : sizeof(Pixel);
   int pitch;
   T* const first = static_cast<T*>(roi->FindPixels(pitch));
   return {first, pitch, roi->GetWidth() * kElements, roi->GetHeight()};

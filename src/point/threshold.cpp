@@ -125,8 +125,8 @@ KY_ERRORS TestThroughLookup(const Rows<const KyC24>& source, const Rows<KyBW8>& 
   for (std::ptrdiff_t y = 0; y < out.height; ++y)
     for (std::ptrdiff_t x = 0; x < out.width; ++x) {
       // A lookup that writes nothing leaves the colour as it is.
-      // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): rows of pixels are always filled
       KyC24 color = in.rows().Row(y)[x];
+      // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): rows of pixels are always filled
       lookup.Transform(in.rows().Row(y)[x], color);
       const bool inside = within(color.c0, box.minimum.c0, box.maximum.c0) &&
                           within(color.c1, box.minimum.c1, box.maximum.c1) &&

@@ -223,17 +223,17 @@ KY_ERRORS ChooseThreshold(const std::uint32_t* counts, LevelRange range, unsigne
   return KY_OK;
 }
 
-int IsodataLevel(const std::uint32_t* bins, LevelRange range) noexcept {
+int IsodataLevel(const std::uint32_t* counts, LevelRange range) noexcept {
   constexpr int kMostSteps = 16;
-  std::uint32_t counts[kLevels] = {}, sums[kLevels] = {};
+  std::uint32_t belowCounts[kLevels] = {}, sums[kLevels] = {};
   LevelClass all;
   for (unsigned k = range.min; k <= range.max; ++k) {
-    counts[k] = all.count += bins[k];
-    sums[k] = all.sum += k * bins[k];
+    belowCounts[k] = all.count += counts[k];
+    sums[k] = all.sum += k * counts[k];
   }
   unsigned t = (range.min + range.max + 1) >> 1;
   for (int step = 0; step < kMostSteps; ++step) {
-    const std::uint32_t below = counts[t], above = all.count - below;
+    const std::uint32_t below = belowCounts[t], above = all.count - below;
     const std::uint32_t meanBelow = below == 0 ? (range.min + t) >> 1 : sums[t] / below;
     const std::uint32_t meanAbove =
         above == 0 ? (range.max + 1 + t) >> 1 : (all.sum - sums[t]) / above;
