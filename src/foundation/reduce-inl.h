@@ -29,7 +29,7 @@ HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
   const auto step = [&](size_t at)
                         HWY_ATTR { fold.Step(d, LoadLanes(d, row + at)..., hn::Zero(d)); };
   size_t i = 0;
-  // Nearly nothing but loads: asked for ahead, they take a fifth less than the processor's own
+  // Nearly nothing but loads: prefetched, they take a fifth less than the processor's own
   // guess.
   constexpr ptrdiff_t kAhead = 2048;
   for (; i + kAtOnce * lanes <= n; i += kAtOnce * lanes)

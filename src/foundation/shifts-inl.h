@@ -18,7 +18,7 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// What stands kLanes elements behind `here` in a row that goes on with `next`. Vectors of one lane
+// What stands kLanes elements after `here` in a row that goes on with `next`. Vectors of one lane
 // have no such place for more than one.
 template <size_t kLanes, class D>
 HWY_INLINE hn::Vec<D> Behind([[maybe_unused]] D d, [[maybe_unused]] hn::Vec<D> here,

@@ -19,7 +19,7 @@ struct Position {
   std::uint32_t x, y;
 };
 
-// Rows of the destination between asking for the pixels of one and making it.
+// Rows of the destination between prefetching the pixels of one and making it.
 inline constexpr std::ptrdiff_t kFetchRows = 16;
 
 // False for sources that lie in the cache anyhow.
@@ -29,9 +29,9 @@ bool IsWorthFetching(const Rows<const T>& source) noexcept {
   return source.height * source.pitch > kInCache;
 }
 
-// Asks for the pixels at place(0), ... place(n - 1), those inside the source. A turned line touches
-// new cache lines of a large source in an order that no processor foresees. (Inlined by force: GCC
-// takes a function that does nothing else for one without effect.)
+// Prefetches the pixels at place(0), ... place(n - 1), those inside the source. A turned line
+// touches new cache lines of a large source in an order that no processor foresees. (Inlined by
+// force: GCC takes a function that does nothing else for one without effect.)
 template <class T, class Place>
 [[gnu::always_inline]] inline void FetchAhead(const Rows<const T>& source, std::ptrdiff_t n,
                                               const Place& place) noexcept {

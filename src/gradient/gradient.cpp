@@ -80,7 +80,7 @@ KY_ERRORS ImgGradientScalar(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinatio
   return MapGradients(source, destination, lookup, [&](const auto& kernels, const auto& table) {
     return FilterNeighbours(
         destination, source, kernels,
-        [&](Rows<KyBW8> out, const KyBW8* const* rows) { kernels.look(out, rows, table); });
+        [&](Rows<KyBW8> out, const KyBW8* const* rows) { kernels.lookUp(out, rows, table); });
   });
 }
 
@@ -91,8 +91,8 @@ KY_ERRORS ImgGradientScalar(const KyROI<KyBW32>* source, KyROI<KyBW8>* destinati
     ky::Input<KyBW32> input;
     if (!input.Open(RowsOf(source), out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     for (std::ptrdiff_t y = 0; y < out.height; ++y)
-      kernels.lookStored(out.Row(y), static_cast<std::size_t>(out.width), input.rows().Row(y),
-                         table);
+      kernels.lookUpStored(out.Row(y), static_cast<std::size_t>(out.width), input.rows().Row(y),
+                           table);
     return KY_OK;
   });
 }

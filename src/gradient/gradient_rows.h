@@ -14,9 +14,9 @@ struct GradientTable {
 struct GradientKernels {
   std::size_t lanes;
   void (*store)(Rows<KyBW32> out, const KyBW8* const* rows);
-  void (*look)(Rows<KyBW8> out, const KyBW8* const* rows, const GradientTable& table);
-  void (*lookStored)(KyBW8* out, std::size_t n, const KyBW32* gradients,
-                     const GradientTable& table);
+  void (*lookUp)(Rows<KyBW8> out, const KyBW8* const* rows, const GradientTable& table);
+  void (*lookUpStored)(KyBW8* out, std::size_t n, const KyBW32* gradients,
+                       const GradientTable& table);
 };
 
 // The kernels of the instruction set that this call may use.
