@@ -10,7 +10,8 @@ namespace {
 
 using ky::FixedWeights;
 using ky::KernelView;
-using Roi = KyROI<KyBW8>;
+using In = ky::Rows<const KyBW8>;
+using Out = ky::Rows<KyBW8>;
 
 bool IsSquareOf(const KernelView& kernel, int size) {
   return kernel.sizeX == size && kernel.sizeY == size;
@@ -56,25 +57,21 @@ FixedWeights SymmetricWeights(const KernelView& kernel) {
 
 // The dedicated workers. A rectifier that is none of theirs has nothing done.
 using Weights = FixedWeights (*)(const KernelView&);
-KY_ERRORS ConvolveAs(const char* name, const Roi* source, Roi* destination,
-                     const KernelView& kernel, Weights weightsOf) noexcept {
-  return ky::Call(name, [&] {
-    if (const KY_ERRORS error = ky::Ready(source, destination)) return error;
-    if (kernel.data == nullptr) return KY_ERROR_KERNEL_SIZE;
-    if (kernel.rectifier < 1 || kernel.rectifier > 3) return KY_OK;
-    return ky::ConvolveFixed(ky::RowsOf(destination), ky::RowsOf(source), weightsOf(kernel));
-  });
+KY_ERRORS ConvolveAs(Out out, In in, const KernelView& kernel, Weights weightsOf) noexcept {
+  if (kernel.data == nullptr) return KY_ERROR_KERNEL_SIZE;
+  if (kernel.rectifier < 1 || kernel.rectifier > 3) return KY_OK;
+  return ky::ConvolveFixed(out, in, weightsOf(kernel));
 }
 
 // The worker of 3x3 kernels with rectifier 2: 8 bits behind the point, weights of 16 bits.
-KY_ERRORS ConvolvePositive(const Roi* source, Roi* destination, const KernelView& kernel) noexcept {
+KY_ERRORS ConvolvePositive(Out out, In in, const KernelView& kernel) noexcept {
   FixedWeights w = {};
   w.radius = 1;
   w.fraction = 8;
   const float scaledGain = 256.0f * ky::EffectiveGainOf(kernel);
   for (int i = 0; i < 9; ++i)
     w.weights[i] = static_cast<std::int16_t>(ky::FixedWeight(scaledGain, kernel.data[i]));
-  return ky::ConvolveFixed(ky::RowsOf(destination), ky::RowsOf(source), w);
+  return ky::ConvolveFixed(out, in, w);
 }
 
 }  // namespace
@@ -82,15 +79,17 @@ KY_ERRORS ConvolvePositive(const Roi* source, Roi* destination, const KernelView
 KY_ERRORS ImgConvolKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                           const KyKernel* kernel) noexcept {
   return ky::Call("ImgConvolKernel", [&] {
-    if (const KY_ERRORS error = ky::Ready(source, destination)) return error;
+    In in;
+    Out out;
+    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     if (kernel == nullptr) return KY_ERROR_KERNEL_SIZE;
     const KernelView view(*kernel);
     if (view.data == nullptr) return KY_ERROR_KERNEL_SIZE;
-    if (view.rectifier == 0 || !HasFixedSize(view))
-      return ky::ConvolveFloat(ky::RowsOf(destination), ky::RowsOf(source), view);
-    if (view.sizeX == 3 && view.rectifier == 2) return ConvolvePositive(source, destination, view);
+    if (view.rectifier == 0 || !HasFixedSize(view)) return ky::ConvolveFloat(out, in, view);
+    if (view.sizeX == 3 && view.rectifier == 2) return ConvolvePositive(out, in, view);
     constexpr const char* kWorkers[] = {"ConvolKernel3x3", "ConvolKernel5x5", "ConvolKernel7x7"};
-    return ConvolveAs(kWorkers[view.sizeX / 2 - 1], source, destination, view, GeneralWeights);
+    return ky::Call(kWorkers[view.sizeX / 2 - 1],
+                    [&] { return ConvolveAs(out, in, view, GeneralWeights); });
   });
 }
 
@@ -103,6 +102,11 @@ KY_ERRORS ImgConvolSymmetricKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* des
     if (!HasFixedSize(view)) return KY_ERROR_KERNEL_1703;
     constexpr const char* kWorkers[] = {"ConvolKernelS3xS3", "ConvolKernelS5xS5",
                                         "ConvolKernelS7xS7"};
-    return ConvolveAs(kWorkers[view.sizeX / 2 - 1], source, destination, view, SymmetricWeights);
+    return ky::Call(kWorkers[view.sizeX / 2 - 1], [&] {
+      In in;
+      Out out;
+      if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+      return ConvolveAs(out, in, view, SymmetricWeights);
+    });
   });
 }

@@ -132,7 +132,7 @@ WindowKernel<WindowRun> BinomialWindows() { return RolledWindows<Binomial>(); }
 WindowKernel<WindowRun> RingWindows() { return RolledWindows<Ring>(); }
 WindowKernel<WindowRun> Highpass1Windows() { return RolledWindows<Cross<5>>(); }
 WindowKernel<WindowRun> Highpass2Windows() { return RolledWindows<Square<9, false>>(); }
-WindowKernel<WindowRun> Highpass2FrameWindows() { return RolledWindows<Square<9, true>>(); }
+WindowKernel<WindowRun> Highpass2BorderWindows() { return RolledWindows<Square<9, true>>(); }
 WindowKernel<WindowRun> SobelXWindows() { return RolledWindows<GradientX<2>>(); }
 WindowKernel<WindowRun> SobelYWindows() { return RolledWindows<GradientY<2>>(); }
 WindowKernel<WindowRun> SobelWindows() { return RolledWindows<Modulus<2>>(); }
@@ -157,7 +157,7 @@ HWY_EXPORT(BinomialWindows);
 HWY_EXPORT(RingWindows);
 HWY_EXPORT(Highpass1Windows);
 HWY_EXPORT(Highpass2Windows);
-HWY_EXPORT(Highpass2FrameWindows);
+HWY_EXPORT(Highpass2BorderWindows);
 HWY_EXPORT(SobelXWindows);
 HWY_EXPORT(SobelYWindows);
 HWY_EXPORT(SobelWindows);
@@ -169,19 +169,18 @@ HWY_EXPORT(Laplacian8Windows);
 
 constexpr Border kNearest = Border::Nearest(), kZero = Border::Constant(0);
 
-// A source is const for its rectangle, not for its pixels.
-Rows<KyBW8> PixelsOf(const KyROI<KyBW8>* roi) noexcept {
-  return RowsOf(const_cast<KyROI<KyBW8>*>(roi));
-}
-
-// The frame of all filters.
-template <class... Kernels>
-KY_ERRORS Filter(const char* name, const KyROI<KyBW8>* source, const KyROI<KyBW8>* destination,
+// The frame of all filters, of grey pixels and of the components of colours.
+template <class Pixel, class... Kernels>
+KY_ERRORS Filter(const char* name, const KyROI<Pixel>* source, const KyROI<Pixel>* destination,
                  Border border, const Kernels&... kernels) noexcept {
   return Call(name, [&] {
     if (destination == nullptr) destination = source;
-    if (const KY_ERRORS error = Ready(source, destination)) return error;
-    return FilterWindows(PixelsOf(destination), RowsOf(source), border, kernels...);
+    Rows<const KyBW8> in;
+    Rows<KyBW8> out;
+    // A source is const for its rectangle, not for its pixels.
+    auto* const written = const_cast<KyROI<Pixel>*>(destination);
+    if (const KY_ERRORS error = OpenAll(source, in, written, out)) return error;
+    return FilterWindows(out, in, border, kernels...);
   });
 }
 
@@ -224,7 +223,7 @@ KY_ERRORS ImgConvolHighpass1(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinati
 }
 KY_ERRORS ImgConvolHighpass2(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept {
   return Filter("ImgConvolHighpass2 (BW8)", source, destination, kZero,
-                KY_DISPATCH(Highpass2Windows)(), KY_DISPATCH(Highpass2FrameWindows)());
+                KY_DISPATCH(Highpass2Windows)(), KY_DISPATCH(Highpass2BorderWindows)());
 }
 KY_ERRORS ImgConvolSobelX(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept {
   return Filter("ImgConvolSobelX (BW8)", source, destination, kZero, KY_DISPATCH(SobelXWindows)());

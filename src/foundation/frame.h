@@ -95,11 +95,4 @@ KY_ERRORS OpenAll(RoisAndRows&&... all) noexcept {
   return openEach(std::make_index_sequence<kRois>());
 }
 
-// Former names.
-inline KY_ERRORS HasImage(const KyGenericROI* roi) noexcept { return CheckImage(roi); }
-template <class... Rois>
-KY_ERRORS Ready(const Rois*... rois) noexcept {
-  return CheckRois(rois...);
-}
-
 }  // namespace ky

@@ -37,7 +37,7 @@ struct WindowKernel {
 using WindowRun = void (*)(Rows<KyBW8> out, const KyBW8* const* rows, bool isLarge);
 
 // Walks the windows a band of rows at a time, so that kernels can carry what they know of one row
-// to the next. `frame` makes those results whose window reaches over the border.
+// to the next. `atBorder` makes those results whose window reaches over the border.
 //
 // Source rows are read where they are, but for the two ends of a row, which go through small padded
 // strips. In place, for narrow images, and where many rows would compete for the same places in a
@@ -57,9 +57,9 @@ class WindowWalk {
   KY_ERRORS Run(Rows<Out> destination, Rows<const T> source, const Inside& inside) noexcept {
     return Run<Inside, Inside, false>(destination, source, inside, inside);
   }
-  template <class Inside, class Frame, bool kFrame = true>
+  template <class Inside, class AtBorder, bool kApart = true>
   KY_ERRORS Run(Rows<Out> destination, Rows<const T> source, const Inside& inside,
-                const Frame& frame) noexcept {
+                const AtBorder& atBorder) noexcept {
     if (destination.Empty()) return KY_OK;
     out_ = destination;
     if (!input_.Open(source, destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
@@ -70,20 +70,20 @@ class WindowWalk {
     isLarge_ = !copies_ && in_.height * (in_.RowBytes() + out_.RowBytes()) > kSecondCache;
     rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, kMost) : kMost;
     if (!Allocate()) return KY_ERROR_NOT_ENOUGH_MEMORY;
-    const auto run = [&](std::ptrdiff_t y, std::ptrdiff_t end, bool inFrame) {
+    const auto run = [&](std::ptrdiff_t y, std::ptrdiff_t end, bool isBorder) {
       while (y < end) {
         const std::ptrdiff_t count = std::min(end - y, rowsAtOnce_);
         OpenBand(y, count);
-        if (inFrame)
-          MakeBand(frame);
+        if (isBorder)
+          MakeBand(atBorder);
         else
           MakeBand(inside);
-        if (kFrame && !inFrame) MakeFrame(frame, std::min(reach_, in_.width));
+        if (kApart && !isBorder) MakeEnds(atBorder, std::min(reach_, in_.width));
         y += count;
       }
     };
-    const std::ptrdiff_t above = kFrame ? std::min<std::ptrdiff_t>(radius_, in_.height) : 0;
-    const std::ptrdiff_t below = std::max(above, in_.height - (kFrame ? radius_ : 0));
+    const std::ptrdiff_t above = kApart ? std::min<std::ptrdiff_t>(radius_, in_.height) : 0;
+    const std::ptrdiff_t below = std::max(above, in_.height - (kApart ? radius_ : 0));
     run(0, above, true);
     run(above, below, false);
     run(below, in_.height, true);
@@ -157,7 +157,7 @@ class WindowWalk {
 
   // The first and the last `n` results of every row.
   template <class Kernel>
-  void MakeFrame(const Kernel& kernel, std::ptrdiff_t n) {
+  void MakeEnds(const Kernel& kernel, std::ptrdiff_t n) {
     const std::ptrdiff_t last = in_.width - n;
     MakeApart(kernel, Strips(), 0, 0, n, 0);
     if (copies_) return MakeApart(kernel, Strips(), last, 0, n, last);
@@ -225,9 +225,10 @@ KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border bord
 // over the border.
 template <class T, class Out, class Run>
 KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
-                        const WindowKernel<Run>& inside, const WindowKernel<Run>& frame) noexcept {
+                        const WindowKernel<Run>& inside,
+                        const WindowKernel<Run>& atBorder) noexcept {
   return WindowWalk<T, Out>(inside.radius, border, inside.lanes, inside.step)
-      .Run(destination, source, inside, frame);
+      .Run(destination, source, inside, atBorder);
 }
 
 }  // namespace ky

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <initializer_list>
 
 #include "foundation/frame.h"
 #include "foundation/kernels/operators_rows.h"
@@ -17,7 +16,6 @@ using ky::ExtremePass;
 using ky::Input;
 using ky::Lines;
 using ky::Rows;
-using ky::RowsOf;
 using Source = const KyROI<KyBW8>*;
 using Destination = KyROI<KyBW8>*;
 
@@ -54,14 +52,6 @@ Element BoxOf(unsigned halfWidth, unsigned halfHeight) noexcept {
   return Element::Box(halfWidth, halfHeight == KY_HALF_HEIGHT_AS_WIDTH ? halfWidth : halfHeight);
 }
 
-// Sets the status and traces the inner routines that it comes from.
-KY_ERRORS Fail(KY_ERRORS error, std::initializer_list<const char*> inner) noexcept {
-  KySetError(error);
-  for (const char* const name : inner)
-    if (name != nullptr) KyTraceError(name);
-  return error;
-}
-
 bool IsInPlace(Source source, Destination destination) noexcept {
   return destination == nullptr || destination == source;
 }
@@ -73,17 +63,9 @@ struct Operands {
   bool inPlace = false;
 
   KY_ERRORS Open(Source from, Destination to) noexcept {
-    if (const KY_ERRORS error = ky::HasImage(from)) return error;
-    if (IsInPlace(from, to)) {
-      source = RowsOf(from);
-      destination = {const_cast<KyBW8*>(source.first), source.pitch, source.width, source.height};
-      inPlace = true;
-      return KY_OK;
-    }
-    if (const KY_ERRORS error = ky::Ready(from, to)) return error;
-    source = RowsOf(from);
-    destination = RowsOf(to);
-    inPlace = SharingOf(source, destination) == ky::Sharing::kTheSame;
+    if (to == nullptr) to = const_cast<Destination>(from);
+    if (const KY_ERRORS error = ky::OpenAll(from, source, to, destination)) return error;
+    inPlace = from == to || SharingOf(source, destination) == ky::Sharing::kTheSame;
     return KY_OK;
   }
 };
@@ -179,7 +161,7 @@ KY_ERRORS Single(const Names& names, Extreme extreme, const Element& element, So
     if (const KY_ERRORS error = on.Open(source, destination)) return error;
     if (RunExtreme(on, extreme, element)) return KY_OK;
     traced = !on.inPlace;
-    return Fail(KY_ERROR_NOT_ENOUGH_MEMORY, {FirstStep(extreme, element)});
+    return ky::FailIn(KY_ERROR_NOT_ENOUGH_MEMORY, {FirstStep(extreme, element)});
   });
   return traced ? KyTraceError(NameOf(names, extreme)) : KyGetError();
 }
@@ -188,8 +170,8 @@ KY_ERRORS Single(const Names& names, Extreme extreme, const Element& element, So
 // memory.
 KY_ERRORS NoMemory(const Names& names, Extreme first, const Element& element, bool inPlace,
                    const char* outer = nullptr) noexcept {
-  return Fail(KY_ERROR_NOT_ENOUGH_MEMORY,
-              {FirstStep(first, element), inPlace ? nullptr : NameOf(names, first), outer});
+  return ky::FailIn(KY_ERROR_NOT_ENOUGH_MEMORY,
+                    {FirstStep(first, element), inPlace ? nullptr : NameOf(names, first), outer});
 }
 
 KY_ERRORS OpenOrClose(const Names& names, Extreme first, const Element& element, Source source,
@@ -210,7 +192,7 @@ KY_ERRORS TopHat(const Names& names, Extreme first, const Element& element, Sour
   return ky::Call(white ? names.whiteTopHat : names.blackTopHat, [&]() -> KY_ERRORS {
     if (refusesInPlace && IsInPlace(source, destination)) return KY_ERROR_COLOR_PLANES;
     Operands on;
-    if (const KY_ERRORS error = on.Open(source, destination)) return Fail(error, {inner});
+    if (const KY_ERRORS error = on.Open(source, destination)) return ky::FailIn(error, {inner});
     if (on.inPlace) {
       if (refusesInPlace) return KY_ERROR_COLOR_PLANES;
       // Whatever replaced the source is subtracted from itself.
@@ -231,13 +213,14 @@ KY_ERRORS TopHat(const Names& names, Extreme first, const Element& element, Sour
 KY_ERRORS Gradient(const Names& names, const Element& element, Source source,
                    Destination destination) noexcept {
   return ky::Call(names.gradient, [&]() -> KY_ERRORS {
-    if (const KY_ERRORS error = ky::HasImage(source)) return error;
+    if (const KY_ERRORS error = ky::CheckImage(source)) return error;
     if (destination != nullptr) {
       destination->CheckSameSize(source);
       if (const KY_ERRORS error = KyGetError()) return error;
     }
     Operands on;
-    if (const KY_ERRORS error = on.Open(source, destination)) return Fail(error, {names.dilate});
+    if (const KY_ERRORS error = on.Open(source, destination))
+      return ky::FailIn(error, {names.dilate});
     return RunGradient(on, element) ? KY_OK : NoMemory(names, kErosion, element, false);
   });
 }

@@ -229,7 +229,7 @@ TEST(ConvolKernel, OtherSizes) {
     }
 }
 
-// The frame of a uniform picture darkens, its interior does not; single precision all the way.
+// The border of a uniform picture darkens, its interior does not; single precision all the way.
 TEST(ConvolKernel, UniformGridOnFlatPictures) {
   const Grid g = {5, 5, std::vector<float>(25, 1.0f), 1, 0, 0, 0};
   KyKernel kernel;

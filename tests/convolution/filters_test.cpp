@@ -46,7 +46,7 @@ const struct Filter {
   const char* trace;
   bool repeats;
   Formula inside;
-  Formula frame = nullptr;
+  Formula atBorder = nullptr;
 } kFilters[] = {
     {ImgConvolUniform3x3, "ImgConvolUniform3x3 (BW8)", true, Uniform},
     {ImgConvolLowpass1, "ImgConvolLowpass1 (BW8)", true, Uniform},
@@ -74,14 +74,15 @@ auto ModelOf(const Filter& filter) {
     for (int y = 0; y < in.height; ++y)
       for (int x = 0; x < in.width; ++x) {
         Window window;
-        bool inFrame = false;
+        bool isBorder = false;
         for (int i = 0; i < 9; ++i) {
           const int column = x + i % 3 - 1, row = y + i / 3 - 1;
-          inFrame |= !in.Has(column, row);
+          isBorder |= !in.Has(column, row);
           const bool zero = !filter.repeats && !in.Has(column, row);
           window[static_cast<std::size_t>(i)] = zero ? 0 : in.Nearest(column, row);
         }
-        const Formula formula = inFrame && filter.frame != nullptr ? filter.frame : filter.inside;
+        const Formula formula =
+            isBorder && filter.atBorder != nullptr ? filter.atBorder : filter.inside;
         out.At(x, y) = static_cast<KyBW8>(formula(window));
       }
   };

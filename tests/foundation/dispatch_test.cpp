@@ -91,8 +91,10 @@ TEST(Dispatch, WindowsOnEveryPath) {
     const int step = i % 2 == 0 ? 1 : 3;
     const auto call = [&](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
       return Call("Window", [&] {
-        if (const KY_ERRORS error = Ready(in, out)) return error;
-        return FilterWindows(RowsOf(out), RowsOf(in), Border::Nearest(), KY_DISPATCH(WindowsOf)(i));
+        Rows<const KyBW8> from;
+        Rows<KyBW8> to;
+        if (const KY_ERRORS error = OpenAll(in, from, out, to)) return error;
+        return FilterWindows(to, from, Border::Nearest(), KY_DISPATCH(WindowsOf)(i));
       });
     };
     const auto model = [&](const test::Picture<KyBW8>& in, test::Picture<KyBW8>& out) {

@@ -29,7 +29,7 @@ struct Case {
   int radius, step;
   Border border;
   std::size_t lanes;
-  int frameScale = 1;
+  int borderScale = 1;
 };
 
 // The definition. Columns are elements; the neighbours of a pixel's elements are those of the
@@ -74,16 +74,16 @@ TEST(Window, RadiiStepsBordersAndVectorLengths) {
       {9, 1, Border::Mirror(), 16},      {6, 3, Border::Constant(3), 1},
   };
   for (const Case& c : kCases) {
-    SCOPED_TRACE(testing::Message()
-                 << "radius " << c.radius << ", step " << c.step << ", border "
-                 << int{c.border.kind} << ", lanes " << c.lanes << ", frame " << c.frameScale);
+    SCOPED_TRACE(testing::Message() << "radius " << c.radius << ", step " << c.step << ", border "
+                                    << int{c.border.kind} << ", lanes " << c.lanes
+                                    << ", scale at the border " << c.borderScale);
     const auto call = [&](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
       return ky::Call("Window", [&] {
-        if (const KY_ERRORS error = ky::Ready(in, out)) return error;
-        if (c.frameScale == 1)
-          return ky::FilterWindows(ky::RowsOf(out), ky::RowsOf(in), c.border, Kernel(c, 1));
-        return ky::FilterWindows(ky::RowsOf(out), ky::RowsOf(in), c.border, Kernel(c, 1),
-                                 Kernel(c, c.frameScale));
+        ky::Rows<const KyBW8> from;
+        ky::Rows<KyBW8> to;
+        if (const KY_ERRORS error = ky::OpenAll(in, from, out, to)) return error;
+        if (c.borderScale == 1) return ky::FilterWindows(to, from, c.border, Kernel(c, 1));
+        return ky::FilterWindows(to, from, c.border, Kernel(c, 1), Kernel(c, c.borderScale));
       });
     };
     const auto model = [&](const Picture<KyBW8>& in, Picture<KyBW8>& out) {
@@ -92,7 +92,7 @@ TEST(Window, RadiiStepsBordersAndVectorLengths) {
         for (int x = 0; x < in.width; ++x) {
           const bool inside =
               x >= reach && y >= c.radius && x < in.width - reach && y < in.height - c.radius;
-          out.At(x, y) = Model(in, x, y, c, inside ? 1 : c.frameScale);
+          out.At(x, y) = Model(in, x, y, c, inside ? 1 : c.borderScale);
         }
     };
     std::vector<Size> sizes;
