@@ -47,7 +47,7 @@ Element Element::On(std::ptrdiff_t width, std::ptrdiff_t height) const noexcept 
 
 bool BoxPass::Allocate(const ExtremeKernels& kernels, const Element& element, std::ptrdiff_t width,
                        std::ptrdiff_t height) noexcept {
-  kernels_ = &kernels;
+  kernels_ = kernels;
   width_ = tileWidth_ = width;
   height_ = height;
   halfWidth_ = element.halfWidth;
@@ -71,7 +71,7 @@ const KyBW8* BoxPass::MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) n
   if (halfWidth_ == 0) return in;
   // The row's own elements start a line of a cache.
   KyBW8* const row = row_.get() + kRowFront + (-halfWidth_ & 63);
-  kernels_->along(slot, width_, in, row, spare_.get(), halfWidth_, soon);
+  kernels_.along(slot, width_, in, row, spare_.get(), halfWidth_, soon);
   return slot;
 }
 
@@ -109,7 +109,7 @@ void BoxPass::RunTiles(Lines<KyBW8> out) noexcept {
 
 bool DiamondPass::Allocate(const ExtremeKernels& kernels, std::ptrdiff_t steps,
                            std::ptrdiff_t width, std::ptrdiff_t height) noexcept {
-  kernels_ = &kernels;
+  kernels_ = kernels;
   steps_ = steps;
   width_ = width;
   height_ = height;
@@ -177,18 +177,18 @@ std::ptrdiff_t DiamondPass::AdvanceRound(std::ptrdiff_t ready, Lines<const KyBW8
 void DiamondPass::PutInput(std::ptrdiff_t t, const KyBW8* row) noexcept {
   KyBW8* const slot = falling_.Slot(t);
   const auto outside = static_cast<std::size_t>(inRound_ - 1);
-  std::memset(slot - outside, kernels_->neutral, outside);
+  std::memset(slot - outside, kernels_.neutral, outside);
   CopyRow(slot, row, width_);
-  std::memset(slot + width_, kernels_->neutral, outside);
+  std::memset(slot + width_, kernels_.neutral, outside);
 }
 
 // The crosses whose rows are all there.
 void DiamondPass::MakeCrosses(std::ptrdiff_t ready, Lines<KyBW8> out) noexcept {
   for (; made_ < ready && (made_ + 1 < ready || ready == height_); ++made_) {
     KyBW8* const row = diagonals_(made_);
-    row[-1] = row[width_] = kernels_->neutral;
-    kernels_->cross(out(made_), width_, made_ > 0 ? diagonals_(made_ - 1) : nothing_, row,
-                    made_ + 1 < height_ ? diagonals_(made_ + 1) : nothing_);
+    row[-1] = row[width_] = kernels_.neutral;
+    kernels_.cross(out(made_), width_, made_ > 0 ? diagonals_(made_ - 1) : nothing_, row,
+                   made_ + 1 < height_ ? diagonals_(made_ + 1) : nothing_);
   }
 }
 
@@ -197,7 +197,7 @@ bool ExtremePass::Allocate(Extreme extreme, const Element& element, std::ptrdiff
   element_ = element.On(width, height);
   width_ = width;
   height_ = height;
-  const ExtremeKernels& kernels = ChooseExtremeKernels(extreme);
+  const ExtremeKernels kernels = KernelsOf(extreme);
   return (!element_.HasBox() || box_.Allocate(kernels, element_, width, height)) &&
          (element_.crosses == 0 || diamond_.Allocate(kernels, element_.crosses, width, height));
 }

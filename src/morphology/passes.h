@@ -46,7 +46,7 @@ class BoxPass {
   const KyBW8* MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) noexcept;
   void RunTiles(Lines<KyBW8> out) noexcept;
 
-  const ExtremeKernels* kernels_ = nullptr;
+  ExtremeKernels kernels_ = {};
   std::ptrdiff_t width_ = 0, height_ = 0, halfWidth_ = 0, halfHeight_ = 0;
   std::ptrdiff_t tileWidth_ = 0, taken_ = 0;
   Scratch<KyBW8> row_, spare_;
@@ -76,7 +76,7 @@ class DiamondPass {
   void PutInput(std::ptrdiff_t t, const KyBW8* row) noexcept;
   void MakeCrosses(std::ptrdiff_t ready, Lines<KyBW8> out) noexcept;
 
-  const ExtremeKernels* kernels_ = nullptr;
+  ExtremeKernels kernels_ = {};
   std::ptrdiff_t width_ = 0, height_ = 0;
   std::ptrdiff_t steps_ = 0, longest_ = 0;
   std::ptrdiff_t inRound_ = 0, taken_ = 0, made_ = 0;

@@ -32,7 +32,7 @@ bool RunningRows::Allocate(const ExtremeKernels& kernels, const RowWindows& wind
       !between_.Allocate(between) || !last_.Allocate(block) || !results_.Allocate(block) ||
       !toEnds_.Allocate(block * kStripWidth))
     return false;
-  kernels_ = &kernels;
+  kernels_ = kernels;
   // Columns outside count for nothing; without a slope, none is looked at.
   if (windows.slope != 0)
     std::fill_n(memory_.get(), windows.Rows() * windows.Pitch(), kernels.neutral);
@@ -44,7 +44,7 @@ void RunningRows::Start(const RowWindows& windows) noexcept {
   windows_ = windows;
   block_ = windows.BlockRows();
   const std::ptrdiff_t pitch = windows.Pitch(), left = windows.Margin() - windows.from;
-  std::fill_n(memory_.get(), pitch, kernels_->neutral);
+  std::fill_n(memory_.get(), pitch, kernels_.neutral);
   nothing_ = memory_.get() + left;
   slots_ = {nothing_ + pitch, pitch, windows.Slots()};
   totals_ = {slots_.first + windows.Slots() * pitch, pitch, windows.Totals()};
@@ -87,9 +87,9 @@ void RunningRows::RunBlock() noexcept {
   const std::ptrdiff_t outputs = Outputs(), reach = block_ - 1;
   // The total of this block takes the place of the oldest one, which is not wanted again.
   KyBW8* const total = totals_.count == 0 ? nullptr : totals_(made_ / block_ + totals_.count);
-  kernels_->across({from - (slope > 0 ? reach : 0), to + (slope < 0 ? reach : 0), block_,
-                    left + totals_.count, outputs, first_.get(), between_.get(), last_.get(),
-                    results_.get(), total, toEnds_.get()});
+  kernels_.across({from - (slope > 0 ? reach : 0), to + (slope < 0 ? reach : 0), block_,
+                   left + totals_.count, outputs, first_.get(), between_.get(), last_.get(),
+                   results_.get(), total, toEnds_.get()});
   made_ += made_ < 0 ? block_ : outputs;
 }
 

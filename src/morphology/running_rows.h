@@ -6,7 +6,7 @@
 
 #include "foundation/ring.h"
 #include "foundation/scratch.h"
-#include "morphology/extremes_rows.h"
+#include "morphology/extremes.h"
 
 namespace ky {
 
@@ -75,7 +75,7 @@ class RunningRows {
   bool HasInputs(std::ptrdiff_t taken) const noexcept;
   void RunBlock() noexcept;
 
-  const ExtremeKernels* kernels_ = nullptr;
+  ExtremeKernels kernels_ = {};
   RowWindows windows_ = {};
   // The first row of the next results. Before those, the blocks above are gone through for their
   // totals.
