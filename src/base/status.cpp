@@ -114,5 +114,5 @@ const char* KyGetTrace(int index) noexcept {
 const char* KyGetErrorText(KY_ERRORS error) noexcept {
   for (const ErrorText& known : kTexts)
     if (known.error == error) return known.text;
-  return "unknown error: no function of this library answers it";
+  return "unknown error: no function of this library returns it";
 }

@@ -12,6 +12,13 @@
 
 namespace ky {
 
+// Sets the status. A trace that another error has left, one which the code has coped with since,
+// goes.
+inline void SetStatus(KY_ERRORS error) noexcept {
+  if (KyGetError() != error) KyOk();
+  KySetError(error);
+}
+
 // Inside the library errors travel by return value; the status of the thread is the frame's alone.
 // Clears it, runs `body`, and sets and returns what the body returned, whatever status the code
 // called in between has left behind. A failure is not traced.
@@ -19,10 +26,7 @@ template <class Body>
 KY_ERRORS CallUntraced(Body&& body) noexcept {
   KyOk();
   const KY_ERRORS error = std::forward<Body>(body)();
-  if (error == KY_OK)
-    KyOk();
-  else
-    KySetError(error);
+  SetStatus(error);
   return error;
 }
 
@@ -39,7 +43,7 @@ KY_ERRORS Call(const char* name, Body&& body) noexcept {
 // An error that a step of a call raises which is a function of its own elsewhere: puts the names of
 // such steps, the innermost first, into the trace before that of the call. Null names are skipped.
 inline KY_ERRORS FailIn(KY_ERRORS error, std::initializer_list<const char*> steps) noexcept {
-  KySetError(error);
+  SetStatus(error);
   for (const char* const name : steps)
     if (name != nullptr) KyTraceError(name);
   return error;

@@ -28,7 +28,8 @@ KY_ERRORS CodeOf(const Call& call, const Parameter& parameter, Fault fault) {
     case Fault::kOffParent:
       return call.Code(Option::Kind::kOffParent, parameter.name,
                        CodeOf(call, parameter, Fault::kNoImage));
-    case Fault::kOtherSize: {
+    case Fault::kOtherWidth:
+    case Fault::kOtherHeight: {
       int rois = 0;
       for (const Parameter& other : call.parameters)
         rois += other.type.find("KyROI<") != std::string::npos;
@@ -52,7 +53,8 @@ void ExpectTrace(const Call& call, const std::vector<std::string>& trace) {
 }
 
 TEST(Calls, BadArgumentsAreRefused) {
-  constexpr Fault kFaults[] = {Fault::kNull, Fault::kNoImage, Fault::kOffParent, Fault::kOtherSize};
+  constexpr Fault kFaults[] = {Fault::kNull, Fault::kNoImage, Fault::kOffParent, Fault::kOtherWidth,
+                               Fault::kOtherHeight};
   for (const Call* const call : Callable()) {
     SCOPED_TRACE(call->Declaration());
     int refused = 0;
@@ -95,12 +97,12 @@ TEST(Calls, MissingImagesComeBeforeSizes) {
           return CodeOf(*call, call->parameters[i], fault);
         };
         if (a == b || code(a, Fault::kNoImage) != KY_ERROR_NO_IMAGE ||
-            code(a, Fault::kOtherSize) != KY_ERROR_SIZE_MISMATCH ||
-            code(b, Fault::kOtherSize) != KY_ERROR_SIZE_MISMATCH)
+            code(a, Fault::kOtherHeight) != KY_ERROR_SIZE_MISMATCH ||
+            code(b, Fault::kOtherHeight) != KY_ERROR_SIZE_MISMATCH)
           continue;
         SeededDraw draw(1);
         const Arguments arguments(*call, draw, Plan());
-        if (!arguments[a].Spoil(Fault::kNoImage) || !arguments[b].Spoil(Fault::kOtherSize))
+        if (!arguments[a].Spoil(Fault::kNoImage) || !arguments[b].Spoil(Fault::kOtherHeight))
           continue;
         EXPECT_EQ(arguments.Run().status, KY_ERROR_NO_IMAGE)
             << call->parameters[a].name << " and " << call->parameters[b].name;

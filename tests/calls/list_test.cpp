@@ -28,13 +28,20 @@ std::string Read(const fs::path& path) {
 Declarations Declared() {
   Declarations all;
   const std::regex comment("//[^\n]*"), space("\\s+"), value(" = [^,)]*"),
-      function("KY_API ((?:const )?\\w+\\*?) ?(\\w+ ?\\((?:[^;{}]*)\\)) noexcept;");
+      function("KY_API ([\\w ]+\\w\\*?) (\\w+ ?\\((?:[^;{}]*)\\)) noexcept;"),
+      other("(class|struct|define) KY_API");
   for (const auto& entry : fs::directory_iterator(fs::path(KY_SOURCE) / "include/ky")) {
     std::string text = std::regex_replace(Read(entry.path()), comment, "");
     text = std::regex_replace(text, space, " ");
-    for (std::sregex_iterator i(text.begin(), text.end(), function), end; i != end; ++i)
+    text = std::regex_replace(text, other, "");
+    std::size_t functions = 0;
+    for (std::sregex_iterator i(text.begin(), text.end(), function), end; i != end;
+         ++i, ++functions)
       all[entry.path().filename()].push_back(
           std::regex_replace((*i)[1].str() + " " + (*i)[2].str(), value, ""));
+    std::size_t exported = 0;
+    for (std::size_t at = 0; (at = text.find("KY_API", at)) != text.npos; ++at) ++exported;
+    EXPECT_EQ(functions, exported) << entry.path() << " has a declaration that the list overlooks";
   }
   return all;
 }

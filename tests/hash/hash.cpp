@@ -1,7 +1,7 @@
 // Prints one line for every call of the registry: its declaration and a hash of all that it gives
 // on fixed arguments. Two builds that print the same lines compute the same.
 //
-//     hash [plain | TARGET]        the path, by the name that Highway gives it; all by default
+//     ky_hash [plain | avx2 | ...]   the path, by its name in lower case; all by default
 #include <cstdint>
 #include <cstdio>
 #include <string>

@@ -36,7 +36,7 @@ class SeededDraw : public Draw {
 };
 
 enum class Sharing { kApart, kInPlace, kOverlapping };
-enum class Fault { kNone, kNull, kNoImage, kOffParent, kOtherSize };
+enum class Fault { kNone, kNull, kNoImage, kOffParent, kOtherWidth, kOtherHeight };
 
 // How the arguments of a call are to be.
 struct Plan {

@@ -135,7 +135,8 @@ class RoiHolder : public Argument {
       case Fault::kNull: passed_ = nullptr; break;
       case Fault::kNoImage: passed_ = &spare_; break;
       case Fault::kOffParent: roi_->SetPlacement(99, 1, roi_->GetWidth(), roi_->GetHeight()); break;
-      case Fault::kOtherSize: roi_->SetSize(roi_->GetWidth() - 1, roi_->GetHeight()); break;
+      case Fault::kOtherWidth: roi_->SetSize(roi_->GetWidth() - 1, roi_->GetHeight()); break;
+      case Fault::kOtherHeight: roi_->SetSize(roi_->GetWidth(), roi_->GetHeight() - 1); break;
     }
     return true;
   }
