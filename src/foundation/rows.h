@@ -101,15 +101,16 @@ Sharing SharingOf(const Rows<A>& a, const Rows<B>& b) noexcept {
   return meet ? Sharing::kPartly : Sharing::kNothing;
 }
 
-// A source that stays readable while a destination is written. One that shares pixels with the
-// destination without being in place is copied first.
+// A source that stays readable while destinations are written. One that shares pixels with any of
+// them without being in place is copied first.
 template <class T>
 class Input {
  public:
   // False when there is no memory for the copy.
-  template <class Out>
-  bool Open(const Rows<const T>& source, const Rows<Out>& destination) noexcept {
-    return SharingOf(source, destination) == Sharing::kPartly ? OpenCopy(source) : OpenAsIs(source);
+  template <class... Out>
+  bool Open(const Rows<const T>& source, const Rows<Out>&... destination) noexcept {
+    const bool partly = ((SharingOf(source, destination) == Sharing::kPartly) || ...);
+    return partly ? OpenCopy(source) : OpenAsIs(source);
   }
   // For operations that read other places than they write: one that shares any is copied.
   template <class Out>
