@@ -67,6 +67,13 @@ Rows<const KyBW8> ComponentRowsOf(const KyROI<T>* roi) noexcept {
   return RowsAs<const KyBW8>(roi);
 }
 
+// The rows of the ROI in the area of the source, which it covers.
+template <class T, class Source>
+Rows<T> RowsIn(const Rows<Source>& source, KyROI<T>* roi) noexcept {
+  const Rows<T> rows = RowsOf(roi);
+  return {rows.first, rows.pitch, source.width, source.height};
+}
+
 enum class Sharing {
   kNothing,  // not one byte in common
   kTheSame,  // the same elements in the same places: in place
