@@ -239,7 +239,8 @@ HWY_INLINE void AddColumns(uint32_t* sums, size_t n, const T* first, ptrdiff_t p
   const D d;
   const size_t lanes = hn::Lanes(d);
   const Rows<const T> rows{first, pitch, static_cast<ptrdiff_t>(n), height};
-  HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())];
+  // Set, as g++ cannot see that Store fills it.
+  HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())] = {};
   const auto add = [&](size_t x, size_t count, const auto& load) HWY_ATTR {
     SumOfLane<D> sum;
     for (ptrdiff_t y = 0; y < height; ++y) sum.Step(d, load(rows.Row(y) + x));
