@@ -239,18 +239,18 @@ HWY_INLINE void AddColumns(uint32_t* sums, size_t n, const T* first, ptrdiff_t p
   const D d;
   const size_t lanes = hn::Lanes(d);
   const Rows<const T> rows{first, pitch, static_cast<ptrdiff_t>(n), height};
-  // Set, as g++ cannot see that Store fills it.
-  HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())] = {};
   const auto add = [&](size_t x, size_t count, const auto& load) HWY_ATTR {
     SumOfLane<D> sum;
     for (ptrdiff_t y = 0; y < height; ++y) sum.Step(d, load(rows.Row(y) + x));
+    HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())];
     sum.Store(columns);
     MapSpan(AddToSums(), sums + x, count, columns);
   };
   size_t x = 0;
   for (; x + lanes <= n; x += lanes)
     add(x, lanes, [=](const T* from) HWY_ATTR { return hn::LoadU(d, from); });
-  if (const size_t rest = n - x; rest > 0)
+  // A vector of one lane leaves no rest, which g++ does not see by itself.
+  if (const size_t rest = n - x; hn::MaxLanes(D()) > 1 && rest > 0)
     add(x, rest, [=](const T* from) HWY_ATTR { return LoadPart(d, from, rest); });
 }
 
