@@ -34,7 +34,7 @@ HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
   constexpr ptrdiff_t kAhead = 2048;
   for (; i + kAtOnce * lanes <= n; i += kAtOnce * lanes)
     for (size_t k = 0; k < kAtOnce; ++k) {
-      (AskFor<hn::MaxLanes(D()) * sizeof(T)>(row + i + k * lanes, kAhead), ...);
+      (PrefetchAhead<hn::MaxLanes(D()) * sizeof(T)>(row + i + k * lanes, kAhead), ...);
       step(i + k * lanes);
     }
   for (; i + lanes <= n; i += lanes) step(i);
