@@ -134,8 +134,9 @@ KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
       rowKernel = kernels.paired[w.radius][split];
     }
   }
-  return run(kernels.lanes,
-             [&](Rows<KyBW8> out, const KyBW8* const* rows) { rowKernel(kernel, out, rows); });
+  return run(kernels.lanes, [&](Rows<KyBW8> out, const KyBW8* const* rows, const Layout& layout) {
+    rowKernel(kernel, out, rows, layout);
+  });
 }
 
 }  // namespace ky

@@ -80,7 +80,7 @@ using Weights8 = Weights16;
 #endif
 
 template <class Weights, bool kUnsigned, bool kMagnitude>
-struct Narrow {
+struct Narrow : WindowOp<1> {
   Weights weights;
   V16 offset;
   int shift;
@@ -104,17 +104,18 @@ struct Narrow {
   }
 };
 template <class Weights, bool kUnsigned>
-void NarrowRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows) {
+void NarrowRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows,
+                const Layout&) {
   if (kernel.magnitude)
-    MapWindows<1>(Narrow<Weights, kUnsigned, true>(kernel), out, rows);
+    MapWindows(Narrow<Weights, kUnsigned, true>(kernel), out, rows);
   else
-    MapWindows<1>(Narrow<Weights, kUnsigned, false>(kernel), out, rows);
+    MapWindows(Narrow<Weights, kUnsigned, false>(kernel), out, rows);
 }
 
 #if HWY_TARGET == HWY_SCALAR
 
 template <int kRadius, bool kSplit, bool kMagnitude>
-struct Paired {
+struct Paired : WindowOp<kRadius> {
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -161,7 +162,7 @@ HWY_INLINE V16 Levels(const FixedKernel& kernel, V32 a, V32 b) {
 
 // Every fourth place has its sums in one vector of 32-bit lanes: four quarters.
 template <int kRadius, bool kSplit, bool kMagnitude>
-struct Paired {
+struct Paired : WindowOp<kRadius> {
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -193,7 +194,7 @@ struct Paired {
 
 // Pixels that share a weight are added up first.
 template <int kRadius, bool kSplit, bool kMagnitude>
-struct Symmetric {
+struct Symmetric : WindowOp<kRadius> {
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -237,7 +238,7 @@ struct Symmetric {
 // together and its middle. The row of the result weighs them as edges and centre, the others as
 // corners and edge.
 template <bool kSplit, bool kMagnitude>
-struct Symmetric3x3 {
+struct Symmetric3x3 : WindowOp<1> {
   const FixedKernel& kernel;
 
   struct Part {
@@ -260,19 +261,21 @@ struct Symmetric3x3 {
 #endif
 
 template <template <int, bool, bool> class Op, int kRadius, bool kSplit>
-void WeighRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows) {
+void WeighRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows,
+               const Layout&) {
   if (kernel.magnitude)
-    MapWindows<kRadius>(Op<kRadius, kSplit, true>{kernel}, out, rows);
+    MapWindows(Op<kRadius, kSplit, true>{{}, kernel}, out, rows);
   else
-    MapWindows<kRadius>(Op<kRadius, kSplit, false>{kernel}, out, rows);
+    MapWindows(Op<kRadius, kSplit, false>{{}, kernel}, out, rows);
 }
 #if HWY_TARGET != HWY_SCALAR
 template <bool kSplit>
-void WeighSymmetric3x3Rows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows) {
+void WeighSymmetric3x3Rows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows,
+                           const Layout& layout) {
   if (kernel.magnitude)
-    RollWindows<1>(Symmetric3x3<kSplit, true>{kernel}, out, rows);
+    RollWindows(Symmetric3x3<kSplit, true>{{}, kernel}, out, rows, layout);
   else
-    RollWindows<1>(Symmetric3x3<kSplit, false>{kernel}, out, rows);
+    RollWindows(Symmetric3x3<kSplit, false>{{}, kernel}, out, rows, layout);
 }
 #endif
 

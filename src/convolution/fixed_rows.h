@@ -33,7 +33,7 @@ inline constexpr int kFirstTaps[kLargestRadius + 1][kLargestRadius] = {
 inline constexpr int kSingleTap[kLargestRadius + 1] = {0, 0, 2, 2};
 
 using FixedRowKernel = void (*)(const FixedKernel& kernel, Rows<KyBW8> out,
-                                const KyBW8* const* rows);
+                                const KyBW8* const* rows, const Layout& layout);
 
 struct FixedRowKernels {
   std::size_t lanes;
