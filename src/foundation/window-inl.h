@@ -70,6 +70,7 @@ using V32 = hn::Vec<D32>;
 template <int kRadius, int kStep = 1>
 class Neighbours {
  public:
+  HWY_INLINE Neighbours() {}
   HWY_INLINE explicit Neighbours(const uint8_t* places) {
     const D8 d;
     const D16 d16;
@@ -86,6 +87,9 @@ class Neighbours {
       columns_[second] = hn::BitCast(d16, hn::ShiftRight<8>(pair));
     }
 #endif
+  }
+  HWY_INLINE void Add(const Neighbours& others) {
+    for (int i = 0; i < kColumns; ++i) columns_[i] = hn::Add(columns_[i], others.columns_[i]);
   }
   HWY_INLINE const V16* Phase(int phase) const { return columns_ + kRadius + phase * kSecondPhase; }
   // The pixels `right` columns to the right of the first phase's places, in rows of grey pixels.
