@@ -1,6 +1,6 @@
 /// @file
 /// @ingroup convolution
-/// Convolution of grey images with kernels.
+/// Convolution of grey and of colour images with kernels.
 #pragma once
 
 #include "ky/kernel.h"
@@ -9,7 +9,7 @@
 
 /// Convolves the source with a kernel: destination(x, y) is the level made, as described below, of
 /// the sum over the kernel of coefficient (i, j) * source(x - sizeX/2 + i, y - sizeY/2 + j). The
-/// grid is used as stored, not mirrored.
+/// grid is used as stored, not mirrored. Each component of a colour is a level of its own.
 ///
 /// - Gain: with S the sum of the coefficients and A the sum of their magnitudes, coefficients are
 ///   multiplied by g = gain / S when |S| > 0.00001 A, else by g = gain, in single precision. A
@@ -33,8 +33,10 @@
 ///   `KY_ERROR_KERNEL_SIZE` (1700) for a null kernel or one without coefficients,
 ///   `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace: "ImgConvolKernel"; a `KY_ERROR_NOT_ENOUGH_MEMORY`
 ///   (1303) of the last kind of kernels is first traced as "ConvolKernel3x3", "ConvolKernel5x5" or
-///   "ConvolKernel7x7".
+///   "ConvolKernel7x7". On colour images the trace is "ImgConvolKernel (C24)" alone.
 KY_API KY_ERRORS ImgConvolKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
+                                 const KyKernel* kernel) noexcept;
+KY_API KY_ERRORS ImgConvolKernel(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
                                  const KyKernel* kernel) noexcept;
 
 /// Convolves with kernels of 3x3, 5x5 and 7x7 that are symmetric under mirroring and under the
@@ -48,6 +50,9 @@ KY_API KY_ERRORS ImgConvolKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* desti
 /// then, with the trace "ConvolKernelS3xS3", "ConvolKernelS5xS5" or "ConvolKernelS7xS7" first,
 /// `KY_ERROR_NO_IMAGE` (1400), `KY_ERROR_SIZE_MISMATCH` (1403), `KY_ERROR_KERNEL_SIZE` (1700) for a
 /// kernel without coefficients, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace:
-/// "ImgConvolSymmetricKernel".
+/// "ImgConvolSymmetricKernel". On colour images the trace is "ImgConvolSymmetricKernel (C24)"
+/// alone.
 KY_API KY_ERRORS ImgConvolSymmetricKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
+                                          const KyKernel* kernel) noexcept;
+KY_API KY_ERRORS ImgConvolSymmetricKernel(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
                                           const KyKernel* kernel) noexcept;

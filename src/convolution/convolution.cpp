@@ -57,56 +57,90 @@ FixedWeights SymmetricWeights(const KernelView& kernel) {
 
 // The dedicated workers. A rectifier that is none of theirs has nothing done.
 using Weights = FixedWeights (*)(const KernelView&);
-KY_ERRORS ConvolveAs(Out out, In in, const KernelView& kernel, Weights weightsOf) noexcept {
+KY_ERRORS ConvolveAs(Out out, In in, int step, const KernelView& kernel,
+                     Weights weightsOf) noexcept {
   if (kernel.data == nullptr) return KY_ERROR_KERNEL_SIZE;
   if (kernel.rectifier < 1 || kernel.rectifier > 3) return KY_OK;
-  return ky::ConvolveFixed(out, in, weightsOf(kernel));
+  return ky::ConvolveFixed(out, in, step, weightsOf(kernel));
 }
 
 // The worker of 3x3 kernels with rectifier 2: 8 bits behind the point, weights of 16 bits.
-KY_ERRORS ConvolvePositive(Out out, In in, const KernelView& kernel) noexcept {
+KY_ERRORS ConvolvePositive(Out out, In in, int step, const KernelView& kernel) noexcept {
   FixedWeights w = {};
   w.radius = 1;
   w.fraction = 8;
   const float scaledGain = 256.0f * ky::EffectiveGainOf(kernel);
   for (int i = 0; i < 9; ++i)
     w.weights[i] = static_cast<std::int16_t>(ky::FixedWeight(scaledGain, kernel.data[i]));
-  return ky::ConvolveFixed(out, in, w);
+  return ky::ConvolveFixed(out, in, step, w);
 }
 
-}  // namespace
+// How calls are traced: their name, and those of the workers of 3x3, 5x5 and 7x7, which may be
+// null.
+struct Names {
+  const char* call;
+  const char* workers[3];
+};
+KY_ERRORS CallWorker(const Names& names, const KernelView& kernel, const auto& body) noexcept {
+  const char* const worker = names.workers[kernel.sizeX / 2 - 1];
+  return worker == nullptr ? body() : ky::Call(worker, body);
+}
 
-KY_ERRORS ImgConvolKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
+template <class Pixel>
+KY_ERRORS ConvolveGeneral(const Names& names, const KyROI<Pixel>* source, KyROI<Pixel>* destination,
                           const KyKernel* kernel) noexcept {
-  return ky::Call("ImgConvolKernel", [&] {
+  constexpr int kStep = sizeof(Pixel);
+  return ky::Call(names.call, [&] {
     In in;
     Out out;
     if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     if (kernel == nullptr) return KY_ERROR_KERNEL_SIZE;
     const KernelView view(*kernel);
     if (view.data == nullptr) return KY_ERROR_KERNEL_SIZE;
-    if (view.rectifier == 0 || !HasFixedSize(view)) return ky::ConvolveFloat(out, in, view);
-    if (view.sizeX == 3 && view.rectifier == 2) return ConvolvePositive(out, in, view);
-    constexpr const char* kWorkers[] = {"ConvolKernel3x3", "ConvolKernel5x5", "ConvolKernel7x7"};
-    return ky::Call(kWorkers[view.sizeX / 2 - 1],
-                    [&] { return ConvolveAs(out, in, view, GeneralWeights); });
+    if (view.rectifier == 0 || !HasFixedSize(view)) return ky::ConvolveFloat(out, in, kStep, view);
+    if (view.sizeX == 3 && view.rectifier == 2) return ConvolvePositive(out, in, kStep, view);
+    return CallWorker(names, view,
+                      [&] { return ConvolveAs(out, in, kStep, view, GeneralWeights); });
   });
 }
 
-KY_ERRORS ImgConvolSymmetricKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
-                                   const KyKernel* kernel) noexcept {
-  return ky::Call("ImgConvolSymmetricKernel", [&] {
+template <class Pixel>
+KY_ERRORS ConvolveSymmetric(const Names& names, const KyROI<Pixel>* source,
+                            KyROI<Pixel>* destination, const KyKernel* kernel) noexcept {
+  return ky::Call(names.call, [&] {
     if (kernel == nullptr) return KY_ERROR_KERNEL_SIZE;
     const KernelView view(*kernel);
     if (view.rectifier == 0) return KY_ERROR_KERNEL_1702;
     if (!HasFixedSize(view)) return KY_ERROR_KERNEL_1703;
-    constexpr const char* kWorkers[] = {"ConvolKernelS3xS3", "ConvolKernelS5xS5",
-                                        "ConvolKernelS7xS7"};
-    return ky::Call(kWorkers[view.sizeX / 2 - 1], [&] {
+    return CallWorker(names, view, [&] {
       In in;
       Out out;
       if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
-      return ConvolveAs(out, in, view, SymmetricWeights);
+      return ConvolveAs(out, in, sizeof(Pixel), view, SymmetricWeights);
     });
   });
+}
+
+}  // namespace
+
+KY_ERRORS ImgConvolKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
+                          const KyKernel* kernel) noexcept {
+  return ConvolveGeneral(
+      {"ImgConvolKernel", {"ConvolKernel3x3", "ConvolKernel5x5", "ConvolKernel7x7"}}, source,
+      destination, kernel);
+}
+KY_ERRORS ImgConvolKernel(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                          const KyKernel* kernel) noexcept {
+  return ConvolveGeneral({"ImgConvolKernel (C24)", {}}, source, destination, kernel);
+}
+
+KY_ERRORS ImgConvolSymmetricKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
+                                   const KyKernel* kernel) noexcept {
+  return ConvolveSymmetric(
+      {"ImgConvolSymmetricKernel", {"ConvolKernelS3xS3", "ConvolKernelS5xS5", "ConvolKernelS7xS7"}},
+      source, destination, kernel);
+}
+KY_ERRORS ImgConvolSymmetricKernel(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                                   const KyKernel* kernel) noexcept {
+  return ConvolveSymmetric({"ImgConvolSymmetricKernel (C24)", {}}, source, destination, kernel);
 }

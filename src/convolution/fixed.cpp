@@ -76,6 +76,11 @@ void PairWeights(FixedKernel& kernel, bool split) {
     SetPair(kernel, i++, 0, centre[kSingleTap[r]], split);
   }
 }
+void PairWeightsInOrder(FixedKernel& kernel, bool split) {
+  const int size = 2 * kernel.radius + 1, count = size * size;
+  for (int i = 0; i < count; i += 2)
+    SetPair(kernel, i / 2, kernel.weights[i], i + 1 < count ? kernel.weights[i + 1] : 0, split);
+}
 void PairSymmetricWeights(FixedKernel& kernel, bool split) {
   const int r = kernel.radius, size = 2 * r + 1;
   std::int32_t sets[kLargestGrid + 1] = {};
@@ -91,13 +96,13 @@ void PairSymmetricWeights(FixedKernel& kernel, bool split) {
 }
 
 // For weights so large that sums need 64 bits, and for offsets that go as far: one pixel at a time.
-void WeighWide(const FixedWeights& w, Rows<KyBW8> out, const KyBW8* const* rows) {
+void WeighWide(const FixedWeights& w, int step, Rows<KyBW8> out, const KyBW8* const* rows) {
   const int size = SizeOf(w);
   for (std::ptrdiff_t y = 0; y < out.height; ++y)
     for (std::ptrdiff_t x = 0; x < out.width; ++x) {
       std::int64_t sum = 0;
       for (int i = 0; i < CountOf(w); ++i)
-        sum += std::int64_t{w.weights[i]} * rows[y + i / size][x + i % size - w.radius];
+        sum += std::int64_t{w.weights[i]} * rows[y + i / size][x + step * (i % size - w.radius)];
       const std::int64_t v = (sum >> w.fraction) + w.offset;
       out.Row(y)[x] =
           static_cast<KyBW8>(std::clamp<std::int64_t>(w.magnitude ? std::abs(v) : v, 0, 255));
@@ -106,18 +111,20 @@ void WeighWide(const FixedWeights& w, Rows<KyBW8> out, const KyBW8* const* rows)
 
 }  // namespace
 
-KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
+KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source, int step,
                         const FixedWeights& weights) noexcept {
   const FixedWeights w = Reduced(weights);
   const Reach reach(w);
   const auto run = [&](std::size_t lanes, const auto& rowsOf) {
     return FilterWindows(destination, source, Border::Nearest(),
-                         WindowKernel<decltype(rowsOf)>{w.radius, lanes, rowsOf});
+                         WindowKernel<decltype(rowsOf)>{w.radius, lanes, rowsOf, step});
   };
   if (reach.below + reach.above > (1 << 30) || std::abs(w.offset) > kFurthestOffset)
-    return run(1, [&](Rows<KyBW8> out, const KyBW8* const* rows) { WeighWide(w, out, rows); });
+    return run(1,
+               [&](Rows<KyBW8> out, const KyBW8* const* rows) { WeighWide(w, step, out, rows); });
 
-  const FixedRowKernels& kernels = ChooseFixedRowKernels();
+  const FixedRowKernels& kernels =
+      step == 1 ? ChooseFixedRowKernels() : ChooseFixedColorRowKernels();
   FixedKernel kernel = KernelOf(w);
   FixedRowKernel rowKernel;
   const bool fitsSigned = reach.Largest() <= 32512;
@@ -130,12 +137,16 @@ KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
       PairSymmetricWeights(kernel, split);
       rowKernel = kernels.symmetric[w.radius][split];
     } else {
-      PairWeights(kernel, split);
+      if (step == 1)
+        PairWeights(kernel, split);
+      else
+        PairWeightsInOrder(kernel, split);
       rowKernel = kernels.paired[w.radius][split];
     }
   }
-  return run(kernels.lanes,
-             [&](Rows<KyBW8> out, const KyBW8* const* rows) { rowKernel(kernel, out, rows); });
+  return run(kernels.lanes, [&](Rows<KyBW8> out, const KyBW8* const* rows, const Layout& layout) {
+    rowKernel(kernel, out, rows, layout);
+  });
 }
 
 }  // namespace ky

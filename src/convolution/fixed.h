@@ -17,7 +17,8 @@ struct FixedWeights {
 
 // destination = floor(sum of weight * pixel / 2^fraction) + offset, as a magnitude limited to 255
 // or limited to 0..255. 1303 when there is no scratch memory.
-KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source,
+// Neighbours in a row are `step` elements apart, 1 or 3.
+KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source, int step,
                         const FixedWeights& weights) noexcept;
 
 }  // namespace ky

@@ -25,15 +25,16 @@ struct FixedKernel {
   std::int32_t pairs[2][kLargestGrid];
 };
 
-// The paired kernels multiply two taps of a row at once, two columns apart, as such pixels lie side
-// by side in 16-bit lanes (see window-inl.h). By radius, the first of the taps of each pair; one
-// tap, kSingleTap, remains, and is put with a weight of 0 before it or behind it.
+// The paired kernels of colours multiply two taps at once in the order of the weights, the last
+// with a weight of 0. Those of grey pixels multiply two taps of a row, two columns apart, as such
+// pixels lie side by side in 16-bit lanes (see window-inl.h). By radius, the first of the taps of
+// each pair; one tap, kSingleTap, remains, and is put with a weight of 0 before it or behind it.
 inline constexpr int kFirstTaps[kLargestRadius + 1][kLargestRadius] = {
     {}, {-1}, {-2, -1}, {-3, -2, 1}};
 inline constexpr int kSingleTap[kLargestRadius + 1] = {0, 0, 2, 2};
 
 using FixedRowKernel = void (*)(const FixedKernel& kernel, Rows<KyBW8> out,
-                                const KyBW8* const* rows);
+                                const KyBW8* const* rows, const Layout& layout);
 
 struct FixedRowKernels {
   std::size_t lanes;
@@ -46,7 +47,11 @@ struct FixedRowKernels {
   FixedRowKernel symmetric[kLargestRadius + 1][2];
 };
 
+// The same for rows of the components of colours.
+struct FixedColorRowKernels : FixedRowKernels {};
+
 // The kernels of the instruction set that this call may use.
 const FixedRowKernels& ChooseFixedRowKernels() noexcept;
+const FixedColorRowKernels& ChooseFixedColorRowKernels() noexcept;
 
 }  // namespace ky

@@ -15,38 +15,40 @@ namespace {
 // source is converted once, before results reach it.
 class FloatRows {
  public:
-  bool Allocate(Rows<const KyBW8> source, std::ptrdiff_t sizeX, std::ptrdiff_t sizeY,
+  bool Allocate(Rows<const KyBW8> source, int step, std::ptrdiff_t sizeX, std::ptrdiff_t sizeY,
                 std::int32_t outside) noexcept {
     in_ = source;
     sizeY_ = sizeY;
+    left_ = sizeX / 2 * step;
     const std::ptrdiff_t left = sizeX / 2, rows = sizeY + kFloatRowsAtOnce - 1;
-    return ring_.Allocate({source.width, source.height, left, sizeX - left, rows, 1, kFloatSlack,
-                           Border::Constant(outside), source.width}) &&
+    const std::ptrdiff_t width = source.width / step;
+    return ring_.Allocate({width, source.height, left, sizeX - left, rows, step, kFloatSlack,
+                           Border::Constant(outside), width}) &&
            rows_.Allocate(rows);
   }
 
   // The rows of the windows around `count` results from row y on, from the first column of the
   // first window. They must be wanted in order.
-  const float* const* Around(std::ptrdiff_t y, std::ptrdiff_t count, std::ptrdiff_t sizeX,
+  const float* const* Around(std::ptrdiff_t y, std::ptrdiff_t count,
                              const FloatRowKernels& kernels) noexcept {
     const std::ptrdiff_t rows = sizeY_ + count - 1, top = y - sizeY_ / 2;
     ring_.FetchTo(top + rows, [&](float* slot, std::ptrdiff_t row) {
       kernels.convert(slot, static_cast<std::size_t>(in_.width), in_.Row(row));
     });
-    for (std::ptrdiff_t j = 0; j < rows; ++j) rows_[j] = ring_(top + j) - sizeX / 2;
+    for (std::ptrdiff_t j = 0; j < rows; ++j) rows_[j] = ring_(top + j) - left_;
     return rows_.get();
   }
 
  private:
   Rows<const KyBW8> in_;
-  std::ptrdiff_t sizeY_ = 0;
+  std::ptrdiff_t sizeY_ = 0, left_ = 0;
   RowRing<float> ring_;
   Scratch<const float*> rows_;
 };
 
 }  // namespace
 
-KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source,
+KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source, int step,
                         const KernelView& kernel) noexcept {
   if (destination.Empty()) return KY_OK;
   const bool empty = kernel.sizeX <= 0 || kernel.sizeY <= 0;
@@ -56,7 +58,7 @@ KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source,
   if (!input.Open(source, destination) || !scaled.Allocate(sizeX * sizeY))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
   FloatRows rows;
-  if (!rows.Allocate(input.rows(), sizeX, sizeY, kernel.outsideValue))
+  if (!rows.Allocate(input.rows(), step, sizeX, sizeY, kernel.outsideValue))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
 
   const float gain = empty ? 0 : EffectiveGainOf(kernel);
@@ -74,7 +76,8 @@ KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source,
   // So far down no sum makes a level but 0, and one step less leaves lanes at 0, not at -1.
   const std::int64_t offset = std::max<std::int64_t>(kernel.offset, -INT32_MAX);
   const FloatKernel weights = {
-      sizeX, sizeY, scaled.get(), to32Bits(-offset), to32Bits(255 - offset), to32Bits(offset)};
+      sizeX,           sizeY, step, scaled.get(), to32Bits(-offset), to32Bits(255 - offset),
+      to32Bits(offset)};
   const int rectifier =
       kernel.rectifier > 0 && kernel.rectifier < kRectifiers ? kernel.rectifier : 0;
   const FloatRowKernels& kernels = ChooseFloatRowKernels();
@@ -82,7 +85,7 @@ KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source,
   for (std::ptrdiff_t y = 0; y < destination.height; y += kFloatRowsAtOnce) {
     const std::ptrdiff_t count = std::min(kFloatRowsAtOnce, destination.height - y);
     weigh(weights, {destination.Row(y), destination.pitch, destination.width, count},
-          rows.Around(y, count, sizeX, kernels));
+          rows.Around(y, count, kernels));
   }
   return KY_OK;
 }

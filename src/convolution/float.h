@@ -9,7 +9,8 @@ namespace ky {
 
 // destination = offset + the rectified sum of scaled coefficient * pixel, limited to 0..255, with
 // the outside value outside the source. 1303 when there is no scratch memory.
-KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source,
+// Neighbours in a row are `step` elements apart.
+KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source, int step,
                         const KernelView& kernel) noexcept;
 
 }  // namespace ky

@@ -90,7 +90,8 @@ struct AnySize {
       for (ptrdiff_t i = 0; i < kernel.sizeX; ++i) {
         const VF c = hn::Set(d, *coefficient++);
         for (int v = 0; v < kVectors; ++v)
-          sums[0][v] = hn::Add(sums[0][v], hn::Mul(c, hn::LoadU(d, row + i + v * kLanes)));
+          sums[0][v] =
+              hn::Add(sums[0][v], hn::Mul(c, hn::LoadU(d, row + kernel.step * i + v * kLanes)));
       }
     }
   }
@@ -100,8 +101,8 @@ struct Size3x3 {
 
   struct Three {
     VF at[3];
-    HWY_INLINE explicit Three(const float* row)
-        : at{hn::LoadU(DF(), row), hn::LoadU(DF(), row + 1), hn::LoadU(DF(), row + 2)} {}
+    HWY_INLINE Three(const float* row, ptrdiff_t step)
+        : at{hn::LoadU(DF(), row), hn::LoadU(DF(), row + step), hn::LoadU(DF(), row + 2 * step)} {}
     // The first product needs no sum to begin with: that would only turn -0 into 0.
     HWY_INLINE VF First(const float* c) const { return AddTo(Product(0, c), c, 1); }
     HWY_INLINE VF AddTo(VF sum, const float* c, int first = 0) const {
@@ -115,8 +116,10 @@ struct Size3x3 {
   HWY_INLINE static void Sum(const FloatKernel& kernel, const float* const* rows, ptrdiff_t x,
                              VF (&sums)[kRows][kVectors]) {
     const float* const c = kernel.coefficients;
+    const ptrdiff_t step = kernel.step;
     for (int v = 0; v < kVectors; ++v, x += kLanes) {
-      const Three a(rows[0] + x), b(rows[1] + x), below(rows[2] + x), last(rows[3] + x);
+      const Three a(rows[0] + x, step), b(rows[1] + x, step), below(rows[2] + x, step),
+          last(rows[3] + x, step);
       sums[0][v] = below.AddTo(b.AddTo(a.First(c), c + 3), c + 6);
       sums[1][v] = last.AddTo(below.AddTo(b.First(c), c + 3), c + 6);
     }

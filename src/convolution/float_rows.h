@@ -10,10 +10,10 @@ namespace ky {
 
 enum Rectifier : int { kLeave, kNegative, kPositive, kMagnitude, kRectifiers };
 
-// Result (x, y) = level of the sum of coefficient (i, j) * rows[y + j][x + i], j from 0 to sizeY -
-// 1, i from 0 to sizeX - 1. Source rows are readable for kFloatSlack elements more.
+// Result (x, y) = level of the sum of coefficient (i, j) * rows[y + j][x + step * i], j from 0 to
+// sizeY - 1, i from 0 to sizeX - 1. Source rows are readable for kFloatSlack elements more.
 struct FloatKernel {
-  std::ptrdiff_t sizeX, sizeY;
+  std::ptrdiff_t sizeX, sizeY, step;
   const float* coefficients;
   // The least and the greatest rectified sum that make a difference, and what is added to it.
   std::int32_t least, greatest, offset;

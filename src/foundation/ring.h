@@ -112,6 +112,9 @@ class RowRing {
     }
   }
 
+  // Bytes from row to row.
+  std::ptrdiff_t pitch() const noexcept { return lines_.pitch * std::ptrdiff_t{sizeof(T)}; }
+
   // What stands at row y, inside or outside. It must be among the rows that are needed at once.
   const T* operator()(std::ptrdiff_t y) const noexcept {
     const std::ptrdiff_t place = shape_.border.PlaceOf(y, shape_.height);

@@ -23,11 +23,11 @@ HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 
-// From one row to another, which may lie in different arrays.
-HWY_INLINE ptrdiff_t BytesBetween(const uint8_t* from, const uint8_t* to) {
-  return static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(to) -
-                                reinterpret_cast<uintptr_t>(from));
-}
+// The base of formulas over windows of 2 * radius + 1 rows and columns.
+template <int radius>
+struct WindowOp {
+  static constexpr int kRadius = radius;
+};
 
 // The pixels around one vector of places in the rows of a window: at(right, down) are those that
 // lie so many columns to the right and rows below.
@@ -43,13 +43,13 @@ struct Around {
   }
 };
 
-// Every result is op(d, at).
-template <int kRadius, int kStep = 1, class Op>
+// Every result is op(d, at), with at(right, down) as above.
+template <class Op, int kStep = 1>
 HWY_INLINE void MapWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows) {
   const hn::ScalableTag<uint8_t> d;
   for (ptrdiff_t y = 0; y < out.height; ++y)
     for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d)))
-      hn::StoreU(op(d, Around<decltype(d), kRadius, kStep>{d, rows + y, x}), d, out.Row(y) + x);
+      hn::StoreU(op(d, Around<decltype(d), Op::kRadius, kStep>{d, rows + y, x}), d, out.Row(y) + x);
 }
 
 using D8 = hn::ScalableTag<uint8_t>;
@@ -70,6 +70,7 @@ using V32 = hn::Vec<D32>;
 template <int kRadius, int kStep = 1>
 class Neighbours {
  public:
+  HWY_INLINE Neighbours() {}
   HWY_INLINE explicit Neighbours(const uint8_t* places) {
     const D8 d;
     const D16 d16;
@@ -86,6 +87,9 @@ class Neighbours {
       columns_[second] = hn::BitCast(d16, hn::ShiftRight<8>(pair));
     }
 #endif
+  }
+  HWY_INLINE void Add(const Neighbours& others) {
+    for (int i = 0; i < kColumns; ++i) columns_[i] = hn::Add(columns_[i], others.columns_[i]);
   }
   HWY_INLINE const V16* Phase(int phase) const { return columns_ + kRadius + phase * kSecondPhase; }
   // The pixels `right` columns to the right of the first phase's places, in rows of grey pixels.
@@ -152,33 +156,88 @@ HWY_INLINE V16 MulAddBytes(hn::Vec<D8> lanes, hn::Vec<D8> weights) {
 #define KY_HAVE_MUL_ADD_BYTES 0
 #endif
 
+// Formulas in which a row contributes its pixels under weights that are symmetric about the centre:
+// SymmetricRow<6, 4, 1> has 1 4 6 4 1. Two neighbouring weights add up to 128 at most.
+template <int... kWeights>
+struct SymmetricRow : WindowOp<sizeof...(kWeights) - 1> {
+  using RowBase = SymmetricRow;
+  static constexpr int kRadius = sizeof...(kWeights) - 1;
+
+  // The weight of the pixel i columns to the right; 0 outside the window.
+  static constexpr int WeightOf(int i) {
+    constexpr int kAll[] = {kWeights...};
+    return i < -kRadius || i > kRadius ? 0 : kAll[i < 0 ? -i : i];
+  }
+  HWY_INLINE V16 Row(D16 d, const V16* at) const {
+    V16 sum = Times<WeightOf(0)>(d, at[0]);
+    const auto add = [&]<int i>(std::integral_constant<int, i>) HWY_ATTR {
+      sum = hn::Add(sum, Times<WeightOf(i)>(d, hn::Add(at[-i], at[i])));
+    };
+    [&]<int... k>(std::integer_sequence<int, k...>) HWY_ATTR {
+      (add(std::integral_constant<int, k + 1>()), ...);
+    }
+    (std::make_integer_sequence<int, kRadius>());
+    return sum;
+  }
+
+ private:
+  template <int kWeight>
+  HWY_INLINE static V16 Times(D16 d, V16 v) {
+    if (kWeight == 1) return v;
+    return kWeight == 2 ? hn::Add(v, v) : hn::Mul(v, hn::Set(d, static_cast<int16_t>(kWeight)));
+  }
+};
+// Whether Op's row is that of a SymmetricRow, and not one of its own.
+template <class Op>
+constexpr bool kHasSymmetricRow = requires {
+  requires std::is_same_v<decltype(&Op::Row), V16 (Op::RowBase::*)(D16, const V16*) const>;
+};
+
+#if KY_HAVE_MUL_ADD_BYTES
+// first * even bytes + second * odd bytes.
+template <int kFirst, int kSecond>
+HWY_INLINE V16 WeighBytes(hn::Vec<D8> v) {
+  const hn::Repartition<uint16_t, D8> d16;
+  if constexpr (kFirst == 1 && kSecond == 0)
+    return hn::BitCast(D16(), hn::And(hn::BitCast(d16, v), hn::Set(d16, 0xFF)));
+  if constexpr (kFirst == 0 && kSecond == 1)
+    return hn::BitCast(D16(), hn::ShiftRight<8>(hn::BitCast(d16, v)));
+  return MulAddBytes(v, hn::BitCast(D8(), hn::Set(d16, uint16_t{kFirst + 256 * kSecond})));
+}
+#endif
+
 // What a row contributes, for each phase.
-template <int kRadius, int kStep, class Op>
+template <class Op, int kStep>
 struct RowParts {
   using Part = decltype(std::declval<Op>().Row(D16(), nullptr));
   Part part[kPhases];
 
   HWY_INLINE void Make(const Op& op, const uint8_t* places) {
 #if KY_HAVE_MUL_ADD_BYTES
-    // Weights 1, kMiddle, 1: two of the three by products of bytes in pairs.
-    if constexpr (kRadius == 1 && kStep == 1 && requires { Op::kMiddle; }) {
-      const D8 d;
-      const hn::Repartition<uint16_t, D8> d16;
-      const auto left = hn::LoadU(d, places - 1), right = hn::LoadU(d, places + 1);
-      const auto weights = [](int first, int second) HWY_ATTR {
-        return hn::BitCast(D8(), hn::Set(hn::Repartition<uint16_t, D8>(),
-                                         static_cast<uint16_t>(first + 256 * second)));
-      };
-      const auto last = hn::And(hn::BitCast(d16, right), hn::Set(d16, 0xFF));
-      const auto first = hn::ShiftRight<8>(hn::BitCast(d16, left));
-      part[0] = hn::Add(MulAddBytes(left, weights(1, Op::kMiddle)), hn::BitCast(D16(), last));
-      part[1] = hn::Add(MulAddBytes(right, weights(Op::kMiddle, 1)), hn::BitCast(D16(), first));
-      return;
-    }
+    if constexpr (kStep == 1 && kHasSymmetricRow<Op>)
+      return [&]<int... k>(std::integer_sequence<int, k...>) HWY_ATTR {
+        MakeOfBytes<(2 * k - Op::kRadius)...>(places);
+      }
+    (std::make_integer_sequence<int, Op::kRadius + 1>());
 #endif
-    const Neighbours<kRadius, kStep> neighbours(places);
+    const Neighbours<Op::kRadius, kStep> neighbours(places);
     for (int p = 0; p < kPhases; ++p) part[p] = op.Row(D16(), neighbours.Phase(p));
   }
+
+#if KY_HAVE_MUL_ADD_BYTES
+  // From products of bytes in pairs, which lie kColumns to the right of the even places, and one
+  // column less to the right of the odd ones.
+  template <int... kColumns>
+  HWY_INLINE void MakeOfBytes(const uint8_t* places) {
+    const auto sum = [](auto first, auto... others) HWY_ATTR {
+      ((first = hn::Add(first, others)), ...);
+      return first;
+    };
+    const auto at = [&](int column) HWY_ATTR { return hn::LoadU(D8(), places + column); };
+    part[0] = sum(WeighBytes<Op::WeightOf(kColumns), Op::WeightOf(kColumns + 1)>(at(kColumns))...);
+    part[1] = sum(WeighBytes<Op::WeightOf(kColumns - 1), Op::WeightOf(kColumns)>(at(kColumns))...);
+  }
+#endif
 };
 
 // Whether what the next rows will read and write is prefetched, and to where: processors are late
@@ -186,18 +245,19 @@ struct RowParts {
 enum class Ahead { kNo, kToFirstCache, kToSecondCache };
 
 // kRows rows of windows. What a row contributes stays in registers while it is needed.
-template <int kRadius, int kStep, int kRows, Ahead kAhead, class Op>
-HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows) {
-  constexpr int kSize = 2 * kRadius + 1, kIn = kRows + 2 * kRadius;
+template <class Op, int kStep, int kRows, Ahead kAhead>
+HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
+                         ptrdiff_t pitch) {
+  constexpr int kSize = 2 * Op::kRadius + 1, kIn = kRows + 2 * Op::kRadius;
   const D8 d;
   const uint8_t* in[kIn];
   for (int k = 0; k < kIn; ++k) in[k] = rows[k];
   uint8_t* to[kRows];
   for (int y = 0; y < kRows; ++y) to[y] = out.Row(y);
-  const ptrdiff_t inAhead = kRows * BytesBetween(in[kIn - 2], in[kIn - 1]);
+  const ptrdiff_t inAhead = kRows * pitch;
   const ptrdiff_t outAhead = kRows * out.pitch;
   for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
-    RowParts<kRadius, kStep, Op> parts[kIn];
+    RowParts<Op, kStep> parts[kIn];
     const auto result = [&]<size_t... k>(int y, std::index_sequence<k...>) HWY_ATTR {
       if constexpr (kAhead == Ahead::kToFirstCache) {
         PrefetchAhead<hn::MaxLanes(d)>(in[kIn - kRows + y], inAhead + x);
@@ -223,46 +283,59 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
 }
 
 // As many bands of kRows rows as there are.
-template <int kRadius, int kStep, int kRows, Ahead kAhead, class Op>
-HWY_INLINE void RollBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const*& rows) {
+template <class Op, int kStep, int kRows, Ahead kAhead>
+HWY_INLINE void RollBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const*& rows,
+                          ptrdiff_t pitch) {
   for (; out.height >= kRows; out.height -= kRows, rows += kRows, out.first = out.Row(kRows))
-    RollRows<kRadius, kStep, kRows, kAhead>(op, out, rows);
+    RollRows<Op, kStep, kRows, kAhead>(op, out, rows, pitch);
 }
 
 // Windows by the row: op.Row(d16, at) is what a row contributes to the results around it, and a
 // result is op(d16, the rows' contributions from the highest down). What a row contributes is made
-// once in a band. A Row of weights 1, kMiddle, 1 tells so by the constant's name.
+// once in a band.
 //
 // Six rows of results share more of their work than three, but three are all that a first cache has
 // room for when the pitch fights it, and prefetches have to go to the second.
-template <int kRadius, int kStep = 1, class Op>
+template <class Op, int kStep = 1>
 HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
-                            bool isLarge = false) {
-  if (!FightsCache(out.pitch) && !FightsCache(BytesBetween(rows[0], rows[1]))) {
-    if (isLarge)
-      RollBands<kRadius, kStep, 6, Ahead::kToFirstCache>(op, out, rows);
+                            const Layout& layout) {
+  const ptrdiff_t pitch = layout.pitch;
+  if (!FightsCache(out.pitch) && !FightsCache(pitch)) {
+    if (layout.isLarge)
+      RollBands<Op, kStep, 6, Ahead::kToFirstCache>(op, out, rows, pitch);
     else
-      RollBands<kRadius, kStep, 6, Ahead::kNo>(op, out, rows);
-  } else if (isLarge) {
-    RollBands<kRadius, kStep, 3, Ahead::kToSecondCache>(op, out, rows);
+      RollBands<Op, kStep, 6, Ahead::kNo>(op, out, rows, pitch);
+  } else if (layout.isLarge) {
+    RollBands<Op, kStep, 3, Ahead::kToSecondCache>(op, out, rows, pitch);
   }
-  RollBands<kRadius, kStep, 3, Ahead::kNo>(op, out, rows);
-  RollBands<kRadius, kStep, 1, Ahead::kNo>(op, out, rows);
+  RollBands<Op, kStep, 3, Ahead::kNo>(op, out, rows, pitch);
+  RollBands<Op, kStep, 1, Ahead::kNo>(op, out, rows, pitch);
 }
 
-// The kernels of operations that need no arguments, for rows of pixels, or of components where
-// kStep is 3.
-template <int kRadius, class Op, int kStep = 1>
-WindowKernel<WindowRun> MappedWindows() {
-  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, bool)
-                       HWY_ATTR { MapWindows<kRadius, kStep>(Op(), out, rows); };
-  return {kRadius, hn::MaxLanes(D8()), run, kStep};
+// The kernels of operations that need no arguments, in rows where neighbours are kStep elements
+// apart.
+template <class Op, int kStep = 1>
+constexpr WindowKernel<WindowRun> MappedWindows() {
+  static_assert(kStep == 1 || kStep == 3);
+  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout&)
+                       HWY_ATTR { MapWindows<Op, kStep>(Op(), out, rows); };
+  return {Op::kRadius, hn::MaxLanes(D8()), run, kStep};
 }
-template <class Op, int kStep = 1, int kRadius = 1>
-WindowKernel<WindowRun> RolledWindows() {
-  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, bool isLarge)
-                       HWY_ATTR { RollWindows<kRadius, kStep>(Op(), out, rows, isLarge); };
-  return {kRadius, hn::MaxLanes(D8()), run, kStep};
+template <class Op, int kStep = 1>
+constexpr WindowKernel<WindowRun> RolledWindows() {
+  static_assert(kStep == 1 || kStep == 3);
+  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
+                       HWY_ATTR { RollWindows<Op, kStep>(Op(), out, rows, layout); };
+  return {Op::kRadius, hn::MaxLanes(D8()), run, kStep};
+}
+// Both of a formula, for a table.
+template <class Op>
+constexpr WindowKernels MappedKernels() {
+  return {MappedWindows<Op, 1>(), MappedWindows<Op, 3>()};
+}
+template <class Op>
+constexpr WindowKernels RolledKernels() {
+  return {RolledWindows<Op, 1>(), RolledWindows<Op, 3>()};
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)

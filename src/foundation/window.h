@@ -12,6 +12,14 @@
 
 namespace ky {
 
+// How the source rows of a kernel lie: the bytes from one to the next, but where the border
+// interferes, and whether more is read and written than a second cache holds, so that prefetches
+// pay.
+struct Layout {
+  std::ptrdiff_t pitch;
+  bool isLarge;
+};
+
 // How results are made of windows of 2 * radius + 1 rows and columns.
 //
 // run(out, rows) makes the results `out` from source rows: out.height + 2 * radius of them, from
@@ -20,8 +28,7 @@ namespace ky {
 // multiple of `lanes`, the vector length, so kernels need no tails. They may not look at what they
 // have written.
 //
-// A run that takes a third argument is told whether more is read and written than a second cache
-// holds, so that prefetches pay.
+// A run that takes a third argument is told the layout.
 //
 // Neighbours in a row are `step` elements apart: 1 in rows of grey pixels, 3 in rows of the
 // components of colours.
@@ -34,7 +41,18 @@ struct WindowKernel {
 };
 
 // Runs of one byte for another, the kind that kernels without arguments have.
-using WindowRun = void (*)(Rows<KyBW8> out, const KyBW8* const* rows, bool isLarge);
+using WindowRun = void (*)(Rows<KyBW8> out, const KyBW8* const* rows, const Layout& layout);
+
+// The kernels that one formula makes: of grey pixels, and of the components of colours.
+struct WindowKernels {
+  WindowKernel<WindowRun> grey, color;
+
+  template <class Pixel>
+  const WindowKernel<WindowRun>& Of() const noexcept {
+    static_assert(sizeof(Pixel) == 1 || sizeof(Pixel) == 3);
+    return sizeof(Pixel) == 1 ? grey : color;
+  }
+};
 
 // Walks the windows a band of rows at a time, so that kernels can carry what they know of one row
 // to the next. `atBorder` makes those results whose window reaches over the border.
@@ -64,7 +82,7 @@ class WindowWalk {
     out_ = destination;
     if (!input_.Open(source, destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     in_ = input_.rows();
-    ends_ = RoundUp(reach_);
+    ends_ = std::max(RoundUp(reach_), lanes_);
     copies_ = in_.width < 2 * ends_ + lanes_ || Crowds() ||
               SharingOf(in_, destination) == Sharing::kTheSame;
     isLarge_ = !copies_ && in_.height * (in_.RowBytes() + out_.RowBytes()) > kSecondCache;
@@ -82,7 +100,7 @@ class WindowWalk {
         y += count;
       }
     };
-    const std::ptrdiff_t above = kApart ? std::min<std::ptrdiff_t>(radius_, in_.height) : 0;
+    const std::ptrdiff_t above = kApart ? std::min(radius_, in_.height) : 0;
     const std::ptrdiff_t below = std::max(above, in_.height - (kApart ? radius_ : 0));
     run(0, above, true);
     run(above, below, false);
@@ -186,9 +204,10 @@ class WindowWalk {
   void Make(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column,
             const Rows<Out>& out) {
     const T** const at = pointers_.get() + 2 * BandRows();
+    const std::ptrdiff_t pitch = rows == Strips() || copies_ ? ring_.pitch() : in_.pitch;
     for (std::ptrdiff_t k = 0; k < band_.height + 2 * radius_; ++k) at[k] = rows[k] + column;
-    if constexpr (std::is_invocable_v<decltype(kernel.run), Rows<Out>, const T* const*, bool>)
-      kernel.run(out, static_cast<const T* const*>(at), isLarge_);
+    if constexpr (std::is_invocable_v<decltype(kernel.run), Rows<Out>, const T* const*, Layout>)
+      kernel.run(out, static_cast<const T* const*>(at), Layout{pitch, isLarge_});
     else
       kernel.run(out, static_cast<const T* const*>(at));
   }
@@ -196,7 +215,7 @@ class WindowWalk {
   const T** WholeRows() const { return pointers_.get(); }
   const T** Strips() const { return pointers_.get() + BandRows(); }
 
-  int radius_;
+  std::ptrdiff_t radius_;         // rows
   std::ptrdiff_t reach_, lanes_;  // elements
   int step_;
   // Results at either end of a row that are made from strips: whole vectors.

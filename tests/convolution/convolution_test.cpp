@@ -141,6 +141,22 @@ auto SymmetricallyConvolved(const Grid& g) {
   };
 }
 
+// The same of each component.
+template <class Model>
+auto ByComponent(const Model& model) {
+  return [model](const Picture<KyC24>& in, Picture<KyC24>& out) {
+    for (KyBW8 KyC24::*const component : {&KyC24::c0, &KyC24::c1, &KyC24::c2}) {
+      Picture<KyBW8> from(in.width, in.height), to = from;
+      for (std::size_t i = 0; i < in.pixels.size(); ++i) {
+        from.pixels[i] = in.pixels[i].*component;
+        to.pixels[i] = out.pixels[i].*component;
+      }
+      model(from, to);
+      for (std::size_t i = 0; i < in.pixels.size(); ++i) out.pixels[i].*component = to.pixels[i];
+    }
+  };
+}
+
 const std::vector<Size> kSizes = {{1, 1}, {2, 3}, {5, 4}, {7, 13}, {67, 15}, {0, 2}};
 
 void Check(const Grid& g, const std::vector<Size>& sizes = kSizes) {
@@ -149,6 +165,9 @@ void Check(const Grid& g, const std::vector<Size>& sizes = kSizes) {
   g.Fill(kernel);
   CheckOperation<KyBW8, KyBW8>(
       [&](auto* in, auto* out) { return ImgConvolKernel(in, out, &kernel); }, Convolved(g), sizes);
+  CheckOperation<KyC24, KyC24>(
+      [&](auto* in, auto* out) { return ImgConvolKernel(in, out, &kernel); },
+      ByComponent(Convolved(g)), {sizes[1], sizes.back(), {45, 6}});
 }
 void CheckSymmetric(const Grid& g) {
   SCOPED_TRACE(testing::Message() << "symmetric, " << g);
@@ -157,6 +176,9 @@ void CheckSymmetric(const Grid& g) {
   CheckOperation<KyBW8, KyBW8>(
       [&](auto* in, auto* out) { return ImgConvolSymmetricKernel(in, out, &kernel); },
       SymmetricallyConvolved(g), kSizes);
+  CheckOperation<KyC24, KyC24>(
+      [&](auto* in, auto* out) { return ImgConvolSymmetricKernel(in, out, &kernel); },
+      ByComponent(SymmetricallyConvolved(g)), {{2, 3}, {0, 2}, {45, 6}});
 }
 
 std::vector<float> RandomCoefficients(int count, bool positive, Random& random) {
@@ -267,7 +289,8 @@ TEST(ConvolKernel, NumbersThatAreNone) {
 TEST(ConvolKernel, Refusals) {
   Random random(8);
   Canvas<KyBW8> in(9, 5, {}, random), out(9, 5, {}, random);
-  const auto expect = [&](KY_ERRORS code, const std::vector<const char*>& trace, auto call,
+  using Convolve = KY_ERRORS (*)(const KyROI<KyBW8>*, KyROI<KyBW8>*, const KyKernel*) noexcept;
+  const auto expect = [&](KY_ERRORS code, const std::vector<const char*>& trace, Convolve call,
                           const KyROI<KyBW8>* source, const KyKernel* kernel) {
     EXPECT_EQ(call(source, out.roi(), kernel), code);
     Harness<KyBW8, KyBW8>::ExpectTrace(code, trace);

@@ -19,7 +19,7 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-struct Largest {
+struct Largest : WindowOp<1> {
   template <class D, class At>
   HWY_INLINE hn::Vec<D> operator()(D, const At& at) const {
     auto largest = at(0, 0);
@@ -29,16 +29,19 @@ struct Largest {
   }
 };
 
-struct Smooth {
-  static constexpr int kMiddle = 2;
-  HWY_INLINE V16 Row(D16, const V16* at) const {
-    return hn::Add(hn::Add(at[-1], at[1]), hn::Add(at[0], at[0]));
-  }
+struct Smooth : SymmetricRow<2, 1> {
   HWY_INLINE V16 operator()(D16, V16 a, V16 b, V16 c) const {
     return hn::ShiftRight<4>(hn::Add(hn::Add(a, c), hn::Add(b, b)));
   }
 };
-struct EndsOf5 {
+// A row of its own takes the place of the inherited one.
+struct Corners : Smooth {
+  HWY_INLINE V16 Row(D16, const V16* at) const { return hn::Add(at[-1], at[1]); }
+  HWY_INLINE V16 operator()(D16, V16 a, V16, V16 c) const {
+    return hn::ShiftRight<2>(hn::Add(a, c));
+  }
+};
+struct EndsOf5 : WindowOp<2> {
   HWY_INLINE V16 Row(D16, const V16* at) const { return hn::Add(at[-2], at[2]); }
   HWY_INLINE V16 operator()(D16, V16 a, V16, V16, V16, V16 e) const {
     return hn::ShiftRight<2>(hn::Add(a, e));
@@ -74,10 +77,9 @@ bool Limits() {
 }  // namespace
 
 int64_t CompiledTarget() { return HWY_TARGET; }
-WindowKernel<WindowRun> WindowsOf(int i) {
-  const WindowKernel<WindowRun> kKernels[] = {
-      MappedWindows<1, Largest>(), MappedWindows<1, Largest, 3>(), RolledWindows<Smooth>(),
-      RolledWindows<Smooth, 3>(),  RolledWindows<EndsOf5, 1, 2>(), RolledWindows<EndsOf5, 3, 2>()};
+WindowKernels WindowsOf(int i) {
+  const WindowKernels kKernels[] = {MappedKernels<Largest>(), RolledKernels<Smooth>(),
+                                    RolledKernels<Corners>(), RolledKernels<EndsOf5>()};
   return kKernels[i];
 }
 bool StoresLimit() {
@@ -127,7 +129,7 @@ TEST(Dispatch, EveryPathIsTheOneAskedFor) {
 
 // Grey rows and rows of the components of colours, by the same formulas.
 TEST(Dispatch, WindowsOnEveryPath) {
-  for (int i = 0; i < 6; ++i) {
+  for (int i = 0; i < 8; ++i) {
     SCOPED_TRACE(i);
     const int step = i % 2 == 0 ? 1 : 3;
     const auto call = [&](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) {
@@ -135,7 +137,8 @@ TEST(Dispatch, WindowsOnEveryPath) {
         Rows<const KyBW8> from;
         Rows<KyBW8> to;
         if (const KY_ERRORS error = OpenAll(in, from, out, to)) return error;
-        return FilterWindows(to, from, Border::Nearest(), KY_DISPATCH(WindowsOf)(i));
+        const WindowKernels both = KY_DISPATCH(WindowsOf)(i / 2);
+        return FilterWindows(to, from, Border::Nearest(), step == 1 ? both.grey : both.color);
       });
     };
     const auto model = [&](const test::Picture<KyBW8>& in, test::Picture<KyBW8>& out) {
@@ -151,8 +154,11 @@ TEST(Dispatch, WindowsOnEveryPath) {
               largest = std::max(largest, at(right, down));
               smooth += (2 - std::abs(down)) * (2 - std::abs(right)) * at(right, down);
             }
-          const int ends = at(-2, -2) + at(2, -2) + at(-2, 2) + at(2, 2);
-          out.At(x, y) = static_cast<KyBW8>(i < 2 ? largest : i < 4 ? smooth >> 4 : ends >> 2);
+          const auto corners = [&](int r) {
+            return (at(-r, -r) + at(r, -r) + at(-r, r) + at(r, r)) / 4;
+          };
+          const int results[] = {largest, smooth >> 4, corners(1), corners(2)};
+          out.At(x, y) = static_cast<KyBW8>(results[i / 2]);
         }
     };
     std::vector<test::Size> sizes = {{3, 1}, {9, 5}, {66, 8}, {129, 14}, {258, 31}};

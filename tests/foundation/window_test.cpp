@@ -72,6 +72,7 @@ TEST(Window, RadiiStepsBordersAndVectorLengths) {
       {2, 3, Border::Nearest(), 64, 5},  {3, 1, Border::Constant(9), 64, 5},
       {3, 1, Border::Nearest(), 16},     {3, 3, Border::Mirror(), 16},
       {9, 1, Border::Mirror(), 16},      {6, 3, Border::Constant(3), 1},
+      {0, 1, Border::Nearest(), 16},     {0, 3, Border::Constant(3), 64},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(testing::Message() << "radius " << c.radius << ", step " << c.step << ", border "
