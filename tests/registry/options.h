@@ -11,6 +11,9 @@ using Name = std::string_view;
 inline Option Range(Name name, double least, double most) {
   return {Kind::kRange, name, least, most};
 }
+inline Option Measured(Name name, double least, double most) {
+  return {Kind::kMeasured, name, least, most};
+}
 inline Option Interpolations(Name name) { return {Kind::kInterpolations, name}; }
 inline Option Elements(Name name, int count) { return {Kind::kElements, name, double(count)}; }
 inline Option Groups(Name name, int type, int count, int use = 0) {
