@@ -9,7 +9,6 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
-#include "foundation/prefetch-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -85,7 +84,6 @@ void DemosaicRow(KyC24* out, size_t n, const MosaicRow& row) {
   const V8 isGreen[2] = {GreenLanes(row.startsOnGreen), GreenLanes(!row.startsOnGreen)};
   size_t x = first;
   for (; x + lanes < n; x += lanes) {
-    AskToStore<3 * hn::MaxLanes(D8())>(out + x);
     MakeColors<kHasRed>(out + x, row.above + x, row.here + x, row.below + x, isGreen[x % 2]);
   }
   MakeEnd<kHasRed>(out, x, n - x, n, row);

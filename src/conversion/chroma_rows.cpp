@@ -8,7 +8,6 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
-#include "foundation/prefetch-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -121,7 +120,6 @@ template <class Out, class In>
 void MakeRow(void (*make)(const In*, Out*), Out* out, size_t n, const In* in, In after) {
   size_t i = 0;
   for (; i + kBlock <= n; i += kBlock) {
-    AskToStore<kBlock * sizeof(Out)>(out + i);
     make(in + i, out + i);
   }
   if (i == n) return;

@@ -5,25 +5,18 @@
 
 namespace {
 
-using ky::Call;
 using ky::ConvertKernels;
 
 template <class A, class B>
 KY_ERRORS Convert(const char* name, const KyROI<A>* source, KyROI<B>* destination) noexcept {
-  return Call(name, [&] {
-    ky::Rows<const A> in;
-    ky::Rows<B> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn(name, source, destination, [&](const auto& in, const auto& out) {
     return ky::MapRows(ky::ChooseConvertKernels().Get<B, A>(), out, ky::FromRows(in));
   });
 }
 template <class A, class B>
 KY_ERRORS Shift(const char* name, const KyROI<A>* source, KyROI<B>* destination, unsigned shift,
                 unsigned most, ky::MapKernel<B, A, int> ConvertKernels::*kernel) noexcept {
-  return Call(name, [&] {
-    ky::Rows<const A> in;
-    ky::Rows<B> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn(name, source, destination, [&](const auto& in, const auto& out) {
     if (shift > most) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
     return ky::MapRows(ky::ChooseConvertKernels().*kernel, out, ky::FromRows(in),
                        ky::FromParameters(static_cast<int>(shift)));

@@ -153,7 +153,6 @@ void ConvertRow(B* out, size_t n, const A* in) {
   constexpr size_t kLanes = hn::MaxLanes(d);
   size_t i = 0;
   for (; i + kLanes <= n; i += kLanes) {
-    AskToStore<kLanes * sizeof(B)>(out + i);
     const auto pixels = Convert<B, A>()(d, LoadPlanes(d, in + i));
     StorePlanes(d, pixels, reinterpret_cast<uint8_t*>(out + i));
   }
@@ -164,8 +163,8 @@ struct ShiftRightBy {
   using Lane = uint16_t;
   int shift;
   template <class D, class V>
-  HWY_INLINE V operator()(D d, V v) const {
-    return hn::Min(hn::ShiftRightSame(v, shift), hn::Set(d, 255));
+  HWY_INLINE auto operator()(D d, V v) const {
+    return AsSigned(hn::Min(hn::ShiftRightSame(v, shift), hn::Set(d, 255)));
   }
 };
 struct ShiftLeftBy {

@@ -9,7 +9,6 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
-#include "foundation/prefetch-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -123,7 +122,6 @@ void UnpackRow(T* out, size_t n, const uint8_t* row) {
   for (;
        i + kLanes <= n && (i + kLanes + 7) / 8 * Format::kBytes + kSlack <= bytes + Format::kBytes;
        i += kLanes) {
-    AskToStore<kLanes * sizeof(T)>(out + i);
     UnpackVector<Format>(out + i, row, i);
   }
   // The rest, of less than two vectors, from a copy that may be read beyond its end.

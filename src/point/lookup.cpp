@@ -10,7 +10,6 @@
 
 namespace {
 
-using ky::Call;
 using ky::GainOffset;
 using ky::LookupTable;
 using ky::Rows;
@@ -76,10 +75,7 @@ KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
 
 KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                  KyBW8Vector* table) noexcept {
-  return Call("ImgLut", [&] {
-    Rows<const KyBW8> in;
-    Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn("ImgLut", source, destination, [&](const auto& in, const auto& out) {
     if (table == nullptr || table->GetNumElements() != 256) return KY_ERROR_NOT_256_ENTRIES;
     return ky::LookUp(out, in, TableOf(table->GetDataPtr()));
   });
@@ -87,10 +83,7 @@ KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
 
 KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, float newMean,
                        float newDeviation) noexcept {
-  return Call("ImgNormalize", [&] {
-    Rows<const KyBW8> in;
-    Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn("ImgNormalize", source, destination, [&](const auto& in, const auto& out) {
     float deviation, mean;
     if (const KY_ERRORS error = ImgPixelStdDev(source, deviation, mean)) return error;
     const float ratio = deviation == 0 ? 0 : newDeviation / deviation;
@@ -103,10 +96,7 @@ KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, fl
 
 KY_ERRORS ImgGainOffset(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, float gain,
                         float offset) noexcept {
-  return Call("ImgGainOffset", [&] {
-    Rows<const KyBW8> in;
-    Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn("ImgGainOffset", source, destination, [&](const auto& in, const auto& out) {
     const GainOffsetLaw law(gain, offset);
     if (!law.FitsLanes()) return ky::LookUp(out, in, TableBy(law));
     return ky::MapRows(ky::ChooseLookupKernels().gainOffset, out, ky::FromRows(in),
@@ -116,29 +106,25 @@ KY_ERRORS ImgGainOffset(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, f
 
 KY_ERRORS ImgGainOffset(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
                         const float (&gain)[3], const float (&offset)[3]) noexcept {
-  return Call("ImgGainOffset (C24)", [&] {
-    Rows<const KyC24> in;
-    Rows<KyC24> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
-    const GainOffsetLaw laws[3] = {
-        {gain[0], offset[0]}, {gain[1], offset[1]}, {gain[2], offset[2]}};
-    const ky::LookupKernels& kernels = ky::ChooseLookupKernels();
-    if (std::all_of(laws, laws + 3, [](const auto& law) { return law.FitsLanes(); })) {
-      const ky::ColorGainOffset inLanes{{laws[0].InLanes(), laws[1].InLanes(), laws[2].InLanes()}};
-      return ky::MapRows(kernels.gainOffsetColors, out, ky::FromRows(in),
-                         ky::FromParameters(inLanes));
-    }
-    const ky::ColorTables tables{{TableBy(laws[0]), TableBy(laws[1]), TableBy(laws[2])}};
-    return ky::MapRows(kernels.lookUpColors, out, ky::FromRows(in), ky::FromParameters(tables));
-  });
+  return ky::CallOn(
+      "ImgGainOffset (C24)", source, destination, [&](const auto& in, const auto& out) {
+        const GainOffsetLaw laws[3] = {
+            {gain[0], offset[0]}, {gain[1], offset[1]}, {gain[2], offset[2]}};
+        const ky::LookupKernels& kernels = ky::ChooseLookupKernels();
+        if (std::all_of(laws, laws + 3, [](const auto& law) { return law.FitsLanes(); })) {
+          const ky::ColorGainOffset inLanes{
+              {laws[0].InLanes(), laws[1].InLanes(), laws[2].InLanes()}};
+          return ky::MapRows(kernels.gainOffsetColors, out, ky::FromRows(in),
+                             ky::FromParameters(inLanes));
+        }
+        const ky::ColorTables tables{{TableBy(laws[0]), TableBy(laws[1]), TableBy(laws[2])}};
+        return ky::MapRows(kernels.lookUpColors, out, ky::FromRows(in), ky::FromParameters(tables));
+      });
 }
 
 KY_ERRORS ImgLut(const KyROI<KyBW16>* source, KyROI<KyBW8>* destination, KyBW8Vector* table,
                  unsigned int bitOffset) noexcept {
-  return Call("ImgLut (BW16)", [&] {
-    Rows<const KyBW16> in;
-    Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn("ImgLut (BW16)", source, destination, [&](const auto& in, const auto& out) {
     if (table == nullptr || table->GetNumElements() == 0) return KY_ERROR_NOT_256_ENTRIES;
     if (bitOffset > 15) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
     const std::ptrdiff_t last = std::min(table->GetNumElements() - 1, 0xFFFFu);
@@ -156,16 +142,14 @@ KY_ERRORS ImgLut(const KyROI<KyBW16>* source, KyROI<KyBW8>* destination, KyBW8Ve
 
 KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyC24>* destination,
                  KyC24Vector* palette) noexcept {
-  return Call("ImgLut (BW8 to C24)", [&] {
-    Rows<const KyBW8> in;
-    Rows<KyC24> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
-    if (palette == nullptr || palette->GetNumElements() != 256) return KY_ERROR_NOT_256_ENTRIES;
-    const KyC24* const colors = palette->GetDataPtr();
-    const ky::ColorTables tables{{TableBy([&](std::uint32_t i) { return colors[i].c0; }),
-                                  TableBy([&](std::uint32_t i) { return colors[i].c1; }),
-                                  TableBy([&](std::uint32_t i) { return colors[i].c2; })}};
-    return ky::MapRows(ky::ChooseLookupKernels().falseColors, out, ky::FromRows(in),
-                       ky::FromParameters(tables));
-  });
+  return ky::CallOn(
+      "ImgLut (BW8 to C24)", source, destination, [&](const auto& in, const auto& out) {
+        if (palette == nullptr || palette->GetNumElements() != 256) return KY_ERROR_NOT_256_ENTRIES;
+        const KyC24* const colors = palette->GetDataPtr();
+        const ky::ColorTables tables{{TableBy([&](std::uint32_t i) { return colors[i].c0; }),
+                                      TableBy([&](std::uint32_t i) { return colors[i].c1; }),
+                                      TableBy([&](std::uint32_t i) { return colors[i].c2; })}};
+        return ky::MapRows(ky::ChooseLookupKernels().falseColors, out, ky::FromRows(in),
+                           ky::FromParameters(tables));
+      });
 }

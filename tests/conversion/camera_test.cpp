@@ -120,8 +120,10 @@ TEST(Bayer, Refusals) {
       {0, 0, 0, KY_ERROR_SIZE_MISMATCH},          {2, 2, 4, KY_ERROR_UNSUPPORTED_OPERATION},
       {2, 2, -1, KY_ERROR_UNSUPPORTED_OPERATION}, {2, 2, 3, KY_OK}};
   for (const auto& c : cases) {
-    KyImage<KyBW8> in(c.width, c.height);
-    KyImage<KyC24> out(c.width, c.height);
+    KyImage<KyBW8> mosaic(4, 4);
+    KyImage<KyC24> colors(4, 4);
+    const KyROI<KyBW8> in(&mosaic, 1, 1, c.width, c.height);
+    KyROI<KyC24> out(&colors, 0, 1, c.width, c.height);
     EXPECT_EQ(ImgConvertBayer(&in, &out, static_cast<KY_BAYER_ORDER>(c.order)), c.code);
   }
 }

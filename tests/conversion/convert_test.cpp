@@ -1,6 +1,7 @@
 // Conversions between pixel types against their laws, pixel by pixel.
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <tuple>
 
@@ -48,7 +49,7 @@ B Converted(A pixel) {
         level = pixel;
       else
         level = static_cast<KyBW8>((9798 * c.c0 + 19235 * c.c1 + 3735 * c.c2 + 16384) >> 15);
-      const auto whites = ~B{0} / static_cast<Level>(~Level{0});
+      const auto whites = std::numeric_limits<B>::max() / std::numeric_limits<Level>::max();
       return static_cast<B>(level * whites);
     }
   } else if constexpr (is_same_v<B, KyC15>) {
@@ -62,7 +63,6 @@ B Converted(A pixel) {
   }
 }
 
-// `n` is the pixel type's number: 0 is the first.
 using AllTypes = std::tuple<KyBW8, KyBW16, KyBW32, KyC15, KyC16, KyC24, KyC24A>;
 
 template <class Body>

@@ -57,7 +57,7 @@ TEST(Transform, Extremes) {
     KyROI<KyBW8>* const roi = canvas.roi();
     ASSERT_EQ(ImgTransform(roi, roi, static_cast<IMG_TRANSFORM_MODES>(mode), p), KY_OK);
     const Picture<KyBW8> result = canvas.Get();
-    if (p == least) EXPECT_TRUE(Same(levels, result));
+    EXPECT_EQ(result == levels, p == least);
     EXPECT_EQ(result.At(0, 0), 0);
     EXPECT_EQ(result.At(255, 0), 255);
     EXPECT_TRUE(std::is_sorted(result.pixels.begin(), result.pixels.end()));

@@ -187,7 +187,7 @@ TEST(Lookup, LevelsOf16Bits) {
   KyImage<KyBW16> deep(300, 1);
   KyImage<KyBW8> grey;
   grey.Attach(table.GetDataPtr(), 300, 1, 300);
-  for (int x = 0; x < 300; ++x) deep.SetPixel(x, 0, static_cast<KyBW16>(299 - x));
+  for (int x = 0; x < 300; ++x) deep.SetPixel(static_cast<KyBW16>(299 - x), x, 0);
   ASSERT_EQ(ImgLut(&deep, &grey, &table, 0), KY_OK);
   for (int x = 0; x < 300; ++x) ASSERT_EQ(grey.GetPixel(x, 0), static_cast<KyBW8>(7 * (299 - x)));
   KyBW8Vector empty;
