@@ -40,3 +40,19 @@ KY_API KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinat
 /// or below therefore gives 255 for every level except 0. Trace: "ImgGainOffset".
 KY_API KY_ERRORS ImgGainOffset(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, float gain,
                                float offset) noexcept;
+/// Applies a gain and an offset to each component, component i by the grey law with gain[i] and
+/// offset[i]. Trace: "ImgGainOffset (C24)".
+KY_API KY_ERRORS ImgGainOffset(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                               const float (&gain)[3], const float (&offset)[3]) noexcept;
+
+/// Maps grey pixels of 16 bits to 8 bits: destination(x, y) = table[min(source(x, y) >> bitOffset,
+/// n - 1)] for a table of n elements. Errors: `KY_ERROR_NOT_256_ENTRIES` (1613) for a null or empty
+/// table, `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for a bit offset above 15. Trace:
+/// "ImgLut (BW16)".
+KY_API KY_ERRORS ImgLut(const KyROI<KyBW16>* source, KyROI<KyBW8>* destination, KyBW8Vector* table,
+                        unsigned int bitOffset) noexcept;
+/// Shows levels in false colours: destination(x, y) = palette[source(x, y)]. Error:
+/// `KY_ERROR_NOT_256_ENTRIES` (1613) for a palette that is null or does not have exactly 256
+/// elements. Trace: "ImgLut (BW8 to C24)".
+KY_API KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyC24>* destination,
+                        KyC24Vector* palette) noexcept;

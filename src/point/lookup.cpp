@@ -39,12 +39,26 @@ KyBW8 NormalizedLevel(float value) noexcept {
   return value > 255 ? KyBW8{255} : static_cast<KyBW8>(value);
 }
 
-KyBW8 GainOffsetLevel(std::uint32_t level, std::int32_t gain, std::int32_t offset) noexcept {
-  const std::uint32_t scaled = static_cast<std::uint32_t>(gain) * level >> 5;
-  const std::uint32_t sum = scaled + static_cast<std::uint32_t>(offset);
-  if (sum <= 255) return static_cast<KyBW8>(sum);
-  return static_cast<std::int32_t>(sum) < 0 ? 0 : 255;
-}
+struct GainOffsetLaw {
+  GainOffsetLaw(float gain, float offset) noexcept : g(ToInt32(gain * 32.0f)), o(ToInt32(offset)) {}
+
+  // With an offset this far from the largest integer no sum can turn negative.
+  bool FitsLanes() const noexcept {
+    return g >= 0 && g <= GainOffset::kMostGain && o <= INT32_MAX - 0x10000;
+  }
+  GainOffset InLanes() const noexcept {
+    const int biased = std::clamp(o, -GainOffset::kOffsetBias, 255) + GainOffset::kOffsetBias;
+    return {static_cast<KyBW16>(g), static_cast<KyBW16>(biased)};
+  }
+  KyBW8 operator()(std::uint32_t level) const noexcept {
+    const std::uint32_t scaled = static_cast<std::uint32_t>(g) * level >> 5;
+    const std::uint32_t sum = scaled + static_cast<std::uint32_t>(o);
+    if (sum <= 255) return static_cast<KyBW8>(sum);
+    return static_cast<std::int32_t>(sum) < 0 ? 0 : 255;
+  }
+
+  std::int32_t g, o;
+};
 
 }  // namespace
 
@@ -83,14 +97,59 @@ KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, fl
 KY_ERRORS ImgGainOffset(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, float gain,
                         float offset) noexcept {
   return ky::CallOn("ImgGainOffset", source, destination, [&](const auto& in, const auto& out) {
-    const std::int32_t g = ToInt32(gain * 32.0f), o = ToInt32(offset);
-    // With an offset this far from the largest integer no sum can turn negative.
-    if (g >= 0 && g <= GainOffset::kMostGain && o <= INT32_MAX - 0x10000) {
-      const int biased = std::clamp(o, -GainOffset::kOffsetBias, 255) + GainOffset::kOffsetBias;
-      const GainOffset law{static_cast<KyBW16>(g), static_cast<KyBW16>(biased)};
-      return ky::MapRows(ky::ChooseLookupKernels().gainOffset, out, ky::FromRows(in),
-                         ky::FromParameters(law));
-    }
-    return ky::LookUp(out, in, TableBy([&](std::uint32_t i) { return GainOffsetLevel(i, g, o); }));
+    const GainOffsetLaw law(gain, offset);
+    if (!law.FitsLanes()) return ky::LookUp(out, in, TableBy(law));
+    return ky::MapRows(ky::ChooseLookupKernels().gainOffset, out, ky::FromRows(in),
+                       ky::FromParameters(law.InLanes()));
   });
+}
+
+KY_ERRORS ImgGainOffset(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                        const float (&gain)[3], const float (&offset)[3]) noexcept {
+  return ky::CallOn(
+      "ImgGainOffset (C24)", source, destination, [&](const auto& in, const auto& out) {
+        const GainOffsetLaw laws[3] = {
+            {gain[0], offset[0]}, {gain[1], offset[1]}, {gain[2], offset[2]}};
+        const ky::LookupKernels& kernels = ky::ChooseLookupKernels();
+        if (std::all_of(laws, laws + 3, [](const auto& law) { return law.FitsLanes(); })) {
+          const ky::ColorGainOffset inLanes{
+              {laws[0].InLanes(), laws[1].InLanes(), laws[2].InLanes()}};
+          return ky::MapRows(kernels.gainOffsetColors, out, ky::FromRows(in),
+                             ky::FromParameters(inLanes));
+        }
+        const ky::ColorTables tables{{TableBy(laws[0]), TableBy(laws[1]), TableBy(laws[2])}};
+        return ky::MapRows(kernels.lookUpColors, out, ky::FromRows(in), ky::FromParameters(tables));
+      });
+}
+
+KY_ERRORS ImgLut(const KyROI<KyBW16>* source, KyROI<KyBW8>* destination, KyBW8Vector* table,
+                 unsigned int bitOffset) noexcept {
+  return ky::CallOn("ImgLut (BW16)", source, destination, [&](const auto& in, const auto& out) {
+    if (table == nullptr || table->GetNumElements() == 0) return KY_ERROR_NOT_256_ENTRIES;
+    if (bitOffset > 15) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    const std::ptrdiff_t last = std::min(table->GetNumElements() - 1, 0xFFFFu);
+    ky::Input<KyBW8> levels;  // they may lie in the destination
+    if (!levels.OpenApart(Rows<const KyBW8>{table->GetDataPtr(), 0, last + 1, 1}, out))
+      return KY_ERROR_NOT_ENOUGH_MEMORY;
+    const KyBW8* const first = levels.rows().first;
+    const auto lowest =
+        TableBy([&](std::uint32_t i) { return first[std::min<std::ptrdiff_t>(i, last)]; });
+    const ky::DeepTable deep{first, static_cast<KyBW16>(last), static_cast<int>(bitOffset), lowest};
+    return ky::MapRows(ky::ChooseLookupKernels().lookUpDeep, out, ky::FromRows(in),
+                       ky::FromParameters(deep));
+  });
+}
+
+KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyC24>* destination,
+                 KyC24Vector* palette) noexcept {
+  return ky::CallOn(
+      "ImgLut (BW8 to C24)", source, destination, [&](const auto& in, const auto& out) {
+        if (palette == nullptr || palette->GetNumElements() != 256) return KY_ERROR_NOT_256_ENTRIES;
+        const KyC24* const colors = palette->GetDataPtr();
+        const ky::ColorTables tables{{TableBy([&](std::uint32_t i) { return colors[i].c0; }),
+                                      TableBy([&](std::uint32_t i) { return colors[i].c1; }),
+                                      TableBy([&](std::uint32_t i) { return colors[i].c2; })}};
+        return ky::MapRows(ky::ChooseLookupKernels().falseColors, out, ky::FromRows(in),
+                           ky::FromParameters(tables));
+      });
 }

@@ -138,4 +138,61 @@ TEST(GainOffset, OnEveryPath) {
   check(-1, 100);
 }
 
+TEST(GainOffset, EachComponentByItsLaw) {
+  const struct {
+    float gain[3], offset[3];
+  } cases[] = {{{1.7f, 0.5f, 1}, {-33, 100, 0}}, {{1.7f, -1, 1e30f}, {-33, 100, NAN}}};
+  for (const auto& law : cases)
+    CheckOperation<KyC24, KyC24>(
+        [&](auto... roi) { return ImgGainOffset(roi..., law.gain, law.offset); },
+        PerPixel([&](KyC24, KyC24 c) {
+          return KyC24(GainOffsetModel(c.c0, law.gain[0], law.offset[0]),
+                       GainOffsetModel(c.c1, law.gain[1], law.offset[1]),
+                       GainOffsetModel(c.c2, law.gain[2], law.offset[2]));
+        }));
+}
+
+TEST(Lookup, FalseColors) {
+  Random random(9);
+  KyC24Vector palette(256, KyC24());
+  for (KyC24& color : palette)
+    color = KyC24(static_cast<KyBW8>(random()), static_cast<KyBW8>(random()),
+                  static_cast<KyBW8>(random()));
+  CheckOperation<KyC24, KyBW8>([&](auto... roi) { return ImgLut(roi..., &palette); },
+                               PerPixel([&](KyC24, KyBW8 v) { return palette[v]; }));
+  KyImage<KyBW8> grey(3, 2);
+  KyImage<KyC24> colors(3, 2);
+  palette.SetNumElements(255);
+  EXPECT_EQ(ImgLut(&grey, &colors, &palette), KY_ERROR_NOT_256_ENTRIES);
+}
+
+TEST(Lookup, LevelsOf16Bits) {
+  Random random(10);
+  const std::vector<Size> sizes = {{1, 2}, {31, 2}, {64, 3}, {129, 4}, {2100, 2}};
+  for (const unsigned elements : {1u, 256u, 257u, 4096u, 70000u})
+    for (const unsigned bitOffset : {0u, 4u, 7u, 8u, 15u}) {
+      SCOPED_TRACE(std::to_string(elements) + " elements, " + std::to_string(bitOffset));
+      KyBW8Vector table(elements, 0);
+      for (KyBW8& level : table) level = static_cast<KyBW8>(random());
+      CheckOperation<KyBW8, KyBW16>(
+          [&](auto... roi) { return ImgLut(roi..., &table, bitOffset); },
+          PerPixel([&](KyBW8, KyBW16 v) {
+            return table[std::min<unsigned>(v >> bitOffset, elements - 1)];
+          }),
+          sizes);
+    }
+  // A table that is the destination.
+  KyBW8Vector table(300, 0);
+  for (unsigned i = 0; i < 300; ++i) table[i] = static_cast<KyBW8>(7 * i);
+  KyImage<KyBW16> deep(300, 1);
+  KyImage<KyBW8> grey;
+  grey.Attach(table.GetDataPtr(), 300, 1, 300);
+  for (int x = 0; x < 300; ++x) deep.SetPixel(static_cast<KyBW16>(299 - x), x, 0);
+  ASSERT_EQ(ImgLut(&deep, &grey, &table, 0), KY_OK);
+  for (int x = 0; x < 300; ++x) ASSERT_EQ(grey.GetPixel(x, 0), static_cast<KyBW8>(7 * (299 - x)));
+  KyBW8Vector empty;
+  EXPECT_EQ(ImgLut(&deep, &grey, &empty, 16), KY_ERROR_NOT_256_ENTRIES);
+  EXPECT_EQ(ImgLut(&deep, &grey, &table, 16), KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
+}
+
 }  // namespace

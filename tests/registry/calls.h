@@ -31,6 +31,7 @@ using Bytes = std::vector<unsigned char>;
 struct Option {
   enum class Kind {
     kRange,         // numbers from a to b; elsewhere they are hostile
+    kMeasured,      // numbers from a to b that describe memory, and so are never hostile
     kOneOf,         // one of a few numbers
     kElements,      // a typed vector of a elements
     kGroups,        // a generic vector of type a with b groups in use, use c

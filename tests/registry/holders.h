@@ -390,6 +390,29 @@ class Holder<const KyBW8*> : public ObjectHolder<const KyBW8> {
   KyBW8 levels_[256];
 };
 
+// Rows of bytes, as many as the pitch says that follows them.
+template <>
+class Holder<const void*> : public ObjectHolder<const void> {
+ public:
+  explicit Holder(Context& context) : Holder(context, BytesOf(context)) {}
+  Bytes State() const override { return *bytes_; }
+
+ private:
+  Holder(Context& context, std::shared_ptr<Bytes> bytes)
+      : ObjectHolder<const void>(context, bytes->data()), bytes_(std::move(bytes)) {}
+  static std::shared_ptr<Bytes> BytesOf(Context& context) {
+    const std::string_view pitch = context.call.parameters[context.index + 1].name;
+    const double most = context.call.Find(Option::Kind::kMeasured, pitch)->b;
+    auto bytes = std::make_shared<Bytes>(static_cast<std::size_t>(most) *
+                                         static_cast<std::size_t>(context.plan.height + 4));
+    SeededDraw random(context.draw.Below(65536));
+    for (unsigned char& byte : *bytes) byte = static_cast<unsigned char>(random.Below(256));
+    return bytes;
+  }
+
+  std::shared_ptr<Bytes> bytes_;
+};
+
 template <>
 class Holder<KyMovingAverage*> : public Argument {
  public:
@@ -407,6 +430,9 @@ class Holder<KyMovingAverage*> : public Argument {
 // A number: in the range of its option, or of a few small values; or, hostile, any.
 template <class T>
 T DrawNumber(Context& context) {
+  if (const Option* const measured = context.Find(Option::Kind::kMeasured))
+    return static_cast<T>(
+        context.draw.In(static_cast<int>(measured->a), static_cast<int>(measured->b)));
   const Option* const range = context.Find(Option::Kind::kRange);
   if constexpr (std::is_floating_point_v<T>) {
     using Limits = std::numeric_limits<T>;

@@ -13,6 +13,9 @@ using Name = std::string_view;
 inline Option Range(Name name, double least, double most) {
   return {Kind::kRange, name, least, most};
 }
+inline Option Measured(Name name, double least, double most) {
+  return {Kind::kMeasured, name, least, most};
+}
 inline Option OneOf(Name name, std::vector<int> numbers) {
   return {Kind::kOneOf, name, 0, 0, 0, std::move(numbers)};
 }

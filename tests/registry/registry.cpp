@@ -157,6 +157,7 @@ const std::vector<Call>& Registry() {
 #include "tests/registry/base.inc"
 #include "tests/registry/color.inc"
 #include "tests/registry/contour.inc"
+#include "tests/registry/conversion.inc"
 #include "tests/registry/convolution.inc"
 #include "tests/registry/geometry.inc"
 #include "tests/registry/gradient.inc"

@@ -4,6 +4,8 @@
 
 #include "foundation/kernels/lookup_rows.h"
 
+#include <algorithm>
+
 #include "foundation/dispatch.h"
 #include "foundation/spans-inl.h"
 #include "foundation/table-inl.h"
@@ -46,7 +48,71 @@ void GainOffsetRow(KyBW8* out, size_t n, const KyBW8* in, const GainOffset* law)
   MapSpan(ApplyGainOffset{{gain, law->offset}}, out, n, in);
 }
 
-constexpr LookupKernels kKernels = {&LookUpRow, &GainOffsetRow};
+// A law for each component.
+template <class Law>
+struct OnComponents {
+  using Lane = uint8_t;
+  Law first, second, third;
+  template <class D, class V>
+  HWY_INLINE Planes3<V> operator()(D d, const Planes3<V>& color) const {
+    return {first(d, color.c0), second(d, color.c1), third(d, color.c2)};
+  }
+};
+template <class Law>
+struct OnGrey : OnComponents<Law> {
+  template <class D, class V>
+  HWY_INLINE Planes3<V> operator()(D d, V grey) const {
+    return OnComponents<Law>::operator()(d, Planes3<V>{grey, grey, grey});
+  }
+};
+LookUpLevels TableOf(const ColorTables* tables, int i) {
+  return LookUpLevels(tables->component[i].level);
+}
+void LookUpColorsRow(KyC24* out, size_t n, const KyC24* in, const ColorTables* tables) {
+  using Op = OnComponents<LookUpLevels>;
+  MapSpan(Op{TableOf(tables, 0), TableOf(tables, 1), TableOf(tables, 2)}, out, n, in);
+}
+void FalseColorsRow(KyC24* out, size_t n, const KyBW8* in, const ColorTables* tables) {
+  using Op = OnGrey<LookUpLevels>;
+  MapSpan(Op{{TableOf(tables, 0), TableOf(tables, 1), TableOf(tables, 2)}}, out, n, in);
+}
+void GainOffsetColorsRow(KyC24* out, size_t n, const KyC24* in, const ColorGainOffset* laws) {
+  const auto law = [=](int i) HWY_ATTR {
+    const GainOffset& one = laws->component[i];
+    return ApplyGainOffset{{static_cast<uint16_t>(8 * one.gain), one.offset}};
+  };
+  MapSpan(OnComponents<ApplyGainOffset>{law(0), law(1), law(2)}, out, n, in);
+}
+
+struct PlaceInTable {
+  using Lane = uint16_t;
+  int shift;
+  uint16_t last;
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V v) const {
+    return hn::Min(hn::ShiftRightSame(v, shift), hn::Set(d, last));
+  }
+};
+void LookUpDeepRow(KyBW8* out, size_t n, const KyBW16* in, const DeepTable* table) {
+  constexpr size_t kPieceOfRow = 2048;  // stays in a first cache
+  const PlaceInTable place{table->shift, table->last};
+  const bool isSmall = std::min(0xFFFF >> table->shift, int{table->last}) < 256;
+  const LookUpLevels lowest(table->lowest.level);
+  for (size_t i = 0; i < n; i += kPieceOfRow) {
+    const size_t count = std::min(kPieceOfRow, n - i);
+    if (isSmall) {
+      MapSpan(place, out + i, count, in + i);
+      MapSpan(lowest, out + i, count, out + i);
+    } else {
+      KyBW16 places[kPieceOfRow];
+      MapSpan(place, places, count, in + i);
+      LookUpEach(out + i, count, places, table->levels);
+    }
+  }
+}
+
+constexpr LookupKernels kKernels = {&LookUpRow,           &GainOffsetRow,  &LookUpColorsRow,
+                                    &GainOffsetColorsRow, &FalseColorsRow, &LookUpDeepRow};
 
 }  // namespace
 

@@ -16,10 +16,29 @@ struct GainOffset {
 
   static constexpr int kMostGain = 8191, kOffsetBias = 0xFF00;
 };
+// One for each component.
+struct ColorTables {
+  LookupTable component[3];
+};
+struct ColorGainOffset {
+  GainOffset component[3];
+};
+// levels[min(source >> shift, last)]. The first 256 of them, where the last is repeated if there
+// are fewer, are in `lowest`.
+struct DeepTable {
+  const KyBW8* levels;
+  KyBW16 last;
+  int shift;
+  LookupTable lowest;
+};
 
 struct LookupKernels {
   MapKernel<KyBW8, KyBW8, LookupTable> lookUp;
   MapKernel<KyBW8, KyBW8, GainOffset> gainOffset;
+  MapKernel<KyC24, KyC24, ColorTables> lookUpColors;
+  MapKernel<KyC24, KyC24, ColorGainOffset> gainOffsetColors;
+  MapKernel<KyC24, KyBW8, ColorTables> falseColors;
+  MapKernel<KyBW8, KyBW16, DeepTable> lookUpDeep;
 };
 
 // The kernels of the instruction set that this call may use.
