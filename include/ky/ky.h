@@ -20,6 +20,7 @@
 #include "ky/lookup.h"
 #include "ky/mirrors.h"
 #include "ky/morphology.h"
+#include "ky/neighbourhoods.h"
 #include "ky/operators.h"
 #include "ky/path_sampling.h"
 #include "ky/pixels.h"
