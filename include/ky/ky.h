@@ -29,6 +29,7 @@
 #include "ky/statistics.h"
 #include "ky/status.h"
 #include "ky/temporal.h"
+#include "ky/thinning.h"
 #include "ky/threshold.h"
 #include "ky/typed_vector.h"
 #include "ky/vector.h"
