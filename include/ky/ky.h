@@ -26,6 +26,7 @@
 #include "ky/profile.h"
 #include "ky/records.h"
 #include "ky/roi.h"
+#include "ky/shapes.h"
 #include "ky/statistics.h"
 #include "ky/status.h"
 #include "ky/temporal.h"
