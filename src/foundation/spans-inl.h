@@ -17,6 +17,7 @@
 #include <cstdint>
 
 #include "foundation/lanes-inl.h"
+#include "foundation/several.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -24,20 +25,7 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Things side by side: the results that a formula has for each place, and where they go. Results
-// without a place to go to are dropped.
-template <class First, class... More>
-struct Several {
-  First first;
-  Several<More...> more;
-};
-template <class Last>
-struct Several<Last> {
-  Last first;
-};
-template <class... T>
-Several(T...) -> Several<T...>;
-
+// Several results go to Several places; those without a place are dropped.
 template <class T, class... More>
 HWY_INLINE Several<T*, More...> operator+(const Several<T*, More...>& out, size_t i) {
   if constexpr (sizeof...(More) > 0)
