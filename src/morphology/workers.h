@@ -118,8 +118,9 @@ inline bool RunGradient(const Operands& on, const Element& element) noexcept {
   const auto subtract = ChooseOperatorKernels().combine[KY_OPER_SUBTRACT];
   std::ptrdiff_t finished = 0;
   GoDown(height, [&](std::ptrdiff_t ready) {
-    erosion.Advance(ready, in, eroded);  // first: in place, the dilation writes over what it reads
-    const std::ptrdiff_t made = dilation.Advance(ready, in, out);
+    // The erosion first: in place, the dilation writes over what it reads.
+    const std::ptrdiff_t erosions = erosion.Advance(ready, in, eroded);
+    const std::ptrdiff_t made = std::min(erosions, dilation.Advance(ready, in, out));
     for (; finished < made; ++finished)
       subtract(out(finished), static_cast<std::size_t>(width), out(finished), eroded(finished));
   });
