@@ -24,6 +24,7 @@
 #include "ky/pixels.h"
 #include "ky/processor.h"
 #include "ky/profile.h"
+#include "ky/rank.h"
 #include "ky/records.h"
 #include "ky/roi.h"
 #include "ky/statistics.h"
