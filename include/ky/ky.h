@@ -7,6 +7,7 @@
 #include "ky/color.h"
 #include "ky/contour.h"
 #include "ky/convolution.h"
+#include "ky/distance.h"
 #include "ky/filters.h"
 #include "ky/frames.h"
 #include "ky/geometry.h"
