@@ -11,7 +11,7 @@
 
 namespace {
 
-using ky::ColumnCounts;
+using ky::kColumnCounts;
 using ky::Rows;
 using ky::Scratch;
 
@@ -37,11 +37,8 @@ bool RunCounts(const ky::RankKernelsOf<Count>& kernels, Rows<const KyBW8> in, Ro
   const std::ptrdiff_t halfWidth = window.halfWidth, halfHeight = window.halfHeight;
   const std::ptrdiff_t strip = std::max(kStrip / step, 2 * halfWidth);
   const std::ptrdiff_t most = std::min(pixels, strip + 2 * halfWidth) * step;
-  Scratch<Count> coarse, fine;
-  if (!coarse.Allocate(most * ColumnCounts<Count>::kCoarse) ||
-      !fine.Allocate(most * ColumnCounts<Count>::kFine))
-    return false;
-  const ColumnCounts<Count> counts = {coarse.get(), fine.get()};
+  Scratch<Count> counts;
+  if (!counts.Allocate(most * kColumnCounts)) return false;
   for (std::ptrdiff_t start = 0; start < pixels; start += strip) {
     const std::ptrdiff_t end = std::min(start + strip, pixels);
     const std::ptrdiff_t left = std::max<std::ptrdiff_t>(start - halfWidth, 0);
@@ -49,19 +46,17 @@ bool RunCounts(const ky::RankKernelsOf<Count>& kernels, Rows<const KyBW8> in, Ro
     const auto row = [&](std::ptrdiff_t y) {
       return in.Row(std::clamp<std::ptrdiff_t>(y, 0, last)) + left * step;
     };
-    std::fill_n(counts.coarse, n * ColumnCounts<Count>::kCoarse, Count{0});
-    std::fill_n(counts.fine, n * ColumnCounts<Count>::kFine, Count{0});
-    kernels.add(counts, n, row(0), static_cast<Count>(halfHeight + 1));
+    std::fill_n(counts.get(), n * kColumnCounts, Count{0});
+    kernels.add(counts.get(), n, row(0), static_cast<Count>(halfHeight + 1));
     for (std::ptrdiff_t y = 1; y <= std::min(halfHeight, last); ++y)
-      kernels.add(counts, n, row(y), 1);
-    if (halfHeight > last) kernels.add(counts, n, row(last), static_cast<Count>(halfHeight - last));
+      kernels.add(counts.get(), n, row(y), 1);
+    if (halfHeight > last)
+      kernels.add(counts.get(), n, row(last), static_cast<Count>(halfHeight - last));
     const ky::RankWindows windows = {columns, start - left, end - left, halfWidth, rank, step};
     for (std::ptrdiff_t y = 0; y <= last; ++y) {
-      if (y > 0) kernels.slide(counts, n, row(y - 1 - halfHeight), row(y + halfHeight));
+      if (y > 0) kernels.slide(counts.get(), n, row(y - 1 - halfHeight), row(y + halfHeight));
       for (int k = 0; k < step; ++k)
-        kernels.run({counts.coarse + k * ColumnCounts<Count>::kCoarse,
-                     counts.fine + k * ColumnCounts<Count>::kFine},
-                    windows, out.Row(y) + start * step + k);
+        kernels.run(counts.get() + k * kColumnCounts, windows, out.Row(y) + start * step + k);
     }
   }
   return true;

@@ -15,8 +15,6 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-constexpr ptrdiff_t kCoarse = 16, kFine = 256;
-
 // 16 counts as vectors. They may wrap on the way.
 template <class Count>
 struct Counts {
@@ -43,46 +41,50 @@ template <class Count>
 class Stairs {
  public:
   explicit Stairs(Count times) {
-    for (ptrdiff_t i = 0; i < 32; ++i) steps_[i] = i < 16 ? Count{0} : times;
+    for (int level = 0; level < 16; ++level)
+      for (int i = 0; i < 16; ++i) steps_[16 * level + i] = i < level ? Count{0} : times;
   }
-  HWY_INLINE Counts<Count> At(int level) const { return Counts<Count>(steps_ + 16 - level); }
+  HWY_INLINE Counts<Count> At(int level) const { return Counts<Count>(steps_ + 16 * level); }
 
  private:
-  Count steps_[32];
+  HWY_ALIGN Count steps_[256];
 };
 
+// The fine counts that a pixel is among.
 template <class Count>
-void Add(ColumnCounts<Count> to, ptrdiff_t n, const KyBW8* row, Count times) {
+HWY_INLINE Count* FineOf(Count* column, int pixel) {
+  return column + 16 + 16 * (pixel >> 4);
+}
+
+template <class Count>
+void Add(Count* columns, ptrdiff_t n, const KyBW8* row, Count times) {
   const Stairs<Count> stairs(times);
   const auto add = [&](Count* counts, int level) HWY_ATTR {
     Counts<Count> sum(counts);
     sum.Add(stairs.At(level));
     sum.Put(counts);
   };
-  for (ptrdiff_t x = 0; x < n; ++x) {
-    const int upper = row[x] >> 4, lower = row[x] & 15;
-    add(to.coarse + kCoarse * x, upper);
-    add(to.fine + kFine * x + 16 * upper, lower);
+  for (ptrdiff_t x = 0; x < n; ++x, columns += kColumnCounts) {
+    add(columns, row[x] >> 4);
+    add(FineOf(columns, row[x]), row[x] & 15);
   }
 }
 
 template <class Count>
-void Slide(ColumnCounts<Count> to, ptrdiff_t n, const KyBW8* leaving, const KyBW8* coming) {
+void Slide(Count* columns, ptrdiff_t n, const KyBW8* leaving, const KyBW8* coming) {
   const Stairs<Count> stairs(1);
-  for (ptrdiff_t x = 0; x < n; ++x) {
+  for (ptrdiff_t x = 0; x < n; ++x, columns += kColumnCounts) {
     const int out = leaving[x], in = coming[x];
-    Counts<Count> coarse(to.coarse + kCoarse * x);
+    Counts<Count> coarse(columns);
     coarse.Add(stairs.At(in >> 4));
     coarse.Sub(stairs.At(out >> 4));
-    coarse.Put(to.coarse + kCoarse * x);
-    Count* const more = to.fine + kFine * x + 16 * (in >> 4);
-    Counts<Count> up(more);
+    coarse.Put(columns);
+    Counts<Count> up(FineOf(columns, in));
     up.Add(stairs.At(in & 15));
-    up.Put(more);
-    Count* const less = to.fine + kFine * x + 16 * (out >> 4);
-    Counts<Count> down(less);
+    up.Put(FineOf(columns, in));
+    Counts<Count> down(FineOf(columns, out));
     down.Sub(stairs.At(out & 15));
-    down.Put(less);
+    down.Put(FineOf(columns, out));
   }
 }
 
@@ -118,13 +120,16 @@ class Sums {
   HWY_INLINE void Put(Sum* to) const {
     for (ptrdiff_t k = 0; k < kVectors; ++k) hn::StoreU(v_[k], D(), to + k * kLanes);
   }
-  // How many are below 0 after `more` has been added.
+  // How many are below 0, after `more` has been added.
+  HWY_INLINE size_t CountNegative() const {
+    size_t count = 0;
+    for (const V& v : v_) count += hn::CountTrue(D(), hn::Lt(v, hn::Zero(D())));
+    return count;
+  }
   HWY_INLINE size_t CountNegative(Sum more) const {
     size_t count = 0;
-    for (const V& v : v_) {
-      const V sum = hn::Add(v, hn::Set(D(), more));
-      count += hn::CountTrue(D(), hn::Lt(sum, hn::Zero(D())));
-    }
+    for (const V& v : v_)
+      count += hn::CountTrue(D(), hn::Lt(hn::Add(v, hn::Set(D(), more)), hn::Zero(D())));
     return count;
   }
 
@@ -151,57 +156,60 @@ HWY_INLINE void AddWindow(Sums<Count, Sum>& sums, const Count* counts, ptrdiff_t
   if (x + half > last) sums.Add(counts + last * step, x + half - last);
 }
 
-// A step to the right, to the window around x.
-template <class Count, class Sum>
-HWY_INLINE void SlideWindow(Sums<Count, Sum>& sums, const Count* counts, ptrdiff_t step,
-                            const RankWindows& windows, ptrdiff_t x) {
-  sums.Add(counts + std::min(x + windows.half, windows.columns - 1) * step);
-  sums.Sub(counts + std::max<ptrdiff_t>(x - windows.half - 1, 0) * step);
-}
-
 // The level's upper bits are the number of coarse sums that are at most the rank, and its lower
 // bits the number of fine ones. The coarse sums start at -1 - rank, so that such sums are those
 // below 0. Fine sums are kept for each upper level, and brought to the present window when that is
 // met again.
 template <class Count, class Sum>
-void Run(const ColumnCounts<Count>& from, const RankWindows& windows, KyBW8* out) {
-  const ptrdiff_t coarseStep = kCoarse * windows.step, fineStep = kFine * windows.step;
+void Run(const Count* columns, const RankWindows& windows, KyBW8* out) {
+  const ptrdiff_t step = kColumnCounts * windows.step, half = windows.half;
+  const Count* const last = columns + (windows.columns - 1) * step;
   Sum kept[16][16];
   ptrdiff_t keptAt[16];
-  std::fill_n(keptAt, 16, windows.first - 2 * windows.half - 2);
+  std::fill_n(keptAt, 16, windows.first - half - 1);
   Sum before[17];  // what the fine sums of each upper level start from
   before[0] = static_cast<Sum>(-1 - windows.rank);
   Sums<Count, Sum> coarse, fine;
   coarse.Set(before[0]);
-  AddWindow(coarse, from.coarse, coarseStep, windows, windows.first);
-  size_t present = 0;
+  AddWindow(coarse, columns, step, windows, windows.first);
+  size_t present = 16;
   const auto bring = [&](size_t upper, ptrdiff_t x) HWY_ATTR {
-    const Count* const counts = from.fine + 16 * upper;
-    if (x - keptAt[upper] > windows.half) {
+    const Count* const counts = columns + 16 + 16 * upper;
+    if (x - keptAt[upper] > half) {
       fine.Set(0);
-      AddWindow(fine, counts, fineStep, windows, x);
-    } else {
-      fine.Get(kept[upper]);
-      for (ptrdiff_t i = keptAt[upper] + 1; i <= x; ++i)
-        SlideWindow(fine, counts, fineStep, windows, i);
+      AddWindow(fine, counts, step, windows, x);
+      return;
+    }
+    fine.Get(kept[upper]);
+    for (ptrdiff_t i = keptAt[upper] + 1; i <= x; ++i) {
+      fine.Add(counts + std::min(i + half, windows.columns - 1) * step);
+      fine.Sub(counts + std::max<ptrdiff_t>(i - half - 1, 0) * step);
     }
   };
-  for (ptrdiff_t x = windows.first; x < windows.end; ++x) {
-    if (x > windows.first) SlideWindow(coarse, from.coarse, coarseStep, windows, x);
+  // The column that comes to the window around the next x, and the one that leaves it.
+  const Count* coming = columns + std::min(windows.first + half, windows.columns - 1) * step;
+  const Count* leaving = columns + std::max<ptrdiff_t>(windows.first - half - 1, 0) * step;
+  for (ptrdiff_t x = windows.first; x < windows.end; ++x, out += windows.step) {
+    if (x > windows.first) {
+      coming += coming < last ? step : 0;
+      leaving += x - half - 1 > 0 ? step : 0;
+      coarse.Add(coming);
+      coarse.Sub(leaving);
+    }
     coarse.Put(before + 1);
-    const size_t upper = coarse.CountNegative(0);
-    if (upper == present && x > windows.first) {
-      SlideWindow(fine, from.fine + 16 * upper, fineStep, windows, x);
+    const size_t upper = coarse.CountNegative();
+    if (HWY_LIKELY(upper == present)) {
+      fine.Add(coming + 16 + 16 * upper);
+      fine.Sub(leaving + 16 + 16 * upper);
     } else {
-      if (x > windows.first) {
+      if (present < 16) {
         fine.Put(kept[present]);
         keptAt[present] = x - 1;
       }
       bring(upper, x);
       present = upper;
     }
-    const size_t lower = fine.CountNegative(before[upper]);
-    out[(x - windows.first) * windows.step] = static_cast<KyBW8>(16 * upper + lower);
+    *out = static_cast<KyBW8>(16 * upper + fine.CountNegative(before[upper]));
   }
 }
 

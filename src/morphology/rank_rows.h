@@ -1,7 +1,7 @@
 // The row kernels of rank filters: cumulative histograms of columns, in two levels.
 //
-// A column holds the pixels of its window's rows. Level by level, its `coarse` counts say how many
-// have upper four bits of at most i, and its 16 blocks of `fine` counts how many have the block's
+// A column holds the pixels of its window's rows. Its first 16 counts are coarse and say how many
+// have upper four bits of at most i. 16 blocks of 16 fine counts follow, of those with the block's
 // upper bits and lower bits of at most i.
 #pragma once
 
@@ -12,11 +12,7 @@
 
 namespace ky {
 
-template <class Count>
-struct ColumnCounts {
-  static constexpr std::ptrdiff_t kCoarse = 16, kFine = 256;
-  Count *coarse, *fine;
-};
+inline constexpr std::ptrdiff_t kColumnCounts = 16 + 256;
 
 // The windows of one row, or of one component of it. Columns are `step` columns apart; windows at
 // their first or last one count these more often.
@@ -31,12 +27,11 @@ struct RankWindows {
 template <class Count>
 struct RankKernelsOf {
   // Takes one pixel into each of n columns so many times.
-  void (*add)(ColumnCounts<Count> to, std::ptrdiff_t n, const KyBW8* row, Count times);
+  void (*add)(Count* columns, std::ptrdiff_t n, const KyBW8* row, Count times);
   // One pixel leaves each column and another comes.
-  void (*slide)(ColumnCounts<Count> to, std::ptrdiff_t n, const KyBW8* leaving,
-                const KyBW8* coming);
+  void (*slide)(Count* columns, std::ptrdiff_t n, const KyBW8* leaving, const KyBW8* coming);
   // The results of windows first to end - 1, `step` elements apart.
-  void (*run)(const ColumnCounts<Count>& from, const RankWindows& windows, KyBW8* out);
+  void (*run)(const Count* columns, const RankWindows& windows, KyBW8* out);
 };
 
 struct RankKernels {
