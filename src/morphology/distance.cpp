@@ -113,27 +113,91 @@ class ScaledRoot {
   int exponent_;
 };
 
-// Distances of the type of the store, to 16 bits.
+// Squared Euclidean distances, row by row: from the columns nearby where these are near enough
+// throughout the row, else from lower envelopes.
+template <class Square>
+class SquaredRows {
+ public:
+  bool Allocate(std::ptrdiff_t width) noexcept {
+    constexpr std::ptrdiff_t kMore = ky::kReach + ky::kDistanceSlack;
+    return envelope_.Allocate(width) && squares_.Allocate(width + kMore) &&
+           (!kLooksNearby ||
+            (narrow_.Allocate(width + kMore) && squared_.Allocate(width + 2 * kMore)));
+  }
+
+  template <class Distance>
+  Square* Make(const Distance* down, std::ptrdiff_t n) noexcept {
+    if constexpr (kLooksNearby) {
+      const ky::DistanceKernels& kernels = ky::ChooseDistanceKernels();
+      if (rest_ > 0) {
+        --rest_;
+      } else {
+        std::uint16_t* const squared = squared_.get() + ky::kDistanceSlack;
+        kernels.square(squared, Narrow(down, n), n);
+        if (kernels.nearest(squares_.get(), squared, n)) return squares_.get();
+        rest_ = kRest;
+      }
+    }
+    envelope_.Run(squares_.get(), down, n);
+    return squares_.get();
+  }
+
+ private:
+  static constexpr bool kLooksNearby = sizeof(Square) == 4;
+  // Rows that follow one with far columns and will have some too, most likely.
+  static constexpr int kRest = 7;
+
+  static const std::uint16_t* Narrow(const std::uint16_t* down, std::ptrdiff_t) noexcept {
+    return down;
+  }
+  const std::uint16_t* Narrow(const std::uint32_t* down, std::ptrdiff_t n) noexcept {
+    for (std::ptrdiff_t x = 0; x < n; ++x)
+      narrow_[x] = static_cast<std::uint16_t>(std::min(down[x], 65535u));
+    return narrow_.get();
+  }
+
+  ky::Envelope<Square> envelope_;
+  Scratch<Square> squares_;
+  Scratch<std::uint16_t> narrow_, squared_;
+  int rest_ = 0;
+};
+
+// Distances of the type of the store, to 16 bits. The wide ones go through their squares.
 template <class Distance>
 KY_ERRORS Run16(Rows<const KyBW8> in, Rows<Distance> store, Rows<KyBW16> out,
                 IMG_DISTANCE_MODES mode, float scale) noexcept {
-  using Square = std::conditional_t<sizeof(Distance) == 2, std::uint32_t, std::uint64_t>;
+  constexpr bool kNarrowRows = sizeof(Distance) == 2;
+  using Square = std::conditional_t<kNarrowRows, std::uint32_t, std::uint64_t>;
+  const std::ptrdiff_t n = in.width;
   Passes<Distance> passes;
-  ky::Envelope<Square> envelope;
-  Scratch<Square> squares;
-  const bool isEuclidean = mode == IMG_DISTANCE_EUCLIDEAN;
-  if (!passes.Allocate(in.width) || !squares.Allocate(in.width) ||
-      (isEuclidean && !envelope.Allocate(in.width)))
+  SquaredRows<Square> squaredRows;
+  Scratch<KyBW16> results;
+  Scratch<std::int32_t> unsure;
+  if (!passes.Allocate(n) || !squaredRows.Allocate(n) ||
+      !results.Allocate(n + ky::kDistanceSlack) || !unsure.Allocate(n))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
+  const ky::DistanceKernels& kernels = ky::ChooseDistanceKernels();
   const ScaledRoot scaledRoot(scale);
   const auto finish = [&](std::ptrdiff_t y, const Distance* row) {
-    if constexpr (sizeof(Distance) == 2)
-      if (!isEuclidean) return ky::ChooseDistanceKernels().scale(out.Row(y), row, in.width, scale);
-    if (isEuclidean)
-      envelope.Run(squares.get(), row, in.width);
-    else
-      for (std::ptrdiff_t x = 0; x < in.width; ++x) squares[x] = Square{row[x]} * row[x];
-    for (std::ptrdiff_t x = 0; x < in.width; ++x) out.Row(y)[x] = scaledRoot(squares[x]);
+    const bool isEuclidean = mode == IMG_DISTANCE_EUCLIDEAN;
+    if constexpr (kNarrowRows) {
+      const KyBW16* made = results.get();
+      if (isEuclidean) {
+        const Square* const squares = squaredRows.Make(row, n);
+        const std::ptrdiff_t count = kernels.root(results.get(), squares, n, scale, unsure.get());
+        for (std::ptrdiff_t i = 0; i < count; ++i)
+          results[unsure[i]] = scaledRoot(squares[unsure[i]]);
+      } else if (scale == 1) {
+        made = row;
+      } else {
+        kernels.scale(results.get(), row, n, scale);
+      }
+      std::memcpy(out.Row(y), made, static_cast<std::size_t>(out.RowBytes()));
+    } else {
+      const Square* const squares = isEuclidean ? squaredRows.Make(row, n) : nullptr;
+      for (std::ptrdiff_t x = 0; x < n; ++x)
+        out.Row(y)[x] = scaledRoot(isEuclidean ? squares[x] : Square{row[x]} * row[x]);
+    }
   };
   if (!passes.Run(in, store, mode, finish)) FillWith(out, KyBW16{65535});
   return KY_OK;
@@ -142,12 +206,11 @@ KY_ERRORS Run16(Rows<const KyBW8> in, Rows<Distance> store, Rows<KyBW16> out,
 template <class Square>
 KY_ERRORS Run32(Rows<const KyBW8> in, Rows<KyBW32> out) noexcept {
   Passes<std::uint32_t> passes;
-  ky::Envelope<Square> envelope;
-  Scratch<Square> squares;
-  if (!passes.Allocate(in.width) || !envelope.Allocate(in.width) || !squares.Allocate(in.width))
+  SquaredRows<Square> squaredRows;
+  if (!passes.Allocate(in.width) || !squaredRows.Allocate(in.width))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
   const auto finish = [&](std::ptrdiff_t y, const std::uint32_t* row) {
-    envelope.Run(squares.get(), row, in.width);
+    const Square* const squares = squaredRows.Make(row, in.width);
     for (std::ptrdiff_t x = 0; x < in.width; ++x)
       out.Row(y)[x] = static_cast<KyBW32>(std::min<std::uint64_t>(squares[x], 0xFFFFFFFF));
   };

@@ -111,20 +111,115 @@ void Up(T* row, const T* below, ptrdiff_t n) {
   if (kMode != IMG_DISTANCE_EUCLIDEAN) Spread<true>(row, n);
 }
 
+void SquareOf(uint16_t* to, const uint16_t* down, ptrdiff_t n) {
+  const hn::ScalableTag<uint16_t> d;
+  std::fill_n(to - kReach, kReach, kFar<uint16_t>);
+  for (ptrdiff_t x = 0; x < n; x += kLanesOf<uint16_t>) {
+    const auto v = hn::LoadU(d, down + x);
+    const auto isLarge = hn::Gt(v, hn::Set(d, 255));
+    hn::StoreU(hn::IfThenElse(isLarge, hn::Set(d, kFar<uint16_t>), hn::Mul(v, v)), d, to + x);
+  }
+  std::fill_n(to + n, kReach + kLanesOf<uint16_t>, kFar<uint16_t>);
+}
+
+// Columns k away are of no use once k^2 is not below the least that has been found.
+bool Nearest(uint32_t* squares, const uint16_t* down2, ptrdiff_t n) {
+  const hn::ScalableTag<uint16_t> d;
+  constexpr ptrdiff_t kLanes = kLanesOf<uint16_t>;
+  static_assert(kReach % 4 == 0);
+  if (n < kLanes) return false;
+  HWY_ALIGN uint16_t results[kLanes];
+  for (ptrdiff_t next = 0; next < n; next += kLanes) {
+    const ptrdiff_t x = std::min(next, n - kLanes);
+    auto least = hn::LoadU(d, down2 + x);
+    const auto isDone = [&](ptrdiff_t k) HWY_ATTR {
+      return hn::AllFalse(d, hn::Gt(least, hn::Set(d, static_cast<uint16_t>(k * k))));
+    };
+    for (ptrdiff_t k = 1; !isDone(k); k += 4) {
+      if (k > kReach) return false;
+      const auto look = [&](ptrdiff_t i) HWY_ATTR {
+        const auto both = hn::Min(hn::LoadU(d, down2 + x - i), hn::LoadU(d, down2 + x + i));
+        const auto sum = hn::SaturatedAdd(both, hn::Set(d, static_cast<uint16_t>(i * i)));
+        least = hn::Min(least, sum);
+      };
+      look(k);
+      look(k + 1);
+      look(k + 2);
+      look(k + 3);
+    }
+    hn::Store(least, d, results);
+    const hn::ScalableTag<uint32_t> wide;
+    for (ptrdiff_t i = 0; i < kLanes; i += kLanesOf<uint32_t>)
+      hn::StoreU(LoadLanes(wide, results + i), wide, squares + x + i);
+  }
+  return true;
+}
+
+// Up to 2^20 the roots, in single precision, are right to a thirtieth of their distance from the
+// next half.
+void RoundRoots(KyBW16* out, const uint32_t* squares, ptrdiff_t n) {
+  const hn::ScalableTag<float> df;
+  const hn::ScalableTag<int32_t> d;
+  const hn::Rebind<uint16_t, decltype(d)> narrow;
+  for (ptrdiff_t x = 0; x < n; x += kLanesOf<int32_t>) {
+    const auto square = hn::LoadU(hn::ScalableTag<uint32_t>(), squares + x);
+    const auto root = hn::Sqrt(hn::ConvertTo(df, hn::BitCast(d, square)));
+    const auto rounded = hn::ConvertTo(d, hn::Add(root, hn::Set(df, 0.5f)));
+    hn::StoreU(hn::DemoteTo(narrow, rounded), narrow, out + x);
+  }
+}
+
+// min(65535, floor(product + 1/2)). Returns what the product is above its floor.
+template <class DF>
+HWY_INLINE hn::Vec<DF> StoreRounded(DF df, hn::Vec<DF> product, KyBW16* out) {
+  const hn::Rebind<int32_t, DF> d;
+  const hn::Rebind<uint16_t, DF> narrow;
+  product = hn::Min(product, hn::Set(df, 65535.0));
+  const auto floor = hn::Floor(product), rest = hn::Sub(product, floor);
+  const auto isUp = hn::Ge(rest, hn::Set(df, 0.5));
+  const auto rounded = hn::Add(floor, hn::IfThenElseZero(isUp, hn::Set(df, 1.0)));
+  hn::StoreU(hn::DemoteTo(narrow, hn::DemoteTo(d, rounded)), narrow, out);
+  return rest;
+}
+
+ptrdiff_t Root(KyBW16* out, const uint32_t* squares, ptrdiff_t n, float scale, int32_t* unsure) {
+  const hn::ScalableTag<double> df;
+  const hn::Rebind<int32_t, decltype(df)> d;
+  constexpr ptrdiff_t kLanes = kLanesOf<double>;
+  if (scale == 1 && *std::max_element(squares, squares + n) < 1u << 20) {
+    RoundRoots(out, squares, n);
+    return 0;
+  }
+  ptrdiff_t count = 0;
+  const auto half = hn::Set(df, 0.5);
+  for (ptrdiff_t x = 0; x < n; x += kLanes) {
+    const auto square =
+        hn::BitCast(d, hn::LoadU(hn::Rebind<uint32_t, decltype(df)>(), squares + x));
+    const auto root = hn::Sqrt(hn::PromoteTo(df, square));
+    const auto rest = StoreRounded(df, hn::Mul(hn::Set(df, scale), root), out + x);
+    const auto isNear = hn::Lt(hn::Abs(hn::Sub(rest, half)), hn::Set(df, 1e-9));
+    const auto isExact = hn::Eq(root, hn::Floor(root));
+    if (!hn::AllFalse(df, hn::AndNot(isExact, isNear)))
+      for (ptrdiff_t i = x; i < std::min(x + kLanes, n); ++i)
+        unsure[count++] = static_cast<int32_t>(i);
+  }
+  return count;
+}
+
 // A product of 24 and 16 bits is exact in double precision, and so are its floor and the rest.
 void Scale(KyBW16* out, const uint16_t* row, ptrdiff_t n, float scale) {
-  const double factor = scale;
-  for (ptrdiff_t x = 0; x < n; ++x) {
-    const double product = std::min(65535.0, factor * row[x]);
-    const int floor = static_cast<int>(product);
-    out[x] = static_cast<KyBW16>(floor + (product - floor >= 0.5 ? 1 : 0));
+  const hn::ScalableTag<double> df;
+  for (ptrdiff_t x = 0; x < n; x += kLanesOf<double>) {
+    const auto distance = LoadLanes(hn::Rebind<int32_t, decltype(df)>(), row + x);
+    StoreRounded(df, hn::Mul(hn::Set(df, scale), hn::PromoteTo(df, distance)), out + x);
   }
 }
 
 template <class T>
 constexpr DistanceKernelsOf<T> kKernelsOf = {{&Down<0, T>, &Down<1, T>, &Down<2, T>},
                                              {&Up<0, T>, &Up<1, T>, &Up<2, T>}};
-constexpr DistanceKernels kKernels = {kKernelsOf<uint16_t>, kKernelsOf<uint32_t>, &Scale};
+constexpr DistanceKernels kKernels = {
+    kKernelsOf<uint16_t>, kKernelsOf<uint32_t>, &SquareOf, &Nearest, &Root, &Scale};
 
 }  // namespace
 // NOLINTNEXTLINE(google-readability-namespace-comments)

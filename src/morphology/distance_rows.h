@@ -11,6 +11,9 @@ namespace ky {
 
 inline constexpr std::ptrdiff_t kDistanceSlack = 64;
 
+// How far the kernel of squares looks for nearer columns.
+inline constexpr std::ptrdiff_t kReach = 48;
+
 template <class Distance>
 struct DistanceKernelsOf {
   // row[i] = 0 where the pixel is 0, else one more than the least of the neighbours: the one above,
@@ -27,6 +30,15 @@ struct DistanceKernelsOf {
 struct DistanceKernels {
   DistanceKernelsOf<std::uint16_t> narrow;
   DistanceKernelsOf<std::uint32_t> wide;
+  // down[i]^2, limited to 65535, with kReach such on either side of the n.
+  void (*square)(std::uint16_t* to, const std::uint16_t* down, std::ptrdiff_t n);
+  // squares[i] = the least of k^2 + down2[i + k], if that is found from columns within reach for
+  // all i; false otherwise.
+  bool (*nearest)(std::uint32_t* squares, const std::uint16_t* down2, std::ptrdiff_t n);
+  // min(65535, floor(scale * sqrt(squares[i]) + 1/2)) but for those that are too close to call,
+  // whose places go to `unsure`; returns how many. Squares are below 2^31.
+  std::ptrdiff_t (*root)(KyBW16* out, const std::uint32_t* squares, std::ptrdiff_t n, float scale,
+                         std::int32_t* unsure);
   // min(65535, floor(scale * row[i] + 1/2)).
   void (*scale)(KyBW16* out, const std::uint16_t* row, std::ptrdiff_t n, float scale);
 };
