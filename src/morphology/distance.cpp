@@ -119,7 +119,6 @@ template <class Square>
 class SquaredRows {
  public:
   bool Allocate(std::ptrdiff_t width) noexcept {
-    constexpr std::ptrdiff_t kMore = ky::kReach + ky::kDistanceSlack;
     return envelope_.Allocate(width) && squares_.Allocate(width + kMore) &&
            (!kLooksNearby ||
             (narrow_.Allocate(width + kMore) && squared_.Allocate(width + 2 * kMore)));
@@ -132,7 +131,7 @@ class SquaredRows {
       if (rest_ > 0) {
         --rest_;
       } else {
-        std::uint16_t* const squared = squared_.get() + ky::kDistanceSlack;
+        std::uint16_t* const squared = squared_.get() + kMore;
         kernels.square(squared, Narrow(down, n), n);
         if (kernels.nearest(squares_.get(), squared, n)) return squares_.get();
         rest_ = kRest;
@@ -143,6 +142,7 @@ class SquaredRows {
   }
 
  private:
+  static constexpr std::ptrdiff_t kMore = ky::kReach + ky::kDistanceSlack;
   static constexpr bool kLooksNearby = sizeof(Square) == 4;
   // Rows that follow one with far columns and will have some too, most likely.
   static constexpr int kRest = 7;

@@ -12,7 +12,7 @@ namespace ky {
 inline constexpr std::ptrdiff_t kDistanceSlack = 64;
 
 // How far the kernel of squares looks for nearer columns.
-inline constexpr std::ptrdiff_t kReach = 48;
+inline constexpr std::ptrdiff_t kReach = 128;
 
 template <class Distance>
 struct DistanceKernelsOf {
