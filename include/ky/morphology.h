@@ -90,3 +90,18 @@ KY_API KY_ERRORS ImgMorphoGradientBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* 
                                       unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
 KY_API KY_ERRORS ImgMorphoGradientDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                        unsigned radius) noexcept;
+
+/// The same by boxes for colours: each component is a grey image of its own. A failure, also one of
+/// memory, is traced as the name of the function and the type alone, such as "ImgOpenBox (C24)".
+KY_API KY_ERRORS ImgDilateBox(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                              unsigned halfWidth,
+                              unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
+KY_API KY_ERRORS ImgErodeBox(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                             unsigned halfWidth,
+                             unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
+KY_API KY_ERRORS ImgOpenBox(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                            unsigned halfWidth,
+                            unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
+KY_API KY_ERRORS ImgCloseBox(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
+                             unsigned halfWidth,
+                             unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;

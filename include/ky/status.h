@@ -113,13 +113,15 @@ enum KY_ERRORS : int {
   /// calls is exactly 256; ImgRecursiveAverage needs 8191, segments one for each point, and
   /// ImgConvolUniform 2 halfWidth + 1 or more.
   KY_ERROR_NOT_256_ENTRIES = 1613,
-  /// ImgConvolKernel, ImgConvolSymmetricKernel: the kernel is null or has no coefficients.
+  /// ImgConvolKernel, ImgConvolSymmetricKernel, ImgThin, ImgThick and morphology by a shape: the
+  /// kernel is null or has no coefficients.
   KY_ERROR_KERNEL_SIZE = 1700,
-  /// A kernel cannot be used here. No call raises it yet.
+  /// Morphology by a shape: no coefficient of the kernel is other than 0.
   KY_ERROR_KERNEL_1701 = 1701,
   /// ImgConvolSymmetricKernel: the kernel has rectifier 0.
   KY_ERROR_KERNEL_1702 = 1702,
-  /// ImgConvolSymmetricKernel: the kernel is not of 3x3, 5x5 or 7x7 coefficients.
+  /// ImgConvolSymmetricKernel: the kernel is not of 3x3, 5x5 or 7x7 coefficients; ImgThin, ImgThick:
+  /// it is not of 3x3.
   KY_ERROR_KERNEL_1703 = 1703,
   /// KyKernel::GetKernelData, KyKernel::SetKernelData: the kernel has no coefficients.
   KY_ERROR_KERNEL_DATA = 1704,

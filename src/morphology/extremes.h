@@ -5,6 +5,7 @@
 
 #include "morphology/across_rows.h"
 #include "morphology/along_rows.h"
+#include "morphology/join_rows.h"
 
 namespace ky {
 
@@ -18,15 +19,17 @@ struct ExtremeKernels {
   AlongKernel along;
   AcrossKernel across;
   CrossKernel cross;
+  JoinKernel join;
 };
 
 // The kernels of the instruction set that this call may use.
 inline ExtremeKernels KernelsOf(Extreme extreme) noexcept {
   const AlongKernels& along = ChooseAlongKernels();
   const AcrossKernels& across = ChooseAcrossKernels();
+  const JoinKernels& join = ChooseJoinKernels();
   if (extreme == Extreme::kMaximum)
-    return {0, along.maximum, across.across.maximum, across.cross.maximum};
-  return {255, along.minimum, across.across.minimum, across.cross.minimum};
+    return {0, along.maximum, across.across.maximum, across.cross.maximum, join.maximum};
+  return {255, along.minimum, across.across.minimum, across.cross.minimum, join.minimum};
 }
 
 }  // namespace ky

@@ -1,21 +1,17 @@
 #include "ky/morphology.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "foundation/frame.h"
-#include "foundation/kernels/operators_rows.h"
-#include "foundation/rows.h"
-#include "morphology/passes.h"
+#include "morphology/workers.h"
 
 namespace {
 
 using ky::Element;
 using ky::Extreme;
-using ky::ExtremePass;
-using ky::Input;
-using ky::Lines;
-using ky::Rows;
+using ky::kDilation;
+using ky::kErosion;
+using ky::Operands;
 using Source = const KyROI<KyBW8>*;
 using Destination = KyROI<KyBW8>*;
 
@@ -29,8 +25,6 @@ constexpr Names kBox = {"ImgDilateBox",        "ImgErodeBox",       "ImgOpenBox"
 constexpr Names kDisk = {"ImgDilateDisk",        "ImgErodeDisk",       "ImgOpenDisk",
                          "ImgCloseDisk",         "ImgWhiteTopHatDisk", "ImgBlackTopHatDisk",
                          "ImgMorphoGradientDisk"};
-
-constexpr Extreme kDilation = Extreme::kMaximum, kErosion = Extreme::kMinimum;
 
 const char* NameOf(const Names& names, Extreme extreme) noexcept {
   return extreme == kDilation ? names.dilate : names.erode;
@@ -56,101 +50,6 @@ bool IsInPlace(Source source, Destination destination) noexcept {
   return destination == nullptr || destination == source;
 }
 
-// What a call works on, with a null destination resolved.
-struct Operands {
-  Rows<const KyBW8> source;
-  Rows<KyBW8> destination;
-  bool inPlace = false;
-
-  KY_ERRORS Open(Source from, Destination to) noexcept {
-    if (to == nullptr) to = const_cast<Destination>(from);
-    if (const KY_ERRORS error = ky::OpenAll(from, source, to, destination)) return error;
-    inPlace = from == to || SharingOf(source, destination) == ky::Sharing::kTheSame;
-    return KY_OK;
-  }
-};
-
-template <class T>
-Lines<T> LinesOf(const Rows<T>& rows) noexcept {
-  return {rows.first, rows.pitch, rows.height};
-}
-
-// Rows that passes advance by: what one has made is still in a cache when the next reads it.
-constexpr std::ptrdiff_t kStep = 8;
-
-// Goes down an image of `height` rows: `advance(ready)` makes what it can of so many rows.
-template <class Advance>
-void GoDown(std::ptrdiff_t height, const Advance& advance) noexcept {
-  for (std::ptrdiff_t ready = 0; ready < height;) {
-    ready = std::min(ready + kStep, height);
-    advance(ready);
-  }
-}
-
-// The workers. False when there is no memory; nothing has been written then.
-
-bool RunExtreme(const Operands& on, Extreme extreme, const Element& element) noexcept {
-  const std::ptrdiff_t width = on.source.width, height = on.source.height;
-  Input<KyBW8> input;
-  ExtremePass pass;
-  if (on.source.Empty()) return true;
-  if (!input.Open(on.source, on.destination) || !pass.Allocate(extreme, element, width, height))
-    return false;
-  GoDown(height, [&](std::ptrdiff_t ready) {
-    pass.Advance(ready, LinesOf(input.rows()), LinesOf(on.destination));
-  });
-  return true;
-}
-
-// One extreme, then the other; `finish(y, source, row)` is run on every row of the result.
-template <class Finish>
-bool RunBoth(const Operands& on, Extreme first, const Element& element,
-             const Finish& finish) noexcept {
-  const std::ptrdiff_t width = on.source.width, height = on.source.height;
-  const Extreme second = first == kDilation ? kErosion : kDilation;
-  Input<KyBW8> input;
-  ExtremePass there, back;
-  if (on.source.Empty()) return true;
-  if (!input.Open(on.source, on.destination) || !there.Allocate(first, element, width, height) ||
-      !back.Allocate(second, element, width, height))
-    return false;
-  const Lines<const KyBW8> in = LinesOf(input.rows());
-  const Lines<KyBW8> out = LinesOf(on.destination);
-  std::ptrdiff_t finished = 0;
-  GoDown(height, [&](std::ptrdiff_t ready) {
-    const std::ptrdiff_t between = there.Advance(ready, in, out);
-    const std::ptrdiff_t made = back.Advance(between, {out.first, out.pitch, out.count}, out);
-    for (; finished < made; ++finished) finish(out(finished), in(finished));
-  });
-  return true;
-}
-
-bool RunGradient(const Operands& on, const Element& element) noexcept {
-  const std::ptrdiff_t width = on.source.width, height = on.source.height;
-  Input<KyBW8> input;
-  ExtremePass dilation, erosion;
-  ky::Scratch<KyBW8> memory;
-  if (on.source.Empty()) return true;
-  if (!input.Open(on.source, on.destination) ||
-      !erosion.Allocate(kErosion, element, width, height) ||
-      !dilation.Allocate(kDilation, element, width, height))
-    return false;
-  const std::ptrdiff_t rows = erosion.RowsInUse(kStep);
-  if (!memory.Allocate(rows * width)) return false;
-  const Lines<KyBW8> eroded = {memory.get(), width, rows};
-  const Lines<const KyBW8> in = LinesOf(input.rows());
-  const Lines<KyBW8> out = LinesOf(on.destination);
-  const auto subtract = ky::ChooseOperatorKernels().combine[KY_OPER_SUBTRACT];
-  std::ptrdiff_t finished = 0;
-  GoDown(height, [&](std::ptrdiff_t ready) {
-    erosion.Advance(ready, in, eroded);  // first: in place, the dilation writes over what it reads
-    const std::ptrdiff_t made = dilation.Advance(ready, in, out);
-    for (; finished < made; ++finished)
-      subtract(out(finished), static_cast<std::size_t>(width), out(finished), eroded(finished));
-  });
-  return true;
-}
-
 // The frames.
 
 KY_ERRORS Single(const Names& names, Extreme extreme, const Element& element, Source source,
@@ -159,7 +58,7 @@ KY_ERRORS Single(const Names& names, Extreme extreme, const Element& element, So
   ky::CallUntraced([&] {
     Operands on;
     if (const KY_ERRORS error = on.Open(source, destination)) return error;
-    if (RunExtreme(on, extreme, element)) return KY_OK;
+    if (ky::RunExtreme(on, extreme, element)) return KY_OK;
     traced = !on.inPlace;
     return ky::FailIn(KY_ERROR_NOT_ENOUGH_MEMORY, {FirstStep(extreme, element)});
   });
@@ -179,8 +78,8 @@ KY_ERRORS OpenOrClose(const Names& names, Extreme first, const Element& element,
   return ky::Call(first == kErosion ? names.open : names.close, [&] {
     Operands on;
     if (const KY_ERRORS error = on.Open(source, destination)) return error;
-    const auto keep = [](KyBW8*, const KyBW8*) {};
-    return RunBoth(on, first, element, keep) ? KY_OK : NoMemory(names, first, element, on.inPlace);
+    return ky::RunOpenOrClose(on, first, element) ? KY_OK
+                                                  : NoMemory(names, first, element, on.inPlace);
   });
 }
 
@@ -200,13 +99,8 @@ KY_ERRORS TopHat(const Names& names, Extreme first, const Element& element, Sour
         std::memset(on.destination.Row(y), 0, static_cast<std::size_t>(on.source.width));
       return KY_OK;
     }
-    const auto subtract = ky::ChooseOperatorKernels().combine[KY_OPER_SUBTRACT];
-    const auto width = static_cast<std::size_t>(on.source.width);
-    const auto finish = [&](KyBW8* row, const KyBW8* from) {
-      white ? subtract(row, width, from, row) : subtract(row, width, row, from);
-    };
-    return RunBoth(on, first, element, finish) ? KY_OK
-                                               : NoMemory(names, first, element, false, inner);
+    return ky::RunTopHat(on, first, element) ? KY_OK
+                                             : NoMemory(names, first, element, false, inner);
   });
 }
 
@@ -221,7 +115,7 @@ KY_ERRORS Gradient(const Names& names, const Element& element, Source source,
     Operands on;
     if (const KY_ERRORS error = on.Open(source, destination))
       return ky::FailIn(error, {names.dilate});
-    return RunGradient(on, element) ? KY_OK : NoMemory(names, kErosion, element, false);
+    return ky::RunGradient(on, element) ? KY_OK : NoMemory(names, kErosion, element, false);
   });
 }
 

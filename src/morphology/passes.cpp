@@ -38,7 +38,8 @@ RowWindows Rising(std::ptrdiff_t n, std::ptrdiff_t width, std::ptrdiff_t height)
 Element Element::On(std::ptrdiff_t width, std::ptrdiff_t height) const noexcept {
   const std::ptrdiff_t right = std::max<std::ptrdiff_t>(width - 1, 0);
   const std::ptrdiff_t down = std::max<std::ptrdiff_t>(height - 1, 0);
-  const Element box = {std::min(halfWidth, right), std::min(halfHeight, down), 0};
+  const Element box = {std::min(halfWidth, right), std::min(halfHeight, down), 0, step};
+
   const bool boxCoversAll = box.halfWidth == right && box.halfHeight == down;
   if (boxCoversAll || crosses == 0) return box;
   if (crosses >= right + down) return {right, down, 0};
@@ -52,7 +53,8 @@ bool BoxPass::Allocate(const ExtremeKernels& kernels, const Element& element, st
   height_ = height;
   halfWidth_ = element.halfWidth;
   halfHeight_ = element.halfHeight;
-  const std::ptrdiff_t padded = width + 2 * halfWidth_ + kRowSlack;
+  step_ = element.step;
+  const std::ptrdiff_t padded = width + 2 * halfWidth_ * step_ + kRowSlack;
   const std::ptrdiff_t front = kRowFront + 64 + kLeastRow;
   if (halfWidth_ > 0 && (!row_.Allocate(front + padded) || !spare_.Allocate(padded))) return false;
   if (halfHeight_ == 0) return true;
@@ -69,10 +71,35 @@ bool BoxPass::Allocate(const ExtremeKernels& kernels, const Element& element, st
 // Row y along, into a place in scratch, and where it is then; `soon` is what is stored to next.
 const KyBW8* BoxPass::MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) noexcept {
   if (halfWidth_ == 0) return in;
+  if (step_ > 1) {
+    MakeColors(slot, in);
+    return slot;
+  }
   // The row's own elements start a line of a cache.
   KyBW8* const row = row_.get() + kRowFront + (-halfWidth_ & 63);
   kernels_.along(slot, width_, in, row, spare_.get(), halfWidth_, soon);
   return slot;
+}
+
+// Spans of four times the length join four shorter ones, until four or fewer make the window.
+void BoxPass::MakeColors(KyBW8* slot, const KyBW8* in) noexcept {
+  constexpr std::ptrdiff_t kJoined = 4;
+  KyBW8* const row = row_.get();
+  const std::ptrdiff_t window = 2 * halfWidth_ + 1, outside = halfWidth_ * step_;
+  std::fill_n(row, outside, kernels_.neutral);
+  CopyRow(row + outside, in, width_);
+  std::fill_n(row + outside + width_, outside, kernels_.neutral);
+  std::ptrdiff_t span = 1;
+  const auto join = [&](KyBW8* out, std::ptrdiff_t wanted) {
+    const KyBW8* rows[kJoined];
+    const std::ptrdiff_t count = (wanted + span - 1) / span;
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+      rows[i] = row + std::min(i * span, wanted - span) * step_;
+    kernels_.join(out, width_ + (window - wanted) * step_, rows, count);
+    span = wanted;
+  };
+  while (kJoined * span < window) join(row, kJoined * span);
+  join(slot, window);
 }
 
 std::ptrdiff_t BoxPass::Advance(std::ptrdiff_t ready, Lines<const KyBW8> in,
@@ -194,9 +221,12 @@ void DiamondPass::MakeCrosses(std::ptrdiff_t ready, Lines<KyBW8> out) noexcept {
 
 bool ExtremePass::Allocate(Extreme extreme, const Element& element, std::ptrdiff_t width,
                            std::ptrdiff_t height) noexcept {
-  element_ = element.On(width, height);
   width_ = width;
   height_ = height;
+  element_ = element;
+  if (element.shape != nullptr)
+    return shape_.Allocate(extreme, *element.shape, width / element.step, height, element.step);
+  element_ = element.On(width / element.step, height);
   const ExtremeKernels kernels = KernelsOf(extreme);
   return (!element_.HasBox() || box_.Allocate(kernels, element_, width, height)) &&
          (element_.crosses == 0 || diamond_.Allocate(kernels, element_.crosses, width, height));
@@ -204,6 +234,7 @@ bool ExtremePass::Allocate(Extreme extreme, const Element& element, std::ptrdiff
 
 std::ptrdiff_t ExtremePass::Advance(std::ptrdiff_t ready, Lines<const KyBW8> in,
                                     Lines<KyBW8> out) noexcept {
+  if (element_.shape != nullptr) return shape_.Advance(ready, in, out);
   if (element_.IsPoint()) return Copy(ready, in, out);
   if (!element_.HasBox()) return diamond_.Advance(ready, in, out);
   const std::ptrdiff_t boxes = box_.Advance(ready, in, out);
@@ -217,6 +248,7 @@ std::ptrdiff_t ExtremePass::Copy(std::ptrdiff_t ready, Lines<const KyBW8> in,
 }
 
 std::ptrdiff_t ExtremePass::RowsInUse(std::ptrdiff_t step) const noexcept {
+  if (element_.shape != nullptr) return std::min(height_, step + shape_.Lag());
   const bool hasBox = element_.HasBox(), hasCrosses = element_.crosses > 0;
   if ((hasBox && box_.IsTall()) || (hasCrosses && diamond_.NeedsRounds())) return height_;
   const std::ptrdiff_t lag = (hasBox ? box_.Lag() : 0) + (hasCrosses ? diamond_.Lag() : 0);

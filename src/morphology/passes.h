@@ -8,17 +8,26 @@
 
 #include "foundation/rows.h"
 #include "morphology/running_rows.h"
+#include "morphology/shape_pass.h"
 
 namespace ky {
 
 // A dilation step by step: so many by the 3 x 3 square first, then by the cross of five pixels. The
-// squares may be fewer in one direction.
+// squares may be fewer in one direction. Or a dilation by a shape, which then says everything.
 struct Element {
   std::ptrdiff_t halfWidth, halfHeight;
   std::ptrdiff_t crosses;
+  int step = 1;  // elements of a pixel; more than one without crosses only
+  const Shape* shape = nullptr;
 
-  static Element Box(unsigned halfWidth, unsigned halfHeight) noexcept {
-    return {halfWidth, halfHeight, 0};
+  static Element Box(unsigned halfWidth, unsigned halfHeight, int step = 1) noexcept {
+    return {halfWidth, halfHeight, 0, step};
+  }
+  // A shape that is a box takes the way of boxes.
+  static Element Of(const Shape& shape, int step) noexcept {
+    unsigned halfWidth = 0, halfHeight = 0;
+    if (shape.IsBox(halfWidth, halfHeight)) return Box(halfWidth, halfHeight, step);
+    return {0, 0, 0, step, &shape};
   }
   static Element Disk(unsigned radius) noexcept {
     const unsigned crosses = radius / 2 + radius % 2;
@@ -26,11 +35,12 @@ struct Element {
   }
   bool HasBox() const noexcept { return halfWidth > 0 || halfHeight > 0; }
   bool IsPoint() const noexcept { return !HasBox() && crosses == 0; }
-  // The smallest element that does the same on rows of this size.
+  // The smallest element that does the same on an image of this size, in pixels.
   Element On(std::ptrdiff_t width, std::ptrdiff_t height) const noexcept;
 };
 
-// The running extremes of a box: along the rows, then down the columns.
+// The running extremes of a box: along the rows, then down the columns. The width is one of
+// elements, of which a pixel has element.step.
 class BoxPass {
  public:
   bool Allocate(const ExtremeKernels& kernels, const Element& element, std::ptrdiff_t width,
@@ -44,10 +54,11 @@ class BoxPass {
 
  private:
   const KyBW8* MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) noexcept;
+  void MakeColors(KyBW8* slot, const KyBW8* in) noexcept;
   void RunTiles(Lines<KyBW8> out) noexcept;
 
   ExtremeKernels kernels_ = {};
-  std::ptrdiff_t width_ = 0, height_ = 0, halfWidth_ = 0, halfHeight_ = 0;
+  std::ptrdiff_t width_ = 0, height_ = 0, halfWidth_ = 0, halfHeight_ = 0, step_ = 1;
   std::ptrdiff_t tileWidth_ = 0, taken_ = 0;
   Scratch<KyBW8> row_, spare_;
   RunningRows columns_;
@@ -86,7 +97,7 @@ class DiamondPass {
   KyBW8* nothing_ = nullptr;
 };
 
-// An erosion or a dilation.
+// An erosion or a dilation. The width is one of elements.
 class ExtremePass {
  public:
   // False when there is no memory. A point needs none.
@@ -103,6 +114,7 @@ class ExtremePass {
   std::ptrdiff_t width_ = 0, height_ = 0, copied_ = 0;
   BoxPass box_;
   DiamondPass diamond_;
+  ShapePass shape_;
 };
 
 }  // namespace ky

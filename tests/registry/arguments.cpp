@@ -78,18 +78,22 @@ Plan DrawPlan(const Call& call, Draw& draw, int mostWidth, int mostHeight) {
   return plan;
 }
 
-// A preset, or a grid of any size, mostly one of those that have a way of their own.
+// A preset, or a grid of any size, mostly one of those that have a way of their own; with an option
+// that fixes the size, mostly of 3x3. Many coefficients are 0, so that elements have holes.
 Holder<const KyKernel*>::Holder(Context& context)
     : ObjectHolder<const KyKernel>(context, &kernel_) {
   Draw& draw = context.draw;
   if (draw.OneIn(4)) {
     kernel_.SetKernel(static_cast<KERNEL_TYPE>(draw.In(1, 14)));
   } else {
-    const int side = 3 + 2 * draw.In(0, 2);
+    const bool isFixed = context.Find(Option::Kind::kSize) != nullptr;
+    const int side = isFixed ? 3 : 3 + 2 * draw.In(0, 2);
     kernel_.SetSizeX(static_cast<std::int16_t>(context.Hostile(8) ? draw.In(-1, 11) : side));
     kernel_.SetSizeY(static_cast<std::int16_t>(context.Hostile(8) ? draw.In(-1, 11) : side));
-    for (unsigned i = 0; i < kernel_.GetAllocatedSize(); ++i)
-      kernel_.GetDataPtr()[i] = static_cast<float>(draw.In(-40, 60)) / 8;
+    for (unsigned i = 0; i < kernel_.GetAllocatedSize(); ++i) {
+      const int eighths = draw.In(-40, 60);
+      kernel_.GetDataPtr()[i] = std::abs(eighths) < 15 ? 0.0F : static_cast<float>(eighths) / 8;
+    }
   }
   kernel_.SetGain(static_cast<float>(draw.In(-8, 24)) / 8);
   kernel_.SetOffset(static_cast<unsigned>(draw.In(-20, 200)));
