@@ -1,0 +1,230 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "morphology/distance_rows.cpp"
+#include <hwy/foreach_target.h>  // keep first
+
+#include "morphology/distance_rows.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "foundation/dispatch.h"
+#include "foundation/lanes-inl.h"
+#include "ky/distance.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+namespace {
+
+template <class T>
+constexpr T kFar = std::numeric_limits<T>::max();
+
+// The far stay far.
+template <class D, class V>
+HWY_INLINE V OneMore(D d, V v) {
+  using T = hn::TFromD<D>;
+  return hn::Add(hn::Min(v, hn::Set(d, kFar<T> - 1)), hn::Set(d, T{1}));
+}
+
+// The least of the one or the three neighbours in the next row.
+template <int kMode, class D, class T>
+HWY_INLINE hn::Vec<D> LeastOf(D d, const T* row) {
+  const auto middle = hn::LoadU(d, row);
+  if constexpr (kMode != IMG_DISTANCE_CHESSBOARD)
+    return middle;
+  else
+    return hn::Min(hn::Min(hn::LoadU(d, row - 1), hn::LoadU(d, row + 1)), middle);
+}
+
+// Every distance is at most one more than its neighbour's to the left, or to the right. Within 16
+// bytes this is a scan by doubling, of 2^n - 1 less the distances, so that what is shifted in is
+// far.
+#if HWY_TARGET == HWY_SCALAR
+template <bool kToLeft, class T>
+HWY_INLINE void Spread(T* row, ptrdiff_t n) {
+  T last = kFar<T>;
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    T& at = row[kToLeft ? n - 1 - i : i];
+    if (last < at) at = std::min<T>(at, last + 1);
+    last = at;
+  }
+}
+#else
+template <int kLanes, bool kToLeft, class D, class V>
+HWY_INLINE V SpreadBy(D d, V v) {
+  const V step = hn::Set(d, kLanes);
+  V moved;
+  if constexpr (kToLeft)
+    moved = hn::ShiftRightLanes<kLanes>(d, v);
+  else
+    moved = hn::ShiftLeftLanes<kLanes>(d, v);
+  return hn::Max(v, hn::Sub(hn::Max(moved, step), step));
+}
+template <bool kToLeft, class T>
+HWY_INLINE void Spread(T* row, ptrdiff_t n) {
+  constexpr int kLanes = 16 / sizeof(T);
+  const hn::FixedTag<T, kLanes> d;
+  T steps[kLanes];
+  for (int i = 0; i < kLanes; ++i) steps[i] = static_cast<T>(kToLeft ? kLanes - i : i + 1);
+  const auto ramp = hn::LoadU(d, steps);
+  auto last = hn::Zero(d);
+  const ptrdiff_t count = (n + kLanes - 1) / kLanes;
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    T* const at = row + kLanes * (kToLeft ? count - 1 - i : i);
+    auto v = hn::Not(hn::LoadU(d, at));
+    v = SpreadBy<1, kToLeft>(d, v);
+    v = SpreadBy<2, kToLeft>(d, v);
+    if constexpr (kLanes > 4) v = SpreadBy<4, kToLeft>(d, v);
+    v = hn::Max(v, hn::Sub(hn::Max(last, ramp), ramp));
+    hn::StoreU(hn::Not(v), d, at);
+    last = hn::Broadcast < kToLeft ? 0 : kLanes - 1 > (v);
+  }
+}
+#endif
+
+template <class T>
+constexpr ptrdiff_t kLanesOf = hn::MaxLanes(hn::ScalableTag<T>());
+
+template <class T>
+HWY_INLINE void MakeRestFar(T* row, ptrdiff_t n) {
+  for (ptrdiff_t i = n; i < n + kDistanceSlack / 2; ++i) row[i] = kFar<T>;
+}
+
+template <int kMode, class T>
+void Down(T* row, const T* above, const KyBW8* pixels, ptrdiff_t n) {
+  const hn::ScalableTag<T> d;
+  for (ptrdiff_t x = 0; x < n; x += kLanesOf<T>) {
+    const auto isZero = hn::Eq(LoadLanes(d, pixels + x), hn::Zero(d));
+    hn::StoreU(hn::IfThenZeroElse(isZero, OneMore(d, LeastOf<kMode>(d, above + x))), d, row + x);
+  }
+  if (kMode != IMG_DISTANCE_EUCLIDEAN) Spread<false>(row, n);
+  MakeRestFar(row, n);
+}
+
+template <int kMode, class T>
+void Up(T* row, const T* below, ptrdiff_t n) {
+  const hn::ScalableTag<T> d;
+  for (ptrdiff_t x = 0; x < n; x += kLanesOf<T>)
+    hn::StoreU(hn::Min(hn::LoadU(d, row + x), OneMore(d, LeastOf<kMode>(d, below + x))), d,
+               row + x);
+  MakeRestFar(row, n);
+  if (kMode != IMG_DISTANCE_EUCLIDEAN) Spread<true>(row, n);
+}
+
+void SquareOf(uint16_t* to, const uint16_t* down, ptrdiff_t n) {
+  const hn::ScalableTag<uint16_t> d;
+  std::fill_n(to - kReach, kReach, kFar<uint16_t>);
+  for (ptrdiff_t x = 0; x < n; x += kLanesOf<uint16_t>) {
+    const auto v = hn::LoadU(d, down + x);
+    const auto isLarge = hn::Gt(v, hn::Set(d, 255));
+    hn::StoreU(hn::IfThenElse(isLarge, hn::Set(d, kFar<uint16_t>), hn::Mul(v, v)), d, to + x);
+  }
+  std::fill_n(to + n, kReach + kLanesOf<uint16_t>, kFar<uint16_t>);
+}
+
+// Columns k away are of no use once k^2 is not below the least that has been found.
+bool Nearest(uint32_t* squares, const uint16_t* down2, ptrdiff_t n) {
+  const hn::ScalableTag<uint16_t> d;
+  constexpr ptrdiff_t kLanes = kLanesOf<uint16_t>;
+  static_assert(kReach % 4 == 0);
+  if (n < kLanes) return false;
+  HWY_ALIGN uint16_t results[kLanes];
+  for (ptrdiff_t next = 0; next < n; next += kLanes) {
+    const ptrdiff_t x = std::min(next, n - kLanes);
+    auto least = hn::LoadU(d, down2 + x);
+    const auto isDone = [&](ptrdiff_t k) HWY_ATTR {
+      return hn::AllFalse(d, hn::Gt(least, hn::Set(d, static_cast<uint16_t>(k * k))));
+    };
+    for (ptrdiff_t k = 1; !isDone(k); k += 4) {
+      if (k > kReach) return false;
+      const auto look = [&](ptrdiff_t i) HWY_ATTR {
+        const auto both = hn::Min(hn::LoadU(d, down2 + x - i), hn::LoadU(d, down2 + x + i));
+        const auto sum = hn::SaturatedAdd(both, hn::Set(d, static_cast<uint16_t>(i * i)));
+        least = hn::Min(least, sum);
+      };
+      look(k);
+      look(k + 1);
+      look(k + 2);
+      look(k + 3);
+    }
+    hn::Store(least, d, results);
+    const hn::ScalableTag<uint32_t> wide;
+    for (ptrdiff_t i = 0; i < kLanes; i += kLanesOf<uint32_t>)
+      hn::StoreU(LoadLanes(wide, results + i), wide, squares + x + i);
+  }
+  return true;
+}
+
+// Up to 2^20 the roots, in single precision, are right to a thirtieth of their distance from the
+// next half.
+void RoundRoots(KyBW16* out, const uint32_t* squares, ptrdiff_t n) {
+  const hn::ScalableTag<float> df;
+  const hn::ScalableTag<int32_t> d;
+  const hn::Rebind<uint16_t, decltype(d)> narrow;
+  for (ptrdiff_t x = 0; x < n; x += kLanesOf<int32_t>) {
+    const auto square = hn::LoadU(hn::ScalableTag<uint32_t>(), squares + x);
+    const auto root = hn::Sqrt(hn::ConvertTo(df, hn::BitCast(d, square)));
+    const auto rounded = hn::ConvertTo(d, hn::Add(root, hn::Set(df, 0.5f)));
+    hn::StoreU(hn::DemoteTo(narrow, rounded), narrow, out + x);
+  }
+}
+
+// min(65535, floor(product + 1/2)). Returns what the product is above its floor.
+template <class DF>
+HWY_INLINE hn::Vec<DF> StoreRounded(DF df, hn::Vec<DF> product, KyBW16* out) {
+  const hn::Rebind<int32_t, DF> d;
+  const hn::Rebind<uint16_t, DF> narrow;
+  product = hn::Min(product, hn::Set(df, 65535.0));
+  const auto floor = hn::Floor(product), rest = hn::Sub(product, floor);
+  const auto isUp = hn::Ge(rest, hn::Set(df, 0.5));
+  const auto rounded = hn::Add(floor, hn::IfThenElseZero(isUp, hn::Set(df, 1.0)));
+  hn::StoreU(hn::DemoteTo(narrow, hn::DemoteTo(d, rounded)), narrow, out);
+  return rest;
+}
+
+ptrdiff_t Root(KyBW16* out, const uint32_t* squares, ptrdiff_t n, float scale, int32_t* unsure) {
+  const hn::ScalableTag<double> df;
+  const hn::Rebind<int32_t, decltype(df)> d;
+  constexpr ptrdiff_t kLanes = kLanesOf<double>;
+  if (scale == 1 && *std::max_element(squares, squares + n) < 1u << 20) {
+    RoundRoots(out, squares, n);
+    return 0;
+  }
+  ptrdiff_t count = 0;
+  const auto half = hn::Set(df, 0.5);
+  for (ptrdiff_t x = 0; x < n; x += kLanes) {
+    const auto square =
+        hn::BitCast(d, hn::LoadU(hn::Rebind<uint32_t, decltype(df)>(), squares + x));
+    const auto root = hn::Sqrt(hn::PromoteTo(df, square));
+    const auto rest = StoreRounded(df, hn::Mul(hn::Set(df, scale), root), out + x);
+    const auto isNear = hn::Lt(hn::Abs(hn::Sub(rest, half)), hn::Set(df, 1e-9));
+    const auto isExact = hn::Eq(root, hn::Floor(root));
+    if (!hn::AllFalse(df, hn::AndNot(isExact, isNear)))
+      for (ptrdiff_t i = x; i < std::min(x + kLanes, n); ++i)
+        unsure[count++] = static_cast<int32_t>(i);
+  }
+  return count;
+}
+
+// A product of 24 and 16 bits is exact in double precision, and so are its floor and the rest.
+void Scale(KyBW16* out, const uint16_t* row, ptrdiff_t n, float scale) {
+  const hn::ScalableTag<double> df;
+  for (ptrdiff_t x = 0; x < n; x += kLanesOf<double>) {
+    const auto distance = LoadLanes(hn::Rebind<int32_t, decltype(df)>(), row + x);
+    StoreRounded(df, hn::Mul(hn::Set(df, scale), hn::PromoteTo(df, distance)), out + x);
+  }
+}
+
+template <class T>
+constexpr DistanceKernelsOf<T> kKernelsOf = {{&Down<0, T>, &Down<1, T>, &Down<2, T>},
+                                             {&Up<0, T>, &Up<1, T>, &Up<2, T>}};
+constexpr DistanceKernels kKernels = {
+    kKernelsOf<uint16_t>, kKernelsOf<uint32_t>, &SquareOf, &Nearest, &Root, &Scale};
+
+}  // namespace
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+KY_EXPORT_KERNELS(DistanceKernels)

@@ -1,0 +1,196 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "morphology/median_rows.cpp"
+#include <hwy/foreach_target.h>  // keep first
+
+#include "morphology/median_rows.h"
+
+#include <algorithm>
+
+#include "foundation/dispatch.h"
+#include "foundation/window-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+namespace {
+
+using V8 = hn::Vec<D8>;
+
+// Networks are written whole. What nobody takes of their results is not computed.
+HWY_INLINE void Sort2(V8& a, V8& b) {
+  const V8 least = hn::Min(a, b);
+  b = hn::Max(a, b);
+  a = least;
+}
+HWY_INLINE V8 Median3(V8 a, V8 b, V8 c) {
+  return hn::Max(hn::Min(a, b), hn::Min(hn::Max(a, b), c));
+}
+HWY_INLINE void Sort5(V8& a, V8& b, V8& c, V8& d, V8& e) {
+  Sort2(a, b);
+  Sort2(d, e);
+  Sort2(c, e);
+  Sort2(c, d);
+  Sort2(b, e);
+  Sort2(a, d);
+  Sort2(a, c);
+  Sort2(b, d);
+  Sort2(b, c);
+}
+// The greatest two in d and e, or the least two in a and b.
+HWY_INLINE void SortGreatest2(V8 a, V8 b, V8 c, V8& d, V8& e) {
+  Sort2(a, b);
+  Sort2(c, d);
+  const V8 losers = hn::Max(a, c);
+  Sort2(b, d);
+  Sort2(d, e);
+  d = hn::Max(hn::Max(losers, b), d);
+}
+HWY_INLINE void SortLeast2(V8& a, V8& b, V8 c, V8 d, V8 e) {
+  Sort2(d, e);
+  Sort2(b, c);
+  const V8 losers = hn::Min(e, c);
+  Sort2(b, d);
+  Sort2(a, b);
+  b = hn::Min(hn::Min(losers, d), b);
+}
+HWY_INLINE V8 Median5(V8 a, V8 b, V8 c, V8 d, V8 e) {
+  Sort2(a, b);
+  Sort2(d, e);
+  return Median3(c, hn::Max(a, d), hn::Min(b, e));
+}
+
+// The columns of two neighbouring rows of windows, each sorted. What the two have in common is
+// sorted once, and the rows above and below it are put in.
+template <int kRadius>
+struct ColumnPair;
+template <>
+struct ColumnPair<1> {
+  V8 upper[3], lower[3];
+
+  template <class Load>
+  HWY_INLINE explicit ColumnPair(const Load& load) {
+    V8 a = load(0), b = load(1), c = load(2), d = load(3);
+    Sort2(b, c);
+    upper[0] = hn::Min(a, b);
+    lower[0] = hn::Min(b, d);
+    a = hn::Max(a, b);
+    d = hn::Max(b, d);
+    upper[1] = hn::Min(a, c);
+    lower[1] = hn::Min(d, c);
+    upper[2] = hn::Max(a, c);
+    lower[2] = hn::Max(d, c);
+  }
+};
+template <>
+struct ColumnPair<2> {
+  V8 upper[5], lower[5];
+
+  template <class Load>
+  HWY_INLINE explicit ColumnPair(const Load& load) {
+    V8 a = load(1), b = load(2), c = load(3), d = load(4);
+    Sort2(a, b);
+    Sort2(c, d);
+    Sort2(a, c);
+    Sort2(b, d);
+    Sort2(b, c);
+    const auto insert = [&](V8 v, V8* column) HWY_ATTR {
+      column[0] = hn::Min(v, a);
+      v = hn::Max(v, a);
+      column[1] = hn::Min(v, b);
+      v = hn::Max(v, b);
+      column[2] = hn::Min(v, c);
+      v = hn::Max(v, c);
+      column[3] = hn::Min(v, d);
+      column[4] = hn::Max(v, d);
+    };
+    insert(load(0), upper);
+    insert(load(5), lower);
+  }
+};
+
+// The median of sorted columns: at(i, k) is the i-th smallest of column k.
+template <class At>
+HWY_INLINE V8 MedianOfColumns(std::integral_constant<int, 1>, const At& at) {
+  const V8 low = hn::Max(hn::Max(at(0, 0), at(0, 1)), at(0, 2));
+  const V8 high = hn::Min(hn::Min(at(2, 0), at(2, 1)), at(2, 2));
+  return Median3(low, Median3(at(1, 0), at(1, 1), at(1, 2)), high);
+}
+// The i-th smallest of all columns are sorted too. Then whatever has more than 12 others that are
+// known to be no smaller, or no greater, is not the median: that leaves the middle one of the 5 x 5
+// and the diagonals on either side of the long one, and of the upper left of these only its
+// greatest can be, of the lower right its least, and of the long one its median.
+template <class At>
+HWY_INLINE V8 MedianOfColumns(std::integral_constant<int, 2>, const At& at) {
+  V8 a0 = at(0, 0), a1 = at(0, 1), a2 = at(0, 2), a3 = at(0, 3), a4 = at(0, 4);
+  SortGreatest2(a0, a1, a2, a3, a4);
+  V8 b0 = at(1, 0), b1 = at(1, 1), b2 = at(1, 2), b3 = at(1, 3), b4 = at(1, 4);
+  Sort5(b0, b1, b2, b3, b4);
+  V8 least = hn::Max(a3, b2), greatest = b4;
+  V8 e0 = at(4, 0), e1 = at(4, 1), e2 = at(4, 2), e3 = at(4, 3), e4 = at(4, 4);
+  SortLeast2(e0, e1, e2, e3, e4);
+  V8 d0 = at(3, 0), d1 = at(3, 1), d2 = at(3, 2), d3 = at(3, 3), d4 = at(3, 4);
+  Sort5(d0, d1, d2, d3, d4);
+  least = hn::Max(least, d0), greatest = hn::Min(greatest, hn::Min(e1, d2));
+  V8 c0 = at(2, 0), c1 = at(2, 1), c2 = at(2, 2), c3 = at(2, 3), c4 = at(2, 4);
+  Sort5(c0, c1, c2, c3, c4);
+  least = hn::Max(least, c1), greatest = hn::Min(greatest, c3);
+  return Median3(least, Median5(a4, b3, c2, d1, e0), greatest);
+}
+
+// Results of one or two rows, `rows` being the first of their windows. A chunk of columns is sorted
+// first, so that neighbours share the work.
+template <int kRadius, int kStep>
+HWY_INLINE void MedianOfRows(Rows<uint8_t> out, const uint8_t* const* rows) {
+  constexpr int kSize = 2 * kRadius + 1;
+  constexpr ptrdiff_t kReach = ptrdiff_t{kRadius} * kStep, kChunk = 512;
+  constexpr ptrdiff_t kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D8()));
+  static_assert(kChunk % kLanes == 0);
+  const D8 d;
+  HWY_ALIGN uint8_t columns[2][kSize][kChunk + 64];
+  const bool isPair = out.height > 1;
+  const uint8_t* in[kSize + 1];
+  for (int k = 0; k <= kSize; ++k) in[k] = rows[isPair ? k : std::min(k, kSize - 1)] - kReach;
+  for (ptrdiff_t first = 0; first < out.width; first += kChunk) {
+    const ptrdiff_t n = std::min(kChunk, out.width - first), end = n + 2 * kReach;
+    const auto sort = [&](ptrdiff_t x) HWY_ATTR {
+      const ColumnPair<kRadius> sorted([&](int k)
+                                           HWY_ATTR { return hn::LoadU(d, in[k] + first + x); });
+      const auto put = [&]<int... k>(std::integer_sequence<int, k...>) HWY_ATTR {
+        (hn::StoreU(sorted.upper[k], d, columns[0][k] + x), ...);
+        (hn::StoreU(sorted.lower[k], d, columns[1][k] + x), ...);
+      };
+      put(std::make_integer_sequence<int, kSize>());
+    };
+    for (ptrdiff_t x = 0; x + kLanes <= end; x += kLanes) sort(x);
+    sort(end - kLanes);  // no more is readable
+    for (int y = 0; y < (isPair ? 2 : 1); ++y) {
+      uint8_t* const to = out.Row(y) + first;
+      for (ptrdiff_t x = 0; x < n; x += kLanes) {
+        const auto at = [&](int i, int k)
+                            HWY_ATTR { return hn::LoadU(d, columns[y][i] + x + k * kStep); };
+        hn::StoreU(MedianOfColumns(std::integral_constant<int, kRadius>(), at), d, to + x);
+      }
+    }
+  }
+}
+
+template <int kRadius, int kStep>
+void MedianRun(Rows<uint8_t> out, const uint8_t* const* rows, bool) {
+  for (; out.height > 0; out.height -= 2, rows += 2, out.first = out.Row(2))
+    MedianOfRows<kRadius, kStep>(out, rows);
+}
+
+template <int kRadius>
+constexpr MedianKernels::OfRadius kMedians = {
+    {kRadius, hn::MaxLanes(D8()), &MedianRun<kRadius, 1>, 1},
+    {kRadius, hn::MaxLanes(D8()), &MedianRun<kRadius, 3>, 3},
+};
+constexpr MedianKernels kKernels = {kMedians<1>, kMedians<2>};
+
+}  // namespace
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+KY_EXPORT_KERNELS(MedianKernels)
