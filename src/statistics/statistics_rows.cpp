@@ -12,23 +12,144 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-uint32_t Sum(const KyBW8* row, size_t n) {
-  return static_cast<uint32_t>(ReduceSpan<SumOfBytes, KyBW8>(n, row));
-}
-Moments MomentsOf(const KyBW8* row, size_t n) {
-  Moments total{};
-  for (size_t x = 0; x < n; x += kMostSquares) {
-    const auto piece = ReduceSpan<SumAndSquares, KyBW8>(HWY_MIN(n - x, kMostSquares), row + x);
-    total.sum += piece.sum;
-    total.squares += piece.squares;
+// One fold for each component of colours.
+template <template <class> class Fold>
+struct Components {
+  template <class D>
+  class Of {
+   public:
+    HWY_INLINE Of() {}
+    HWY_INLINE void Step(D d, const Planes3<hn::Vec<D>>& v, hn::Vec<D> absent) {
+      c0_.Step(d, v.c0, absent);
+      c1_.Step(d, v.c1, absent);
+      c2_.Step(d, v.c2, absent);
+    }
+    HWY_INLINE auto Done() const {
+      return OfComponents<decltype(c0_.Done())>{{c0_.Done(), c1_.Done(), c2_.Done()}};
+    }
+
+   private:
+    Fold<D> c0_, c1_, c2_;
+  };
+};
+
+// The smallest or the largest element.
+template <class D>
+class Smallest {
+ public:
+  HWY_INLINE Smallest() : smallest_(hn::Not(hn::Zero(D()))) {}
+  HWY_INLINE void Step(D, hn::Vec<D> v, hn::Vec<D> absent) {
+    smallest_ = hn::Min(smallest_, hn::Or(v, absent));
   }
+  HWY_INLINE hn::TFromD<D> Done() const { return SmallestOfAll(smallest_); }
+
+ private:
+  hn::Vec<D> smallest_;
+};
+template <class D>
+class Largest {
+ public:
+  HWY_INLINE Largest() : largest_(hn::Zero(D())) {}
+  HWY_INLINE void Step(D, hn::Vec<D> v, hn::Vec<D>) { largest_ = hn::Max(largest_, v); }
+  HWY_INLINE hn::TFromD<D> Done() const { return LargestOfAll(largest_); }
+
+ private:
+  hn::Vec<D> largest_;
+};
+
+// The number of lanes in which a mask is set.
+template <class D>
+class CountOfMask {
+ public:
+  HWY_INLINE CountOfMask() {}
+  template <class M>
+  HWY_INLINE void Step(D d, M mask, hn::Vec<D> absent) {
+    sum_.Step(d, hn::IfThenElseZero(mask, hn::AndNot(absent, hn::Set(d, 1))), absent);
+  }
+  HWY_INLINE uint64_t Done() const { return sum_.Done(); }
+
+ private:
+  std::conditional_t<sizeof(hn::TFromD<D>) == 1, SumOfBytes<D>, SumOfWords<D>> sum_;
+};
+
+template <class D>
+class CountBetween {
+ public:
+  HWY_INLINE CountBetween(uint8_t low, uint8_t high)
+      : low_(hn::Set(D(), low)), range_(hn::Set(D(), static_cast<uint8_t>(high - low))) {}
+  HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
+    const auto above = hn::Sub(v, low_);
+    count_.Step(d, hn::Eq(hn::Min(above, range_), above), absent);
+  }
+  HWY_INLINE uint64_t Done() const { return count_.Done(); }
+
+ private:
+  hn::Vec<D> low_, range_;
+  CountOfMask<D> count_;
+};
+
+template <class D>
+class CountDifferent {
+ public:
+  HWY_INLINE CountDifferent() {}
+  HWY_INLINE void Step(D d, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D> absent) {
+    count_.Step(d, hn::Ne(a, b), absent);
+  }
+  HWY_INLINE void Step(D d, const Planes3<hn::Vec<D>>& a, const Planes3<hn::Vec<D>>& b,
+                       hn::Vec<D> absent) {
+    const auto differs = hn::Or3(hn::Xor(a.c0, b.c0), hn::Xor(a.c1, b.c1), hn::Xor(a.c2, b.c2));
+    count_.Step(d, hn::Ne(differs, hn::Zero(d)), absent);
+  }
+  HWY_INLINE uint64_t Done() const { return count_.Done(); }
+
+ private:
+  CountOfMask<D> count_;
+};
+
+// The sums of squares of folds fit kMostSquares elements: longer rows are added up in pieces.
+void Add(Sums& total, const Moments& piece) {
+  total.sum += piece.sum;
+  total.squares += piece.squares;
+}
+void Add(OfComponents<Sums>& total, const OfComponents<Moments>& piece) {
+  for (int i = 0; i < 3; ++i) Add(total.of[i], piece.of[i]);
+}
+template <template <class> class Fold, class Result, class T>
+Result InPieces(const T* row, size_t n) {
+  Result total{};
+  for (size_t x = 0; x < n; x += kMostSquares)
+    Add(total, ReduceSpan<Fold, KyBW8>(HWY_MIN(n - x, kMostSquares), row + x));
   return total;
 }
-ExtremesAndSum ExtremesAndSumOf(const KyBW8* row, size_t n) {
-  return ReduceSpan<ExtremesAndSumOfBytes, KyBW8>(n, row);
+
+template <template <class> class Fold, class Lane, class T>
+auto Reduce(const T* row, size_t n) {
+  return ReduceSpan<Fold, Lane>(n, row);
+}
+template <class Lane, class T>
+uint64_t Different(const T* a, const T* b, size_t n) {
+  return ReduceSpan<CountDifferent, Lane>(n, a, b);
+}
+uint64_t Between(const KyBW8* row, size_t n, KyBW8 low, KyBW8 high) {
+  const hn::ScalableTag<KyBW8> d;
+  return ReduceInto(d, CountBetween<decltype(d)>(low, high), n, row);
 }
 
-constexpr StatisticsKernels kKernels = {&Sum, &MomentsOf, &ExtremesAndSumOf};
+template <class T>
+constexpr LevelKernels<T> kLevelKernels = {&Reduce<Smallest, T, T>, &Reduce<Largest, T, T>};
+
+constexpr StatisticsKernels kKernels = {
+    &Reduce<SumOfBytes, KyBW8, KyBW8>,
+    &InPieces<SumAndSquares, Sums, KyBW8>,
+    &Reduce<Components<SumOfBytes>::Of, KyBW8, KyC24>,
+    &InPieces<Components<SumAndSquares>::Of, OfComponents<Sums>, KyC24>,
+    &Reduce<ExtremesAndSumOfBytes, KyBW8, KyBW8>,
+    kLevelKernels<KyBW8>,
+    kLevelKernels<KyBW16>,
+    &Between,
+    &Different<KyBW8, KyBW8>,
+    &Different<KyBW16, KyBW16>,
+    &Different<KyBW8, KyC24>};
 
 }  // namespace
 

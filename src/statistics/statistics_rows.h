@@ -6,10 +6,40 @@
 
 namespace ky {
 
+// The sum of elements and that of their squares, both exact.
+struct Sums {
+  std::uint64_t sum, squares;
+};
+template <class Result>
+struct OfComponents {
+  Result of[3];
+};
+
+// The number of elements from `low` to `high`, where low <= high.
+using BetweenKernel = std::uint64_t (*)(const KyBW8* row, std::size_t n, KyBW8 low, KyBW8 high);
+
+// The number of elements in which two rows differ.
+template <class T>
+using DifferenceKernel = std::uint64_t (*)(const T* a, const T* b, std::size_t n);
+
+// What depends on the type of the pixels. Extremes are of at least one element.
+template <class T>
+struct LevelKernels {
+  ReduceKernel<T, T> smallest, largest;
+};
+
 struct StatisticsKernels {
-  ReduceKernel<std::uint32_t, KyBW8> sum;  // modulo 2^32
-  ReduceKernel<Moments, KyBW8> moments;
-  ReduceKernel<ExtremesAndSum, KyBW8> extremes;  // of at least one element
+  ReduceKernel<std::uint64_t, KyBW8> sum;
+  ReduceKernel<Sums, KyBW8> sums;
+  ReduceKernel<OfComponents<std::uint64_t>, KyC24> componentSum;
+  ReduceKernel<OfComponents<Sums>, KyC24> componentSums;
+  ReduceKernel<ExtremesAndSum, KyBW8> extremes;  // of at least one element; the sum modulo 2^32
+  LevelKernels<KyBW8> grey;
+  LevelKernels<KyBW16> deep;
+  BetweenKernel between;
+  DifferenceKernel<KyBW8> differentGrey;
+  DifferenceKernel<KyBW16> differentDeep;
+  DifferenceKernel<KyC24> differentColor;
 };
 
 // The kernels of the instruction set that this call may use.
