@@ -18,10 +18,9 @@ namespace HWY_NAMESPACE {
 // Start, step, done over the elements at the same place in each row, in lanes of type Lane, which
 // may be wider: Fold<D>() starts, Step(d, v..., absent) takes a vector of each in, Done() gives the
 // result. The lanes that the rows leave free in their last vector are 0 in v and all ones in
-// `absent`, which is 0 in all others.
-// A fold that has parameters is passed, as the value that Done() is asked of.
+// `absent`, which is 0 in all others. A fold that has parameters is passed here.
 template <class D, class Fold, class... T>
-HWY_INLINE auto ReduceInto(D d, Fold fold, size_t n, const T*... row) {
+HWY_INLINE auto ReducePiece(D d, Fold fold, size_t n, const T*... row) {
   const size_t lanes = hn::Lanes(d);
   constexpr size_t kAtOnce = 4;
   const auto step = [&](size_t at)
@@ -32,7 +31,7 @@ HWY_INLINE auto ReduceInto(D d, Fold fold, size_t n, const T*... row) {
   constexpr ptrdiff_t kAhead = 2048;
   for (; i + kAtOnce * lanes <= n; i += kAtOnce * lanes)
     for (size_t k = 0; k < kAtOnce; ++k) {
-      (AskFor<hn::MaxLanes(D()) * sizeof(T)>(row + i + k * lanes, kAhead), ...);
+      (PrefetchAhead<hn::MaxLanes(D()) * sizeof(T)>(row + i + k * lanes, kAhead), ...);
       step(i + k * lanes);
     }
   for (; i + lanes <= n; i += lanes) step(i);
@@ -42,10 +41,21 @@ HWY_INLINE auto ReduceInto(D d, Fold fold, size_t n, const T*... row) {
   }
   return fold.Done();
 }
+
+// The same for any n. A fold that is exact for so many elements only says so by `static constexpr
+// size_t kMost`, and gets pieces of that many, whose results are added up by +=.
 template <template <class> class Fold, class Lane, class... T>
 HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
   using D = hn::ScalableTag<Lane>;
-  return ReduceInto(D(), Fold<D>(), n, row...);
+  using Bounds = Fold<D>;
+  if constexpr (requires { Bounds::kMost; }) {
+    decltype(Bounds().Done()) total{};
+    for (size_t x = 0; x < n; x += Bounds::kMost)
+      total += ReducePiece(D(), Fold<D>(), HWY_MIN(n - x, size_t{Bounds::kMost}), (row + x)...);
+    return total;
+  } else {
+    return ReducePiece(D(), Fold<D>(), n, row...);
+  }
 }
 
 #if HWY_TARGET != HWY_SCALAR
@@ -86,11 +96,18 @@ class SumOfBytes {
   V64 sums_;
 };
 
-// The sum of the products of at most kMostSquares pairs of 8-bit elements, which fits 32 bits.
-inline constexpr size_t kMostSquares = 1 << 16;
+// A ReduceKernel.
+HWY_INLINE uint64_t SumOfRow(const KyBW8* row, size_t n) {
+  return ReduceSpan<SumOfBytes, KyBW8>(n, row);
+}
+
+// The sum of the products of pairs of 8-bit elements, at most kMost of them. A part of folds, which
+// pass the limit on.
 template <class D>
 class SumOfProducts {
  public:
+  static constexpr size_t kMost = 1 << 16;  // products that 32 bits hold
+
 #if HWY_TARGET == HWY_SCALAR
   HWY_INLINE SumOfProducts() : sum_(hn::Zero(D32())) {}
   HWY_INLINE void Step(D, hn::Vec<D> a, hn::Vec<D> b) {
@@ -122,16 +139,18 @@ class SumOfProducts {
 #endif
 };
 
-// The Moments of at most kMostSquares 8-bit elements.
+// The Moments of 8-bit elements.
 template <class D>
 class SumAndSquares {
  public:
+  static constexpr size_t kMost = SumOfProducts<D>::kMost;
+
   HWY_INLINE SumAndSquares() {}
   HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
     sum_.Step(d, v, absent);
     squares_.Step(d, v, v);
   }
-  HWY_INLINE Moments Done() const { return {static_cast<uint32_t>(sum_.Done()), squares_.Done()}; }
+  HWY_INLINE Moments Done() const { return {sum_.Done(), squares_.Done()}; }
 
  private:
   SumOfBytes<D> sum_;
@@ -177,7 +196,7 @@ class ExtremesAndSumOfBytes {
     largest_ = hn::Max(largest_, v);
   }
   HWY_INLINE ExtremesAndSum Done() const {
-    return {SmallestOfAll(smallest_), LargestOfAll(largest_), static_cast<uint32_t>(sum_.Done())};
+    return {SmallestOfAll(smallest_), LargestOfAll(largest_), sum_.Done()};
   }
 
  private:
@@ -219,13 +238,15 @@ class SumOfLane {
 #endif
 };
 
-// The sum of 16-bit elements, modulo 2^32.
+// The sum of 16-bit elements.
 template <class D>
 class SumOfWords {
  public:
+  static constexpr size_t kMost = 1 << 16;  // words whose sum 32 bits hold
+
   HWY_INLINE SumOfWords() {}
   HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D>) { sums_.Step(d, v); }
-  HWY_INLINE uint32_t Done() const { return SumOfAll(sums_.EvenAndOdd()); }
+  HWY_INLINE uint64_t Done() const { return SumOfAll(sums_.EvenAndOdd()); }
 
  private:
   SumOfLane<D> sums_;
@@ -248,17 +269,18 @@ HWY_INLINE void AddColumns(uint32_t* sums, size_t n, const T* first, ptrdiff_t p
   const D d;
   const size_t lanes = hn::Lanes(d);
   const Rows<const T> rows{first, pitch, static_cast<ptrdiff_t>(n), height};
-  HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())];
   const auto add = [&](size_t x, size_t count, const auto& load) HWY_ATTR {
     SumOfLane<D> sum;
     for (ptrdiff_t y = 0; y < height; ++y) sum.Step(d, load(rows.Row(y) + x));
+    HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())];
     sum.Store(columns);
     MapSpan(AddToSums(), sums + x, count, columns);
   };
   size_t x = 0;
   for (; x + lanes <= n; x += lanes)
     add(x, lanes, [=](const T* from) HWY_ATTR { return hn::LoadU(d, from); });
-  if (const size_t rest = n - x; rest > 0)
+  // A vector of one lane leaves no rest, which g++ does not see by itself.
+  if (const size_t rest = n - x; hn::MaxLanes(D()) > 1 && rest > 0)
     add(x, rest, [=](const T* from) HWY_ATTR { return LoadPart(d, from, rest); });
 }
 

@@ -34,8 +34,8 @@ KY_ERRORS ImgVariance(const KyROI<KyBW8>* source, float& variance, float& mean) 
     Rows<const KyBW8> rows;
     if (const KY_ERRORS error = ky::OpenSome(source, rows)) return error;
     std::uint64_t sum = 0, squares = 0;
-    ky::ReduceRows(ky::ChooseStatisticsKernels().sums, ky::Joined(rows),
-                   [&](const ky::Sums& row, std::ptrdiff_t) {
+    ky::ReduceRows(ky::ChooseStatisticsKernels().moments, ky::Joined(rows),
+                   [&](const ky::Moments& row, std::ptrdiff_t) {
                      sum += row.sum;
                      squares += row.squares;
                    });

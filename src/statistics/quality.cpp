@@ -130,13 +130,8 @@ KY_ERRORS ImgLinearRegression(const KyROI<KyBW8>* a, const KyROI<KyBW8>* b, floa
     Rows<const KyBW8> inA, inB;
     if (const KY_ERRORS error = ky::OpenSome(a, inA, b, inB)) return error;
     ky::PairSums sums{};
-    ky::ReducePairs(ky::ChooseQualityKernels().pairSums, inA, inB, [&](const ky::PairSums& row) {
-      sums.a += row.a;
-      sums.b += row.b;
-      sums.aa += row.aa;
-      sums.bb += row.bb;
-      sums.ab += row.ab;
-    });
+    ky::ReducePairs(ky::ChooseQualityKernels().pairSums, inA, inB,
+                    [&](const ky::PairSums& row) { sums += row; });
     const auto product = [](std::uint64_t p, std::uint64_t q) {
       return static_cast<ky::Int128>(ky::Unsigned128{p} * q);
     };

@@ -17,10 +17,12 @@ HWY_INLINE V Distance(V a, V b) {
   return hn::Sub(hn::Max(a, b), hn::Min(a, b));
 }
 
-// The energies of 8-bit elements, at most kMostSquares of them.
+// The energies of 8-bit elements.
 template <class D>
 class ErrorOfBytes {
  public:
+  static constexpr size_t kMost = SumOfProducts<D>::kMost;
+
   HWY_INLINE ErrorOfBytes() {}
   HWY_INLINE void Step(D d, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D>) {
     const auto distance = Distance(a, b);
@@ -34,6 +36,8 @@ class ErrorOfBytes {
 template <class D>
 class EnergiesOfBytes {
  public:
+  static constexpr size_t kMost = SumOfProducts<D>::kMost;
+
   HWY_INLINE EnergiesOfBytes() {}
   HWY_INLINE void Step(D d, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D> absent) {
     error_.Step(d, a, b, absent);
@@ -78,6 +82,8 @@ class EnergiesOfWords {
 template <class D>
 class SumsOfPairs {
  public:
+  static constexpr size_t kMost = SumOfProducts<D>::kMost;
+
   HWY_INLINE SumsOfPairs() {}
   HWY_INLINE void Step(D d, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D> absent) {
     a_.Step(d, a, absent);
@@ -95,10 +101,12 @@ class SumsOfPairs {
   SumOfProducts<D> aa_, bb_, ab_;
 };
 
-// The differences of pixels from their right and lower neighbours, of half of kMostSquares pixels.
+// The differences of pixels from their right and lower neighbours.
 template <class D>
 class Sharpness {
  public:
+  static constexpr size_t kMost = SumOfProducts<D>::kMost;
+
   HWY_INLINE Sharpness() {}
   HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> right, hn::Vec<D> below, hn::Vec<D> absent) {
     across_.Step(d, v, right, absent);
@@ -110,44 +118,28 @@ class Sharpness {
   ErrorOfBytes<D> across_, down_;
 };
 
-void Add(uint64_t& total, uint64_t piece) { total += piece; }
-void Add(Energies& total, const Energies& piece) {
-  total.reference += piece.reference;
-  total.error += piece.error;
-}
-void Add(PairSums& total, const PairSums& piece) {
-  total.a += piece.a;
-  total.b += piece.b;
-  total.aa += piece.aa;
-  total.bb += piece.bb;
-  total.ab += piece.ab;
-}
-template <template <class> class Fold, class Result, class... T>
-HWY_INLINE Result InPieces(size_t n, const T*... row) {
-  Result total{};
-  for (size_t x = 0; x < n; x += kMostSquares)
-    Add(total, ReduceSpan<Fold, KyBW8>(HWY_MIN(n - x, kMostSquares), (row + x)...));
-  return total;
-}
-template <template <class> class Fold, class Result>
-Result OfBytes(const KyBW8* a, const KyBW8* b, size_t n) {
-  return InPieces<Fold, Result>(n, a, b);
+template <template <class> class Fold>
+auto OfBytes(const KyBW8* a, const KyBW8* b, size_t n) {
+  return ReduceSpan<Fold, KyBW8>(n, a, b);
 }
 uint64_t SharpnessOf(const KyBW8* row, const KyBW8* below, size_t n) {
-  return InPieces<Sharpness, uint64_t>(n, row, row + 1, below);
+  return ReduceSpan<Sharpness, KyBW8>(n, row, row + 1, below);
 }
 
 template <template <class, int> class Fold, class A>
 auto OfWords(const A* a, const KyBW16* b, size_t n) {
   const hn::ScalableTag<uint32_t> d;
-  return ReduceInto(d, Fold < decltype(d), sizeof(A) == 1 ? 8 : 0 > (), n, a, b);
+  return ReducePiece(d, Fold < decltype(d), sizeof(A) == 1 ? 8 : 0 > (), n, a, b);
 }
 
-constexpr QualityKernels kKernels = {
-    &OfBytes<ErrorOfBytes, uint64_t>,  &OfWords<ErrorOfWords, KyBW16>,
-    &OfWords<ErrorOfWords, KyBW8>,     &OfBytes<EnergiesOfBytes, Energies>,
-    &OfWords<EnergiesOfWords, KyBW16>, &OfWords<EnergiesOfWords, KyBW8>,
-    &OfBytes<SumsOfPairs, PairSums>,   &SharpnessOf};
+constexpr QualityKernels kKernels = {&OfBytes<ErrorOfBytes>,
+                                     &OfWords<ErrorOfWords, KyBW16>,
+                                     &OfWords<ErrorOfWords, KyBW8>,
+                                     &OfBytes<EnergiesOfBytes>,
+                                     &OfWords<EnergiesOfWords, KyBW16>,
+                                     &OfWords<EnergiesOfWords, KyBW8>,
+                                     &OfBytes<SumsOfPairs>,
+                                     &SharpnessOf};
 
 }  // namespace
 

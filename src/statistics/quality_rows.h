@@ -12,10 +12,25 @@ namespace ky {
 // where the reference is. Rows of up to 2^31 elements fit.
 struct Energies {
   std::uint64_t reference, error;
+
+  Energies& operator+=(const Energies& more) noexcept {
+    reference += more.reference;
+    error += more.error;
+    return *this;
+  }
 };
 // Sums of levels and of their products.
 struct PairSums {
   std::uint64_t a, b, aa, bb, ab;
+
+  PairSums& operator+=(const PairSums& more) noexcept {
+    a += more.a;
+    b += more.b;
+    aa += more.aa;
+    bb += more.bb;
+    ab += more.ab;
+    return *this;
+  }
 };
 
 template <class Result, class A, class B>

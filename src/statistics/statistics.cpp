@@ -36,7 +36,7 @@ float MeanOf(std::uint32_t sum, std::int32_t pixels) noexcept {
 
 class Variance {
  public:
-  void AddRow(const ky::Sums& row) noexcept {
+  void AddRow(const ky::Moments& row) noexcept {
     sum_ += static_cast<std::uint32_t>(row.sum);
     squares_ += static_cast<std::uint32_t>(row.squares);
   }
@@ -62,8 +62,8 @@ KY_ERRORS ComponentVariances(const KyROI<KyC24>* source, float (&variance)[3],
   std::int32_t pixels;
   if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
   Variance components[3];
-  ky::ReduceRows(ky::ChooseStatisticsKernels().componentSums, rows,
-                 [&](const ky::OfComponents<ky::Sums>& row, std::ptrdiff_t) {
+  ky::ReduceRows(ky::ChooseStatisticsKernels().componentMoments, rows,
+                 [&](const ky::OfComponents<ky::Moments>& row, std::ptrdiff_t) {
                    for (int i = 0; i < 3; ++i) components[i].AddRow(row.of[i]);
                  });
   for (int i = 0; i < 3; ++i) components[i].Write(pixels, variance[i], mean[i]);
@@ -106,8 +106,8 @@ KY_ERRORS ImgPixelVariance(const KyROI<KyBW8>* source, float& variance, float& m
     std::int32_t pixels;
     if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
     Variance sums;
-    ky::ReduceRows(ky::ChooseStatisticsKernels().sums, rows,
-                   [&](const ky::Sums& row, std::ptrdiff_t) { sums.AddRow(row); });
+    ky::ReduceRows(ky::ChooseStatisticsKernels().moments, rows,
+                   [&](const ky::Moments& row, std::ptrdiff_t) { sums.AddRow(row); });
     sums.Write(pixels, variance, mean);
     return KY_OK;
   });
@@ -147,7 +147,8 @@ KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximu
                    [&](const ky::ExtremesAndSum& row, std::ptrdiff_t) {
                      smallest = std::min(smallest, row.smallest);
                      largest = std::max(largest, row.largest);
-                     rowMeans += static_cast<float>(row.sum) / static_cast<float>(rows.width);
+                     rowMeans += static_cast<float>(static_cast<std::uint32_t>(row.sum)) /
+                                 static_cast<float>(rows.width);
                    });
     minimum = smallest;
     maximum = largest;

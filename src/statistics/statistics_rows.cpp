@@ -12,12 +12,23 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
+// How many elements a fold takes.
+template <class Fold>
+constexpr size_t MostOf() {
+  if constexpr (requires { Fold::kMost; })
+    return Fold::kMost;
+  else
+    return SIZE_MAX;
+}
+
 // One fold for each component of colours.
 template <template <class> class Fold>
 struct Components {
   template <class D>
   class Of {
    public:
+    static constexpr size_t kMost = MostOf<Fold<D>>();
+
     HWY_INLINE Of() {}
     HWY_INLINE void Step(D d, const Planes3<hn::Vec<D>>& v, hn::Vec<D> absent) {
       c0_.Step(d, v.c0, absent);
@@ -106,22 +117,6 @@ class CountDifferent {
   CountOfMask<D> count_;
 };
 
-// The sums of squares of folds fit kMostSquares elements: longer rows are added up in pieces.
-void Add(Sums& total, const Moments& piece) {
-  total.sum += piece.sum;
-  total.squares += piece.squares;
-}
-void Add(OfComponents<Sums>& total, const OfComponents<Moments>& piece) {
-  for (int i = 0; i < 3; ++i) Add(total.of[i], piece.of[i]);
-}
-template <template <class> class Fold, class Result, class T>
-Result InPieces(const T* row, size_t n) {
-  Result total{};
-  for (size_t x = 0; x < n; x += kMostSquares)
-    Add(total, ReduceSpan<Fold, KyBW8>(HWY_MIN(n - x, kMostSquares), row + x));
-  return total;
-}
-
 template <template <class> class Fold, class Lane, class T>
 auto Reduce(const T* row, size_t n) {
   return ReduceSpan<Fold, Lane>(n, row);
@@ -132,24 +127,23 @@ uint64_t Different(const T* a, const T* b, size_t n) {
 }
 uint64_t Between(const KyBW8* row, size_t n, KyBW8 low, KyBW8 high) {
   const hn::ScalableTag<KyBW8> d;
-  return ReduceInto(d, CountBetween<decltype(d)>(low, high), n, row);
+  return ReducePiece(d, CountBetween<decltype(d)>(low, high), n, row);
 }
 
 template <class T>
 constexpr LevelKernels<T> kLevelKernels = {&Reduce<Smallest, T, T>, &Reduce<Largest, T, T>};
 
-constexpr StatisticsKernels kKernels = {
-    &Reduce<SumOfBytes, KyBW8, KyBW8>,
-    &InPieces<SumAndSquares, Sums, KyBW8>,
-    &Reduce<Components<SumOfBytes>::Of, KyBW8, KyC24>,
-    &InPieces<Components<SumAndSquares>::Of, OfComponents<Sums>, KyC24>,
-    &Reduce<ExtremesAndSumOfBytes, KyBW8, KyBW8>,
-    kLevelKernels<KyBW8>,
-    kLevelKernels<KyBW16>,
-    &Between,
-    &Different<KyBW8, KyBW8>,
-    &Different<KyBW16, KyBW16>,
-    &Different<KyBW8, KyC24>};
+constexpr StatisticsKernels kKernels = {&SumOfRow,
+                                        &Reduce<SumAndSquares, KyBW8, KyBW8>,
+                                        &Reduce<Components<SumOfBytes>::Of, KyBW8, KyC24>,
+                                        &Reduce<Components<SumAndSquares>::Of, KyBW8, KyC24>,
+                                        &Reduce<ExtremesAndSumOfBytes, KyBW8, KyBW8>,
+                                        kLevelKernels<KyBW8>,
+                                        kLevelKernels<KyBW16>,
+                                        &Between,
+                                        &Different<KyBW8, KyBW8>,
+                                        &Different<KyBW16, KyBW16>,
+                                        &Different<KyBW8, KyC24>};
 
 }  // namespace
 

@@ -6,13 +6,14 @@
 
 namespace ky {
 
-// The sum of elements and that of their squares, both exact.
-struct Sums {
-  std::uint64_t sum, squares;
-};
 template <class Result>
 struct OfComponents {
   Result of[3];
+
+  OfComponents& operator+=(const OfComponents& more) noexcept {
+    for (int i = 0; i < 3; ++i) of[i] += more.of[i];
+    return *this;
+  }
 };
 
 // The number of elements from `low` to `high`, where low <= high.
@@ -30,10 +31,10 @@ struct LevelKernels {
 
 struct StatisticsKernels {
   ReduceKernel<std::uint64_t, KyBW8> sum;
-  ReduceKernel<Sums, KyBW8> sums;
+  ReduceKernel<Moments, KyBW8> moments;
   ReduceKernel<OfComponents<std::uint64_t>, KyC24> componentSum;
-  ReduceKernel<OfComponents<Sums>, KyC24> componentSums;
-  ReduceKernel<ExtremesAndSum, KyBW8> extremes;  // of at least one element; the sum modulo 2^32
+  ReduceKernel<OfComponents<Moments>, KyC24> componentMoments;
+  ReduceKernel<ExtremesAndSum, KyBW8> extremes;  // of at least one element
   LevelKernels<KyBW8> grey;
   LevelKernels<KyBW16> deep;
   BetweenKernel between;
