@@ -15,10 +15,20 @@ HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 
+// Lanes that are all ones in `absent` become 0.
+template <class V>
+HWY_INLINE V Without(V absent, V v) {
+  return hn::AndNot(absent, v);
+}
+template <class V>
+HWY_INLINE Planes3<V> Without(V absent, const Planes3<V>& v) {
+  return {hn::AndNot(absent, v.c0), hn::AndNot(absent, v.c1), hn::AndNot(absent, v.c2)};
+}
+
 // Start, step, done over the elements at the same place in each row, in lanes of type Lane, which
 // may be wider: Fold<D>() starts, Step(d, v..., absent) takes a vector of each in, Done() gives the
 // result. The lanes that the rows leave free in their last vector are 0 in v and all ones in
-// `absent`, which is 0 in all others. A fold that has parameters is passed here.
+// `absent`, which is 0 in all others.
 template <class D, class Fold, class... T>
 HWY_INLINE auto ReducePiece(D d, Fold fold, size_t n, const T*... row) {
   const size_t lanes = hn::Lanes(d);
@@ -35,27 +45,35 @@ HWY_INLINE auto ReducePiece(D d, Fold fold, size_t n, const T*... row) {
       step(i + k * lanes);
     }
   for (; i + lanes <= n; i += lanes) step(i);
-  if (const size_t rest = n - i; rest > 0) {
+  if (const size_t rest = n - i; rest > 0 && n >= lanes) {
+    // The last vector overlaps the one before it, whose elements are not taken twice.
+    const auto absent = hn::VecFromMask(d, hn::FirstN(d, lanes - rest));
+    fold.Step(d, Without(absent, LoadLanes(d, row + n - lanes))..., absent);
+  } else if (rest > 0) {
     const auto absent = hn::VecFromMask(d, hn::Not(hn::FirstN(d, rest)));
     fold.Step(d, LoadPart(d, row + i, rest)..., absent);
   }
   return fold.Done();
 }
 
-// The same for any n. A fold that is exact for so many elements only says so by `static constexpr
-// size_t kMost`, and gets pieces of that many, whose results are added up by +=.
+// The same for any n, with a fold that may have parameters, as it is before the first step. A fold
+// that is exact for so many elements only says so by `static constexpr size_t kMost`, and gets
+// pieces of that many, whose results are added up by +=.
+template <class D, class Fold, class... T>
+HWY_INLINE auto ReduceInto(D d, const Fold& fold, size_t n, const T*... row) {
+  if constexpr (requires { Fold::kMost; }) {
+    decltype(fold.Done()) total{};
+    for (size_t x = 0; x < n; x += Fold::kMost)
+      total += ReducePiece(d, fold, HWY_MIN(n - x, size_t{Fold::kMost}), (row + x)...);
+    return total;
+  } else {
+    return ReducePiece(d, fold, n, row...);
+  }
+}
 template <template <class> class Fold, class Lane, class... T>
 HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
   using D = hn::ScalableTag<Lane>;
-  using Bounds = Fold<D>;
-  if constexpr (requires { Bounds::kMost; }) {
-    decltype(Bounds().Done()) total{};
-    for (size_t x = 0; x < n; x += Bounds::kMost)
-      total += ReducePiece(D(), Fold<D>(), HWY_MIN(n - x, size_t{Bounds::kMost}), (row + x)...);
-    return total;
-  } else {
-    return ReducePiece(D(), Fold<D>(), n, row...);
-  }
+  return ReduceInto(D(), Fold<D>(), n, row...);
 }
 
 #if HWY_TARGET != HWY_SCALAR
@@ -194,6 +212,12 @@ class ExtremesAndSumOfBytes {
     sum_.Step(d, v, absent);
     smallest_ = hn::Min(smallest_, hn::Or(v, absent));
     largest_ = hn::Max(largest_, v);
+  }
+  // The sum of the elements since the last call.
+  HWY_INLINE uint64_t TakeSum() {
+    const uint64_t sum = sum_.Done();
+    sum_ = SumOfBytes<D>();
+    return sum;
   }
   HWY_INLINE ExtremesAndSum Done() const {
     return {SmallestOfAll(smallest_), LargestOfAll(largest_), sum_.Done()};

@@ -34,23 +34,6 @@ struct Binary {
   V8 threshold_;
 };
 
-// Steps from the last vector of a row to the first, of which the last may have pixels for a part of
-// its lanes: step(lanes as levels, the first one's x). Lanes without a pixel are 0.
-template <class Level, class Step>
-HWY_INLINE void FromLast(const Level& level, const KyBW8* row, size_t n, const Step& step) {
-  const D8 d;
-  const size_t lanes = hn::Lanes(d);
-  size_t x = n / lanes * lanes;
-  if (const size_t rest = n - x; rest > 0) {
-    const auto present = hn::VecFromMask(d, hn::FirstN(d, rest));
-    step(hn::And(present, level(LoadPart(d, row + x, rest))), x);
-  }
-  while (x != 0) {
-    x -= lanes;
-    step(level(hn::LoadU(d, row + x)), x);
-  }
-}
-
 struct RowSums {
   uint64_t m0, m1;  // of p and x p
 };
@@ -65,46 +48,92 @@ struct ColumnSums {
 template <class Level>
 RowSums SumRow(const Level& level, const KyBW8* row, size_t n) {
   RowSums sums{};
-  FromLast(level, row, n, [&](V8 v, size_t x) {
-    sums.m0 += hn::GetLane(v);
-    sums.m1 += x * hn::GetLane(v);
-  });
+  for (size_t x = 0; x < n; ++x) {
+    const uint64_t p = hn::GetLane(level(hn::Set(D8(), row[x])));
+    sums.m0 += p;
+    sums.m1 += x * p;
+  }
   return sums;
 }
 constexpr ptrdiff_t kBlockRows = 1;
 template <class Level>
 void AddRows(const Level& level, const Rows<const KyBW8>& rows, ColumnSums& columns) {
-  FromLast(level, rows.first, static_cast<size_t>(rows.width), [&](V8 v, size_t x) {
+  for (ptrdiff_t x = 0; x < rows.width; ++x) {
     columns.rising[x] += columns.level[x];
-    columns.level[x] += hn::GetLane(v);
-  });
+    columns.level[x] += hn::GetLane(level(hn::Set(D8(), rows.first[x])));
+  }
 }
 size_t PlaceOf(size_t x) { return x; }
 
 #else
+
+// The sums of i p over lanes i.
+class SumWithin {
+ public:
+  HWY_INLINE SumWithin() : sum_(hn::Zero(D32())), more_(hn::Zero(D32())) {}
+  // Takes two vectors, whose lanes have the same numbers.
+  HWY_INLINE void Step(V8 a, V8 b) {
+#if KY_HAVE_MUL_ADD_BYTES
+    const V8 lane = hn::Iota(D8(), 0);
+    if constexpr (hn::MaxLanes(D8()) <= 32) {
+      Add(hn::Add(MulAddBytes(a, lane), MulAddBytes(b, lane)), hn::Set(D16(), 1));
+    } else {  // two sums would exceed 16 bits
+      Add(MulAddBytes(a, lane), hn::Set(D16(), 1));
+      Add(MulAddBytes(b, lane), hn::Set(D16(), 1));
+    }
+#else
+    const auto even = hn::ShiftLeft<1>(hn::Iota(D16(), 0)), odd = hn::Add(even, hn::Set(D16(), 1));
+    for (const V8 v : {a, b}) {
+      Add(hn::BitCast(D16(), EvenBytes(D8(), v)), even);
+      Add(hn::BitCast(D16(), OddBytes(D8(), v)), odd);
+    }
+#endif
+  }
+  HWY_INLINE uint64_t Done() const {
+    return SumOfAll(hn::BitCast(hn::RebindToUnsigned<D32>(), hn::Add(sum_, more_)));
+  }
+
+ private:
+  using D16 = hn::Repartition<int16_t, D8>;
+  using D32 = hn::Repartition<int32_t, D8>;
+  HWY_INLINE void Add(hn::Vec<D16> a, hn::Vec<D16> b) {
+    sum_ = hn::ReorderWidenMulAccumulate(D32(), a, b, sum_, more_);
+  }
+  hn::Vec<D32> sum_, more_;
+};
 
 // With k counting vectors from 0 and i lanes, x = lanes k + i. Sums are added up to others in each
 // step, from the last vector to the first, so that vector k is added k times.
 template <class Level>
 RowSums SumRow(const Level& level, const KyBW8* row, size_t n) {
   const D8 d;
-  const hn::Repartition<int16_t, D8> d16;
-  const hn::Repartition<int32_t, D8> d32;
+  const size_t lanes = hn::Lanes(d);
   using V64 = decltype(hn::SumsOf8(V8()));
   V64 sum = hn::Zero(hn::DFromV<V64>()), rising = sum;
-  auto within = hn::Zero(d32), more = within;
-  const auto even = hn::ShiftLeft<1>(hn::Iota(d16, 0)), odd = hn::Add(even, hn::Set(d16, 1));
-  FromLast(level, row, n, [&](V8 v, size_t) HWY_ATTR {
+  SumWithin within;
+  const auto one = [&](V8 v) HWY_ATTR {
     rising = hn::Add(rising, sum);
     sum = hn::Add(sum, hn::SumsOf8(v));
-    within =
-        hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, EvenBytes(d, v)), even, within, more);
-    within =
-        hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, OddBytes(d, v)), odd, within, more);
-  });
-  const auto inLanes =
-      SumOfAll(hn::BitCast(hn::RebindToUnsigned<decltype(d32)>(), hn::Add(within, more)));
-  return {SumOfAll(sum), hn::Lanes(d) * SumOfAll(rising) + inLanes};
+  };
+  const auto alone = [&](V8 v) HWY_ATTR {
+    one(v);
+    within.Step(v, hn::Zero(d));
+  };
+  size_t x = n / lanes * lanes;
+  if (const size_t rest = n - x; rest > 0)
+    alone(hn::And(hn::VecFromMask(d, hn::FirstN(d, rest)), level(LoadPart(d, row + x, rest))));
+  if (x / lanes % 2 != 0) {
+    x -= lanes;
+    alone(level(hn::LoadU(d, row + x)));
+  }
+  while (x != 0) {
+    x -= 2 * lanes;
+    const V8 right = level(hn::LoadU(d, row + x + lanes)), left = level(hn::LoadU(d, row + x));
+    one(right);
+    one(left);
+    within.Step(left, right);
+  }
+  return {SumOfAll(sum), lanes * SumOfAll(rising) + within.Done()};
 }
 
 // 16 rows: the sums of j p, 0 <= j < 16, fit 16 bits.
@@ -120,13 +149,17 @@ void AddRows(const Level& level, const Rows<const KyBW8>& rows, ColumnSums& colu
   const size_t lanes = hn::Lanes(d), n = static_cast<size_t>(rows.width);
   const auto add = [&](const auto& load, size_t x) HWY_ATTR {
     auto both = hn::Zero(d16), odd = both, bothRising = both, oddRising = both;
-    for (ptrdiff_t y = rows.height; y-- > 0;) {
+    const auto row = [&](ptrdiff_t y) HWY_ATTR {
       const auto v = hn::BitCast(d16, load(rows.Row(y) + x));
       bothRising = hn::Add(bothRising, both);
       oddRising = hn::Add(oddRising, odd);
       both = hn::Add(both, v);
       odd = hn::Add(odd, hn::ShiftRight<8>(v));
-    }
+    };
+    ptrdiff_t y = rows.height;
+    for (; y >= 4; y -= 4)
+      for (ptrdiff_t k = 1; k <= 4; ++k) row(y - k);
+    while (y > 0) row(--y);
     const auto store = [&](auto sums, auto risingSums, size_t place) HWY_ATTR {
       const auto put = [&](auto wide, auto wideRising, size_t at) HWY_ATTR {
         const auto old = hn::Load(d32, columns.level + at);

@@ -143,13 +143,18 @@ KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximu
     if (rows.Empty()) return KY_ERROR_NO_PIXELS;
     KyBW8 smallest = 255, largest = 0;
     float rowMeans = 0;
-    ky::ReduceRows(ky::ChooseStatisticsKernels().extremes, rows,
-                   [&](const ky::ExtremesAndSum& row, std::ptrdiff_t) {
-                     smallest = std::min(smallest, row.smallest);
-                     largest = std::max(largest, row.largest);
-                     rowMeans += static_cast<float>(static_cast<std::uint32_t>(row.sum)) /
-                                 static_cast<float>(rows.width);
-                   });
+    const auto kernel = ky::ChooseStatisticsKernels().extremes;
+    constexpr std::ptrdiff_t kAtOnce = 64;
+    std::uint64_t sums[kAtOnce];
+    for (std::ptrdiff_t y = 0; y < rows.height; y += kAtOnce) {
+      const std::ptrdiff_t count = std::min(kAtOnce, rows.height - y);
+      const auto some = kernel({rows.Row(y), rows.pitch, rows.width, count}, sums);
+      smallest = std::min(smallest, some.smallest);
+      largest = std::max(largest, some.largest);
+      for (std::ptrdiff_t row = 0; row < count; ++row)
+        rowMeans += static_cast<float>(static_cast<std::uint32_t>(sums[row])) /
+                    static_cast<float>(rows.width);
+    }
     minimum = smallest;
     maximum = largest;
     mean = rowMeans / static_cast<float>(rows.height);

@@ -68,24 +68,32 @@ class Largest {
   hn::Vec<D> largest_;
 };
 
-// The number of lanes in which a mask is set.
+// The number of lanes in which a mask is set: each lane counts down from 0.
 template <class D>
 class CountOfMask {
  public:
-  HWY_INLINE CountOfMask() {}
+  static constexpr size_t kMost = hwy::LimitsMax<hn::TFromD<D>>() * hn::MaxLanes(D());
+
+  HWY_INLINE CountOfMask() : count_(hn::Zero(D())) {}
   template <class M>
   HWY_INLINE void Step(D d, M mask, hn::Vec<D> absent) {
-    sum_.Step(d, hn::IfThenElseZero(mask, hn::AndNot(absent, hn::Set(d, 1))), absent);
+    count_ = hn::Add(count_, hn::AndNot(absent, hn::VecFromMask(d, mask)));
   }
-  HWY_INLINE uint64_t Done() const { return sum_.Done(); }
+  HWY_INLINE uint64_t Done() const {
+    std::conditional_t<sizeof(hn::TFromD<D>) == 1, SumOfBytes<D>, SumOfWords<D>> sum;
+    sum.Step(D(), hn::Sub(hn::Zero(D()), count_), hn::Zero(D()));
+    return sum.Done();
+  }
 
  private:
-  std::conditional_t<sizeof(hn::TFromD<D>) == 1, SumOfBytes<D>, SumOfWords<D>> sum_;
+  hn::Vec<D> count_;
 };
 
 template <class D>
 class CountBetween {
  public:
+  static constexpr size_t kMost = CountOfMask<D>::kMost;
+
   HWY_INLINE CountBetween(uint8_t low, uint8_t high)
       : low_(hn::Set(D(), low)), range_(hn::Set(D(), static_cast<uint8_t>(high - low))) {}
   HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
@@ -102,6 +110,8 @@ class CountBetween {
 template <class D>
 class CountDifferent {
  public:
+  static constexpr size_t kMost = CountOfMask<D>::kMost;
+
   HWY_INLINE CountDifferent() {}
   HWY_INLINE void Step(D d, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D> absent) {
     count_.Step(d, hn::Ne(a, b), absent);
@@ -117,6 +127,25 @@ class CountDifferent {
   CountOfMask<D> count_;
 };
 
+// A fold that another one's owner goes on with after a row.
+template <class Fold>
+struct Lent {
+  Fold* fold;
+  template <class... V>
+  HWY_INLINE void Step(V... v) {
+    fold->Step(v...);
+  }
+  HWY_INLINE uint64_t Done() const { return fold->TakeSum(); }
+};
+ExtremesAndSum Extremes(const Rows<const KyBW8>& rows, uint64_t* sums) {
+  const hn::ScalableTag<KyBW8> d;
+  ExtremesAndSumOfBytes<hn::ScalableTag<KyBW8>> fold;
+  for (ptrdiff_t y = 0; y < rows.height; ++y)
+    sums[y] =
+        ReducePiece(d, Lent<decltype(fold)>{&fold}, static_cast<size_t>(rows.width), rows.Row(y));
+  return fold.Done();
+}
+
 template <template <class> class Fold, class Lane, class T>
 auto Reduce(const T* row, size_t n) {
   return ReduceSpan<Fold, Lane>(n, row);
@@ -127,7 +156,7 @@ uint64_t Different(const T* a, const T* b, size_t n) {
 }
 uint64_t Between(const KyBW8* row, size_t n, KyBW8 low, KyBW8 high) {
   const hn::ScalableTag<KyBW8> d;
-  return ReducePiece(d, CountBetween<decltype(d)>(low, high), n, row);
+  return ReduceInto(d, CountBetween<hn::ScalableTag<KyBW8>>(low, high), n, row);
 }
 
 template <class T>
@@ -137,7 +166,7 @@ constexpr StatisticsKernels kKernels = {&SumOfRow,
                                         &Reduce<SumAndSquares, KyBW8, KyBW8>,
                                         &Reduce<Components<SumOfBytes>::Of, KyBW8, KyC24>,
                                         &Reduce<Components<SumAndSquares>::Of, KyBW8, KyC24>,
-                                        &Reduce<ExtremesAndSumOfBytes, KyBW8, KyBW8>,
+                                        &Extremes,
                                         kLevelKernels<KyBW8>,
                                         kLevelKernels<KyBW16>,
                                         &Between,

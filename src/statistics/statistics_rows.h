@@ -16,6 +16,9 @@ struct OfComponents {
   }
 };
 
+// The smallest and the largest of rows of at least one element, and the sum of each row.
+using ExtremesKernel = ExtremesAndSum (*)(const Rows<const KyBW8>& rows, std::uint64_t* sums);
+
 // The number of elements from `low` to `high`, where low <= high.
 using BetweenKernel = std::uint64_t (*)(const KyBW8* row, std::size_t n, KyBW8 low, KyBW8 high);
 
@@ -34,7 +37,7 @@ struct StatisticsKernels {
   ReduceKernel<Moments, KyBW8> moments;
   ReduceKernel<OfComponents<std::uint64_t>, KyC24> componentSum;
   ReduceKernel<OfComponents<Moments>, KyC24> componentMoments;
-  ReduceKernel<ExtremesAndSum, KyBW8> extremes;  // of at least one element
+  ExtremesKernel extremes;
   LevelKernels<KyBW8> grey;
   LevelKernels<KyBW16> deep;
   BetweenKernel between;
