@@ -19,6 +19,7 @@
 #include "ky/lookup.h"
 #include "ky/mirrors.h"
 #include "ky/morphology.h"
+#include "ky/objects.h"
 #include "ky/operators.h"
 #include "ky/path_sampling.h"
 #include "ky/pixels.h"
