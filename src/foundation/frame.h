@@ -76,6 +76,16 @@ KY_ERRORS CheckRois(const Rois*... rois) noexcept {
   return CheckSizes(rois...);
 }
 
+// The checks of an operation whose source gives the size: a larger destination is written in the
+// source's area only (RowsIn), a smaller one is refused with 1403.
+inline KY_ERRORS CheckCovers(const KyGenericROI* source, const KyGenericROI* destination) noexcept {
+  if (const KY_ERRORS error = CheckImage(source)) return error;
+  if (const KY_ERRORS error = CheckImage(destination)) return error;
+  const bool covers = destination->GetWidth() >= source->GetWidth() &&
+                      destination->GetHeight() >= source->GetHeight();
+  return covers ? KY_OK : KY_ERROR_SIZE_MISMATCH;
+}
+
 // The rows of an ROI: 1400 when it is missing or has no pixels. Rows of bytes on a colour ROI are
 // rows of its components.
 template <class Roi, class T>
@@ -97,6 +107,31 @@ KY_ERRORS OpenAll(RoisAndRows&&... all) noexcept {
     return error != KY_OK ? error : CheckSizes(std::get<2 * kIndex>(pairs)...);
   };
   return openEach(std::make_index_sequence<kRois>());
+}
+
+// The frame of an operation with one source, or two, of the destination's size, and no other
+// argument to check before them: opens all and returns what work(source rows..., destination rows)
+// returns.
+template <class In, class Out, class Work>
+KY_ERRORS CallOn(const char* name, const KyROI<In>* source, KyROI<Out>* destination,
+                 const Work& work) noexcept {
+  return Call(name, [&] {
+    Rows<const In> in;
+    Rows<Out> out;
+    const KY_ERRORS error = OpenAll(source, in, destination, out);
+    return error != KY_OK ? error : work(in, out);
+  });
+}
+template <class A, class B, class Out, class Work>
+KY_ERRORS CallOn(const char* name, const KyROI<A>* a, const KyROI<B>* b, KyROI<Out>* destination,
+                 const Work& work) noexcept {
+  return Call(name, [&] {
+    Rows<const A> inA;
+    Rows<const B> inB;
+    Rows<Out> out;
+    const KY_ERRORS error = OpenAll(a, inA, b, inB, destination, out);
+    return error != KY_OK ? error : work(inA, inB, out);
+  });
 }
 
 }  // namespace ky

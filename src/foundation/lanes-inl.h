@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "ky/pixels.h"
 
@@ -21,9 +22,11 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Elements in memory to lanes of D, which may be wider, and back: wider lanes, taken as signed, are
-// limited to what an element can hold. (Named apart from Highway's Load and Store, which want
-// aligned memory and would be found by argument-dependent lookup.)
+// Elements in memory to lanes of D, which may be wider, and back: wider lanes, which must be
+// integers, are limited to what an element can hold. Unsigned lanes take one instruction more than
+// signed ones: a formula whose unsigned results fit may return them AsSigned. (Named apart from
+// Highway's Load and Store, which want aligned memory and would be found by argument-dependent
+// lookup.)
 template <class D, class T>
 HWY_INLINE hn::Vec<D> LoadLanes(D d, const T* from) {
   if constexpr (sizeof(T) == sizeof(hn::TFromD<D>)) {
@@ -32,6 +35,10 @@ HWY_INLINE hn::Vec<D> LoadLanes(D d, const T* from) {
     return hn::PromoteTo(d, hn::LoadU(hn::Rebind<T, D>(), from));
   }
 }
+template <class V>
+HWY_INLINE auto AsSigned(V v) {
+  return hn::BitCast(hn::RebindToSigned<hn::DFromV<V>>(), v);
+}
 template <class V, class T>
 HWY_INLINE void StoreLanes(V v, T* to) {
   const hn::DFromV<V> d;
@@ -39,9 +46,14 @@ HWY_INLINE void StoreLanes(V v, T* to) {
   if constexpr (sizeof(T) == sizeof(Lane)) {
     hn::StoreU(v, d, to);
   } else {
-    const hn::Rebind<hwy::MakeSigned<Lane>, decltype(d)> wide;
+    static_assert(!hwy::IsFloat<Lane>(), "the formula converts floats");
     const hn::Rebind<T, decltype(d)> narrow;
-    hn::StoreU(hn::DemoteTo(narrow, hn::BitCast(wide, v)), narrow, to);
+    // Highway 1.0.3 narrows 32-bit lanes above 32767 to 0 as unsigned bytes on AVX2 and AVX-512.
+    constexpr bool kToBytes = sizeof(Lane) == 4 && sizeof(T) == 1 && !hwy::IsSigned<T>();
+    using Most = hwy::MakeSigned<std::conditional_t<kToBytes, uint16_t, Lane>>;
+    if constexpr (!hwy::IsSigned<Lane>() || kToBytes)
+      v = hn::Min(v, hn::Set(d, static_cast<Lane>(hwy::LimitsMax<Most>())));
+    hn::StoreU(hn::DemoteTo(narrow, AsSigned(v)), narrow, to);
   }
 }
 

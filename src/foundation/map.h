@@ -1,10 +1,11 @@
-// Per-pixel operations: one result from the elements at the same place in each source.
+// Per-pixel operations: one result, or several, from the elements at the same place in each source.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 
 #include "foundation/rows.h"
+#include "foundation/several.h"
 
 namespace ky {
 
@@ -13,7 +14,18 @@ namespace ky {
 template <class Out, class... In>
 using MapKernel = void (*)(Out* out, std::size_t n, const In*... in);
 
-// What an operation reads. Each source is opened against the destination before anything is
+// The same with n results for each of several destinations: SeveralKernel<Several<Out...>, In...>.
+// Those that a source is not are written only.
+template <class Out, class... In>
+struct SeveralKernelOf;
+template <class... Out, class... In>
+struct SeveralKernelOf<Several<Out...>, In...> {
+  using Type = void (*)(Several<Out*...> out, std::size_t n, const In*... in);
+};
+template <class Out, class... In>
+using SeveralKernel = typename SeveralKernelOf<Out, In...>::Type;
+
+// What an operation reads. Each source is opened against all destinations before anything is
 // written; false means no memory. `Span(y, x, n)` is where elements x.. x + n - 1 of row y stand. A
 // source that has to make them does so in pieces of kPiece elements; spans start at multiples of
 // it.
@@ -29,9 +41,9 @@ class FromRows {
 
   FromRows(Rows<const T> rows) noexcept : source_(rows) {}
   FromRows(Rows<T> rows) noexcept : source_(rows) {}
-  template <class Out>
-  bool Open(const Rows<Out>& destination) noexcept {
-    return input_.Open(source_, destination);
+  template <class... Out>
+  bool Open(const Rows<Out>&... destination) noexcept {
+    return input_.Open(source_, destination...);
   }
   bool Joined() const noexcept { return input_.rows().Joined(); }
   const T* Span(std::ptrdiff_t y, std::ptrdiff_t x, std::ptrdiff_t) const noexcept {
@@ -56,8 +68,8 @@ class FromConstant {
   explicit FromConstant(const T (&period)[kPeriod]) noexcept {
     for (int i = 0; i < kPeriod; ++i) pattern_[i] = period[i];
   }
-  template <class Out>
-  bool Open(const Rows<Out>& destination) noexcept {
+  template <class Out, class... More>
+  bool Open(const Rows<Out>& destination, const Rows<More>&...) noexcept {
     const std::ptrdiff_t longest =
         destination.Joined() ? destination.width * destination.height : destination.width;
     const std::ptrdiff_t wanted = std::min(kLongest, longest);
@@ -81,8 +93,8 @@ class FromParameters {
   static constexpr std::ptrdiff_t kLongest = kWholeRow;
 
   explicit FromParameters(const T& parameters) noexcept : parameters_(parameters) {}
-  template <class Out>
-  bool Open(const Rows<Out>&) noexcept {
+  template <class... Out>
+  bool Open(const Rows<Out>&...) noexcept {
     return true;
   }
   bool Joined() const noexcept { return true; }
@@ -103,9 +115,9 @@ class FromGreyAsColor {
 
   FromGreyAsColor(Rows<const KyBW8> rows, MapKernel<KyC24, KyBW8> triple) noexcept
       : source_(rows), triple_(triple) {}
-  template <class Out>
-  bool Open(const Rows<Out>& destination) noexcept {
-    return source_.Open(destination);
+  template <class... Out>
+  bool Open(const Rows<Out>&... destination) noexcept {
+    return source_.Open(destination...);
   }
   bool Joined() const noexcept { return source_.Joined(); }
   const KyBW8* Span(std::ptrdiff_t y, std::ptrdiff_t x, std::ptrdiff_t n) noexcept {
@@ -120,22 +132,87 @@ class FromGreyAsColor {
   alignas(64) KyBW8 tripled_[kLongest];
 };
 
-// destination(x, y) = kernel(source(x, y)...). Rows that lie without gaps everywhere are one long
-// row. 1303 when a source that overlaps the destination cannot be copied.
+// run(y, x, n, spans of the sources) for the n elements from x on of each row, in pieces that all
+// sources can make.
+template <class Run, class... Source>
+void WalkSpans(std::ptrdiff_t width, std::ptrdiff_t height, const Run& run,
+               Source&... source) noexcept {
+  constexpr std::ptrdiff_t kLongest = std::min({kWholeRow, Source::kLongest...});
+  for (std::ptrdiff_t y = 0; y < height; ++y) {
+    for (std::ptrdiff_t x = 0; x < width;) {
+      const std::ptrdiff_t n = std::min(kLongest, width - x);
+      run(y, x, static_cast<std::size_t>(n), source.Span(y, x, n)...);
+      x += n;
+    }
+  }
+}
+
+// destination(x, y) = kernel(source(x, y)...). Destination and sources, all of one size in
+// elements, which the caller has checked, become one long row where none has gaps. 1303 when a
+// source that overlaps the destination cannot be copied.
 template <class Out, class... Source>
 KY_ERRORS MapRows(MapKernel<Out, typename std::remove_reference_t<Source>::Element...> kernel,
                   Rows<Out> destination, Source&&... source) noexcept {
   if (!(source.Open(destination) && ...)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   if (destination.Joined() && (source.Joined() && ...)) destination = destination.AsOneRow();
-  constexpr std::ptrdiff_t kLongest =
-      std::min({kWholeRow, std::remove_reference_t<Source>::kLongest...});
-  for (std::ptrdiff_t y = 0; y < destination.height; ++y) {
-    for (std::ptrdiff_t x = 0; x < destination.width;) {
-      const std::ptrdiff_t n = std::min(kLongest, destination.width - x);
-      kernel(destination.Row(y) + x, static_cast<std::size_t>(n), source.Span(y, x, n)...);
-      x += n;
-    }
+  WalkSpans(
+      destination.width, destination.height,
+      [&](std::ptrdiff_t y, std::ptrdiff_t x, std::size_t n, const auto*... in) {
+        kernel(destination.Row(y) + x, n, in...);
+      },
+      source...);
+  return KY_OK;
+}
+
+// A destination that others are written beside. One that shares memory with them is written apart,
+// and copied to its place by Close.
+template <class T>
+class Output {
+ public:
+  // False when there is no memory to write it apart.
+  template <class... Other>
+  bool Open(const Rows<T>& place, const Rows<Other>&... other) noexcept {
+    place_ = rows_ = place;
+    if (((SharingOf(place, other) == Sharing::kNothing) && ...)) return true;
+    if (!apart_.Allocate(place.width * place.height)) return false;
+    rows_ = {apart_.get(), place.RowBytes(), place.width, place.height};
+    return true;
   }
+  void Close() const noexcept {
+    if (apart_.get() == nullptr) return;
+    for (std::ptrdiff_t y = 0; y < place_.height; ++y)
+      std::memcpy(place_.Row(y), rows_.Row(y), static_cast<std::size_t>(place_.RowBytes()));
+  }
+  const Rows<T>& rows() const noexcept { return rows_; }
+
+ private:
+  Rows<T> place_, rows_;
+  Scratch<T> apart_;
+};
+
+// Two destinations: (first(x, y), second(x, y)) = kernel(source(x, y)...), all of one size in
+// elements. Sources may be either destination. Where the destinations share memory the second is
+// written last, and its results stand. 1303 when there is no memory for what overlaps.
+template <class A, class B, class... Source>
+KY_ERRORS MapRows(
+    SeveralKernel<Several<A, B>, typename std::remove_reference_t<Source>::Element...> kernel,
+    const Several<Rows<A>, Rows<B>>& destinations, Source&&... source) noexcept {
+  Rows<A> first = destinations.first;
+  Output<B> output;
+  if (!output.Open(destinations.more.first, first)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  Rows<B> second = output.rows();
+  if (!(source.Open(first, second) && ...)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  if (first.Joined() && second.Joined() && (source.Joined() && ...)) {
+    first = first.AsOneRow();
+    second = second.AsOneRow();
+  }
+  WalkSpans(
+      first.width, first.height,
+      [&](std::ptrdiff_t y, std::ptrdiff_t x, std::size_t n, const auto*... in) {
+        kernel({first.Row(y) + x, {second.Row(y) + x}}, n, in...);
+      },
+      source...);
+  output.Close();
   return KY_OK;
 }
 

@@ -18,23 +18,25 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Asks for kBytes that stand `bytes` further on than a place in a row. They may lie beyond the
-// pixels, where a pointer may not point. (Inlined always: g++ 12 drops calls of functions that
-// only ask.)
+// Prefetches kBytes that stand `bytes` further on than a place in a row. They may lie beyond the
+// pixels, where a pointer may not point. (Inlined always: g++ 12 drops calls of functions that do
+// nothing but prefetch.)
 template <size_t kBytes>
-HWY_INLINE void AskFor([[maybe_unused]] const void* place, [[maybe_unused]] ptrdiff_t bytes) {
+HWY_INLINE void PrefetchAhead([[maybe_unused]] const void* place,
+                              [[maybe_unused]] ptrdiff_t bytes) {
 #if HWY_TARGET != HWY_SCALAR
   const uintptr_t from = reinterpret_cast<uintptr_t>(place) + static_cast<uintptr_t>(bytes);
   for (size_t i = 0; i < kBytes; i += 64) hwy::Prefetch(reinterpret_cast<const uint8_t*>(from + i));
 #endif
 }
-// Asks for the places that stores will come to: a store waits for the line that it changes, and
-// processors go ahead of loads, not of stores. Large images are written a quarter faster.
-template <size_t kBytes>
-HWY_INLINE void AskToStore(const void* place) {
-  AskFor<kBytes>(place, 1024);
+// The same of one line of a cache, to the second cache.
+HWY_INLINE void PrefetchToSecondCache([[maybe_unused]] const void* place,
+                                      [[maybe_unused]] ptrdiff_t bytes) {
+#if HWY_TARGET != HWY_SCALAR && HWY_COMPILER_GCC
+  const uintptr_t from = reinterpret_cast<uintptr_t>(place) + static_cast<uintptr_t>(bytes);
+  __builtin_prefetch(reinterpret_cast<const void*>(from), 0, 2);
+#endif
 }
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky

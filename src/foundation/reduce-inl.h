@@ -20,7 +20,7 @@ namespace HWY_NAMESPACE {
 // result. The lanes that the rows leave free in their last vector are 0 in v and all ones in
 // `absent`, which is 0 in all others.
 template <template <class> class Fold, class Lane, class... T>
-HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
+HWY_INLINE auto ReducePiece(size_t n, const T*... row) {
   using D = hn::ScalableTag<Lane>;
   const D d;
   const size_t lanes = hn::Lanes(d);
@@ -34,7 +34,7 @@ HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
   constexpr ptrdiff_t kAhead = 2048;
   for (; i + kAtOnce * lanes <= n; i += kAtOnce * lanes)
     for (size_t k = 0; k < kAtOnce; ++k) {
-      (AskFor<hn::MaxLanes(D()) * sizeof(T)>(row + i + k * lanes, kAhead), ...);
+      (PrefetchAhead<hn::MaxLanes(D()) * sizeof(T)>(row + i + k * lanes, kAhead), ...);
       step(i + k * lanes);
     }
   for (; i + lanes <= n; i += lanes) step(i);
@@ -43,6 +43,21 @@ HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
     fold.Step(d, LoadPart(d, row + i, rest)..., absent);
   }
   return fold.Done();
+}
+
+// The same for any n. A fold that is exact for so many elements only says so by `static constexpr
+// size_t kMost`, and gets pieces of that many, whose results are added up by +=.
+template <template <class> class Fold, class Lane, class... T>
+HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
+  using Bounds = Fold<hn::ScalableTag<Lane>>;
+  if constexpr (requires { Bounds::kMost; }) {
+    decltype(Bounds().Done()) total{};
+    for (size_t x = 0; x < n; x += Bounds::kMost)
+      total += ReducePiece<Fold, Lane>(HWY_MIN(n - x, size_t{Bounds::kMost}), (row + x)...);
+    return total;
+  } else {
+    return ReducePiece<Fold, Lane>(n, row...);
+  }
 }
 
 #if HWY_TARGET != HWY_SCALAR
@@ -83,11 +98,17 @@ class SumOfBytes {
   V64 sums_;
 };
 
-// The Moments of at most kMostSquares 8-bit elements.
-inline constexpr size_t kMostSquares = 1 << 16;
+// A ReduceKernel.
+HWY_INLINE uint64_t SumOfRow(const KyBW8* row, size_t n) {
+  return ReduceSpan<SumOfBytes, KyBW8>(n, row);
+}
+
+// The Moments of 8-bit elements.
 template <class D>
 class SumAndSquares {
  public:
+  static constexpr size_t kMost = 1 << 16;  // squares that 32 bits hold
+
 #if HWY_TARGET == HWY_SCALAR
   HWY_INLINE SumAndSquares() : squares_(hn::Zero(D32())) {}
   HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
@@ -95,9 +116,7 @@ class SumAndSquares {
     const auto wide = hn::PromoteTo(D32(), v);
     squares_ = hn::Add(squares_, hn::Mul(wide, wide));
   }
-  HWY_INLINE Moments Done() const {
-    return {static_cast<uint32_t>(sum_.Done()), hn::GetLane(squares_)};
-  }
+  HWY_INLINE Moments Done() const { return {sum_.Done(), hn::GetLane(squares_)}; }
 
  private:
   using D32 = hn::Rebind<uint32_t, D>;
@@ -116,7 +135,7 @@ class SumAndSquares {
   HWY_INLINE Moments Done() const {
     const hn::RebindToUnsigned<D32> du32;
     const auto squares = hn::BitCast(du32, hn::Add(hn::Add(even_, odd_), more_));
-    return {static_cast<uint32_t>(sum_.Done()), SumOfAll(squares)};
+    return {sum_.Done(), SumOfAll(squares)};
   }
 
  private:
@@ -137,7 +156,7 @@ class ExtremesAndSumOfBytes {
     largest_ = hn::Max(largest_, v);
   }
   HWY_INLINE ExtremesAndSum Done() const {
-    const auto sum = static_cast<uint32_t>(sum_.Done());
+    const uint64_t sum = sum_.Done();
 #if HWY_TARGET == HWY_SCALAR
     return {hn::GetLane(smallest_), hn::GetLane(largest_), sum};
 #else
@@ -189,13 +208,15 @@ class SumOfLane {
 #endif
 };
 
-// The sum of 16-bit elements, modulo 2^32.
+// The sum of 16-bit elements.
 template <class D>
 class SumOfWords {
  public:
+  static constexpr size_t kMost = 1 << 16;  // words whose sum 32 bits hold
+
   HWY_INLINE SumOfWords() {}
   HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D>) { sums_.Step(d, v); }
-  HWY_INLINE uint32_t Done() const { return SumOfAll(sums_.EvenAndOdd()); }
+  HWY_INLINE uint64_t Done() const { return SumOfAll(sums_.EvenAndOdd()); }
 
  private:
   SumOfLane<D> sums_;
@@ -218,17 +239,18 @@ HWY_INLINE void AddColumns(uint32_t* sums, size_t n, const T* first, ptrdiff_t p
   const D d;
   const size_t lanes = hn::Lanes(d);
   const Rows<const T> rows{first, pitch, static_cast<ptrdiff_t>(n), height};
-  HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())];
   const auto add = [&](size_t x, size_t count, const auto& load) HWY_ATTR {
     SumOfLane<D> sum;
     for (ptrdiff_t y = 0; y < height; ++y) sum.Step(d, load(rows.Row(y) + x));
+    HWY_ALIGN typename SumOfLane<D>::Wide columns[hn::MaxLanes(D())];
     sum.Store(columns);
     MapSpan(AddToSums(), sums + x, count, columns);
   };
   size_t x = 0;
   for (; x + lanes <= n; x += lanes)
     add(x, lanes, [=](const T* from) HWY_ATTR { return hn::LoadU(d, from); });
-  if (const size_t rest = n - x; rest > 0)
+  // A vector of one lane leaves no rest, which g++ does not see by itself.
+  if (const size_t rest = n - x; hn::MaxLanes(D()) > 1 && rest > 0)
     add(x, rest, [=](const T* from) HWY_ATTR { return LoadPart(d, from, rest); });
 }
 

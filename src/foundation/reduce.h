@@ -10,13 +10,19 @@
 
 namespace ky {
 
-// What is computed together, sums modulo 2^32.
+// What is computed together.
 struct Moments {
-  std::uint32_t sum, squares;
+  std::uint64_t sum, squares;
+
+  Moments& operator+=(const Moments& more) noexcept {
+    sum += more.sum;
+    squares += more.squares;
+    return *this;
+  }
 };
 struct ExtremesAndSum {
   KyBW8 smallest, largest;
-  std::uint32_t sum;
+  std::uint64_t sum;
 };
 
 // One result from the n elements of a row.

@@ -67,6 +67,13 @@ Rows<const KyBW8> ComponentRowsOf(const KyROI<T>* roi) noexcept {
   return RowsAs<const KyBW8>(roi);
 }
 
+// The rows of the ROI in the area of the source, which it covers.
+template <class T, class Source>
+Rows<T> RowsIn(const Rows<Source>& source, KyROI<T>* roi) noexcept {
+  const Rows<T> rows = RowsOf(roi);
+  return {rows.first, rows.pitch, source.width, source.height};
+}
+
 enum class Sharing {
   kNothing,  // not one byte in common
   kTheSame,  // the same elements in the same places: in place
@@ -101,15 +108,16 @@ Sharing SharingOf(const Rows<A>& a, const Rows<B>& b) noexcept {
   return meet ? Sharing::kPartly : Sharing::kNothing;
 }
 
-// A source that stays readable while a destination is written. One that shares pixels with the
-// destination without being in place is copied first.
+// A source that stays readable while destinations are written. One that shares pixels with any of
+// them without being in place is copied first.
 template <class T>
 class Input {
  public:
   // False when there is no memory for the copy.
-  template <class Out>
-  bool Open(const Rows<const T>& source, const Rows<Out>& destination) noexcept {
-    return SharingOf(source, destination) == Sharing::kPartly ? OpenCopy(source) : OpenAsIs(source);
+  template <class... Out>
+  bool Open(const Rows<const T>& source, const Rows<Out>&... destination) noexcept {
+    const bool partly = ((SharingOf(source, destination) == Sharing::kPartly) || ...);
+    return partly ? OpenCopy(source) : OpenAsIs(source);
   }
   // For operations that read other places than they write: one that shares any is copied.
   template <class Out>

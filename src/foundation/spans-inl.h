@@ -17,7 +17,7 @@
 #include <cstdint>
 
 #include "foundation/lanes-inl.h"
-#include "foundation/prefetch-inl.h"
+#include "foundation/several.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -25,20 +25,7 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Things side by side: the results that a formula has for each place, and where they go. Results
-// without a place to go to are dropped.
-template <class First, class... More>
-struct Several {
-  First first;
-  Several<More...> more;
-};
-template <class Last>
-struct Several<Last> {
-  Last first;
-};
-template <class... T>
-Several(T...) -> Several<T...>;
-
+// Several results go to Several places; those without a place are dropped.
 template <class T, class... More>
 HWY_INLINE Several<T*, More...> operator+(const Several<T*, More...>& out, size_t i) {
   if constexpr (sizeof...(More) > 0)
@@ -64,18 +51,6 @@ HWY_INLINE void StorePart(D d, const Several<V, Vs...>& v, const Several<T*, Mor
                           size_t n) {
   StorePart(d, v.first, to.first, n);
   if constexpr (sizeof...(More) > 0) StorePart(d, v.more, to.more, n);
-}
-
-// Results narrower than the lanes that they are made in are not what the loop waits for.
-template <class D, class T>
-HWY_INLINE void AskToStoreLanes(D, [[maybe_unused]] T* to) {
-  if constexpr (2 * sizeof(T) > sizeof(hn::TFromD<D>))
-    AskToStore<hn::MaxLanes(D()) * sizeof(T)>(to);
-}
-template <class D, class T, class... More>
-HWY_INLINE void AskToStoreLanes(D d, const Several<T*, More...>& to) {
-  AskToStoreLanes(d, to.first);
-  if constexpr (sizeof...(More) > 0) AskToStoreLanes(d, to.more);
 }
 
 // An operation that keeps some of the destination's elements says so with
@@ -119,10 +94,7 @@ HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
   };
   const size_t end = n - lanes;
   const auto before = [&](size_t start) HWY_ATTR {
-    for (size_t i = start; i < end; i += lanes) {
-      if constexpr (!Keeping<Op>) AskToStoreLanes(d, out + i);
-      StoreLanes(at(i), out + i);
-    }
+    for (size_t i = start; i < end; i += lanes) StoreLanes(at(i), out + i);
   };
   if constexpr (Keeping<Op> || (kMayBeSame<Out, In> || ...)) {
     const auto last = at(end);

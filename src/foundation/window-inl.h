@@ -29,15 +29,6 @@ HWY_INLINE ptrdiff_t BytesBetween(const uint8_t* from, const uint8_t* to) {
                                 reinterpret_cast<uintptr_t>(from));
 }
 
-// The line of a cache that lies `bytes` from a place, which may be beyond the pixels.
-HWY_INLINE void PrefetchToSecondCache([[maybe_unused]] const void* place,
-                                      [[maybe_unused]] ptrdiff_t bytes) {
-#if HWY_TARGET != HWY_SCALAR && HWY_COMPILER_GCC
-  const uintptr_t from = reinterpret_cast<uintptr_t>(place) + static_cast<uintptr_t>(bytes);
-  __builtin_prefetch(reinterpret_cast<const void*>(from), 0, 2);
-#endif
-}
-
 // The pixels around one vector of places in the rows of a window: at(right, down) are those that
 // lie so many columns to the right and rows below.
 template <class D, int kRadius, int kStep = 1>
@@ -209,8 +200,8 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
     RowParts<kRadius, kStep, Op> parts[kIn];
     const auto result = [&]<size_t... k>(int y, std::index_sequence<k...>) HWY_ATTR {
       if constexpr (kAhead == Ahead::kToFirstCache) {
-        AskFor<hn::MaxLanes(d)>(in[kIn - kRows + y], inAhead + x);
-        AskFor<hn::MaxLanes(d)>(to[y], outAhead + x);
+        PrefetchAhead<hn::MaxLanes(d)>(in[kIn - kRows + y], inAhead + x);
+        PrefetchAhead<hn::MaxLanes(d)>(to[y], outAhead + x);
       } else if constexpr (kAhead == Ahead::kToSecondCache) {
         PrefetchToSecondCache(in[kIn - kRows + y], inAhead + x);
         PrefetchToSecondCache(to[y], outAhead + x);

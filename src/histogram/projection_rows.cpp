@@ -12,12 +12,10 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-uint32_t Sum(const KyBW8* row, size_t n) {
-  return static_cast<uint32_t>(ReduceSpan<SumOfBytes, KyBW8>(n, row));
-}
-uint32_t Sum16(const KyBW16* row, size_t n) { return ReduceSpan<SumOfWords, KyBW16>(n, row); }
+uint64_t SumOfRow16(const KyBW16* row, size_t n) { return ReduceSpan<SumOfWords, KyBW16>(n, row); }
 
-constexpr ProjectionKernels kKernels = {&Sum, &Sum16, &AddColumns<KyBW8>, &AddColumns<KyBW16>};
+constexpr ProjectionKernels kKernels = {&SumOfRow, &SumOfRow16, &AddColumns<KyBW8>,
+                                        &AddColumns<KyBW16>};
 
 }  // namespace
 

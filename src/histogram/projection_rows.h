@@ -7,8 +7,8 @@
 namespace ky {
 
 struct ProjectionKernels {
-  ReduceKernel<std::uint32_t, KyBW8> sum;  // modulo 2^32
-  ReduceKernel<std::uint32_t, KyBW16> sum16;
+  ReduceKernel<std::uint64_t, KyBW8> sum;
+  ReduceKernel<std::uint64_t, KyBW16> sum16;
   ColumnKernel<KyBW8> columns;
   ColumnKernel<KyBW16> columns16;
 };

@@ -57,11 +57,12 @@ KY_ERRORS ProjectOnARow(const char* name, const KyROI<T>* source, Vector* sums) 
 }
 template <class T, class Vector>
 KY_ERRORS ProjectOnAColumn(const char* name, const KyROI<T>* source, Vector* sums) noexcept {
-  return Projection(name, source, sums, &Rows<const T>::height,
-                    [](const Rows<const T>& rows, std::uint32_t* to) {
-                      ky::ReduceRows(RowKernelOf<T>(ky::ChooseProjectionKernels()), rows,
-                                     [&](std::uint32_t sum, std::ptrdiff_t y) { to[y] = sum; });
-                    });
+  return Projection(
+      name, source, sums, &Rows<const T>::height, [](const Rows<const T>& rows, std::uint32_t* to) {
+        ky::ReduceRows(
+            RowKernelOf<T>(ky::ChooseProjectionKernels()), rows,
+            [&](std::uint64_t sum, std::ptrdiff_t y) { to[y] = static_cast<std::uint32_t>(sum); });
+      });
 }
 
 }  // namespace

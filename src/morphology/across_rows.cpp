@@ -42,7 +42,7 @@ HWY_INLINE void PutResult(const Vectors<Op, kVectors>& a, const Vectors<Op, kVec
   for (int k = 0; k < kVectors; ++k) {
     const V result = Op()(a.extreme[k], b.extreme[k]);
     // The next strip's line: processors foresee rows, but not strips.
-    if (k * Lanes() % 64 == 0) AskFor<64>(out, (kVectors + k) * Lanes());
+    if (k * Lanes() % 64 == 0) PrefetchAhead<64>(out, (kVectors + k) * Lanes());
     if (part < Lanes())
       StorePart(D(), result, out, static_cast<size_t>(part));
     else

@@ -25,7 +25,7 @@ HWY_INLINE void Gather(KyBW8* out, ptrdiff_t n, const KyBW8* row, Distance... di
     hn::StoreU(ExtremeAt<Op>(row + x, distance...), D(), out + x);
 }
 
-// How far ahead of its use a source is asked for: the other work on a row keeps processors from
+// How far ahead of its use a source is prefetched: the other work on a row keeps processors from
 // seeing that it is read in order.
 constexpr ptrdiff_t kAhead = 3840;
 
@@ -86,7 +86,7 @@ HWY_INLINE void GatherInside(KyBW8* out, ptrdiff_t n, const KyBW8* in) {
     const ptrdiff_t behind = spans.kBehind * Lanes();
     if (behind + Lanes() <= n) spans.Start(in);
     for (; x + behind + Lanes() <= n; x += Lanes()) {
-      AskFor<hn::MaxLanes(D())>(in + x, kAhead);
+      PrefetchAhead<hn::MaxLanes(D())>(in + x, kAhead);
       hn::StoreU(spans.Next(in + x + behind), d, out + x);
     }
   }
@@ -143,9 +143,9 @@ HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_
   };
   put(spans.Next(neutral, Behind<1>(d, neutral, hn::LoadU(d, in))));
   for (ptrdiff_t x = 0; x + lanes < n; x += lanes) {
-    AskFor<hn::MaxLanes(D())>(in + x, kAhead);
+    PrefetchAhead<hn::MaxLanes(D())>(in + x, kAhead);
     // The work on shorter spans leaves the memory no time for more.
-    if constexpr (kSpan > 8) AskFor<hn::MaxLanes(D())>(soon, x);
+    if constexpr (kSpan > 8) PrefetchAhead<hn::MaxLanes(D())>(soon, x);
     put(spans.Next(in + x));
   }
   for (int i = 0; i < spans.kBehind; ++i) put(spans.Next(neutral, neutral));

@@ -33,9 +33,9 @@ bool HasRowBelow(const KyGenericROI* roi) noexcept {
 }
 
 // The checks of a whole image and one of its frames, whose first row is `first`.
-KY_ERRORS CheckFrame(const KyGenericROI* source, const KyGenericROI* destination,
-                     const KyGenericROI* whole, const KyGenericROI* part,
-                     ptrdiff_t first) noexcept {
+KY_ERRORS CheckInterlaced(const KyGenericROI* source, const KyGenericROI* destination,
+                          const KyGenericROI* whole, const KyGenericROI* part,
+                          ptrdiff_t first) noexcept {
   if (const KY_ERRORS error = CheckImage(source)) return error;
   if (const KY_ERRORS error = CheckImage(destination)) return error;
   const bool fits = part->GetWidth() == whole->GetWidth() &&
@@ -48,10 +48,7 @@ KY_ERRORS CheckFrame(const KyGenericROI* source, const KyGenericROI* destination
 template <class T, class Work>
 KY_ERRORS OnFrames(const char* name, const KyROI<T>* source, KyROI<T>* destination,
                    const Work& work) noexcept {
-  return Call(name, [&] {
-    Rows<const T> in;
-    Rows<T> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn(name, source, destination, [&](const Rows<const T>& in, const Rows<T>& out) {
     ky::Input<T> input;
     if (!input.Open(in, out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     work(out, input.rows());
@@ -88,7 +85,7 @@ KY_ERRORS Match(const char* name, const KyROI<T>* roi, int line, int minimum, in
     if (first > last || roi->GetWidth() < last - first) return KY_ERROR_BAD_INTERVAL;
     if (line < 0 || line + ptrdiff_t{1} >= rows.height) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
 
-    const ky::FrameKernels& kernels = ky::ChooseFrameKernels();
+    const ky::InterlacedKernels& kernels = ky::ChooseInterlacedKernels();
     constexpr ptrdiff_t kComponents = sizeof(T);
     const ptrdiff_t left = std::max<ptrdiff_t>(last, 0);
     const ptrdiff_t right = roi->GetWidth() + std::min<ptrdiff_t>(first, 0);
@@ -146,7 +143,7 @@ KY_ERRORS Swap(const char* name, const KyROI<T>* source, KyROI<T>* destination) 
 KY_ERRORS ImgGetFrame(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, int frame) noexcept {
   return Call("ImgGetFrame (KyBW8)", [&] {
     const ptrdiff_t first = frame != 0 ? 1 : 0;
-    if (const KY_ERRORS error = CheckFrame(source, destination, source, destination, first))
+    if (const KY_ERRORS error = CheckInterlaced(source, destination, source, destination, first))
       return error;
     const Rows<const KyBW8> from = EveryOther(RowsOf(source), first);
     Rows<KyBW8> to = RowsOf(destination);
@@ -158,7 +155,7 @@ KY_ERRORS ImgGetFrame(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, int
 KY_ERRORS ImgSetFrame(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, int frame) noexcept {
   return Call("ImgSetFrame (KyBW8)", [&] {
     const ptrdiff_t first = frame != 0 ? 1 : 0;
-    if (const KY_ERRORS error = CheckFrame(source, destination, destination, source, first))
+    if (const KY_ERRORS error = CheckInterlaced(source, destination, destination, source, first))
       return error;
     Rows<const KyBW8> from = RowsOf(source);
     Rows<KyBW8> to = EveryOther(RowsOf(destination), first);

@@ -4,8 +4,6 @@
 
 #include "point/frames_rows.h"
 
-#include <algorithm>
-
 #include "foundation/dispatch.h"
 #include "foundation/reduce-inl.h"
 
@@ -14,11 +12,12 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-// The sum of squared differences of at most kBlock levels: few enough for signed lanes.
-constexpr size_t kBlock = 8192;
+// The sum of squared differences of levels, modulo 2^32.
 template <class D>
 class SumOfSquaredDifferences {
  public:
+  static constexpr size_t kMost = 8192;  // few enough for signed lanes
+
   HWY_INLINE SumOfSquaredDifferences() : sum_(hn::Zero(D32())), more_(hn::Zero(D32())) {}
   HWY_INLINE void Step(D, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D>) {
     const auto difference = hn::Sub(a, b);
@@ -34,13 +33,10 @@ class SumOfSquaredDifferences {
 };
 
 uint32_t SquaredDistance(const KyBW8* a, const KyBW8* b, size_t n) {
-  uint32_t sum = 0;
-  for (size_t i = 0; i < n; i += kBlock)
-    sum += ReduceSpan<SumOfSquaredDifferences, int16_t>(std::min(kBlock, n - i), a + i, b + i);
-  return sum;
+  return ReduceSpan<SumOfSquaredDifferences, int16_t>(n, a, b);
 }
 
-constexpr FrameKernels kKernels = {&SquaredDistance};
+constexpr InterlacedKernels kKernels = {&SquaredDistance};
 
 }  // namespace
 
@@ -49,4 +45,4 @@ constexpr FrameKernels kKernels = {&SquaredDistance};
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-KY_EXPORT_KERNELS(FrameKernels)
+KY_EXPORT_KERNELS(InterlacedKernels)

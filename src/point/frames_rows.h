@@ -8,12 +8,12 @@
 
 namespace ky {
 
-struct FrameKernels {
+struct InterlacedKernels {
   // The sum of (a[i] - b[i])^2, modulo 2^32.
   std::uint32_t (*squaredDistance)(const KyBW8* a, const KyBW8* b, std::size_t n);
 };
 
 // The kernels of the instruction set that this call may use.
-const FrameKernels& ChooseFrameKernels() noexcept;
+const InterlacedKernels& ChooseInterlacedKernels() noexcept;
 
 }  // namespace ky

@@ -10,7 +10,6 @@
 
 namespace {
 
-using ky::Call;
 using ky::GainOffset;
 using ky::LookupTable;
 using ky::Rows;
@@ -62,10 +61,7 @@ KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
 
 KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                  KyBW8Vector* table) noexcept {
-  return Call("ImgLut", [&] {
-    Rows<const KyBW8> in;
-    Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn("ImgLut", source, destination, [&](const auto& in, const auto& out) {
     if (table == nullptr || table->GetNumElements() != 256) return KY_ERROR_NOT_256_ENTRIES;
     return ky::LookUp(out, in, TableOf(table->GetDataPtr()));
   });
@@ -73,10 +69,7 @@ KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
 
 KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, float newMean,
                        float newDeviation) noexcept {
-  return Call("ImgNormalize", [&] {
-    Rows<const KyBW8> in;
-    Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn("ImgNormalize", source, destination, [&](const auto& in, const auto& out) {
     float deviation, mean;
     if (const KY_ERRORS error = ImgPixelStdDev(source, deviation, mean)) return error;
     const float ratio = deviation == 0 ? 0 : newDeviation / deviation;
@@ -89,10 +82,7 @@ KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, fl
 
 KY_ERRORS ImgGainOffset(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, float gain,
                         float offset) noexcept {
-  return Call("ImgGainOffset", [&] {
-    Rows<const KyBW8> in;
-    Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn("ImgGainOffset", source, destination, [&](const auto& in, const auto& out) {
     const std::int32_t g = ToInt32(gain * 32.0f), o = ToInt32(offset);
     // With an offset this far from the largest integer no sum can turn negative.
     if (g >= 0 && g <= GainOffset::kMostGain && o <= INT32_MAX - 0x10000) {

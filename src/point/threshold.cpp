@@ -10,11 +10,13 @@
 namespace {
 
 using ky::Call;
+using ky::CheckCovers;
 using ky::ChooseThresholdKernels;
 using ky::FromParameters;
 using ky::FromRows;
 using ky::MapRows;
 using ky::Rows;
+using ky::RowsIn;
 using ky::RowsOf;
 using ky::Split;
 
@@ -22,22 +24,6 @@ using ky::Split;
 Split SplitAt(unsigned threshold, KyBW8 low, KyBW8 high) noexcept {
   if (threshold > 255) return {0, low, low};
   return {static_cast<KyBW8>(threshold), low, high};
-}
-
-// The check of the operations whose source gives the size: a larger destination is written in the
-// source's area only, a smaller one is refused.
-KY_ERRORS CheckCovers(const KyGenericROI* source, const KyGenericROI* destination) noexcept {
-  if (const KY_ERRORS error = ky::CheckImage(source)) return error;
-  if (const KY_ERRORS error = ky::CheckImage(destination)) return error;
-  const bool covers = destination->GetWidth() >= source->GetWidth() &&
-                      destination->GetHeight() >= source->GetHeight();
-  return covers ? KY_OK : KY_ERROR_SIZE_MISMATCH;
-}
-
-// The rows of the destination in that area.
-template <class T>
-Rows<KyBW8> RowsIn(const Rows<T>& source, KyROI<KyBW8>* destination) noexcept {
-  return {RowsOf(destination).first, destination->GetPitch(), source.width, source.height};
 }
 
 // The bytes that hold the bits of an ROI. The first bit of every row lies at the same place in its
@@ -140,10 +126,7 @@ KY_ERRORS TestThroughLookup(const Rows<const KyC24>& source, const Rows<KyBW8>& 
 
 KY_ERRORS ImgThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                        unsigned int threshold, KyBW8 low, KyBW8 high, float relative) noexcept {
-  return Call("ImgThreshold", [&] {
-    Rows<const KyBW8> in;
-    Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
+  return ky::CallOn("ImgThreshold", source, destination, [&](const auto& in, const auto& out) {
     if (threshold > 255) {
       ky::Counts counts;
       ky::CountLevels(source, counts);

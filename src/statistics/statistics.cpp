@@ -37,8 +37,9 @@ KY_ERRORS ImgPixelAverage(const KyROI<KyBW8>* source, float& mean) noexcept {
     std::int32_t pixels;
     if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
     std::uint32_t sum = 0;
-    ky::ReduceRows(ky::ChooseStatisticsKernels().sum, rows.Joined() ? rows.AsOneRow() : rows,
-                   [&](std::uint32_t row, std::ptrdiff_t) { sum += row; });
+    ky::ReduceRows(
+        ky::ChooseStatisticsKernels().sum, rows.Joined() ? rows.AsOneRow() : rows,
+        [&](std::uint64_t row, std::ptrdiff_t) { sum += static_cast<std::uint32_t>(row); });
     mean = static_cast<float>(static_cast<Extended>(sum) / static_cast<Extended>(pixels));
     return KY_OK;
   });
@@ -53,8 +54,8 @@ KY_ERRORS ImgPixelVariance(const KyROI<KyBW8>* source, float& variance, float& m
     double squares = 0;
     ky::ReduceRows(ky::ChooseStatisticsKernels().moments, rows,
                    [&](const ky::Moments& row, std::ptrdiff_t) {
-                     sum += row.sum;
-                     squares += row.squares;
+                     sum += static_cast<std::uint32_t>(row.sum);
+                     squares += static_cast<std::uint32_t>(row.squares);
                    });
     const Extended n = static_cast<Extended>(pixels), s = sum;
     mean = static_cast<float>(sum) / static_cast<float>(pixels);
@@ -84,7 +85,8 @@ KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximu
                    [&](const ky::ExtremesAndSum& row, std::ptrdiff_t) {
                      smallest = std::min(smallest, row.smallest);
                      largest = std::max(largest, row.largest);
-                     rowMeans += static_cast<float>(row.sum) / static_cast<float>(rows.width);
+                     rowMeans += static_cast<float>(static_cast<std::uint32_t>(row.sum)) /
+                                 static_cast<float>(rows.width);
                    });
     minimum = smallest;
     maximum = largest;

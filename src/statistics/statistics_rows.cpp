@@ -12,23 +12,12 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-uint32_t Sum(const KyBW8* row, size_t n) {
-  return static_cast<uint32_t>(ReduceSpan<SumOfBytes, KyBW8>(n, row));
-}
-Moments MomentsOf(const KyBW8* row, size_t n) {
-  Moments total{};
-  for (size_t x = 0; x < n; x += kMostSquares) {
-    const auto piece = ReduceSpan<SumAndSquares, KyBW8>(HWY_MIN(n - x, kMostSquares), row + x);
-    total.sum += piece.sum;
-    total.squares += piece.squares;
-  }
-  return total;
-}
+Moments MomentsOf(const KyBW8* row, size_t n) { return ReduceSpan<SumAndSquares, KyBW8>(n, row); }
 ExtremesAndSum ExtremesAndSumOf(const KyBW8* row, size_t n) {
   return ReduceSpan<ExtremesAndSumOfBytes, KyBW8>(n, row);
 }
 
-constexpr StatisticsKernels kKernels = {&Sum, &MomentsOf, &ExtremesAndSumOf};
+constexpr StatisticsKernels kKernels = {&SumOfRow, &MomentsOf, &ExtremesAndSumOf};
 
 }  // namespace
 

@@ -7,7 +7,7 @@
 namespace ky {
 
 struct StatisticsKernels {
-  ReduceKernel<std::uint32_t, KyBW8> sum;  // modulo 2^32
+  ReduceKernel<std::uint64_t, KyBW8> sum;
   ReduceKernel<Moments, KyBW8> moments;
   ReduceKernel<ExtremesAndSum, KyBW8> extremes;  // of at least one element
 };

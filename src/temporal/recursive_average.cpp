@@ -64,24 +64,9 @@ KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
     if (const KY_ERRORS error = ky::OpenAll(source, in, state, states, destination, out))
       return error;
     if (table == nullptr || table->GetNumElements() != kChanges) return KY_ERROR_NOT_256_ENTRIES;
-    const auto sharesState = [&](const auto& rows) {
-      return ky::SharingOf(rows, states) != ky::Sharing::kNothing;
-    };
-    // A destination in the state's memory waits until the state is done.
-    ky::Rows<KyBW8> levels = out;
-    ky::Scratch<KyBW8> apart;
-    if (sharesState(out)) {
-      if (!apart.Allocate(out.width * out.height)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-      levels = {apart.get(), out.width, out.width, out.height};
-    }
-    ky::Input<KyBW8> input;
-    if (!(sharesState(in) ? input.OpenCopy(in) : input.Open(in, levels)))
-      return KY_ERROR_NOT_ENOUGH_MEMORY;
-
-    const ky::TemporalKernels& kernels = ky::ChooseTemporalKernels();
-    for (std::ptrdiff_t y = 0; y < out.height; ++y)
-      kernels.recur(input.rows().Row(y), states.Row(y), levels.Row(y),
-                    static_cast<std::size_t>(out.width), table->GetDataPtr());
-    return apart.get() != nullptr ? ky::CopyRows(out, ky::FromRows(levels)) : KY_OK;
+    // Where both share memory the destination is written last, and stands.
+    return ky::MapRows(ky::ChooseTemporalKernels().recur, ky::Several{states, out},
+                       ky::FromRows(in), ky::FromRows(states),
+                       ky::FromParameters<const KyBW16*>(table->GetDataPtr()));
   });
 }

@@ -20,8 +20,9 @@ struct Start {
   KyBW16 others;
 
   template <class D, class V>
-  HWY_INLINE Several<V, V, V> operator()(D d, V current, V, V) const {
-    return {hn::Mul(current, hn::Set(d, others)), {current, {current}}};
+  HWY_INLINE auto operator()(D d, V current, V, V) const {
+    const auto level = AsSigned(current);
+    return Several{hn::Mul(current, hn::Set(d, others)), level, level};
   }
 };
 template <class Divide>
@@ -30,10 +31,10 @@ struct Step {
   Divide divide;
 
   template <class D, class V>
-  HWY_INLINE Several<V, V, V> operator()(D d, V current, V oldest, V sum) const {
+  HWY_INLINE auto operator()(D d, V current, V oldest, V sum) const {
     const V total = hn::Add(sum, current);
     const V mean = hn::And(divide(d, total), hn::Set(d, 0xFF));
-    return {hn::Sub(total, oldest), {mean, {current}}};
+    return Several{hn::Sub(total, oldest), AsSigned(mean), AsSigned(current)};
   }
 };
 struct ShiftBy {
@@ -93,16 +94,17 @@ struct Change {
 };
 
 // The table is read between vector loops over a piece that stays in the first cache.
-void Recur(const KyBW8* source, KyBW16* state, KyBW8* destination, size_t n,
-           const KyBW16* changes) {
+void Recur(Several<KyBW16*, KyBW8*> out, size_t n, const KyBW8* source, const KyBW16* state,
+           const KyBW16* const* changes) {
   constexpr size_t kPiece = 512;
   HWY_ALIGN int16_t piece[kPiece];
   for (size_t i = 0; i < n; i += kPiece) {
     const size_t length = std::min(kPiece, n - i);
-    auto* const states = reinterpret_cast<int16_t*>(state + i);
-    MapSpan(Place(), piece, length, source + i, states);
-    LookUpEach(reinterpret_cast<uint16_t*>(piece), length, piece, changes);
-    MapSpan(Change(), Several{states, destination + i}, length, states, piece);
+    const auto* const old = reinterpret_cast<const int16_t*>(state + i);
+    MapSpan(Place(), piece, length, source + i, old);
+    LookUpEach(reinterpret_cast<uint16_t*>(piece), length, piece, *changes);
+    MapSpan(Change(), Several{reinterpret_cast<int16_t*>(out.first + i), out.more.first + i},
+            length, old, piece);
   }
 }
 

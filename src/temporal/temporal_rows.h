@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "foundation/map.h"
 #include "ky/pixels.h"
 
 namespace ky {
@@ -38,9 +39,9 @@ struct TemporalKernels {
   // The mean of 2^shift frames, and of any number.
   void (*stepByShift)(const MovingRow& row, int shift);
   void (*stepByReciprocal)(const MovingRow& row, const Reciprocal& reciprocal);
-  // A step of a recursive average.
-  void (*recur)(const KyBW8* source, KyBW16* state, KyBW8* destination, std::size_t n,
-                const KyBW16* changes);
+  // A step of a recursive average: the new state and its level, from a pixel, its state, and the
+  // changes for the differences from -kFarthest to kFarthest.
+  SeveralKernel<Several<KyBW16, KyBW8>, KyBW8, KyBW16, const KyBW16*> recur;
 };
 
 // The kernels of the instruction set that this call may use.

@@ -56,8 +56,8 @@ struct Quotient {
       : shift(static_cast<int>(std::bit_width(divisor)) - 1),
         reciprocal(static_cast<uint16_t>((size_t{1} << (16 + shift)) / divisor + 1)) {}
   template <class D, class V>
-  HWY_INLINE V operator()(D d, V sum) const {
-    return hn::ShiftRightSame(hn::MulHigh(sum, hn::Set(d, reciprocal)), shift);
+  HWY_INLINE auto operator()(D d, V sum) const {
+    return AsSigned(hn::ShiftRightSame(hn::MulHigh(sum, hn::Set(d, reciprocal)), shift));
   }
 };
 

@@ -6,6 +6,11 @@
 
 #include "foundation/dispatch.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "foundation/spans-inl.h"
 #include "foundation/window-inl.h"
 #include "foundation/window.h"
 
@@ -40,6 +45,32 @@ struct EndsOf5 {
   }
 };
 
+template <class Lane_>
+struct Unchanged {
+  using Lane = Lane_;
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V v) const {
+    return v;
+  }
+};
+// True when lanes of Wide are stored as the nearest numbers that elements of Narrow can hold.
+template <class Wide, class Narrow>
+bool Limits() {
+  constexpr int64_t kValues[] = {0,      1,      127,        128,        255,        256,
+                                 0x7FFF, 0x8000, 0xFFFF,     0x10000,    0x7FFFFFFF, 0x80000000,
+                                 -1,     -128,   0xFFFFFFFE, 0xFFFFFFFF, -0x8000,    -0x80000000};
+  constexpr size_t kCount = 67;  // whole vectors and a tail
+  Wide from[kCount];
+  Narrow to[kCount];
+  for (size_t i = 0; i < kCount; ++i) from[i] = static_cast<Wide>(kValues[i % 18]);
+  MapSpan(Unchanged<Wide>(), to, kCount, from);
+  for (size_t i = 0; i < kCount; ++i) {
+    using Limit = std::numeric_limits<Narrow>;
+    if (to[i] != std::clamp<int64_t>(from[i], Limit::min(), Limit::max())) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 int64_t CompiledTarget() { return HWY_TARGET; }
@@ -48,6 +79,11 @@ WindowKernel<WindowRun> WindowsOf(int i) {
       MappedWindows<1, Largest>(), MappedWindows<1, Largest, 3>(), RolledWindows<Smooth>(),
       RolledWindows<Smooth, 3>(),  RolledWindows<EndsOf5, 1, 2>(), RolledWindows<EndsOf5, 3, 2>()};
   return kKernels[i];
+}
+bool StoresLimit() {
+  return Limits<uint16_t, uint8_t>() && Limits<int16_t, uint8_t>() && Limits<uint32_t, uint8_t>() &&
+         Limits<int32_t, uint8_t>() && Limits<uint32_t, uint16_t>() &&
+         Limits<int32_t, uint16_t>() && Limits<int32_t, int16_t>();
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
@@ -69,7 +105,12 @@ namespace ky {
 namespace {
 
 HWY_EXPORT(CompiledTarget);
+HWY_EXPORT(StoresLimit);
 HWY_EXPORT(WindowsOf);
+
+TEST(Dispatch, NarrowStoresLimit) {
+  test::ForEachPath([](const std::string&) { EXPECT_TRUE(KY_DISPATCH(StoresLimit)()); });
+}
 
 TEST(Dispatch, EveryPathIsTheOneAskedFor) {
   int paths = 0;

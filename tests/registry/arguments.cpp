@@ -7,7 +7,7 @@
 namespace ky::test {
 
 Arguments::Arguments(const Call& call, Draw& draw, const Plan& plan) : call_(call) {
-  Context context{call, draw, plan, 0, {}};
+  Context context{.call = call, .draw = draw, .plan = plan};
   arguments_ = call.make(context);
 }
 Arguments::~Arguments() = default;

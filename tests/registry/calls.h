@@ -30,30 +30,31 @@ using Bytes = std::vector<unsigned char>;
 
 struct Option {
   enum class Kind {
-    kRange,           // numbers from a to b; elsewhere they are hostile
-    kInterpolations,  // 0, 4 or 8
-    kElements,        // a typed vector of a elements
-    kGroups,          // a generic vector of type a with b groups in use, use c
-    kSize,            // a x b pixels instead of the common size
-    kHalfRows,        // half of the common height
-    kWords,           // pixels whose 16-bit words lie in a to b
-    kBlobs,           // bright rectangles, 8 x 6 of every 16 x 12 pixels
-    kAtLeast,         // a common size of a x b pixels or more
-    kEvenHeight,      // an even common height
-    kKeepsSources,    // of a moving average
-    kNull,            // null gives the code a; 0 is success
-    kUnequal,         // another size gives the code a; 0 is success
-    kNoImage,         // no pixels give the code a; 0 is success
-    kOffParent,       // off its parent it gives the code a, if not that of kNoImage
-    kNoMemory,        // a failing allocation may give the code a, too
-    kPartial,         // the argument may have changed when the call has failed
-    kNever,           // no arguments make the call succeed
-    kPlain,           // one path alone: nothing is dispatched by the instruction set
-    kSpills,          // pixels of the argument's image outside the ROI may change
+    kRange,         // numbers from a to b; elsewhere they are hostile
+    kOneOf,         // one of a few numbers
+    kElements,      // a typed vector of a elements
+    kGroups,        // a generic vector of type a with b groups in use, use c
+    kSize,          // a x b pixels instead of the common size
+    kHalfRows,      // half of the common height
+    kWords,         // pixels whose 16-bit words lie in a to b
+    kBlobs,         // bright rectangles, 8 x 6 of every 16 x 12 pixels
+    kAtLeast,       // a common size of a x b pixels or more
+    kEvenHeight,    // an even common height
+    kKeepsSources,  // of a moving average
+    kNull,          // null gives the code a; 0 is success
+    kUnequal,       // another size gives the code a; 0 is success
+    kNoImage,       // no pixels give the code a; 0 is success
+    kOffParent,     // off its parent it gives the code a, if not that of kNoImage
+    kNoMemory,      // a failing allocation may give the code a, too
+    kPartial,       // the argument may have changed when the call has failed
+    kNever,         // no arguments make the call succeed
+    kPlain,         // one path alone: nothing is dispatched by the instruction set
+    kSpills,        // pixels of the argument's image outside the ROI may change
   };
   Kind kind;
   std::string_view parameter;
   double a = 0, b = 0, c = 0;
+  std::vector<int> numbers = {};
 };
 
 struct Parameter {

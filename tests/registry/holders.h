@@ -20,8 +20,11 @@ struct Context {
   const Call& call;
   Draw& draw;
   Plan plan;
-  std::size_t index = 0;                                // of the argument being made
-  std::map<const void*, std::shared_ptr<void>> sheets;  // by type of pixels, for those that share
+  std::size_t index = 0;  // of the argument being made
+  std::map<const void*, std::shared_ptr<void>> sheets =
+      {};                             // by type of pixels, for those that share
+  std::shared_ptr<Bytes> block = {};  // of the first image, and its pitch
+  int pitch = 0;
 
   const Option* Find(Option::Kind kind) const {
     return call.Find(kind, call.parameters[index].name);
@@ -39,51 +42,66 @@ void Append(Bytes& bytes, const T& value) {
   Append(bytes, &value, 1);
 }
 
-// An image in memory of exactly its size.
+// An image in memory of exactly its size. One with room for pixels of any type can share its memory
+// with an image of another.
 template <class T>
 struct Sheet {
-  Bytes bytes;
+  std::shared_ptr<Bytes> bytes;
   int pitch = 0;
   KyImage<T> image;
 
-  Sheet(int width, int height, Context& context) {
-    constexpr int kSize = static_cast<int>(sizeof(typename KyPixelTraits<T>::Memory));
-    pitch = (width * KyPixelTraits<T>::kBits + 7) / 8 + 4 - kSize % 4;
-    pitch = (pitch + kSize - 1) / kSize * kSize;
-    if (alignof(T) == 4) pitch = (pitch + 3) / 4 * 4;
-    bytes.resize(static_cast<std::size_t>(pitch * height));
-    Fill(context);
-    image.Attach(reinterpret_cast<typename KyPixelTraits<T>::Memory*>(bytes.data()), width, height,
-                 pitch);
+  Sheet(int width, int height, Context& context, bool anyType = false)
+      : bytes(std::make_shared<Bytes>()) {
+    if (anyType) {
+      constexpr int kAnyPixels = 12;
+      pitch = (4 * width / kAnyPixels + 1) * kAnyPixels;
+    } else {
+      pitch = (width * KyPixelTraits<T>::kBits + 7) / 8 + 4 - kSize % 4;
+      pitch = (pitch + kSize - 1) / kSize * kSize;
+      if (alignof(T) == 4) pitch = (pitch + 3) / 4 * 4;
+    }
+    bytes->resize(static_cast<std::size_t>(pitch * height));
+    Fill(*bytes, context);
+    Attach(anyType ? 8 * pitch / KyPixelTraits<T>::kBits : width, height);
+  }
+  Sheet(const std::shared_ptr<Bytes>& others, int pitchOfOthers)
+      : bytes(others), pitch(pitchOfOthers) {
+    Attach(8 * pitch / KyPixelTraits<T>::kBits, static_cast<int>(bytes->size()) / pitch);
   }
 
  private:
+  using Memory = typename KyPixelTraits<T>::Memory;
+  static constexpr int kSize = static_cast<int>(sizeof(Memory));
+
+  void Attach(int width, int height) {
+    image.Attach(reinterpret_cast<Memory*>(bytes->data()), width, height, pitch);
+  }
   // Any levels, or those near 0 or the maximum, or few different ones.
-  void Fill(Context& context) {
+  void Fill(Bytes& memory, Context& context) const {
     SeededDraw random(context.draw.Below(65536));
     const Option* const words = context.Find(Option::Kind::kWords);
     const unsigned kind = random.Below(8);
     if (context.Find(Option::Kind::kBlobs) != nullptr) {
-      for (std::size_t i = 0; i < bytes.size(); ++i) {
+      for (std::size_t i = 0; i < memory.size(); ++i) {
         const std::size_t x = i % static_cast<std::size_t>(pitch) % 16,
                           y = i / static_cast<std::size_t>(pitch) % 12;
-        bytes[i] = x >= 4 && x < 12 && y >= 3 && y < 9 ? 200 : 0;
+        memory[i] = x >= 4 && x < 12 && y >= 3 && y < 9 ? 200 : 0;
       }
       return;
     }
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (std::size_t i = 0; i < memory.size(); ++i) {
       if (words != nullptr) {
         const int word = random.In(static_cast<int>(words->a), static_cast<int>(words->b));
-        if (i % 2 == 0) bytes[i] = static_cast<unsigned char>(word);
-        if (i % 2 == 0 && i + 1 < bytes.size())
-          bytes[i + 1] = static_cast<unsigned char>(word >> 8);
+        if (i % 2 == 0) memory[i] = static_cast<unsigned char>(word);
+        if (i % 2 == 0 && i + 1 < memory.size())
+          memory[i + 1] = static_cast<unsigned char>(word >> 8);
         continue;
       }
       const unsigned any = random.Below(256);
-      bytes[i] = static_cast<unsigned char>(kind == 0   ? any % 4
-                                            : kind == 1 ? 255 - any % 4
-                                            : kind == 2 ? any / 128 * 200
-                                                        : any);
+      memory[i] = static_cast<unsigned char>(kind == 0   ? any % 4
+                                             : kind == 1 ? 255 - any % 4
+                                             : kind == 2 ? any / 128 * 200
+                                                         : any);
     }
   }
 };
@@ -111,24 +129,32 @@ class RoiHolder : public Argument {
     if (context.Hostile(16)) height = std::max(0, height + context.draw.In(-2, 2));
     static const char tag = 0;
     std::shared_ptr<void>& shared = context.sheets[&tag];
-    const bool share = context.plan.sharing != Sharing::kApart && shared != nullptr;
-    if (share) sheet_ = std::static_pointer_cast<Sheet<T>>(shared);
-    const int room = context.plan.roomBeside ? width : 0;
-    if (!share || width + 4 > sheet_->image.GetWidth() || height + 4 > sheet_->image.GetHeight())
-      sheet_ = std::make_shared<Sheet<T>>(width + room + 5, height + 4, context);
+    const bool overlapping = context.plan.sharing == Sharing::kOverlapping;
+    const auto fits = [&] {
+      return width + 4 <= sheet_->image.GetWidth() && height + 4 <= sheet_->image.GetHeight();
+    };
+    if (context.plan.sharing != Sharing::kApart && shared != nullptr)
+      sheet_ = std::static_pointer_cast<Sheet<T>>(shared);
+    else if (overlapping && context.block != nullptr)
+      sheet_ = std::make_shared<Sheet<T>>(context.block, context.pitch);
+    if (sheet_ == nullptr || !fits()) {
+      const int room = context.plan.roomBeside ? width : 0;
+      sheet_ = std::make_shared<Sheet<T>>(width + room + 5, height + 4, context, overlapping);
+    }
     shared = sheet_;
+    context.block = sheet_->bytes;
+    context.pitch = sheet_->pitch;
     int x = 2, y = 2;
-    if (context.plan.sharing == Sharing::kOverlapping)
-      x += context.draw.In(-2, 2), y += context.draw.In(-2, 2);
+    if (overlapping) x += context.draw.In(-2, 2), y += context.draw.In(-2, 2);
     if (context.Hostile(64)) x = context.draw.In(-1, 99);
     roi_.emplace(&sheet_->image, x, y, width, height);
     passed_ = context.Hostile(64) ? nullptr : context.Hostile(64) ? &spare_ : &*roi_;
   }
   KyROI<T>* Pass() const { return passed_; }
   bool IsNull() const override { return passed_ == nullptr; }
-  Bytes State() const override { return sheet_->bytes; }
+  Bytes State() const override { return *sheet_->bytes; }
   bool MayChange() const override { return !constant_; }
-  const void* Memory() const override { return sheet_.get(); }
+  const void* Memory() const override { return sheet_->bytes.get(); }
   bool Spoil(Fault fault) override {
     switch (fault) {
       case Fault::kNone: break;
@@ -419,8 +445,9 @@ T DrawNumber(Context& context) {
   } else {
     constexpr int kOdd[] = {-1, 0, 1, 2, 127, 128, 255, 256, 32767, 32768, 65535, INT_MAX, INT_MIN};
     if (context.Hostile(12)) return static_cast<T>(kOdd[context.draw.Below(std::size(kOdd))]);
-    if (context.Find(Option::Kind::kInterpolations) != nullptr)
-      return static_cast<T>(4 * context.draw.In(0, 2));
+    if (const Option* const some = context.Find(Option::Kind::kOneOf))
+      return static_cast<T>(
+          some->numbers[context.draw.Below(static_cast<unsigned>(some->numbers.size()))]);
     const bool level = sizeof(T) < 4;
     const double most = range != nullptr ? range->b : level ? 255 : 6;
     return static_cast<T>(

@@ -1,6 +1,8 @@
 // The options of the lines of the registry.
 #pragma once
 
+#include <utility>
+
 #include "tests/registry/calls.h"
 
 namespace ky::test::options {
@@ -11,7 +13,10 @@ using Name = std::string_view;
 inline Option Range(Name name, double least, double most) {
   return {Kind::kRange, name, least, most};
 }
-inline Option Interpolations(Name name) { return {Kind::kInterpolations, name}; }
+inline Option OneOf(Name name, std::vector<int> numbers) {
+  return {Kind::kOneOf, name, 0, 0, 0, std::move(numbers)};
+}
+inline Option Interpolations(Name name) { return OneOf(name, {0, 4, 8}); }
 inline Option Elements(Name name, int count) { return {Kind::kElements, name, double(count)}; }
 inline Option Groups(Name name, int type, int count, int use = 0) {
   return {Kind::kGroups, name, double(type), double(count), double(use)};
