@@ -82,7 +82,7 @@ KY_ERRORS Find(std::ptrdiff_t width, std::ptrdiff_t height, CONNEXITY connexity,
 auto LevelsIn(const KyROI<KyBW8>* levels) noexcept {
   return [rows = RowsOf(levels), kernel = ChooseObjectKernels().measureLevels](
              std::ptrdiff_t y, const std::int32_t* ends, std::size_t count, RunLevels* runs) {
-    kernel(rows.Row(y), ends, count, runs);
+    kernel(rows.Row(y), static_cast<std::size_t>(rows.width), ends, count, runs);
   };
 }
 

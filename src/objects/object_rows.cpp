@@ -13,7 +13,7 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-constexpr size_t kBits = 64;
+constexpr size_t kBits = 64, kShort = 16;
 
 struct IsBetween {
   using Lane = uint8_t;
@@ -48,32 +48,47 @@ size_t FindRuns(const KyBW8* row, size_t n, KyBW8 low, KyBW8 high, int32_t* ends
   return static_cast<size_t>(runEnds.Finish(static_cast<int32_t>(n)) - ends) / 2;
 }
 
+// Short runs, of which noise has many: without branches that depend on their lengths, but one.
+// `room` pixels can be read.
+HWY_INLINE ExtremesAndSum MeasureShort(const KyBW8* at, size_t n, size_t room) {
+#if HWY_TARGET == HWY_SCALAR
+  (void)room;
+  return ReduceSpan<ExtremesAndSumOfBytes, KyBW8>(n, at);
+#else
+  using D = hn::FixedTag<uint8_t, kShort>;
+  const D d;
+  const auto present = hn::VecFromMask(d, hn::FirstN(d, n));
+  const auto v = room >= kShort ? hn::And(hn::LoadU(d, at), present) : LoadPart(d, at, n);
+  ExtremesAndSumOfBytes<D> fold;
+  fold.Step(d, v, hn::Not(present));
+  return fold.Done();
+#endif
+}
+
 // The sum of a piece fits 32 bits.
 constexpr size_t kLongestPiece = size_t{1} << 24;
 
-void MeasureLevels(const KyBW8* row, const int32_t* ends, size_t count, RunLevels* levels) {
-  constexpr size_t kShort = 16;
+RunLevels MeasureLong(const KyBW8* at, size_t n) {
+  RunLevels total{0, 255, 0};
+  for (size_t i = 0; i < n; i += kLongestPiece) {
+    const ExtremesAndSum of =
+        ReduceSpan<ExtremesAndSumOfBytes, KyBW8>(HWY_MIN(n - i, kLongestPiece), at + i);
+    total = {total.sum + of.sum, HWY_MIN(total.lowest, of.smallest),
+             HWY_MAX(total.highest, of.largest)};
+  }
+  return total;
+}
+
+void MeasureLevels(const KyBW8* row, size_t n, const int32_t* ends, size_t count,
+                   RunLevels* levels) {
   for (size_t i = 0; i < count; ++i) {
-    const KyBW8* at = row + ends[2 * i];
-    auto left = static_cast<size_t>(ends[2 * i + 1] - ends[2 * i]);
-    RunLevels total{0, 255, 0};
-    const auto add = [&](uint64_t sum, KyBW8 lowest, KyBW8 highest) HWY_ATTR {
-      total.sum += sum;
-      total.lowest = HWY_MIN(total.lowest, lowest);
-      total.highest = HWY_MAX(total.highest, highest);
-    };
-    if (left < kShort) {
-      for (; left > 0; --left, ++at) add(*at, *at, *at);
+    const auto begin = static_cast<size_t>(ends[2 * i]), end = static_cast<size_t>(ends[2 * i + 1]);
+    if (end - begin <= kShort) {
+      const ExtremesAndSum of = MeasureShort(row + begin, end - begin, n - begin);
+      levels[i] = {of.sum, of.smallest, of.largest};
     } else {
-      while (left > 0) {
-        const size_t piece = HWY_MIN(left, kLongestPiece);
-        const ExtremesAndSum of = ReduceSpan<ExtremesAndSumOfBytes, KyBW8>(piece, at);
-        add(of.sum, of.smallest, of.largest);
-        at += piece;
-        left -= piece;
-      }
+      levels[i] = MeasureLong(row + begin, end - begin);
     }
-    levels[i] = total;
   }
 }
 
@@ -83,7 +98,7 @@ HWY_INLINE void Spread(KyBW32* row, size_t n, size_t x, size_t end, KyBW32 value
   const size_t lanes = hn::Lanes(d);
   const auto v = hn::Set(d, value);
   for (; x < end && x + lanes <= n; x += lanes) {
-    AskToStore<hn::MaxLanes(d) * sizeof(KyBW32)>(row + x);
+    PrefetchAhead<hn::MaxLanes(d) * sizeof(KyBW32)>(row + x, 1024);
     hn::StoreU(v, d, row + x);
   }
   for (; x < end; ++x) row[x] = value;

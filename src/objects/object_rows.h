@@ -13,9 +13,9 @@ struct ObjectKernels {
   // Writes where the runs of levels low to high begin and end, and returns the number of runs.
   std::size_t (*findRuns)(const KyBW8* row, std::size_t n, KyBW8 low, KyBW8 high,
                           std::int32_t* ends);
-  // Takes `count` runs by their ends.
-  void (*measureLevels)(const KyBW8* row, const std::int32_t* ends, std::size_t count,
-                        RunLevels* levels);
+  // Takes `count` runs of a row of n pixels by their ends.
+  void (*measureLevels)(const KyBW8* row, std::size_t n, const std::int32_t* ends,
+                        std::size_t count, RunLevels* levels);
   // Writes table[label] over each run and 0 elsewhere.
   void (*paintRuns)(KyBW32* row, std::size_t n, const Run* runs, std::size_t count,
                     const KyBW32* table);
