@@ -7,7 +7,6 @@
 #include <stdexcept>
 
 #include "inspect/measuring.h"
-#include "inspect/objects.h"
 #include "inspect/options.h"
 #include "inspect/pipeline.h"
 #include "inspect/report.h"
@@ -31,35 +30,31 @@ void WriteText(const std::string& text, const std::string& path) {
 }
 
 // `name` is what the output files are called; the picture's own name is for messages.
-void Inspect(KyImage<KyBW8> grey, const std::string& picture, const std::string& name,
+void Inspect(const KyImage<KyBW8>& grey, const std::string& picture, const std::string& name,
              const Options& options) {
   if (grey.GetWidth() > kLargest || grey.GetHeight() > kLargest)
     throw std::runtime_error(picture + ": is larger than " + std::to_string(kLargest) + " pixels");
   const std::string path = (std::filesystem::path(options.folder) / name).string();
 
-  Prepared prepared = Prepare(grey, options.preparation);
+  const Prepared prepared = Prepare(grey, options.preparation);
   if (options.steps) {
     picture::Write(grey, path + ".1-grey.png");
     picture::Write(prepared.even, path + ".2-even.png");
     picture::Write(prepared.mask, path + ".3-mask.png");
   }
-  const std::vector<Object> objects = TakeObjects(prepared.mask, options.minArea);
-  std::vector<Measures> measures;
-  measures.reserve(objects.size());
-  for (const Object& object : objects)
-    measures.push_back(Measure(object, grey, prepared.even, prepared.level));
+  const std::vector<Measured> objects = Measure(prepared, grey, options.minArea);
 
-  picture::Write(Annotate(grey, objects), path + ".objects.png");
+  picture::Write(Annotate(grey, prepared.mask, objects), path + ".objects.png");
   picture::Write(DrawHistogram(prepared.histogram, prepared.level), path + ".histogram.png");
-  WriteText(Csv(measures), path + ".csv");
+  WriteText(Csv(objects), path + ".csv");
   std::printf("%s: %zu objects, level %u; see %s.*\n%s\n", picture.c_str(), objects.size(),
-              prepared.level, path.c_str(), Table(measures).c_str());
+              prepared.level, path.c_str(), Table(objects).c_str());
 }
 
 void InspectScene(const Options& options) {
-  KyImage<KyBW8> scene = scene::Draw(scene::Bundled(false));
+  const KyImage<KyBW8> scene = scene::Draw(scene::Bundled(false));
   if (KyGetError() != KY_OK) throw std::runtime_error(KyGetErrorText(KyGetError()));
-  Inspect(std::move(scene), "the drawn scene", "scene", options);
+  Inspect(scene, "the drawn scene", "scene", options);
 }
 
 // Goes on with the next file after one that fails.

@@ -1,23 +1,22 @@
-// What is measured of an object.
+// Objects and what is measured of them.
 #pragma once
 
-#include "inspect/objects.h"
+#include <vector>
+
+#include "inspect/pipeline.h"
 #include "ky/ky.h"
 
 namespace inspect {
 
-/// Lengths in pixels, levels in grey levels.
-struct Measures {
-  double x = 0, y = 0;  ///< centre of gravity of the object's pixels
-  Box box;
-  double area = 0;                ///< enclosed by the contour
-  double perimeter = 0;           ///< of the polygon through the contour's pixels
-  float mean = 0, deviation = 0;  ///< of the levels of the object's pixels
-  unsigned int strips = 0;        ///< how often a line across its middle enters the object
+struct Measured {
+  KyObject object;
+  KyObjectShape shape;
+  unsigned int strips = 0;  ///< how often a line across its middle enters it
 };
 
-/// Levels are read from `grey`, the strips from `even`, where objects are those from `level` on.
-Measures Measure(const Object& object, KyImage<KyBW8>& grey, const KyROI<KyBW8>& even,
-                 unsigned int level);
+/// Finds the objects of at least `minArea` pixels, from top to bottom, and measures them. Pixels of
+/// the mask that share an edge or a corner are connected. Levels are read from `grey`, the strips
+/// from the picture in even light. Throws when there is no memory.
+std::vector<Measured> Measure(const Prepared& prepared, const KyROI<KyBW8>& grey, KyBW32 minArea);
 
 }  // namespace inspect

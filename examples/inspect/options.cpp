@@ -104,7 +104,7 @@ void AddOptions(CLI::App& app, Options& options) {
       ->type_name("X Y")
       ->default_str("0 0");
   app.add_option("-a,--min-area", options.minArea, "smallest area of an object, in pixels")
-      ->check(Between(0.0, 1e9))
+      ->check(Between(0, 1000000000))
       ->type_name("N");
 }
 
@@ -113,7 +113,7 @@ void AddOptions(CLI::App& app, Options& options) {
 std::optional<Options> ParseOptions(int argc, char** argv, int& exitCode) {
   CLI::App app(
       "Finds the objects in pictures, measures them, and writes for each picture NAME\n"
-      "  NAME.objects.png     the picture with contours, boxes and numbers\n"
+      "  NAME.objects.png     the picture with contours, boxes, axes and numbers\n"
       "  NAME.histogram.png   the histogram of even light with the level chosen from it\n"
       "  NAME.csv             the measures, in pixels and grey levels\n",
       "inspect");

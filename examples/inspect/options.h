@@ -36,7 +36,7 @@ struct Options {
   std::vector<std::string> files;
   std::string folder = "demo";
   Preparation preparation;
-  double minArea = 150;
+  KyBW32 minArea = 150;
   bool steps = false;
 };
 

@@ -6,9 +6,12 @@
 
 namespace inspect {
 
+/// The level of objects in a mask.
+inline constexpr KyBW8 kObjectLevel = 255;
+
 /// `even` is the picture in even light: objects are bright on black, whatever they were. `mask` is
-/// 255 in objects and 0 elsewhere; `level` is what separates them in the histogram of `even`,
-/// 0 or 256 when there are none.
+/// kObjectLevel in objects and 0 elsewhere; `level` is what separates them in the histogram of
+/// `even`, 0 or 256 when there are none.
 struct Prepared {
   KyImage<KyBW8> even, mask;
   KyBW8HistogramVector histogram;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <numbers>
 
 #include "support/drawing.h"
 #include "support/program.h"
@@ -10,17 +11,18 @@
 namespace inspect {
 namespace {
 
-constexpr KyC24 kContour{255, 150, 30}, kBox{70, 190, 220}, kLabel{20, 40, 60}, kInk{255, 255, 255};
+constexpr KyC24 kContour{255, 150, 30}, kBox{70, 190, 220}, kAxes{255, 235, 90}, kLabel{20, 40, 60},
+    kInk{255, 255, 255};
 constexpr KyC24 kPaper{250, 250, 247}, kAxis{90, 90, 90}, kGround{120, 130, 140},
     kLevel{200, 30, 30};
 
-// The number on a plate at the upper left corner of the object's box, moved into the picture.
-void Label(KyROI<KyC24>& picture, unsigned int number, const Box& box) {
+// The number on a plate at the upper left corner of an object's box, moved into the picture.
+void Label(KyROI<KyC24>& picture, unsigned int number, const KyObject& at) {
   constexpr int kMargin = 2;
   const int width = draw::NumberWidth(number) + 2 * kMargin,
             height = draw::kNumberHeight + 2 * kMargin;
-  const int x = std::clamp(box.x, 0, std::max(picture.GetWidth() - width, 0));
-  const int y = std::clamp(box.y - height / 2, 0, std::max(picture.GetHeight() - height, 0));
+  const int x = std::clamp(at.x, 0, std::max(picture.GetWidth() - width, 0));
+  const int y = std::clamp(at.y - height / 2, 0, std::max(picture.GetHeight() - height, 0));
   draw::Fill(picture, {x, y, width, height}, kLabel);
   draw::Number(picture, number, {x + kMargin, y + kMargin}, kInk);
 }
@@ -33,26 +35,50 @@ std::string Format(const char* format, T... values) {
 }
 
 // One line an object by `format`, which takes the number and the measures in order.
-std::string Lines(const char* format, const std::vector<Measures>& measures) {
+std::string Lines(const char* format, const std::vector<Measured>& objects) {
   std::string lines;
-  for (std::size_t i = 0; i < measures.size(); ++i) {
-    const Measures& m = measures[i];
-    lines += Format(format, i + 1, m.x, m.y, m.box.x, m.box.y, m.box.width, m.box.height, m.area,
-                    m.perimeter, double{m.mean}, double{m.deviation}, m.strips);
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    const auto& [o, shape, strips] = objects[i];
+    lines += Format(format, i + 1, shape.x, shape.y, o.x, o.y, o.width, o.height, o.area,
+                    shape.perimeter, shape.angle, shape.elongation, shape.circularity, o.holes,
+                    shape.meanLevel, int{o.lowest}, int{o.highest}, strips);
   }
   return lines;
 }
 
+// The outer contour. That of a single pixel is empty.
+void DrawContour(KyROI<KyC24>& picture, const KyROI<KyBW8>& mask, const KyObject& object) {
+  KyPathVector contour;
+  const KY_ERRORS error =
+      ImgContour(&mask, KY_CONTOUR_CW_ALONG_BORDER, object.firstX, object.firstY,
+                 KY_CONTOUR_ABOVE_THRESHOLD, kObjectLevel, KY_CONNEXITY_8, &contour);
+  if (error != KY_ERROR_CONTOUR_ISOLATED) Must(error);
+  draw::Contour(picture, contour, kContour);
+}
+
+// A line through the centre, `angle` degrees clockwise on the screen, for the moment along it.
+void DrawAxis(KyROI<KyC24>& picture, const KyObjectShape& shape, double moment, double angle) {
+  const double half = 2 * std::sqrt(moment), radians = angle * std::numbers::pi / 180;
+  const auto end = [&](double distance) {
+    return draw::Point{static_cast<int>(std::lround(shape.x + distance * std::cos(radians))),
+                       static_cast<int>(std::lround(shape.y + distance * std::sin(radians)))};
+  };
+  draw::Line(picture, end(-half), end(half), kAxes);
+}
+
 }  // namespace
 
-KyImage<KyC24> Annotate(const KyROI<KyBW8>& grey, const std::vector<Object>& objects) {
+KyImage<KyC24> Annotate(const KyROI<KyBW8>& grey, const KyROI<KyBW8>& mask,
+                        const std::vector<Measured>& objects) {
   auto picture = SameSize<KyC24>(grey);
   Must(ImgOper(KY_OPER_COPY, &grey, &picture));
-  for (const Object& object : objects) {
-    draw::Frame(picture, object.box, kBox);
-    draw::Contour(picture, object.contour, kContour);
+  for (const auto& [object, shape, strips] : objects) {
+    draw::Frame(picture, {object.x, object.y, object.width, object.height}, kBox);
+    DrawContour(picture, mask, object);
+    DrawAxis(picture, shape, shape.major, shape.angle);
+    DrawAxis(picture, shape, shape.minor, shape.angle + 90);
   }
-  for (unsigned int i = 0; i < objects.size(); ++i) Label(picture, i + 1, objects[i].box);
+  for (unsigned int i = 0; i < objects.size(); ++i) Label(picture, i + 1, objects[i].object);
   return picture;
 }
 
@@ -81,15 +107,20 @@ KyImage<KyC24> DrawHistogram(const KyBW8HistogramVector& histogram, unsigned int
   return picture;
 }
 
-std::string Csv(const std::vector<Measures>& measures) {
-  return "object,x,y,left,top,width,height,area,perimeter,mean,deviation,strips\n" +
-         Lines("%zu,%.2f,%.2f,%d,%d,%d,%d,%.0f,%.1f,%.1f,%.1f,%u\n", measures);
+std::string Csv(const std::vector<Measured>& objects) {
+  return "object,x,y,left,top,width,height,area,perimeter,angle,elongation,circularity,holes,mean,"
+         "lowest,highest,strips\n" +
+         Lines("%zu,%.2f,%.2f,%d,%d,%d,%d,%u,%.1f,%.2f,%.3f,%.3f,%d,%.1f,%d,%d,%u\n", objects);
 }
 
-std::string Table(const std::vector<Measures>& measures) {
-  return Format("%6s %7s %7s %5s %5s %5s %6s %8s %9s %6s %9s %6s\n", "object", "x", "y", "left",
-                "top", "width", "height", "area", "perimeter", "mean", "deviation", "strips") +
-         Lines("%6zu %7.1f %7.1f %5d %5d %5d %6d %8.0f %9.1f %6.1f %9.1f %6u\n", measures);
+std::string Table(const std::vector<Measured>& objects) {
+  return Format("%6s %7s %7s %5s %5s %5s %6s %6s %9s %6s %10s %11s %5s %6s %6s %7s %6s\n", "object",
+                "x", "y", "left", "top", "width", "height", "area", "perimeter", "angle",
+                "elongation", "circularity", "holes", "mean", "lowest", "highest", "strips") +
+         Lines(
+             "%6zu %7.1f %7.1f %5d %5d %5d %6d %6u %9.1f %6.1f %10.2f %11.2f %5d %6.1f %6d %7d "
+             "%6u\n",
+             objects);
 }
 
 }  // namespace inspect

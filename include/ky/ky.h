@@ -23,6 +23,7 @@
 #include "ky/moments.h"
 #include "ky/morphology.h"
 #include "ky/neighbourhoods.h"
+#include "ky/objects.h"
 #include "ky/operators.h"
 #include "ky/path_sampling.h"
 #include "ky/pixels.h"

@@ -73,7 +73,7 @@ enum KY_ERRORS : int {
   KY_ERROR_WARP_MAP = 1405,
   /// The affine transform cannot be inverted. ImgRegister with scaling: pivots coincide.
   KY_ERROR_TRANSFORM_LIMIT = 1411,
-  /// ImgWhiteTopHatBox cannot work in place.
+  /// ImgWhiteTopHatBox cannot work in place. ImgFindObjects: the labels share memory with a source.
   KY_ERROR_COLOR_PLANES = 1413,
   /// A pyramid cannot be halved. No call raises it yet.
   KY_ERROR_PYRAMID_HALVE = 1414,

@@ -376,6 +376,28 @@ class Holder<const KyColorLookup*> : public ObjectHolder<const KyColorLookup> {
   }
 };
 
+// An object of any measures.
+template <>
+class Holder<const KyObject*> : public ObjectHolder<const KyObject> {
+ public:
+  explicit Holder(Context& context)
+      : ObjectHolder<const KyObject>(context, &object_),
+        object_(DrawElement<KyObject>(context.draw)) {
+    object_.area = context.Hostile(8) ? 0 : static_cast<KyBW32>(context.draw.In(1, 9000));
+    SeededDraw random(context.draw.Below(65536));
+    for (std::uint64_t* const sum : {&object_.sumX, &object_.sumY, &object_.sumXX, &object_.sumXY})
+      *sum = random.Below(65536) * (context.Hostile(8) ? ~std::uint64_t{0} : random.Below(65536));
+  }
+  Bytes State() const override {
+    Bytes bytes;
+    Append(bytes, object_);
+    return bytes;
+  }
+
+ private:
+  KyObject object_;
+};
+
 // A table of 256 levels.
 template <>
 class Holder<const KyBW8*> : public ObjectHolder<const KyBW8> {

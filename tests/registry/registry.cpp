@@ -163,6 +163,7 @@ const std::vector<Call>& Registry() {
 #include "tests/registry/gradient.inc"
 #include "tests/registry/histogram.inc"
 #include "tests/registry/morphology.inc"
+#include "tests/registry/objects.inc"
 #include "tests/registry/point.inc"
 #include "tests/registry/statistics.inc"
 #include "tests/registry/temporal.inc"
