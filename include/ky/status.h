@@ -45,8 +45,10 @@ enum KY_ERRORS : int {
   /// The source of a pyramid cannot be used. No call raises it yet.
   KY_ERROR_PYRAMID_BUILD = 1024,
   /// The determinant of a system of equations is 0. ImgRegister: three pivots lie on one line.
+  /// ImgLinearRegression: the first image has a single level.
   KY_ERROR_SINGULAR_SYSTEM = 1050,
-  /// A statistic of an ROI of no columns or rows, also as part of ImgNormalize.
+  /// A statistic of an ROI of no columns or rows, also as part of ImgNormalize; a centre, inertia
+  /// or level statistics of no pixels.
   KY_ERROR_NO_PIXELS = 1051,
   /// Load, Save, Serialize: the file cannot be opened, or its name or stream is null.
   KY_ERROR_FILE_OPEN = 1102,

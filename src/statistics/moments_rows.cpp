@@ -20,14 +20,17 @@ namespace {
 using D8 = hn::ScalableTag<uint8_t>;
 using V8 = hn::Vec<D8>;
 
+// What stands for levels, in units of 1 / kUnit.
 struct Weighed {
+  static constexpr uint64_t kUnit = 1;
   explicit Weighed(KyBW8) {}
   HWY_INLINE V8 operator()(V8 v) const { return v; }
 };
 struct Binary {
+  static constexpr uint64_t kUnit = 255;
   explicit Binary(KyBW8 threshold) : threshold_(hn::Set(D8(), threshold)) {}
   HWY_INLINE V8 operator()(V8 v) const {
-    return hn::IfThenElseZero(hn::Eq(hn::Max(v, threshold_), v), hn::Set(D8(), 1));
+    return hn::VecFromMask(D8(), hn::Eq(hn::Max(v, threshold_), v));
   }
 
  private:
@@ -146,45 +149,55 @@ void AddRows(const Level& level, const Rows<const KyBW8>& rows, ColumnSums& colu
   const D8 d;
   const hn::Repartition<uint16_t, D8> d16;
   const hn::Repartition<uint32_t, D8> d32;
+  using V16 = hn::Vec<hn::Repartition<uint16_t, D8> >;
   const size_t lanes = hn::Lanes(d), n = static_cast<size_t>(rows.width);
-  const auto add = [&](const auto& load, size_t x) HWY_ATTR {
-    auto both = hn::Zero(d16), odd = both, bothRising = both, oddRising = both;
-    const auto row = [&](ptrdiff_t y) HWY_ATTR {
-      const auto v = hn::BitCast(d16, load(rows.Row(y) + x));
-      bothRising = hn::Add(bothRising, both);
-      oddRising = hn::Add(oddRising, odd);
-      both = hn::Add(both, v);
-      odd = hn::Add(odd, hn::ShiftRight<8>(v));
-    };
-    ptrdiff_t y = rows.height;
-    for (; y >= 4; y -= 4)
-      for (ptrdiff_t k = 1; k <= 4; ++k) row(y - k);
-    while (y > 0) row(--y);
-    const auto store = [&](auto sums, auto risingSums, size_t place) HWY_ATTR {
-      const auto put = [&](auto wide, auto wideRising, size_t at) HWY_ATTR {
-        const auto old = hn::Load(d32, columns.level + at);
-        const auto oldRising = hn::Load(d32, columns.rising + at);
-        hn::Store(hn::Add(old, wide), d32, columns.level + at);
-        hn::Store(hn::Add(oldRising, hn::Add(wideRising, hn::ShiftLeft<4>(old))), d32,
-                  columns.rising + at);
-      };
-      const auto low = hn::Set(d32, 0xFFFF);
-      const auto wide = hn::BitCast(d32, sums), wideRising = hn::BitCast(d32, risingSums);
-      put(hn::And(wide, low), hn::And(wideRising, low), place);
-      put(hn::ShiftRight<16>(wide), hn::ShiftRight<16>(wideRising), place + lanes / 2);
-    };
-    store(hn::Sub(both, hn::ShiftLeft<8>(odd)), hn::Sub(bothRising, hn::ShiftLeft<8>(oddRising)),
-          x);
-    store(odd, oddRising, x + lanes / 4);
+  struct Sums {
+    V16 both, odd, bothRising, oddRising;
   };
+  const auto row = [&](Sums& sums, V8 v) HWY_ATTR {
+    const V16 pair = hn::BitCast(d16, v);
+    sums.bothRising = hn::Add(sums.bothRising, sums.both);
+    sums.oddRising = hn::Add(sums.oddRising, sums.odd);
+    sums.both = hn::Add(sums.both, pair);
+    sums.odd = hn::Add(sums.odd, hn::ShiftRight<8>(pair));
+  };
+  const auto store = [&](V16 sums, V16 rising, size_t place) HWY_ATTR {
+    const auto put = [&](auto wide, auto wideRising, size_t at) HWY_ATTR {
+      const auto old = hn::Load(d32, columns.level + at);
+      const auto oldRising = hn::Load(d32, columns.rising + at);
+      hn::Store(hn::Add(old, wide), d32, columns.level + at);
+      hn::Store(hn::Add(oldRising, hn::Add(wideRising, hn::ShiftLeft<4>(old))), d32,
+                columns.rising + at);
+    };
+    const auto low = hn::Set(d32, 0xFFFF);
+    const auto wide = hn::BitCast(d32, sums), wideRising = hn::BitCast(d32, rising);
+    put(hn::And(wide, low), hn::And(wideRising, low), place);
+    put(hn::ShiftRight<16>(wide), hn::ShiftRight<16>(wideRising), place + lanes / 2);
+  };
+  const auto storeAll = [&](const Sums& s, size_t x) HWY_ATTR {
+    store(hn::Sub(s.both, hn::ShiftLeft<8>(s.odd)),
+          hn::Sub(s.bothRising, hn::ShiftLeft<8>(s.oddRising)), x);
+    store(s.odd, s.oddRising, x + lanes / 4);
+  };
+  const V16 zero = hn::Zero(d16);
   size_t x = 0;
-  for (; x + lanes <= n; x += lanes)
-    add([&](const KyBW8* from) HWY_ATTR { return level(hn::LoadU(d, from)); }, x);
-  if (const size_t rest = n - x; rest > 0) {
-    const auto present = hn::VecFromMask(d, hn::FirstN(d, rest));
-    add([&](const KyBW8* from)
-            HWY_ATTR { return hn::And(present, level(LoadPart(d, from, rest))); },
-        x);
+  // Two vectors at once: each addition waits for the one before.
+  for (; x + 2 * lanes <= n; x += 2 * lanes) {
+    Sums left{zero, zero, zero, zero}, right = left;
+    for (ptrdiff_t y = rows.height; y-- > 0;) {
+      row(left, level(hn::LoadU(d, rows.Row(y) + x)));
+      row(right, level(hn::LoadU(d, rows.Row(y) + x + lanes)));
+    }
+    storeAll(left, x);
+    storeAll(right, x + lanes);
+  }
+  for (; x < n; x += lanes) {
+    const size_t count = HWY_MIN(n - x, lanes);
+    const V8 present = hn::VecFromMask(d, hn::FirstN(d, count));
+    Sums sums{zero, zero, zero, zero};
+    for (ptrdiff_t y = rows.height; y-- > 0;)
+      row(sums, hn::And(present, level(LoadPart(d, rows.Row(y) + x, count))));
+    storeAll(sums, x);
   }
 }
 // Of each four neighbours, number i stands in the i-th quarter of the vector's places.
@@ -224,6 +237,9 @@ TileMoments Moments(const Rows<const KyBW8>& tile, KyBW8 threshold) {
     m.m30 += x * x * x * sum;
     m.m21 += x * x * columns.rising[PlaceOf(x)];
   }
+  for (uint64_t* const each :
+       {&m.m00, &m.m10, &m.m01, &m.m20, &m.m11, &m.m02, &m.m30, &m.m21, &m.m12, &m.m03})
+    *each /= Level::kUnit;
   return m;
 }
 
