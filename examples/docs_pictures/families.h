@@ -19,6 +19,7 @@ void Histograms(const std::string& folder);
 void Temporal(const std::string& folder);
 void Profiles(const std::string& folder);
 void Contours(const std::string& folder);
+void Objects(const std::string& folder);
 void Gradients(const std::string& folder);
 void TypedVectors(const std::string& folder);
 
