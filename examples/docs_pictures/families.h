@@ -22,6 +22,7 @@ void Focus(const std::string& folder);
 void Temporal(const std::string& folder);
 void Profiles(const std::string& folder);
 void Contours(const std::string& folder);
+void Objects(const std::string& folder);
 void Gradients(const std::string& folder);
 void TypedVectors(const std::string& folder);
 

@@ -15,8 +15,8 @@ void Run(const char* folder) {
   for (const auto family :
        {docs::Operators, docs::Lookup, docs::Thresholds, docs::ThresholdModes, docs::Frames,
         docs::Kernels, docs::Filters, docs::Morphology, docs::Geometry, docs::Mirrors,
-        docs::Histograms, docs::Temporal, docs::Profiles, docs::Contours, docs::Gradients,
-        docs::TypedVectors, docs::Moments, docs::Noise, docs::Focus})
+         docs::Histograms, docs::Temporal, docs::Profiles, docs::Contours, docs::Objects,
+         docs::Gradients, docs::TypedVectors, docs::Moments, docs::Noise, docs::Focus})
     family(folder);
 }
 

@@ -88,8 +88,9 @@ KyBW32 Labelling::Unite(KyBW32 a, KyBW32 b) noexcept {
   return a;
 }
 
-void Labelling::MeasureRun(KyObject& object, const Run& run,
-                           const RunLevels& levels) const noexcept {
+// Each measure is loaded and stored once: the next run often adds to the same object.
+inline void Labelling::MeasureRun(KyObject& object, const Run& run, const RunLevels& levels,
+                                  const Contacts& contacts) const noexcept {
   const auto begin = static_cast<std::uint64_t>(run.begin), y = static_cast<std::uint64_t>(y_);
   const auto n = static_cast<std::uint64_t>(run.end - run.begin);
   const std::uint64_t sumX = n * begin + Sum(n);
@@ -103,8 +104,9 @@ void Labelling::MeasureRun(KyObject& object, const Run& run,
   object.width = std::max(object.width, run.end);
   object.height = y_ + 1;
   object.area += static_cast<KyBW32>(n);
-  object.straight += static_cast<KyBW32>(2 + 2 * n);
-  object.diagonal += static_cast<KyBW32>(4 * n);
+  object.straight += static_cast<KyBW32>(2 + 2 * n) - 2 * contacts.straight;
+  object.diagonal += static_cast<KyBW32>(4 * n) - 2 * contacts.diagonal;
+  object.holes += contacts.holes;
   object.lowest = std::min(object.lowest, levels.lowest);
   object.highest = std::max(object.highest, levels.highest);
   if (run.begin == 0) object.touches |= kLeft;
@@ -120,8 +122,8 @@ bool Labelling::AddRow(const std::int32_t* ends, const RunLevels* levels,
   Run* const row = runs_.end();
   for (std::size_t i = 0; i < count; ++i) {
     Run& run = row[i] = {ends[2 * i], ends[2 * i + 1], kNone};
-    KyBW32 root = kNone, corner[2], corners = 0, straight = 0, diagonal = 0;
-    std::int32_t holes = 0;
+    KyBW32 root = kNone, corner[2], corners = 0;
+    Contacts contacts;
     while (above != aboveEnd && above->end < run.begin) ++above;
     for (const Run* at = above; at != aboveEnd && at->begin <= run.end; ++at) {
       const std::int32_t common = std::min(at->end, run.end) - std::max(at->begin, run.begin);
@@ -129,9 +131,8 @@ bool Labelling::AddRow(const std::int32_t* ends, const RunLevels* levels,
         corner[corners++] = at->label;
         continue;
       }
-      // Neighbours above each other, and along diagonals, that both belong to the object.
-      straight += static_cast<KyBW32>(common);
-      diagonal +=
+      contacts.straight += static_cast<KyBW32>(common);
+      contacts.diagonal +=
           common == 0
               ? 1
               : static_cast<KyBW32>(2 * common - (at->begin == run.begin) - (at->end == run.end));
@@ -139,17 +140,13 @@ bool Labelling::AddRow(const std::int32_t* ends, const RunLevels* levels,
       if (root == kNone)
         root = other;
       else if (root == other)
-        ++holes;
+        ++contacts.holes;
       else
         root = Unite(root, other);
     }
     if (root == kNone) root = Found(run.begin);
     run.label = root;
-    KyObject& object = components_[root];
-    MeasureRun(object, run, levels[i]);
-    object.straight -= 2 * straight;
-    object.diagonal -= 2 * diagonal;
-    object.holes += holes;
+    MeasureRun(components_[root], run, levels[i], contacts);
     for (KyBW32 k = 0; k < corners; ++k) corners_.Append({corner[k], root});
   }
   if (keepRuns_) {

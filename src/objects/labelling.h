@@ -42,13 +42,20 @@ class Labelling {
   struct Corner {
     KyBW32 a, b;
   };
+  // Of a run with those above it: neighbours above each other, and along diagonals, that both
+  // belong to the object, and holes that close.
+  struct Contacts {
+    KyBW32 straight = 0, diagonal = 0;
+    std::int32_t holes = 0;
+  };
   static constexpr KyBW32 kNone = 0xFFFFFFFF;
 
   bool Reserve(std::size_t count) noexcept;
   KyBW32 Found(std::int32_t x) noexcept;
   KyBW32 RootOf(KyBW32 component) noexcept;
   KyBW32 Unite(KyBW32 a, KyBW32 b) noexcept;
-  void MeasureRun(KyObject& object, const Run& run, const RunLevels& levels) const noexcept;
+  void MeasureRun(KyObject& object, const Run& run, const RunLevels& levels,
+                  const Contacts& contacts) const noexcept;
 
   bool eight_ = false, keepRuns_ = false;
   std::int32_t y_ = 0, width_ = 0, height_ = 0;

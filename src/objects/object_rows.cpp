@@ -13,7 +13,7 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-constexpr size_t kBits = 64, kShort = 16;
+constexpr size_t kBits = 64;
 
 struct IsBetween {
   using Lane = uint8_t;
@@ -48,47 +48,46 @@ size_t FindRuns(const KyBW8* row, size_t n, KyBW8 low, KyBW8 high, int32_t* ends
   return static_cast<size_t>(runEnds.Finish(static_cast<int32_t>(n)) - ends) / 2;
 }
 
-// Short runs, of which noise has many: without branches that depend on their lengths, but one.
-// `room` pixels can be read.
-HWY_INLINE ExtremesAndSum MeasureShort(const KyBW8* at, size_t n, size_t room) {
-#if HWY_TARGET == HWY_SCALAR
-  (void)room;
-  return ReduceSpan<ExtremesAndSumOfBytes, KyBW8>(n, at);
-#else
-  using D = hn::FixedTag<uint8_t, kShort>;
-  const D d;
-  const auto present = hn::VecFromMask(d, hn::FirstN(d, n));
-  const auto v = room >= kShort ? hn::And(hn::LoadU(d, at), present) : LoadPart(d, at, n);
+// The levels of n pixels, of which `room` can be read, in vectors of D. Reading on and masking
+// costs less than a copy of what a run leaves for its last vector.
+template <class D>
+HWY_INLINE ExtremesAndSum MeasurePiece(D d, const KyBW8* at, size_t n, size_t room) {
+  const size_t lanes = hn::Lanes(d);
   ExtremesAndSumOfBytes<D> fold;
-  fold.Step(d, v, hn::Not(present));
+  size_t i = 0;
+  for (; i + lanes <= n; i += lanes) fold.Step(d, hn::LoadU(d, at + i), hn::Zero(d));
+  if (const size_t rest = n - i; rest > 0) {
+    const auto present = hn::VecFromMask(d, hn::FirstN(d, rest));
+    const auto v =
+        room - i >= lanes ? hn::And(hn::LoadU(d, at + i), present) : LoadPart(d, at + i, rest);
+    fold.Step(d, v, hn::Not(present));
+  }
   return fold.Done();
-#endif
 }
 
 // The sum of a piece fits 32 bits.
 constexpr size_t kLongestPiece = size_t{1} << 24;
 
-RunLevels MeasureLong(const KyBW8* at, size_t n) {
-  RunLevels total{0, 255, 0};
-  for (size_t i = 0; i < n; i += kLongestPiece) {
-    const ExtremesAndSum of =
-        ReduceSpan<ExtremesAndSumOfBytes, KyBW8>(HWY_MIN(n - i, kLongestPiece), at + i);
-    total = {total.sum + of.sum, HWY_MIN(total.lowest, of.smallest),
-             HWY_MAX(total.highest, of.largest)};
-  }
-  return total;
-}
-
 void MeasureLevels(const KyBW8* row, size_t n, const int32_t* ends, size_t count,
                    RunLevels* levels) {
+  const hn::ScalableTag<uint8_t> d;
+  const hn::CappedTag<uint8_t, 16> dShort;
   for (size_t i = 0; i < count; ++i) {
-    const auto begin = static_cast<size_t>(ends[2 * i]), end = static_cast<size_t>(ends[2 * i + 1]);
-    if (end - begin <= kShort) {
-      const ExtremesAndSum of = MeasureShort(row + begin, end - begin, n - begin);
+    auto begin = static_cast<size_t>(ends[2 * i]);
+    const auto end = static_cast<size_t>(ends[2 * i + 1]);
+    if (end - begin <= hn::Lanes(dShort)) {
+      const ExtremesAndSum of = MeasurePiece(dShort, row + begin, end - begin, n - begin);
       levels[i] = {of.sum, of.smallest, of.largest};
-    } else {
-      levels[i] = MeasureLong(row + begin, end - begin);
+      continue;
     }
+    RunLevels total{0, 255, 0};
+    for (; begin < end; begin += kLongestPiece) {
+      const size_t piece = HWY_MIN(end - begin, kLongestPiece);
+      const ExtremesAndSum of = MeasurePiece(d, row + begin, piece, n - begin);
+      total = {total.sum + of.sum, HWY_MIN(total.lowest, of.smallest),
+               HWY_MAX(total.highest, of.largest)};
+    }
+    levels[i] = total;
   }
 }
 
