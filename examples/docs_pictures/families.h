@@ -21,5 +21,8 @@ void Profiles(const std::string& folder);
 void Contours(const std::string& folder);
 void Gradients(const std::string& folder);
 void TypedVectors(const std::string& folder);
+void Transforms(const std::string& folder);
+void Shading(const std::string& folder);
+void Conversions(const std::string& folder);
 
 }  // namespace docs

@@ -57,13 +57,7 @@ HWY_INLINE V Luma(D d, const Planes3<V>& color) {
       half(hn::InterleaveLower(d, color.c0, color.c1), hn::InterleaveLower(d, color.c2, one));
   const auto upper =
       half(hn::InterleaveUpper(d, color.c0, color.c1), hn::InterleaveUpper(d, color.c2, one));
-#if HWY_TARGET < HWY_AVX2
-  if constexpr (sizeof(V) == 64) return V{_mm512_packus_epi16(lower.raw, upper.raw)};
-#endif
-#if HWY_TARGET <= HWY_AVX2
-  if constexpr (sizeof(V) == 32) return V{_mm256_packus_epi16(lower.raw, upper.raw)};
-#endif
-  if constexpr (sizeof(V) == 16) return V{_mm_packus_epi16(lower.raw, upper.raw)};
+  return NarrowBlocks(d, lower, upper);
 }
 #else
 struct WideLuma {
