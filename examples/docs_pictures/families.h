@@ -25,5 +25,8 @@ void Contours(const std::string& folder);
 void Objects(const std::string& folder);
 void Gradients(const std::string& folder);
 void TypedVectors(const std::string& folder);
+void Transforms(const std::string& folder);
+void Shading(const std::string& folder);
+void Conversions(const std::string& folder);
 
 }  // namespace docs

@@ -1,5 +1,5 @@
 /// @file
-/// @ingroup lookup
+/// @ingroup levels
 /// Grey-level transforms.
 #pragma once
 

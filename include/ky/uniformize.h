@@ -1,5 +1,5 @@
 /// @file
-/// @ingroup lookup
+/// @ingroup levels
 /// Shading correction.
 #pragma once
 

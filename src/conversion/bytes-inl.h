@@ -60,6 +60,10 @@ HWY_INLINE void StorePlanes(D d, const Planes3<V>& v, uint8_t* to) {
   hn::StoreInterleaved3(v.c0, v.c1, v.c2, d, to);
 }
 template <class D, class V>
+HWY_INLINE void StorePlanes(D, const SamePlanes3<V>& v, uint8_t* to) {
+  StoreLanes(v, reinterpret_cast<KyC24*>(to));
+}
+template <class D, class V>
 HWY_INLINE void StorePlanes(D d, const Planes4<V>& v, uint8_t* to) {
   hn::StoreInterleaved4(v.c0, v.c1, v.c2, v.c3, d, to);
 }

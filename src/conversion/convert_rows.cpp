@@ -139,6 +139,8 @@ struct Convert {
       const auto value = Law<A>::To(d, pixel);
       if constexpr (Law<A>::kIsGrey == Law<B>::kIsGrey)
         return Law<B>::From(d, value);
+      else if constexpr (Law<A>::kIsGrey && std::is_same_v<B, KyC24>)
+        return SamePlanes3<hn::Vec<D>>{value};
       else if constexpr (Law<A>::kIsGrey)
         return Law<B>::From(d, Planes3<hn::Vec<D>>{value, value, value});
       else
@@ -153,8 +155,11 @@ void ConvertRow(B* out, size_t n, const A* in) {
   constexpr size_t kLanes = hn::MaxLanes(d);
   size_t i = 0;
   for (; i + kLanes <= n; i += kLanes) {
-    const auto pixels = Convert<B, A>()(d, LoadPlanes(d, in + i));
-    StorePlanes(d, pixels, reinterpret_cast<uint8_t*>(out + i));
+    auto* const to = reinterpret_cast<uint8_t*>(out + i);
+    if constexpr (std::is_same_v<A, KyC24> && Law<B>::kIsGrey)
+      StorePlanes(d, Law<B>::From(d, LumaOf(d, in + i)), to);
+    else
+      StorePlanes(d, Convert<B, A>()(d, LoadPlanes(d, in + i)), to);
   }
   if (i < n) MakePart<kLanes>(&ConvertRow<B, A>, out + i, n - i, in + i);
 }

@@ -35,35 +35,69 @@ HWY_INLINE V SumOfPairs(V bytes, V factors) {
 #endif
   if constexpr (sizeof(V) == 16) return V{_mm_maddubs_epi16(bytes.raw, factors.raw)};
 }
+// From bytes in which components 0 and 1 stand side by side, and component 2 beside a 1.
 template <class D, class V = hn::Vec<D>>
-HWY_INLINE V Luma(D d, const Planes3<V>& color) {
+HWY_INLINE auto LumaOfPairs(D d, V firstTwo, V thirdAndOne) {
   using F = LumaFactors;
   const hn::Repartition<int16_t, D> d16;
-  const auto pair = [&](int first, int second) HWY_ATTR {
-    return hn::BitCast(d, hn::Set(d16, static_cast<int16_t>((first & 255) | second * 256)));
-  };
-  const V one = hn::Set(d, 1);
-  const auto half = [&](V firstTwo, V third) HWY_ATTR {
-    const auto sum = [&](const int* factors, int constant) HWY_ATTR {
-      const auto a = hn::BitCast(d16, SumOfPairs(firstTwo, pair(factors[0], factors[1])));
-      const auto b = hn::BitCast(d16, SumOfPairs(third, pair(factors[2], constant)));
-      return hn::Add(a, b);
+  const auto sum = [&](const int* factors, int constant) HWY_ATTR {
+    const auto pair = [&](int first, int second) HWY_ATTR {
+      return hn::BitCast(d, hn::Set(d16, static_cast<int16_t>((first & 255) | second * 256)));
     };
-    const auto low = hn::ShiftRight<8>(sum(F::kLow, 0));
-    return hn::ShiftRight<7>(hn::Add(sum(F::kHigh, F::kHalf), low));
+    const auto a = hn::BitCast(d16, SumOfPairs(firstTwo, pair(factors[0], factors[1])));
+    const auto b = hn::BitCast(d16, SumOfPairs(thirdAndOne, pair(factors[2], constant)));
+    return hn::Add(a, b);
   };
-  // Blocks are taken apart and put together again, so that lanes need not cross them.
-  const auto lower =
-      half(hn::InterleaveLower(d, color.c0, color.c1), hn::InterleaveLower(d, color.c2, one));
-  const auto upper =
-      half(hn::InterleaveUpper(d, color.c0, color.c1), hn::InterleaveUpper(d, color.c2, one));
-#if HWY_TARGET < HWY_AVX2
-  if constexpr (sizeof(V) == 64) return V{_mm512_packus_epi16(lower.raw, upper.raw)};
-#endif
-#if HWY_TARGET <= HWY_AVX2
-  if constexpr (sizeof(V) == 32) return V{_mm256_packus_epi16(lower.raw, upper.raw)};
-#endif
-  if constexpr (sizeof(V) == 16) return V{_mm_packus_epi16(lower.raw, upper.raw)};
+  const auto low = hn::ShiftRight<8>(sum(F::kLow, 0));
+  return hn::ShiftRight<7>(hn::Add(sum(F::kHigh, F::kHalf), low));
+}
+// Blocks are taken apart and put together again, so that lanes need not cross them.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE V Luma(D d, const Planes3<V>& color) {
+  const V one = hn::Set(d, 1);
+  return NarrowBlocks(d,
+                      LumaOfPairs(d, hn::InterleaveLower(d, color.c0, color.c1),
+                                  hn::InterleaveLower(d, color.c2, one)),
+                      LumaOfPairs(d, hn::InterleaveUpper(d, color.c0, color.c1),
+                                  hn::InterleaveUpper(d, color.c2, one)));
+}
+
+// 16 bytes for each block, from places 48 bytes apart.
+template <class D>
+HWY_INLINE hn::Vec<D> LoadEvery48(D d, const uint8_t* from) {
+  if constexpr (hn::MaxLanes(D()) == 16) {
+    return hn::LoadU(d, from);
+  } else {
+    const hn::Half<D> half;
+    constexpr size_t kBytes = 3 * hn::MaxLanes(half);
+    return hn::Combine(d, LoadEvery48(half, from + kBytes), LoadEvery48(half, from));
+  }
+}
+// Of as many colours as there are lanes. A shuffle brings the pairs of four colours, 12 bytes, into
+// place.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE V LumaOf(D d, const KyC24* colors) {
+  alignas(16) static constexpr uint8_t kFirst4[16] = {0, 1, 3, 4, 6, 7, 9,  10,
+                                                      2, 2, 5, 5, 8, 8, 11, 11};
+  alignas(16) static constexpr uint8_t kLast4[16] = {4, 5, 7, 8, 10, 11, 13, 14,
+                                                     6, 6, 9, 9, 12, 12, 15, 15};
+  const auto* const bytes = reinterpret_cast<const uint8_t*>(colors);
+  const hn::Repartition<uint64_t, D> d64;
+  const hn::Repartition<uint16_t, D> d16;
+  // The second byte of the pairs of component 2 becomes a 1.
+  const auto withOne = [&](V v) HWY_ATTR {
+    const V low = hn::And(v, hn::BitCast(d, hn::Set(d16, 0x00FF)));
+    return hn::Or(low, hn::BitCast(d, hn::Set(d16, 0x0100)));
+  };
+  const auto eight = [&](const uint8_t* from) HWY_ATTR {
+    const auto first =
+        hn::BitCast(d64, hn::TableLookupBytes(LoadEvery48(d, from), hn::LoadDup128(d, kFirst4)));
+    const auto last =
+        hn::BitCast(d64, hn::TableLookupBytes(LoadEvery48(d, from + 8), hn::LoadDup128(d, kLast4)));
+    return LumaOfPairs(d, hn::BitCast(d, hn::InterleaveLower(d64, first, last)),
+                       withOne(hn::BitCast(d, hn::InterleaveUpper(d64, first, last))));
+  };
+  return NarrowBlocks(d, eight(bytes), eight(bytes + 24));
 }
 #else
 struct WideLuma {
@@ -84,6 +118,10 @@ struct WideLuma {
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE V Luma(D d, const Planes3<V>& color) {
   return OnWide(d, WideLuma(), color.c0, color.c1, color.c2);
+}
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE V LumaOf(D d, const KyC24* colors) {
+  return Luma(d, LoadLanes(d, colors));
 }
 #endif
 

@@ -128,6 +128,23 @@ HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> TruncateFitting(DF, hn::Vec<DF> v) {
   return hn::ConvertTo(DI(), v);
 }
 
+#if HWY_TARGET != HWY_SCALAR
+// Signed 16-bit lanes, limited to 0..255: in each block of 16 bytes those of `lower`, then those of
+// `upper`. This undoes InterleaveLower and InterleaveUpper with zeros.
+template <class D8, class V16>
+HWY_INLINE hn::Vec<D8> NarrowBlocks(D8 d, V16 lower, V16 upper) {
+  (void)d;
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+  return hn::Vec<D8>{_mm512_packus_epi16(lower.raw, upper.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return hn::Vec<D8>{_mm256_packus_epi16(lower.raw, upper.raw)};
+#else
+  const hn::Half<D8> half;
+  return hn::Combine(d, hn::DemoteTo(half, upper), hn::DemoteTo(half, lower));
+#endif
+}
+#endif
+
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky

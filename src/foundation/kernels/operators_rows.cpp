@@ -259,13 +259,13 @@ struct Overlay : Op8 {
 };
 struct Triple : Op8 {
   template <class D, class V>
-  HWY_INLINE Planes3<V> operator()(D, V a) const {
-    return {a, a, a};
+  HWY_INLINE SamePlanes3<V> operator()(D, V a) const {
+    return {a};
   }
 };
 struct TripleInverse : Op8 {
   template <class D, class V>
-  HWY_INLINE Planes3<V> operator()(D d, V a) const {
+  HWY_INLINE SamePlanes3<V> operator()(D d, V a) const {
     return Triple()(d, Invert()(d, a));
   }
 };
