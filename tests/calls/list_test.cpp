@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -58,6 +59,25 @@ TEST(List, EveryFunctionIsRegistered) {
   EXPECT_EQ(missing, std::vector<std::string>()) << "tests/registry/ lacks these";
   EXPECT_EQ(unknown, std::vector<std::string>()) << "no public header declares these so";
   EXPECT_GT(declared.size(), 100u);
+}
+
+// Member functions that work on ROIs are found in the libraries, as a header does not mark them.
+TEST(List, EveryMethodIsRegistered) {
+  std::multiset<std::string> exported, registered;
+  const std::string command = "nm -DC --defined-only " KY_LIBRARIES;
+  FILE* const symbols = popen(command.c_str(), "r");
+  ASSERT_NE(symbols, nullptr);
+  const std::regex method("[0-9a-f]+ [TW] (\\w+)::(\\w+)\\(.*KyROI<.*\n?");
+  char line[4096];
+  for (std::cmatch match; std::fgets(line, sizeof line, symbols) != nullptr;)
+    if (std::regex_match(line, match, method) && match[1] != match[2])
+      exported.insert(match[1].str() + "::" + match[2].str());
+  EXPECT_EQ(pclose(symbols), 0);
+  for (const ky::test::Call& call : ky::test::Registry())
+    if (call.name.find("::") != call.name.npos) registered.insert(call.name);
+  exported.erase("KyMovingAverage::Take");  // private
+  EXPECT_FALSE(exported.empty());
+  EXPECT_EQ(exported, registered);
 }
 
 // KY_WRITE_LIST=1 in the environment writes the page instead.

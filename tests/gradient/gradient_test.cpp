@@ -197,10 +197,6 @@ TEST(Gradient, Refusals) {
     EXPECT_EQ(out.Unchanged(), c.error != KY_OK);
     EXPECT_EQ(KyGetTraceCount(), c.error != KY_OK);
   }
-  EXPECT_EQ(ImgModulusImage(nullptr), KY_ERROR_NO_IMAGE);
-  Harness<KyBW8>::ExpectTrace(KY_ERROR_NO_IMAGE, {"ImgModulusImage"});
-  EXPECT_EQ(ImgArgumentImage(nullptr, 1, 2), KY_ERROR_NO_IMAGE);
-  Harness<KyBW8>::ExpectTrace(KY_ERROR_NO_IMAGE, {"ImgArgumentImage"});
 }
 
 }  // namespace

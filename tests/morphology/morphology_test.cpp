@@ -337,33 +337,24 @@ TEST(Morphology, NullAndEqualDestinations) {
   }
 }
 
-TEST(Morphology, Refusals) {
-  Random random(9);
-  Canvas<KyBW8> canvas(9, 5, {1, 1, 1}, random), other(9, 5, {1, 1, 1}, random);
-  Roi none, smaller(other.image(), 0, 0, 8, 5), off(other.image(), 7, 4, 9, 5);
+// The registry checks refusals but for the names of the steps.
+TEST(Morphology, TracesNameTheStep) {
+  KyImage<KyBW8> image(9, 5);
   for (const Element& element : {Box(0), Box(1), Disk(2)}) {
     for (const Operation* operation :
          {&kDilate, &kErode, &kOpen, &kClose, &kWhiteTopHat, &kBlackTopHat, &kGradient}) {
       SCOPED_TRACE(operation->TraceOf(element) + (": " + Name(element)));
-      const char* const outer = operation->TraceOf(element);
-      const char* const inner = operation->InnerOf(element);
-      const bool gradient = operation == &kGradient;
-      const auto expect = [&](const Roi* source, Roi* destination, KY_ERRORS code, bool byInner) {
-        const KY_ERRORS status = operation->Run(element, source, destination);
-        EXPECT_EQ(status, code);
-        std::vector<const char*> trace = {outer};
-        if (inner != nullptr && byInner) trace.insert(trace.begin(), inner);
-        Harness<KyBW8>::ExpectTrace(code, trace);
-        EXPECT_TRUE(canvas.Unchanged() && other.Unchanged());
-      };
-      for (Roi* const source : {static_cast<Roi*>(nullptr), &none, &off})
-        expect(source, canvas.roi(), KY_ERROR_NO_IMAGE, !gradient);
-      expect(canvas.roi(), &none, KY_ERROR_NO_IMAGE, !gradient);
-      expect(canvas.roi(), &off, KY_ERROR_NO_IMAGE, true);
-      expect(canvas.roi(), &smaller, KY_ERROR_SIZE_MISMATCH, !gradient);
       const bool refusesInPlace = operation == &kWhiteTopHat && !element.disk;
+      const auto expect = [&](const Roi* source, Roi* destination, KY_ERRORS code, bool byInner) {
+        EXPECT_EQ(operation->Run(element, source, destination), code);
+        std::vector<const char*> trace = {operation->TraceOf(element)};
+        if (const char* const inner = operation->InnerOf(element); inner != nullptr && byInner)
+          trace.insert(trace.begin(), inner);
+        Harness<KyBW8>::ExpectTrace(code, trace);
+      };
+      expect(nullptr, &image, KY_ERROR_NO_IMAGE, operation != &kGradient);
       expect(nullptr, nullptr, refusesInPlace ? KY_ERROR_COLOR_PLANES : KY_ERROR_NO_IMAGE,
-             !gradient && !refusesInPlace);
+             operation != &kGradient && !refusesInPlace);
     }
   }
 }

@@ -138,13 +138,13 @@ class RoiHolder : public Argument {
     else if (overlapping && context.block != nullptr)
       sheet_ = std::make_shared<Sheet<T>>(context.block, context.pitch);
     if (sheet_ == nullptr || !fits()) {
-      const int room = context.plan.roomBeside ? width : 0;
+      const int room = context.plan.roomBeside ? width + kLeft : 0;
       sheet_ = std::make_shared<Sheet<T>>(width + room + 5, height + 4, context, overlapping);
     }
     shared = sheet_;
     context.block = sheet_->bytes;
     context.pitch = sheet_->pitch;
-    int x = 2, y = 2;
+    int x = context.plan.roomBeside ? kLeft : 2, y = 2;
     if (overlapping) x += context.draw.In(-2, 2), y += context.draw.In(-2, 2);
     if (context.Hostile(64)) x = context.draw.In(-1, 99);
     roi_.emplace(&sheet_->image, x, y, width, height);
@@ -181,6 +181,9 @@ class RoiHolder : public Argument {
   }
 
  private:
+  // Where ROIs with neighbours begin: at whole bytes, which only one of them writes.
+  static constexpr int kLeft = KyPixelTraits<T>::kBits < 8 ? 8 : 2;
+
   bool constant_;
   std::shared_ptr<Sheet<T>> sheet_;
   std::optional<KyROI<T>> roi_;

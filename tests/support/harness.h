@@ -136,7 +136,8 @@ class Harness {
         canvases);
   }
 
-  // Source I is the destination itself, or an area of the same image that overlaps it.
+  // Source I is the destination itself, or an area of the same memory that overlaps it. Pixels of
+  // another type lie in another image of that memory.
   template <class Call, class Model, std::size_t... I>
   static void RunShared(const Call& call, const Model& model,
                         const std::tuple<Picture<In>...>& sources, Size size, Size from,
@@ -144,32 +145,44 @@ class Harness {
     constexpr std::pair<int, int> kShifts[] = {{0, 0}, {1, 0}, {-1, 1}, {2, -1}};
     [[maybe_unused]] const auto run = [&]<std::size_t kShared>(
                                           std::integral_constant<std::size_t, kShared>) {
-      if constexpr (std::is_same_v<std::tuple_element_t<kShared, std::tuple<In...>>, Out>) {
-        for (const auto& [right, down] : kShifts) {
-          SCOPED_TRACE("source " + std::to_string(kShared) + " lies (" + std::to_string(right) +
-                       ", " + std::to_string(down) + ") from the destination");
-          const Canvases canvases = Paint(sources, place, random);
-          const Placement roomy = {place.left + 2, place.above + 1, place.right + 2};
-          Canvas<Out> shared(std::max(size.width, from.width), std::max(size.height, from.height),
-                             roomy, random);
-          shared.Put(std::get<kShared>(sources));
-          KyROI<Out> out(shared.image(), roomy.left, roomy.above, size.width, size.height);
-          KyROI<Out> in(shared.image(), roomy.left + right, roomy.above + down, from.width,
-                        from.height);
-          auto seen = std::tuple<Picture<In>...>(sources);
-          std::get<kShared>(seen) = Canvas<Out>::Get(in);
-          Picture<Out> expected = Canvas<Out>::Get(out);
-          std::apply([&](const auto&... source) { model(source..., expected); }, seen);
-          const auto source = [&]<std::size_t kIndex>(std::integral_constant<std::size_t, kIndex>) {
-            if constexpr (kIndex == kShared)
-              return static_cast<const KyROI<Out>*>(&in);
-            else
-              return std::get<kIndex>(canvases)->roi();
-          };
-          ASSERT_EQ(call(source(std::integral_constant<std::size_t, I>())..., &out), KY_OK);
-          EXPECT_TRUE(Same(expected, Canvas<Out>::Get(out)));
-          EXPECT_TRUE(shared.OnlyChanged(out)) << "a byte outside the destination changed";
+      using T = std::tuple_element_t<kShared, std::tuple<In...>>;
+      constexpr bool kSameType = std::is_same_v<T, Out>;
+      constexpr int kSize = static_cast<int>(sizeof(Out));
+      for (const auto& [right, down] : kShifts) {
+        SCOPED_TRACE("source " + std::to_string(kShared) + " lies (" + std::to_string(right) +
+                     ", " + std::to_string(down) + ") from the destination");
+        const Canvases canvases = Paint(sources, place, random);
+        Placement roomy = {place.left + 2, place.above + 1, place.right + 2};
+        int width = std::max(size.width, from.width);
+        if (!kSameType) {  // rows of whole pixels of either type
+          width = std::max(width, from.width * static_cast<int>(sizeof(T)) / kSize + 90);
+          roomy.right += 12 - (roomy.left + width + roomy.right) % 12;
         }
+        Canvas<Out> shared(width, std::max(size.height, from.height), roomy, random);
+        if constexpr (kSameType) shared.Put(std::get<kShared>(sources));
+        KyROI<Out> out(shared.image(), roomy.left, roomy.above, size.width, size.height);
+        const int pitch = shared.image()->GetPitch();
+        const auto start =
+            reinterpret_cast<std::uintptr_t>(shared.image()->GetPixelPtr(0, 0)) + alignof(T) - 1;
+        KyImage<T> other;
+        ASSERT_EQ(other.Attach(reinterpret_cast<T*>(start / alignof(T) * alignof(T)),
+                               (pitch - (kSameType ? 0 : 4)) / static_cast<int>(sizeof(T)),
+                               shared.image()->GetHeight() - 1, pitch),
+                  KY_OK);
+        KyROI<T> in(&other, roomy.left + right, roomy.above + down, from.width, from.height);
+        auto seen = std::tuple<Picture<In>...>(sources);
+        std::get<kShared>(seen) = Canvas<T>::Get(in);
+        Picture<Out> expected = Canvas<Out>::Get(out);
+        std::apply([&](const auto&... source) { model(source..., expected); }, seen);
+        const auto source = [&]<std::size_t kIndex>(std::integral_constant<std::size_t, kIndex>) {
+          if constexpr (kIndex == kShared)
+            return static_cast<const KyROI<T>*>(&in);
+          else
+            return std::get<kIndex>(canvases)->roi();
+        };
+        ASSERT_EQ(call(source(std::integral_constant<std::size_t, I>())..., &out), KY_OK);
+        EXPECT_TRUE(Same(expected, Canvas<Out>::Get(out)));
+        EXPECT_TRUE(shared.OnlyChanged(out)) << "a byte outside the destination changed";
       }
     };
     (run(std::integral_constant<std::size_t, I>()), ...);

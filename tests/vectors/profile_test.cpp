@@ -200,20 +200,10 @@ TEST(Profile, Refusals) {
     Harness<KyBW8>::ExpectTrace(status, {name});
   };
   expect(ImgGetProfilePeaks(&v, &peaks, 5, 4, 0, 0), 1007, "ImgGetProfilePeaks");
-  expect(ImgGetProfilePeaks(nullptr, &peaks, 5, 5, 0, 0), 1601, "ImgGetProfilePeaks");
-  expect(ImgGetProfilePeaks(&v, nullptr, 5, 5, 0, 0), 1601, "ImgGetProfilePeaks");
   EXPECT_EQ(peaks.GetNumElements(), 1u);
   for (const unsigned half : {2u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
     expect(ImgConvolUniform(&v, &v, half), 1613, "ImgConvolUniform");
   expect(ImgConvolUniform(&v, &three, 1), 1613, "ImgConvolUniform");
-  for (const bool first : {true, false}) {
-    KyBW8Vector *const a = first ? nullptr : &v, *const b = first ? &v : nullptr;
-    expect(ImgProfileDerivative(a, b), 1601, "ImgProfileDerivative");
-    expect(ImgConvolUniform(a, b, 0), 1601, "ImgConvolUniform");
-    expect(ImgConvolBinomial(a, b, 1), 1601, "ImgConvolBinomial (KyBW8Vector)");
-    expect(ImgDilate(a, b, 1), 1601, "ImgDilate (KyBW8Vector)");
-    expect(ImgErode(a, b, 1), 1601, "ImgErode (KyBW8Vector)");
-  }
   EXPECT_EQ(LevelsOf(v), (Levels{1, 2, 3, 4}));
 }
 
