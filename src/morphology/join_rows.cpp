@@ -16,28 +16,45 @@ namespace HWY_NAMESPACE {
 namespace {
 
 // A strip of some vectors, of which no more than `part` elements are stored when it is one vector.
-template <class Op, int kVectors>
+// The rows are kCount, or any number where that is 0.
+template <class Op, int kVectors, int kCount>
 HWY_INLINE void JoinStrip(KyBW8* out, const KyBW8* const* rows, ptrdiff_t count, ptrdiff_t x,
                           ptrdiff_t part) {
   const D d;
   V extreme[kVectors];
   for (int k = 0; k < kVectors; ++k) extreme[k] = hn::LoadU(d, rows[0] + x + k * Lanes());
-  for (ptrdiff_t i = 1; i < count; ++i) {
+  for (ptrdiff_t i = 1; i < (kCount > 0 ? kCount : count); ++i) {
     const KyBW8* const row = rows[i] + x;
     for (int k = 0; k < kVectors; ++k)
       extreme[k] = Op()(extreme[k], hn::LoadU(d, row + k * Lanes()));
   }
   if (part < Lanes()) return StorePart(d, extreme[0], out + x, static_cast<size_t>(part));
-  for (int k = 0; k < kVectors; ++k) hn::StoreU(extreme[k], d, out + x + k * Lanes());
+  for (int k = 0; k < kVectors; ++k) {
+    if (k * Lanes() % 64 == 0) PrefetchAhead<64>(out + x, (kVectors + k) * Lanes());
+    hn::StoreU(extreme[k], d, out + x + k * Lanes());
+  }
+}
+
+template <class Op, int kVectors, int kCount>
+HWY_INLINE void JoinCount(KyBW8* out, ptrdiff_t n, const KyBW8* const* rows, ptrdiff_t count) {
+  ptrdiff_t x = 0;
+  for (; x + kVectors * Lanes() <= n; x += kVectors * Lanes())
+    JoinStrip<Op, kVectors, kCount>(out, rows, count, x, Lanes());
+  for (; x < n; x += Lanes()) JoinStrip<Op, 1, 0>(out, rows, count, x, std::min(Lanes(), n - x));
 }
 
 template <class Op>
-void Join(KyBW8* out, ptrdiff_t n, const KyBW8* const* rows, ptrdiff_t count) {
-  constexpr int kMany = 8;
-  ptrdiff_t x = 0;
-  for (; x + kMany * Lanes() <= n; x += kMany * Lanes())
-    JoinStrip<Op, kMany>(out, rows, count, x, Lanes());
-  for (; x < n; x += Lanes()) JoinStrip<Op, 1>(out, rows, count, x, std::min(Lanes(), n - x));
+void Join(KyBW8* out, ptrdiff_t n, const KyBW8* const* few, ptrdiff_t count) {
+  // Copies, which no store to `out` can change, stay in registers.
+  const KyBW8* rows[5];
+  if (count <= 5) std::copy_n(few, count, rows);
+  switch (count) {
+    case 2: return JoinCount<Op, 4, 2>(out, n, rows, count);
+    case 3: return JoinCount<Op, 4, 3>(out, n, rows, count);
+    case 4: return JoinCount<Op, 4, 4>(out, n, rows, count);
+    case 5: return JoinCount<Op, 4, 5>(out, n, rows, count);
+    default: return JoinCount<Op, 8, 0>(out, n, few, count);
+  }
 }
 
 constexpr JoinKernels kKernels = {&Join<Maximum>, &Join<Minimum>};

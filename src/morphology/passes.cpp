@@ -85,21 +85,47 @@ const KyBW8* BoxPass::MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) n
 void BoxPass::MakeColors(KyBW8* slot, const KyBW8* in) noexcept {
   constexpr std::ptrdiff_t kJoined = 4;
   KyBW8* const row = row_.get();
-  const std::ptrdiff_t window = 2 * halfWidth_ + 1, outside = halfWidth_ * step_;
-  std::fill_n(row, outside, kernels_.neutral);
-  CopyRow(row + outside, in, width_);
-  std::fill_n(row + outside + width_, outside, kernels_.neutral);
-  std::ptrdiff_t span = 1;
-  const auto join = [&](KyBW8* out, std::ptrdiff_t wanted) {
+  const std::ptrdiff_t window = 2 * halfWidth_ + 1;
+  std::ptrdiff_t span = std::min(kJoined, window);
+  MakeShortSpans(span == window ? slot : row, in, span);
+  while (span < window) {
+    const std::ptrdiff_t wanted = std::min(kJoined * span, window);
     const KyBW8* rows[kJoined];
     const std::ptrdiff_t count = (wanted + span - 1) / span;
     for (std::ptrdiff_t i = 0; i < count; ++i)
       rows[i] = row + std::min(i * span, wanted - span) * step_;
-    kernels_.join(out, width_ + (window - wanted) * step_, rows, count);
+    kernels_.join(wanted == window ? slot : row, width_ + (window - wanted) * step_, rows, count);
     span = wanted;
+  }
+}
+
+// out[x] = the extreme of the `span` pixels from x on, x being 0 half a window in front of the row.
+// Most are read where they are, and those along both ends from a padded copy.
+void BoxPass::MakeShortSpans(KyBW8* out, const KyBW8* in, std::ptrdiff_t span) noexcept {
+  const std::ptrdiff_t outside = halfWidth_ * step_, reach = (span - 1) * step_;
+  const std::ptrdiff_t end = outside + width_, n = end + outside - reach;
+  const auto join = [&](std::ptrdiff_t x, std::ptrdiff_t count, const KyBW8* from) {
+    const KyBW8* rows[4];
+    for (std::ptrdiff_t i = 0; i < span; ++i) rows[i] = from + i * step_;
+    kernels_.join(out + x, count, rows, span);
   };
-  while (kJoined * span < window) join(row, kJoined * span);
-  join(slot, window);
+  const auto joinPadded = [&](std::ptrdiff_t x, std::ptrdiff_t to) {
+    KyBW8* const padded = spare_.get();
+    std::fill_n(padded, to + reach - x, kernels_.neutral);
+    const std::ptrdiff_t first = std::max(x, outside), last = std::min(to + reach, end);
+    if (first < last) CopyRow(padded + first - x, in + first - outside, last - first);
+    join(x, to - x, padded);
+  };
+  const std::ptrdiff_t left = std::max<std::ptrdiff_t>(outside - reach, 0);
+  const std::ptrdiff_t right = std::min(end, n);
+  // Whole lines of a cache, and therefore whole vectors: nothing beyond the row is read.
+  const std::ptrdiff_t start = std::min((outside + 63) / 64 * 64, right);
+  const std::ptrdiff_t inside = std::max<std::ptrdiff_t>(end - reach - start, 0) / 64 * 64;
+  std::fill_n(out, left, kernels_.neutral);
+  joinPadded(left, start);
+  if (inside > 0) join(start, inside, in + start - outside);
+  if (start + inside < right) joinPadded(start + inside, right);
+  std::fill_n(out + right, n - right, kernels_.neutral);
 }
 
 std::ptrdiff_t BoxPass::Advance(std::ptrdiff_t ready, Lines<const KyBW8> in,

@@ -15,8 +15,9 @@ bool ShapePass::Allocate(Extreme extreme, const Shape& shape, std::ptrdiff_t wid
   width_ = width * step;
   height_ = height;
   step_ = step;
-  left_ = plan_.left() * step;
-  padded_ = width_ + (plan_.right() - plan_.left()) * step;
+  // Column 0 starts a line of a cache.
+  left_ = -((-plan_.left() * step + 63) / 64 * 64);
+  padded_ = width_ + plan_.right() * step - left_;
   return AllocateRings(kernels.neutral);
 }
 
