@@ -2,69 +2,99 @@
 #include <cstdlib>
 #include <memory>
 #include <numeric>
+#include <tuple>
 
 #include "benchmarks/bench.h"
 
 namespace ky::bench {
 namespace {
 
-using Filter = KY_ERRORS (*)(const KyROI<KyBW8>*, KyROI<KyBW8>*) noexcept;
+template <class Pixel>
+using Filter = KY_ERRORS (*)(const KyROI<Pixel>*, KyROI<Pixel>*) noexcept;
 
 #if KY_BENCH_OPENCV
-using OnMatrices = void (*)(Views& v);
-void SobelAlong(Views& v, int x, int y, cv::Mat& gradient) {
-  cv::Sobel(v.a, gradient, CV_16S, x, y, 3, 1, 0, cv::BORDER_REPLICATE);
-}
-void Gradient(Views& v, int x, int y) {
-  SobelAlong(v, x, y, v.work[0]);
-  cv::convertScaleAbs(v.work[0], v.out);
+using OnMatrices = void (*)(const cv::Mat& in, cv::Mat& out, cv::Mat& work);
+void Gradient(const cv::Mat& in, cv::Mat& out, cv::Mat& work, int x, int y) {
+  cv::Sobel(in, work, CV_16S, x, y, 3, 1, 0, cv::BORDER_REPLICATE);
+  cv::convertScaleAbs(work, out);
 }
 // The modulus is measured against the gradient along x alone.
-void GradientX(Views& v) { Gradient(v, 1, 0); }
-void GradientY(Views& v) { Gradient(v, 0, 1); }
-void Blur(Views& v) { cv::blur(v.a, v.out, {3, 3}, {-1, -1}, cv::BORDER_REPLICATE); }
-void Gaussian(Views& v) { cv::GaussianBlur(v.a, v.out, {3, 3}, 0, 0, cv::BORDER_REPLICATE); }
-void Laplacian(Views& v) { cv::Laplacian(v.a, v.out, CV_8U, 3, 1, 0, cv::BORDER_REPLICATE); }
+void GradientX(const cv::Mat& in, cv::Mat& out, cv::Mat& work) { Gradient(in, out, work, 1, 0); }
+void GradientY(const cv::Mat& in, cv::Mat& out, cv::Mat& work) { Gradient(in, out, work, 0, 1); }
+template <int kSize>
+void Blur(const cv::Mat& in, cv::Mat& out, cv::Mat&) {
+  cv::blur(in, out, {kSize, kSize}, {-1, -1}, cv::BORDER_REPLICATE);
+}
+template <int kSize>
+void Gaussian(const cv::Mat& in, cv::Mat& out, cv::Mat&) {
+  cv::GaussianBlur(in, out, {kSize, kSize}, 0, 0, cv::BORDER_REPLICATE);
+}
+void Laplacian(const cv::Mat& in, cv::Mat& out, cv::Mat&) {
+  cv::Laplacian(in, out, CV_8U, 3, 1, 0, cv::BORDER_REPLICATE);
+}
 Contender Nearest(OnMatrices f) {
-  return [f](Pictures& p) { f(p.views); };
+  return [f](Pictures& p) { f(p.views.a, p.views.out, p.views.work[0]); };
+}
+Contender NearestOfColors(OnMatrices f) {
+  return [f](Pictures& p) { f(p.views.colorA, p.views.colorOut, p.views.work[1]); };
 }
 #else
-enum OnMatrices { GradientX, GradientY, Blur, Gaussian, Laplacian };
+enum OnMatrices { GradientX, GradientY, Laplacian };
+template <int kSize>
+constexpr OnMatrices Blur = GradientX,
+                     Gaussian = GradientX;
 Contender Nearest(OnMatrices) { return nullptr; }
+Contender NearestOfColors(OnMatrices) { return nullptr; }
 #endif
 
 std::vector<Operation> Filters() {
   const struct {
     const char* name;
-    Filter filter;
+    Filter<KyBW8> filter;
+    Filter<KyC24> color;
     OnMatrices opencv;
   } kFilters[] = {
-      {"uniform 3x3", ImgConvolUniform3x3, Blur},
-      {"uniform 3x3, by 932067", ImgConvolUniform3x3Plain, Blur},
-      {"binomial 3x3", ImgConvolGaussian3x3, Gaussian},
-      {"ring 3x3", ImgConvolLowpass2, GradientX},
-      {"sharpen by 4", ImgConvolHighpass1, GradientX},
-      {"sharpen by 8", ImgConvolHighpass2, GradientX},
-      {"Sobel x", ImgConvolSobelX, GradientX},
-      {"Sobel y", ImgConvolSobelY, GradientY},
-      {"Sobel modulus", ImgConvolSobel, GradientX},
-      {"Prewitt x", ImgConvolPrewittX, GradientX},
-      {"Prewitt y", ImgConvolPrewittY, GradientY},
-      {"Prewitt modulus", ImgConvolPrewitt, GradientX},
-      {"Laplacian 4", ImgConvolLaplacian4, Laplacian},
-      {"Laplacian 8", ImgConvolLaplacian8, Laplacian},
+      {"uniform 3x3", ImgConvolUniform3x3, ImgConvolUniform3x3, Blur<3>},
+      {"uniform 3x3, by 932067", ImgConvolUniform3x3Plain, ImgConvolUniform3x3Plain, Blur<3>},
+      {"uniform 5x5", ImgConvolUniform5x5, ImgConvolUniform5x5, Blur<5>},
+      {"uniform 7x7", ImgConvolUniform7x7, ImgConvolUniform7x7, Blur<7>},
+      {"binomial 3x3", ImgConvolGaussian3x3, ImgConvolGaussian3x3, Gaussian<3>},
+      {"binomial 5x5", ImgConvolGaussian5x5, ImgConvolGaussian5x5, Gaussian<5>},
+      {"binomial 7x7", ImgConvolGaussian7x7, ImgConvolGaussian7x7, Gaussian<7>},
+      {"ring 3x3", ImgConvolLowpass2, ImgConvolLowpass2, GradientX},
+      {"sharpen by 4", ImgConvolHighpass1, ImgConvolHighpass1, GradientX},
+      {"sharpen by 8", ImgConvolHighpass2, ImgConvolHighpass2, GradientX},
+      {"Sobel x", ImgConvolSobelX, ImgConvolSobelX, GradientX},
+      {"Sobel y", ImgConvolSobelY, ImgConvolSobelY, GradientY},
+      {"Sobel modulus", ImgConvolSobel, ImgConvolSobel, GradientX},
+      {"Prewitt x", ImgConvolPrewittX, ImgConvolPrewittX, GradientX},
+      {"Prewitt y", ImgConvolPrewittY, ImgConvolPrewittY, GradientY},
+      {"Prewitt modulus", ImgConvolPrewitt, ImgConvolPrewitt, GradientX},
+      {"difference x", ImgConvolGradientX, ImgConvolGradientX, GradientX},
+      {"differences", ImgConvolGradient, ImgConvolGradient, GradientX},
+      {"Roberts", ImgConvolRoberts, ImgConvolRoberts, GradientX},
+      {"Laplacian 4", ImgConvolLaplacian4, ImgConvolLaplacian4, Laplacian},
+      {"Laplacian 8", ImgConvolLaplacian8, ImgConvolLaplacian8, Laplacian},
+      {"Laplacian x", ImgConvolLaplacianX, ImgConvolLaplacianX, Laplacian},
   };
   std::vector<Operation> table;
-  for (const auto& f : kFilters)
+  for (const auto& f : kFilters) {
     table.push_back({f.name, [call = f.filter](Pictures& p) { call(&p.a, &p.out); },
                      Nearest(f.opencv), Limit::kCopy});
-  for (const auto& f : {kFilters[0], kFilters[8]})
+    table.push_back({std::string("C24 ") + f.name,
+                     [call = f.color](Pictures& p) { call(&p.colorA, &p.colorOut); },
+                     NearestOfColors(f.opencv), Limit::kCopy, Pixel::kColor});
+  }
+  for (const auto& f : kFilters) {
+    if (f.filter != Filter<KyBW8>{ImgConvolUniform3x3} && f.filter != Filter<KyBW8>{ImgConvolSobel})
+      continue;
     table.push_back({std::string(f.name) + ", in place",
                      [call = f.filter](Pictures& p) {
                        ImgCopy(&p.a, &p.out);
                        return [call, &p] { call(&p.out, nullptr); };
                      },
                      Nearest(f.opencv), Limit::kCopy});
+  }
   return table;
 }
 
@@ -98,17 +128,22 @@ Contender Filter2D(int, bool) { return nullptr; }
 
 using Convolve = KY_ERRORS (*)(const KyROI<KyBW8>*, KyROI<KyBW8>*, const KyKernel*) noexcept;
 
+std::shared_ptr<KyKernel> MakeKernel(int size, bool symmetric, std::int16_t rectifier, float gain) {
+  const auto kernel = std::make_shared<KyKernel>();
+  const std::int16_t columns = static_cast<std::int16_t>(size);
+  kernel->SetSizeX(columns);
+  kernel->SetSizeY(columns);
+  const std::vector<float> all = Coefficients(size, symmetric);
+  std::copy(all.begin(), all.end(), kernel->GetDataPtr());
+  kernel->SetRectifier(rectifier);
+  kernel->SetGain(gain);
+  return kernel;
+}
+
 Contender Ours(Convolve convolve, int size, bool symmetric, std::int16_t rectifier, float gain,
                bool inPlace) {
   return [=](Pictures& p) {
-    const auto kernel = std::make_shared<KyKernel>();
-    const std::int16_t columns = static_cast<std::int16_t>(size);
-    kernel->SetSizeX(columns);
-    kernel->SetSizeY(columns);
-    const std::vector<float> all = Coefficients(size, symmetric);
-    std::copy(all.begin(), all.end(), kernel->GetDataPtr());
-    kernel->SetRectifier(rectifier);
-    kernel->SetGain(gain);
+    const auto kernel = MakeKernel(size, symmetric, rectifier, gain);
     if (inPlace) ImgCopy(&p.a, &p.out);
     return [=, &p] { convolve(inPlace ? &p.out : &p.a, &p.out, kernel.get()); };
   };
@@ -135,6 +170,24 @@ std::vector<Operation> Kernels() {
   return table;
 }
 
+// Kernels on colours.
+std::vector<Operation> ColorKernels() {
+  std::vector<Operation> table;
+  for (const auto& [name, size, symmetric, rectifier] :
+       {std::tuple{"C24 kernel 3x3, positive", 3, false, std::int16_t{2}},
+        {"C24 kernel 5x5", 5, false, std::int16_t{3}},
+        {"C24 kernel 5x5, symmetric", 5, true, std::int16_t{3}},
+        {"C24 kernel 5x5, float", 5, false, std::int16_t{0}}}) {
+    const auto ours = [=, size = size, symmetric = symmetric, rectifier = rectifier](Pictures& p) {
+      const auto kernel = MakeKernel(size, symmetric, rectifier, 1);
+      return [=, &p] { ImgConvolKernel(&p.colorA, &p.colorOut, kernel.get()); };
+    };
+    table.push_back({name, ours, nullptr, Limit::kCopy, Pixel::kColor});
+  }
+  return table;
+}
+
+const bool colorKernels = Register(ColorKernels());
 const bool filters = Register(Filters());
 const bool kernels = Register(Kernels());
 
