@@ -62,9 +62,11 @@ Grey Surface() {
       const double grain = rough * (marks[static_cast<std::size_t>(x)] + noise(random) / 2);
       surface.SetPixel(static_cast<KyBW8>(std::clamp(std::lround(light + grain), 0l, 255l)), x, y);
     }
+  Grey ground = SameSize<KyBW8>(surface);
+  Must(ImgCopy(&surface, &ground));
   for (const Scratch& scratch : kScratches)
     Along(scratch, [&](int x, int y) {
-      surface.SetPixel(static_cast<KyBW8>(std::max(surface.GetPixel(x, y) - 40, 0)), x, y);
+      surface.SetPixel(static_cast<KyBW8>(std::max(ground.GetPixel(x, y) - 40, 0)), x, y);
     });
   return surface;
 }
@@ -86,7 +88,7 @@ void Find(const Grey& surface, const KyROI<KyBW8>& average, const KyROI<KyBW8>& 
   Must(ImgOper(KY_OPER_GREATER, &below, &least, &found));
   // A scratch goes on; grain does not.
   Must(ImgConvolUniform(&found, &found, 3u));
-  Must(ImgThreshold(&found, &found, 50));
+  Must(ImgThreshold(&found, &found, 35));
 }
 
 void Report(const KyROI<KyBW8>& found) {

@@ -12,6 +12,7 @@ void ThresholdModes(const std::string& folder);
 void Frames(const std::string& folder);
 void Kernels(const std::string& folder);
 void Filters(const std::string& folder);
+void Windows(const std::string& folder);
 void Morphology(const std::string& folder);
 void Geometry(const std::string& folder);
 void Mirrors(const std::string& folder);
