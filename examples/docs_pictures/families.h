@@ -12,6 +12,7 @@ void ThresholdModes(const std::string& folder);
 void Frames(const std::string& folder);
 void Kernels(const std::string& folder);
 void Filters(const std::string& folder);
+void Windows(const std::string& folder);
 void Morphology(const std::string& folder);
 void Shapes(const std::string& folder);
 void Thinning(const std::string& folder);
