@@ -13,6 +13,8 @@ void Frames(const std::string& folder);
 void Kernels(const std::string& folder);
 void Filters(const std::string& folder);
 void Morphology(const std::string& folder);
+void Medians(const std::string& folder);
+void DistanceMaps(const std::string& folder);
 void Geometry(const std::string& folder);
 void Mirrors(const std::string& folder);
 void Histograms(const std::string& folder);
