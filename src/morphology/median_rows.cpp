@@ -142,7 +142,7 @@ HWY_INLINE V8 MedianOfColumns(std::integral_constant<int, 2>, const At& at) {
 template <int kRadius, int kStep>
 HWY_INLINE void MedianOfRows(Rows<uint8_t> out, const uint8_t* const* rows) {
   constexpr int kSize = 2 * kRadius + 1;
-  constexpr ptrdiff_t kReach = ptrdiff_t{kRadius} * kStep, kChunk = 512;
+  constexpr ptrdiff_t kReach = ptrdiff_t{kRadius} * kStep, kChunk = 1024;
   constexpr ptrdiff_t kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D8()));
   static_assert(kChunk % kLanes == 0);
   const D8 d;
