@@ -16,6 +16,8 @@ void Windows(const std::string& folder);
 void Morphology(const std::string& folder);
 void Shapes(const std::string& folder);
 void Thinning(const std::string& folder);
+void Medians(const std::string& folder);
+void DistanceMaps(const std::string& folder);
 void Geometry(const std::string& folder);
 void Mirrors(const std::string& folder);
 void Histograms(const std::string& folder);

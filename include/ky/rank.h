@@ -17,8 +17,8 @@
 ///
 /// - Border: a position outside the source has the value of the nearest pixel inside.
 /// - Colours: each component by itself, as a grey image of its own.
-/// - Size: half sizes are 0 to 2^20. The cost does not depend on them, apart from the medians of
-///   3 x 3 and 5 x 5 pixels, which are faster.
+/// - Size: half sizes are 0 to 2^20. The cost does not depend on them, apart from all ranks of 3 x 3
+///   pixels and the median of 5 x 5, which are faster.
 /// - In place: a null destination, or one on the source's pixels, replaces the source. An area that
 ///   overlaps the source otherwise is written as if the source were a copy.
 /// - Errors, which leave the destination as it was: `KY_ERROR_NO_IMAGE` (1400) for an ROI without
@@ -29,7 +29,7 @@
 ///   error.
 /// - Trace: the function's name followed by " (BW8)" or " (C24)", as in "ImgMedian (BW8)".
 ///
-/// Small medians go through networks of exchanges on sorted columns. All others go through
+/// Those small ones go through networks of exchanges on sorted columns. All others go through
 /// histograms of columns in two levels, as described by S. Perreault, P. Hebert, "Median filtering
 /// in constant time", IEEE Transactions on Image Processing 16, 2007.
 

@@ -6,8 +6,8 @@
 #include "foundation/frame.h"
 #include "foundation/rows.h"
 #include "foundation/window.h"
-#include "morphology/median_rows.h"
 #include "morphology/rank_rows.h"
+#include "morphology/small_rank_rows.h"
 
 namespace {
 
@@ -65,12 +65,13 @@ bool RunCounts(const ky::RankKernelsOf<Count>& kernels, Rows<const KyBW8> in, Ro
 KY_ERRORS Run(Rows<const KyBW8> source, Rows<KyBW8> destination, int step, const Window& window,
               std::int64_t rank) noexcept {
   const std::int64_t above = window.Pixels() - 1 - rank;
-  const bool isSquare = window.halfWidth == window.halfHeight;
-  if (isSquare && rank == above && (window.halfWidth == 1 || window.halfWidth == 2)) {
-    const ky::MedianKernels& kernels = ky::ChooseMedianKernels();
-    const auto& medians = window.halfWidth == 1 ? kernels.radius1 : kernels.radius2;
+  const bool is3x3 = window.halfWidth == 1 && window.halfHeight == 1;
+  const bool is5x5 = window.halfWidth == 2 && window.halfHeight == 2;
+  if (is3x3 || (is5x5 && rank == above)) {
+    const ky::SmallRankKernels& small = ky::ChooseSmallRankKernels();
+    const auto& pair = is3x3 ? small.ranks3x3[rank] : small.median5x5;
     return FilterWindows(destination, source, ky::Border::Nearest(),
-                         step == 1 ? medians.grey : medians.color);
+                         step == 1 ? pair.grey : pair.color);
   }
   const ky::RankKernels& kernels = ky::ChooseRankKernels();
   ky::Input<KyBW8> input;

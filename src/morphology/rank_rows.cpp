@@ -163,6 +163,7 @@ HWY_INLINE void AddWindow(Sums<Count, Sum>& sums, const Count* counts, ptrdiff_t
 template <class Count, class Sum>
 void Run(const Count* columns, const RankWindows& windows, KyBW8* out) {
   const ptrdiff_t step = kColumnCounts * windows.step, half = windows.half;
+  const ptrdiff_t end = windows.end, outStep = windows.step;  // out may point anywhere
   const Count* const last = columns + (windows.columns - 1) * step;
   Sum kept[16][16];
   ptrdiff_t keptAt[16];
@@ -189,7 +190,7 @@ void Run(const Count* columns, const RankWindows& windows, KyBW8* out) {
   // The column that comes to the window around the next x, and the one that leaves it.
   const Count* coming = columns + std::min(windows.first + half, windows.columns - 1) * step;
   const Count* leaving = columns + std::max<ptrdiff_t>(windows.first - half - 1, 0) * step;
-  for (ptrdiff_t x = windows.first; x < windows.end; ++x, out += windows.step) {
+  for (ptrdiff_t x = windows.first; x < end; ++x, out += outStep) {
     if (x > windows.first) {
       coming += coming < last ? step : 0;
       leaving += x - half - 1 > 0 ? step : 0;

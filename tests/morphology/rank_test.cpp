@@ -66,10 +66,14 @@ void Check(const Case& c, const std::vector<Size>& sizes) {
       sizes);
 }
 
-TEST(Rank, SmallMedians) {
+TEST(Rank, SmallWindows) {
   std::vector<Size> sizes = AwkwardSizes();
   std::erase_if(sizes, [](Size size) { return size.width > 140; });
   sizes.push_back({1100, 2});  // more than the columns that are sorted at a time
+  for (unsigned rank = 0; rank < 9; ++rank) {
+    Check<KyBW8>({1, 1, rank}, {{1, 1}, {2, 5}, {70, 3}});
+    Check<KyC24>({1, 1, rank}, {{1, 1}, {2, 5}, {30, 4}});
+  }
   for (const unsigned half : {1u, 2u}) {
     Check<KyBW8>({half, kAsWidth, kMedian}, sizes);
     Check<KyC24>({half, half, kMedian},

@@ -1,8 +1,8 @@
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "morphology/median_rows.cpp"
+#define HWY_TARGET_INCLUDE "morphology/small_rank_rows.cpp"
 #include <hwy/foreach_target.h>  // keep first
 
-#include "morphology/median_rows.h"
+#include "morphology/small_rank_rows.h"
 
 #include <algorithm>
 
@@ -21,6 +21,11 @@ HWY_INLINE void Sort2(V8& a, V8& b) {
   const V8 least = hn::Min(a, b);
   b = hn::Max(a, b);
   a = least;
+}
+HWY_INLINE void Sort3(V8& a, V8& b, V8& c) {
+  Sort2(a, b);
+  Sort2(b, c);
+  Sort2(a, b);
 }
 HWY_INLINE V8 Median3(V8 a, V8 b, V8 c) {
   return hn::Max(hn::Min(a, b), hn::Min(hn::Max(a, b), c));
@@ -108,19 +113,31 @@ struct ColumnPair<2> {
   }
 };
 
-// The median of sorted columns: at(i, k) is the i-th smallest of column k.
-template <class At>
-HWY_INLINE V8 MedianOfColumns(std::integral_constant<int, 1>, const At& at) {
-  const V8 low = hn::Max(hn::Max(at(0, 0), at(0, 1)), at(0, 2));
-  const V8 high = hn::Min(hn::Min(at(2, 0), at(2, 1)), at(2, 2));
-  return Median3(low, Median3(at(1, 0), at(1, 1), at(1, 2)), high);
+// One rank of sorted columns: at(i, k) is the i-th smallest of column k. Once the i-th smallest of
+// all columns are sorted too, the ends of the nine are known, and five others remain.
+template <int kRank, class At>
+HWY_INLINE V8 RankOfColumns(std::integral_constant<int, 1>, const At& at) {
+  V8 a0 = at(0, 0), a1 = at(0, 1), a2 = at(0, 2);
+  V8 b0 = at(1, 0), b1 = at(1, 1), b2 = at(1, 2);
+  V8 c0 = at(2, 0), c1 = at(2, 1), c2 = at(2, 2);
+  if constexpr (kRank == 4)
+    return Median3(hn::Max(hn::Max(a0, a1), a2), Median3(b0, b1, b2), hn::Min(hn::Min(c0, c1), c2));
+  Sort3(a0, a1, a2);
+  Sort3(b0, b1, b2);
+  Sort3(c0, c1, c2);
+  Sort2(b0, a1);
+  Sort2(b2, c1);
+  Sort5(a1, a2, b1, c0, b2);
+  const V8 sorted[] = {a0, b0, a1, a2, b1, c0, b2, c1, c2};
+  return sorted[kRank];
 }
-// The i-th smallest of all columns are sorted too. Then whatever has more than 12 others that are
+// The median of 25 in the same way: whatever has more than 12 others that are
 // known to be no smaller, or no greater, is not the median: that leaves the middle one of the 5 x 5
 // and the diagonals on either side of the long one, and of the upper left of these only its
 // greatest can be, of the lower right its least, and of the long one its median.
-template <class At>
-HWY_INLINE V8 MedianOfColumns(std::integral_constant<int, 2>, const At& at) {
+template <int kRank, class At>
+HWY_INLINE V8 RankOfColumns(std::integral_constant<int, 2>, const At& at) {
+  static_assert(kRank == 12);
   V8 a0 = at(0, 0), a1 = at(0, 1), a2 = at(0, 2), a3 = at(0, 3), a4 = at(0, 4);
   SortGreatest2(a0, a1, a2, a3, a4);
   V8 b0 = at(1, 0), b1 = at(1, 1), b2 = at(1, 2), b3 = at(1, 3), b4 = at(1, 4);
@@ -139,10 +156,10 @@ HWY_INLINE V8 MedianOfColumns(std::integral_constant<int, 2>, const At& at) {
 
 // Results of one or two rows, `rows` being the first of their windows. A chunk of columns is sorted
 // first, so that neighbours share the work.
-template <int kRadius, int kStep>
-HWY_INLINE void MedianOfRows(Rows<uint8_t> out, const uint8_t* const* rows) {
+template <int kRadius, int kStep, int kRank>
+HWY_INLINE void RankOfRows(Rows<uint8_t> out, const uint8_t* const* rows) {
   constexpr int kSize = 2 * kRadius + 1;
-  constexpr ptrdiff_t kReach = ptrdiff_t{kRadius} * kStep, kChunk = 512;
+  constexpr ptrdiff_t kReach = ptrdiff_t{kRadius} * kStep, kChunk = 1024;
   constexpr ptrdiff_t kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D8()));
   static_assert(kChunk % kLanes == 0);
   const D8 d;
@@ -168,24 +185,28 @@ HWY_INLINE void MedianOfRows(Rows<uint8_t> out, const uint8_t* const* rows) {
       for (ptrdiff_t x = 0; x < n; x += kLanes) {
         const auto at = [&](int i, int k)
                             HWY_ATTR { return hn::LoadU(d, columns[y][i] + x + k * kStep); };
-        hn::StoreU(MedianOfColumns(std::integral_constant<int, kRadius>(), at), d, to + x);
+        hn::StoreU(RankOfColumns<kRank>(std::integral_constant<int, kRadius>(), at), d, to + x);
       }
     }
   }
 }
 
-template <int kRadius, int kStep>
-void MedianRun(Rows<uint8_t> out, const uint8_t* const* rows, bool) {
+template <int kRadius, int kStep, int kRank>
+void RankRun(Rows<uint8_t> out, const uint8_t* const* rows, bool) {
   for (; out.height > 0; out.height -= 2, rows += 2, out.first = out.Row(2))
-    MedianOfRows<kRadius, kStep>(out, rows);
+    RankOfRows<kRadius, kStep, kRank>(out, rows);
 }
 
-template <int kRadius>
-constexpr MedianKernels::OfRadius kMedians = {
-    {kRadius, hn::MaxLanes(D8()), &MedianRun<kRadius, 1>, 1},
-    {kRadius, hn::MaxLanes(D8()), &MedianRun<kRadius, 3>, 3},
+template <int kRadius, int kRank>
+constexpr SmallRankKernels::Pair kRankOf = {
+    {kRadius, hn::MaxLanes(D8()), &RankRun<kRadius, 1, kRank>, 1},
+    {kRadius, hn::MaxLanes(D8()), &RankRun<kRadius, 3, kRank>, 3},
 };
-constexpr MedianKernels kKernels = {kMedians<1>, kMedians<2>};
+constexpr SmallRankKernels kKernels = {
+    {kRankOf<1, 0>, kRankOf<1, 1>, kRankOf<1, 2>, kRankOf<1, 3>, kRankOf<1, 4>, kRankOf<1, 5>,
+     kRankOf<1, 6>, kRankOf<1, 7>, kRankOf<1, 8>},
+    kRankOf<2, 12>,
+};
 
 }  // namespace
 // NOLINTNEXTLINE(google-readability-namespace-comments)
@@ -193,4 +214,4 @@ constexpr MedianKernels kKernels = {kMedians<1>, kMedians<2>};
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-KY_EXPORT_KERNELS(MedianKernels)
+KY_EXPORT_KERNELS(SmallRankKernels)

@@ -1,0 +1,19 @@
+// The row kernels of all ranks of 3 x 3 pixels and of the median of 5 x 5.
+#pragma once
+
+#include "foundation/window.h"
+
+namespace ky {
+
+struct SmallRankKernels {
+  // For grey pixels and for the components of colours.
+  struct Pair {
+    WindowKernel<WindowRun> grey, color;
+  };
+  Pair ranks3x3[9], median5x5;
+};
+
+// The kernels of the instruction set that this call may use.
+const SmallRankKernels& ChooseSmallRankKernels() noexcept;
+
+}  // namespace ky
