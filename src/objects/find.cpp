@@ -23,15 +23,13 @@ KY_ERRORS CheckFinding(const Roi* source, const KyObjectsVector* objects,
                        const KyROI<KyBW32>* labels, const KyROI<KyBW8>* levels) noexcept {
   if (const KY_ERRORS error = ky::CheckImage(source)) return error;
   if (objects == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-  const auto check = [](const KyGenericROI* given, auto test) {
-    return given != nullptr ? test(given) : KY_OK;
-  };
-  const auto image = [](const KyGenericROI* given) { return ky::CheckImage(given); };
-  const auto size = [source](const KyGenericROI* given) { return ky::CheckSizes(given, source); };
-  if (const KY_ERRORS error = check(labels, image)) return error;
-  if (const KY_ERRORS error = check(levels, image)) return error;
-  if (const KY_ERRORS error = check(labels, size)) return error;
-  return check(levels, size);
+  for (const KyGenericROI* given :
+       {static_cast<const KyGenericROI*>(labels), static_cast<const KyGenericROI*>(levels)}) {
+    if (given == nullptr) continue;
+    if (const KY_ERRORS error = ky::CheckImage(given)) return error;
+    if (const KY_ERRORS error = ky::CheckSizes(given, source)) return error;
+  }
+  return KY_OK;
 }
 
 bool IsConnexity(CONNEXITY connexity) noexcept {

@@ -50,6 +50,7 @@ struct Option {
     kPartial,       // the argument may have changed when the call has failed
     kNever,         // no arguments make the call succeed
     kPlain,         // one path alone: nothing is dispatched by the instruction set
+    kInTurn,        // each ROI's image and size are checked before the next ROI's
     kSpills,        // pixels of the argument's image outside the ROI may change
   };
   Kind kind;

@@ -48,6 +48,7 @@ inline Option OffParentIs(Name name, KY_ERRORS code) {
 }
 inline Option NoMemoryIs(KY_ERRORS code) { return {Kind::kNoMemory, "", double(code)}; }
 inline Option NotAccelerated() { return {Kind::kPlain, ""}; }
+inline Option ChecksInTurn() { return {Kind::kInTurn, ""}; }
 inline Option NeverSucceeds() { return {Kind::kNever, ""}; }
 inline Option Partial(Name name) { return {Kind::kPartial, name}; }
 inline Option Spills(Name name) { return {Kind::kSpills, name}; }
