@@ -17,7 +17,8 @@
 ///
 /// - Border: a position outside the source has the value of the nearest pixel inside.
 /// - Colours: each component by itself, as a grey image of its own.
-/// - Size: half sizes are 0 to 2^20. The cost does not depend on them, apart from all ranks of 3 x 3
+/// - Size: half sizes are 0 to 2^20. The cost does not depend on them, apart from all ranks of 3 x
+/// 3
 ///   pixels and the median of 5 x 5, which are faster.
 /// - In place: a null destination, or one on the source's pixels, replaces the source. An area that
 ///   overlaps the source otherwise is written as if the source were a copy.

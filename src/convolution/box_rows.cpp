@@ -140,6 +140,15 @@ HWY_INLINE hn::Vec<D> SumAt(D d, const WindowSums& sums, int phase, size_t i) {
 using DI32 = hn::ScalableTag<int32_t>;
 using DF32 = hn::ScalableTag<float>;
 
+// The integer nearest to a quotient of 0 to 255: next to 1.5 * 2^23, floats are the integers.
+template <class V>
+HWY_INLINE hn::Vec<DI32> NearestLevel(V v) {
+  const DF32 df;
+  const DI32 d;
+  const auto bits = hn::BitCast(d, hn::Add(v, hn::Set(df, 12582912.0f)));
+  return hn::And(bits, hn::Set(d, 0xFFFF));
+}
+
 // Quotients S / n of sums up to 255 n. The product of S, which floats hold exactly, with the
 // rounded reciprocal is off by less than 2^-15. For odd n the quotient is at least 1 / 2n away from
 // where rounding changes: enough for n up to 2^14. For even n it may be right there, so that a
@@ -151,7 +160,7 @@ void AverageRow(KyBW8* out, size_t n, const WindowSums& sums, const WindowAreas&
       [&](DI32 d, int phase, size_t i) HWY_ATTR {
         auto sum = hn::ConvertTo(df, SumAt(d, sums, phase, i));
         if constexpr (!kOddAreas) sum = hn::Add(sum, hn::Set(df, 0.25f));
-        return hn::NearestInt(hn::Mul(sum, hn::LoadU(df, areas.reciprocal[phase] + i)));
+        return NearestLevel(hn::Mul(sum, hn::LoadU(df, areas.reciprocal[phase] + i)));
       },
       out, n);
 }
@@ -162,7 +171,7 @@ void AverageOfLarge(KyBW8* out, size_t n, const WindowSums& sums, const WindowAr
       [&](DI32 d, int phase, size_t i) HWY_ATTR {
         const auto sum = SumAt(d, sums, phase, i), area = hn::LoadU(d, areas.area[phase] + i);
         const auto reciprocal = hn::LoadU(df, areas.reciprocal[phase] + i);
-        const auto estimate = hn::NearestInt(hn::Mul(hn::ConvertTo(df, sum), reciprocal));
+        const auto estimate = NearestLevel(hn::Mul(hn::ConvertTo(df, sum), reciprocal));
         const auto rest = hn::Sub(sum, hn::Mul(estimate, area)), twice = hn::Add(rest, rest);
         const auto tooLarge = hn::VecFromMask(d, hn::Lt(twice, hn::Neg(area)));
         const auto tooSmall = hn::VecFromMask(d, hn::Gt(hn::Add(twice, hn::Set(d, 1)), area));
