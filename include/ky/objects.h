@@ -63,8 +63,8 @@ extern template class KyVectorTemplate<KyObject>;
 /// Pfaltz, 1966, for runs; Tarjan, 1975, for sets that are united.)
 ///
 /// Errors, checked in this order: `KY_ERROR_NO_IMAGE` (1400) for the source,
-/// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector, `KY_ERROR_NO_IMAGE` (1400) for labels or
-/// levels that are given, `KY_ERROR_SIZE_MISMATCH` (1403) unless both have the size of the source,
+/// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector, `KY_ERROR_NO_IMAGE` (1400) and
+/// `KY_ERROR_SIZE_MISMATCH` (1403) for labels that are given, and then the same for levels,
 /// `KY_ERROR_COLOR_PLANES` (1413) when the labels share memory with the source or the levels,
 /// `KY_ERROR_BAD_INTERVAL` (1007) when low > high, `KY_ERROR_UNSUPPORTED_OPERATION` (1003) for
 /// another connexity, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). After any of them, the vector and the

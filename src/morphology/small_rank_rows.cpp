@@ -192,13 +192,13 @@ HWY_INLINE void RankOfRows(Rows<uint8_t> out, const uint8_t* const* rows) {
 }
 
 template <int kRadius, int kStep, int kRank>
-void RankRun(Rows<uint8_t> out, const uint8_t* const* rows, bool) {
+void RankRun(Rows<uint8_t> out, const uint8_t* const* rows, const Layout&) {
   for (; out.height > 0; out.height -= 2, rows += 2, out.first = out.Row(2))
     RankOfRows<kRadius, kStep, kRank>(out, rows);
 }
 
 template <int kRadius, int kRank>
-constexpr SmallRankKernels::Pair kRankOf = {
+constexpr WindowKernels kRankOf = {
     {kRadius, hn::MaxLanes(D8()), &RankRun<kRadius, 1, kRank>, 1},
     {kRadius, hn::MaxLanes(D8()), &RankRun<kRadius, 3, kRank>, 3},
 };

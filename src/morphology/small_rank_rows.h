@@ -6,11 +6,7 @@
 namespace ky {
 
 struct SmallRankKernels {
-  // For grey pixels and for the components of colours.
-  struct Pair {
-    WindowKernel<WindowRun> grey, color;
-  };
-  Pair ranks3x3[9], median5x5;
+  WindowKernels ranks3x3[9], median5x5;
 };
 
 // The kernels of the instruction set that this call may use.
