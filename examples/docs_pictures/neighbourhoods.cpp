@@ -22,14 +22,28 @@ void Kernels(const std::string& folder) {
 }
 
 void Filters(const std::string& folder) {
+  using Filter = KY_ERRORS (*)(const KyROI<KyBW8>*, KyROI<KyBW8>*) noexcept;
   const Grey source = Parts();
-  Grey smooth = Panel(), sharp = Panel(), sobel = Panel(), prewitt = Panel(), laplacian = Panel();
+  Grey smooth = Panel();
   Must(ImgConvolGaussian3x3(&source, &smooth));
-  Must(ImgConvolHighpass1(&smooth, &sharp));
-  Must(ImgConvolSobel(&smooth, &sobel));
-  Must(ImgConvolPrewittX(&smooth, &prewitt));
-  Must(ImgConvolLaplacian8(&smooth, &laplacian));
-  Write(folder, "filters", 3, {&source, &smooth, &sharp, &sobel, &prewitt, &laplacian});
+  const auto filtered = [](const Grey& from, Filter filter, KyBW8 gain = 1) {
+    Grey result = Panel();
+    Must(filter(&from, &result));
+    Must(ImgOper(KY_OPER_MULTIPLY, &result, gain, &result));
+    return result;
+  };
+  const Grey gauss7 = filtered(source, ImgConvolGaussian7x7),
+             uniform7 = filtered(source, ImgConvolUniform7x7),
+             sharp = filtered(smooth, ImgConvolHighpass1), sobel = filtered(smooth, ImgConvolSobel),
+             prewitt = filtered(smooth, ImgConvolPrewittX),
+             laplacian = filtered(smooth, ImgConvolLaplacian8),
+             gradient = filtered(smooth, ImgConvolGradient, 4),
+             roberts = filtered(smooth, ImgConvolRoberts, 4),
+             alongX = filtered(smooth, ImgConvolLaplacianX, 4),
+             alongY = filtered(smooth, ImgConvolLaplacianY, 4);
+  Write(folder, "filters", 4,
+        {&source, &smooth, &gauss7, &uniform7, &sharp, &sobel, &prewitt, &laplacian, &gradient,
+         &roberts, &alongX, &alongY});
 }
 
 void Morphology(const std::string& folder) {

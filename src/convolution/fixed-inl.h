@@ -217,12 +217,16 @@ struct Paired<kRadius, kSplit, kMagnitude, 3> : WindowOp<kRadius> {
   HWY_INLINE hn::Vec<D> operator()(D d, const At& at) const {
     constexpr int kSize = 2 * kRadius + 1, kTaps = kSize * kSize;
     const auto zero = hn::Zero(d);
-    const auto tap = [&](int i) HWY_ATTR {
-      return i == kTaps ? zero : at(i % kSize - kRadius, i / kSize - kRadius);
+    const auto tap = [&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
+      if constexpr (i == kTaps)
+        return zero;
+      else
+        return at(i % kSize - kRadius, i / kSize - kRadius);
     };
     Sum<kSplit> sums[4];
-    for (int pair = 0; 2 * pair < kTaps; ++pair) {
-      const auto first = tap(2 * pair), second = tap(2 * pair + 1);
+    ForEach<(kTaps + 1) / 2>([&]<int pair>(std::integral_constant<int, pair>) KY_INLINE_ATTR {
+      const auto first = tap(std::integral_constant<int, 2 * pair>());
+      const auto second = tap(std::integral_constant<int, 2 * pair + 1>());
       const auto lower = hn::InterleaveLower(d, first, second);
       const auto upper = hn::InterleaveUpper(d, first, second);
       const D16 d16;
@@ -230,7 +234,7 @@ struct Paired<kRadius, kSplit, kMagnitude, 3> : WindowOp<kRadius> {
       sums[1].Add(hn::BitCast(d16, hn::InterleaveUpper(d, lower, zero)), kernel, pair);
       sums[2].Add(hn::BitCast(d16, hn::InterleaveLower(d, upper, zero)), kernel, pair);
       sums[3].Add(hn::BitCast(d16, hn::InterleaveUpper(d, upper, zero)), kernel, pair);
-    }
+    });
     const V16 halves[] = {Levels<kMagnitude>(kernel, sums[0].All(), sums[1].All()),
                           Levels<kMagnitude>(kernel, sums[2].All(), sums[3].All())};
     // The places of either half of a block.

@@ -22,6 +22,24 @@ HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 
+// The attributes of lambdas that are inlined however large what surrounds them grows.
+#undef KY_INLINE_ATTR
+#if HWY_COMPILER_GCC || HWY_COMPILER_CLANG
+#define KY_INLINE_ATTR HWY_ATTR __attribute__((always_inline))
+#else
+#define KY_INLINE_ATTR HWY_ATTR
+#endif
+
+// f(0), ... f(kCount - 1), each with a constant of its own: compilers leave loops of many steps as
+// they are, and arrays of vectors in memory with them.
+template <int kCount, class F>
+HWY_INLINE void ForEach(const F& f) {
+  [&]<int... k>(std::integer_sequence<int, k...>) KY_INLINE_ATTR {
+    (f(std::integral_constant<int, k>()), ...);
+  }
+  (std::make_integer_sequence<int, kCount>());
+}
+
 // The base of formulas over windows of 2 * radius + 1 rows and columns.
 template <int radius>
 struct WindowOp {
@@ -78,13 +96,14 @@ class Neighbours {
       columns_[i] = hn::PromoteTo(d16, hn::LoadU(d, places + kStep * (i - kRadius)));
 #else
     const hn::Repartition<uint16_t, D8> unsigned16;
-    for (int i = 0; i < kColumns; i += 2) {
-      const int column = kStep == 1 ? i - kRadius : kStep * (i / 2 - kRadius);
-      const auto pair = hn::BitCast(unsigned16, hn::LoadU(d, places + column));
-      const int second = kStep == 1 ? i + 1 : i / 2 + kSecondPhase;
-      columns_[kStep == 1 ? i : i / 2] = hn::BitCast(d16, hn::And(pair, hn::Set(unsigned16, 0xFF)));
-      columns_[second] = hn::BitCast(d16, hn::ShiftRight<8>(pair));
-    }
+    ForEach<(kColumns + 1) / 2>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
+      constexpr int kColumn = kStep == 1 ? 2 * i - kRadius : kStep * (i - kRadius);
+      constexpr int kFirst = kStep == 1 ? 2 * i : i,
+                    kSecond = kStep == 1 ? 2 * i + 1 : i + kSecondPhase;
+      const auto pair = hn::BitCast(unsigned16, hn::LoadU(d, places + kColumn));
+      columns_[kFirst] = hn::BitCast(d16, hn::And(pair, hn::Set(unsigned16, 0xFF)));
+      columns_[kSecond] = hn::BitCast(d16, hn::ShiftRight<8>(pair));
+    });
 #endif
   }
   HWY_INLINE void Add(const Neighbours& others) {
@@ -152,13 +171,9 @@ struct SymmetricRow : WindowOp<sizeof...(kWeights) - 1> {
   }
   HWY_INLINE V16 Row(D16 d, const V16* at) const {
     V16 sum = Times<WeightOf(0)>(d, at[0]);
-    const auto add = [&]<int i>(std::integral_constant<int, i>) HWY_ATTR {
-      sum = hn::Add(sum, Times<WeightOf(i)>(d, hn::Add(at[-i], at[i])));
-    };
-    [&]<int... k>(std::integer_sequence<int, k...>) HWY_ATTR {
-      (add(std::integral_constant<int, k + 1>()), ...);
-    }
-    (std::make_integer_sequence<int, kRadius>());
+    ForEach<kRadius>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
+      sum = hn::Add(sum, Times<WeightOf(i + 1)>(d, hn::Add(at[-i - 1], at[i + 1])));
+    });
     return sum;
   }
 
@@ -197,7 +212,7 @@ struct RowParts {
   HWY_INLINE void Make(const Op& op, const uint8_t* places) {
 #if KY_HAVE_MUL_ADD_BYTES
     if constexpr (kStep == 1 && kHasSymmetricRow<Op>)
-      return [&]<int... k>(std::integer_sequence<int, k...>) HWY_ATTR {
+      return [&]<int... k>(std::integer_sequence<int, k...>) KY_INLINE_ATTR {
         MakeOfBytes<(2 * k - Op::kRadius)...>(places);
       }
     (std::make_integer_sequence<int, Op::kRadius + 1>());
@@ -211,11 +226,11 @@ struct RowParts {
   // column less to the right of the odd ones.
   template <int... kColumns>
   HWY_INLINE void MakeOfBytes(const uint8_t* places) {
-    const auto sum = [](auto first, auto... others) HWY_ATTR {
+    const auto sum = [](auto first, auto... others) KY_INLINE_ATTR {
       ((first = hn::Add(first, others)), ...);
       return first;
     };
-    const auto at = [&](int column) HWY_ATTR { return hn::LoadU(D8(), places + column); };
+    const auto at = [&](int column) KY_INLINE_ATTR { return hn::LoadU(D8(), places + column); };
     part[0] = sum(WeighBytes<Op::WeightOf(kColumns), Op::WeightOf(kColumns + 1)>(at(kColumns))...);
     part[1] = sum(WeighBytes<Op::WeightOf(kColumns - 1), Op::WeightOf(kColumns)>(at(kColumns))...);
   }
@@ -240,7 +255,8 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
   const ptrdiff_t outAhead = kRows * out.pitch;
   for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
     RowParts<Op, kStep> parts[kIn];
-    const auto result = [&]<size_t... k>(int y, std::index_sequence<k...>) HWY_ATTR {
+    const auto result = [&]<int y, int... k>(std::integral_constant<int, y>,
+                                             std::integer_sequence<int, k...>) KY_INLINE_ATTR {
       if constexpr (kAhead == Ahead::kToFirstCache) {
         PrefetchAhead<hn::MaxLanes(d)>(in[kIn - kRows + y], inAhead + x);
         PrefetchAhead<hn::MaxLanes(d)>(to[y], outAhead + x);
@@ -249,18 +265,15 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
         PrefetchToSecondCache(to[y], outAhead + x);
       }
       V16 results[kPhases];
-      for (int p = 0; p < kPhases; ++p)
-        results[p] = op(D16(), parts[y + static_cast<int>(k)].part[p]...);
+      for (int p = 0; p < kPhases; ++p) results[p] = op(D16(), parts[y + k].part[p]...);
       hn::StoreU(JoinPhases(results), d, to[y] + x);
     };
-    const auto row = [&]<int k>(std::integral_constant<int, k>) HWY_ATTR {
+    ForEach<kIn>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
       parts[k].Make(op, in[k] + x);
-      if constexpr (k >= kSize - 1) result(k - (kSize - 1), std::make_index_sequence<kSize>());
-    };
-    [&]<int... k>(std::integer_sequence<int, k...>) HWY_ATTR {
-      (row(std::integral_constant<int, k>()), ...);
-    }
-    (std::make_integer_sequence<int, kIn>());
+      if constexpr (k >= kSize - 1)
+        result(std::integral_constant<int, k - (kSize - 1)>(),
+               std::make_integer_sequence<int, kSize>());
+    });
   }
 }
 
