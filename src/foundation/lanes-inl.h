@@ -99,6 +99,26 @@ HWY_INLINE void StorePart(D, const V& v, T* to, size_t n) {
   std::memcpy(static_cast<void*>(to), part, n * sizeof(T));
 }
 
+#undef KY_HAVE_MUL_ADD_BYTES
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
+#define KY_HAVE_MUL_ADD_BYTES 1
+// The products of 8-bit lanes with signed 8-bit weights, the two products of each pair of lanes
+// added up. The sums must fit 16 bits.
+HWY_INLINE hn::Vec<hn::ScalableTag<int16_t>> MulAddBytes(
+    hn::Vec<hn::ScalableTag<uint8_t>> lanes, hn::Vec<hn::ScalableTag<uint8_t>> weights) {
+  using V = hn::Vec<hn::ScalableTag<int16_t>>;
+#if HWY_TARGET < HWY_AVX2
+  return V{_mm512_maddubs_epi16(lanes.raw, weights.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return V{_mm256_maddubs_epi16(lanes.raw, weights.raw)};
+#else
+  return V{_mm_maddubs_epi16(lanes.raw, weights.raw)};
+#endif
+}
+#else
+#define KY_HAVE_MUL_ADD_BYTES 0
+#endif
+
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky

@@ -15,17 +15,24 @@ HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 
+// Lanes that are all ones in `absent` become 0.
+template <class V>
+HWY_INLINE V Without(V absent, V v) {
+  return hn::AndNot(absent, v);
+}
+template <class V>
+HWY_INLINE Planes3<V> Without(V absent, const Planes3<V>& v) {
+  return {hn::AndNot(absent, v.c0), hn::AndNot(absent, v.c1), hn::AndNot(absent, v.c2)};
+}
+
 // Start, step, done over the elements at the same place in each row, in lanes of type Lane, which
 // may be wider: Fold<D>() starts, Step(d, v..., absent) takes a vector of each in, Done() gives the
 // result. The lanes that the rows leave free in their last vector are 0 in v and all ones in
 // `absent`, which is 0 in all others.
-template <template <class> class Fold, class Lane, class... T>
-HWY_INLINE auto ReducePiece(size_t n, const T*... row) {
-  using D = hn::ScalableTag<Lane>;
-  const D d;
+template <class D, class Fold, class... T>
+HWY_INLINE auto ReducePiece(D d, Fold fold, size_t n, const T*... row) {
   const size_t lanes = hn::Lanes(d);
   constexpr size_t kAtOnce = 4;
-  Fold<D> fold;
   const auto step = [&](size_t at)
                         HWY_ATTR { fold.Step(d, LoadLanes(d, row + at)..., hn::Zero(d)); };
   size_t i = 0;
@@ -38,26 +45,35 @@ HWY_INLINE auto ReducePiece(size_t n, const T*... row) {
       step(i + k * lanes);
     }
   for (; i + lanes <= n; i += lanes) step(i);
-  if (const size_t rest = n - i; rest > 0) {
+  if (const size_t rest = n - i; rest > 0 && n >= lanes) {
+    // The last vector overlaps the one before it, whose elements are not taken twice.
+    const auto absent = hn::VecFromMask(d, hn::FirstN(d, lanes - rest));
+    fold.Step(d, Without(absent, LoadLanes(d, row + n - lanes))..., absent);
+  } else if (rest > 0) {
     const auto absent = hn::VecFromMask(d, hn::Not(hn::FirstN(d, rest)));
     fold.Step(d, LoadPart(d, row + i, rest)..., absent);
   }
   return fold.Done();
 }
 
-// The same for any n. A fold that is exact for so many elements only says so by `static constexpr
-// size_t kMost`, and gets pieces of that many, whose results are added up by +=.
-template <template <class> class Fold, class Lane, class... T>
-HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
-  using Bounds = Fold<hn::ScalableTag<Lane>>;
-  if constexpr (requires { Bounds::kMost; }) {
-    decltype(Bounds().Done()) total{};
-    for (size_t x = 0; x < n; x += Bounds::kMost)
-      total += ReducePiece<Fold, Lane>(HWY_MIN(n - x, size_t{Bounds::kMost}), (row + x)...);
+// The same for any n, with a fold that may have parameters, as it is before the first step. A fold
+// that is exact for so many elements only says so by `static constexpr size_t kMost`, and gets
+// pieces of that many, whose results are added up by +=.
+template <class D, class Fold, class... T>
+HWY_INLINE auto ReduceInto(D d, const Fold& fold, size_t n, const T*... row) {
+  if constexpr (requires { Fold::kMost; }) {
+    decltype(fold.Done()) total{};
+    for (size_t x = 0; x < n; x += Fold::kMost)
+      total += ReducePiece(d, fold, HWY_MIN(n - x, size_t{Fold::kMost}), (row + x)...);
     return total;
   } else {
-    return ReducePiece<Fold, Lane>(n, row...);
+    return ReducePiece(d, fold, n, row...);
   }
+}
+template <template <class> class Fold, class Lane, class... T>
+HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
+  using D = hn::ScalableTag<Lane>;
+  return ReduceInto(D(), Fold<D>(), n, row...);
 }
 
 #if HWY_TARGET != HWY_SCALAR
@@ -103,47 +119,89 @@ HWY_INLINE uint64_t SumOfRow(const KyBW8* row, size_t n) {
   return ReduceSpan<SumOfBytes, KyBW8>(n, row);
 }
 
-// The Moments of 8-bit elements.
+// The sum of the products of pairs of 8-bit elements, at most kMost of them. A part of folds, which
+// pass the limit on.
 template <class D>
-class SumAndSquares {
+class SumOfProducts {
  public:
-  static constexpr size_t kMost = 1 << 16;  // squares that 32 bits hold
+  static constexpr size_t kMost = 1 << 16;  // products that 32 bits hold
 
 #if HWY_TARGET == HWY_SCALAR
-  HWY_INLINE SumAndSquares() : squares_(hn::Zero(D32())) {}
-  HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
-    sum_.Step(d, v, absent);
-    const auto wide = hn::PromoteTo(D32(), v);
-    squares_ = hn::Add(squares_, hn::Mul(wide, wide));
+  HWY_INLINE SumOfProducts() : sum_(hn::Zero(D32())) {}
+  HWY_INLINE void Step(D, hn::Vec<D> a, hn::Vec<D> b) {
+    sum_ = hn::Add(sum_, hn::Mul(hn::PromoteTo(D32(), a), hn::PromoteTo(D32(), b)));
   }
-  HWY_INLINE Moments Done() const { return {sum_.Done(), hn::GetLane(squares_)}; }
+  HWY_INLINE uint32_t Done() const { return hn::GetLane(sum_); }
 
  private:
   using D32 = hn::Rebind<uint32_t, D>;
-  SumOfBytes<D> sum_;
-  hn::Vec<D32> squares_;
+  hn::Vec<D32> sum_;
 #else
-  HWY_INLINE SumAndSquares()
+  HWY_INLINE SumOfProducts()
       : even_(hn::Zero(D32())), odd_(hn::Zero(D32())), more_(hn::Zero(D32())) {}
-  HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
+  HWY_INLINE void Step(D d, hn::Vec<D> a, hn::Vec<D> b) {
     const hn::Repartition<int16_t, D> d16;
-    sum_.Step(d, v, absent);
-    const auto even = hn::BitCast(d16, EvenBytes(d, v)), odd = hn::BitCast(d16, OddBytes(d, v));
-    even_ = hn::ReorderWidenMulAccumulate(D32(), even, even, even_, more_);
-    odd_ = hn::ReorderWidenMulAccumulate(D32(), odd, odd, odd_, more_);
+    even_ = hn::ReorderWidenMulAccumulate(D32(), hn::BitCast(d16, EvenBytes(d, a)),
+                                          hn::BitCast(d16, EvenBytes(d, b)), even_, more_);
+    odd_ = hn::ReorderWidenMulAccumulate(D32(), hn::BitCast(d16, OddBytes(d, a)),
+                                         hn::BitCast(d16, OddBytes(d, b)), odd_, more_);
   }
-  HWY_INLINE Moments Done() const {
+  HWY_INLINE uint32_t Done() const {
     const hn::RebindToUnsigned<D32> du32;
-    const auto squares = hn::BitCast(du32, hn::Add(hn::Add(even_, odd_), more_));
-    return {sum_.Done(), SumOfAll(squares)};
+    return SumOfAll(hn::BitCast(du32, hn::Add(hn::Add(even_, odd_), more_)));
   }
 
  private:
   using D32 = hn::Repartition<int32_t, D>;
-  SumOfBytes<D> sum_;
   hn::Vec<D32> even_, odd_, more_;
 #endif
 };
+
+// The Moments of 8-bit elements.
+template <class D>
+class SumAndSquares {
+ public:
+  static constexpr size_t kMost = SumOfProducts<D>::kMost;
+
+  HWY_INLINE SumAndSquares() {}
+  HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
+    sum_.Step(d, v, absent);
+    squares_.Step(d, v, v);
+  }
+  HWY_INLINE Moments Done() const { return {sum_.Done(), squares_.Done()}; }
+
+ private:
+  SumOfBytes<D> sum_;
+  SumOfProducts<D> squares_;
+};
+
+// The smallest or the largest of all lanes, of 8 or 16 bits.
+template <class V>
+HWY_INLINE auto SmallestOfAll(V v) {
+  const hn::DFromV<V> d;
+  using T = hn::TFromD<decltype(d)>;
+#if HWY_TARGET != HWY_SCALAR
+  if constexpr (sizeof(T) == 1)
+    return static_cast<T>(SmallestOfAll(hn::Min(EvenBytes(d, v), OddBytes(d, v))));
+  else
+    return hn::GetLane(hn::MinOfLanes(d, v));
+#else
+  return T{hn::GetLane(v)};
+#endif
+}
+template <class V>
+HWY_INLINE auto LargestOfAll(V v) {
+  const hn::DFromV<V> d;
+  using T = hn::TFromD<decltype(d)>;
+#if HWY_TARGET != HWY_SCALAR
+  if constexpr (sizeof(T) == 1)
+    return static_cast<T>(LargestOfAll(hn::Max(EvenBytes(d, v), OddBytes(d, v))));
+  else
+    return hn::GetLane(hn::MaxOfLanes(d, v));
+#else
+  return T{hn::GetLane(v)};
+#endif
+}
 
 // The smallest and the largest of 8-bit elements, and their sum.
 template <class D>
@@ -155,18 +213,14 @@ class ExtremesAndSumOfBytes {
     smallest_ = hn::Min(smallest_, hn::Or(v, absent));
     largest_ = hn::Max(largest_, v);
   }
-  HWY_INLINE ExtremesAndSum Done() const {
+  // The sum of the elements since the last call.
+  HWY_INLINE uint64_t TakeSum() {
     const uint64_t sum = sum_.Done();
-#if HWY_TARGET == HWY_SCALAR
-    return {hn::GetLane(smallest_), hn::GetLane(largest_), sum};
-#else
-    const D d;
-    const hn::Repartition<uint16_t, D> d16;
-    const auto smallest = hn::Min(EvenBytes(d, smallest_), OddBytes(d, smallest_));
-    const auto largest = hn::Max(EvenBytes(d, largest_), OddBytes(d, largest_));
-    return {static_cast<uint8_t>(hn::GetLane(hn::MinOfLanes(d16, smallest))),
-            static_cast<uint8_t>(hn::GetLane(hn::MaxOfLanes(d16, largest))), sum};
-#endif
+    sum_ = SumOfBytes<D>();
+    return sum;
+  }
+  HWY_INLINE ExtremesAndSum Done() const {
+    return {SmallestOfAll(smallest_), LargestOfAll(largest_), sum_.Done()};
   }
 
  private:

@@ -10,7 +10,6 @@
 #else
 #define KY_FOUNDATION_WINDOW_INL_H_
 #endif
-#undef KY_HAVE_MUL_ADD_BYTES
 
 #include <utility>
 
@@ -133,23 +132,6 @@ HWY_INLINE V32 MulAddPairs(V16 lanes, int32_t weights, V32 sum) {
   return hn::Add(sum, hn::Add(low, hn::Mul(hn::ShiftRight<16>(both), hn::Set(d32, weights >> 16))));
 #endif
 }
-#endif
-
-#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
-#define KY_HAVE_MUL_ADD_BYTES 1
-// The products of 8-bit lanes with signed 8-bit weights, the two products of each pair of lanes
-// added up. The sums must fit 16 bits.
-HWY_INLINE V16 MulAddBytes(hn::Vec<D8> lanes, hn::Vec<D8> weights) {
-#if HWY_TARGET < HWY_AVX2
-  return V16{_mm512_maddubs_epi16(lanes.raw, weights.raw)};
-#elif HWY_TARGET == HWY_AVX2
-  return V16{_mm256_maddubs_epi16(lanes.raw, weights.raw)};
-#else
-  return V16{_mm_maddubs_epi16(lanes.raw, weights.raw)};
-#endif
-}
-#else
-#define KY_HAVE_MUL_ADD_BYTES 0
 #endif
 
 // What a row contributes, for each phase.

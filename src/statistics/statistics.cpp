@@ -21,12 +21,53 @@ static_assert(LDBL_MANT_DIG > DBL_MANT_DIG);
 
 // Opens an ROI and gives the number of its pixels as a signed 32-bit product;
 // KY_ERROR_NO_PIXELS (1051) when that is 0.
-KY_ERRORS OpenPixels(const KyROI<KyBW8>* roi, Rows<const KyBW8>& rows,
-                     std::int32_t& pixels) noexcept {
+template <class T>
+KY_ERRORS OpenPixels(const KyROI<T>* roi, Rows<const T>& rows, std::int32_t& pixels) noexcept {
   if (const KY_ERRORS error = ky::Open(roi, rows)) return error;
   pixels = static_cast<std::int32_t>(static_cast<std::uint32_t>(rows.width) *
                                      static_cast<std::uint32_t>(rows.height));
   return pixels == 0 ? KY_ERROR_NO_PIXELS : KY_OK;
+}
+
+// The laws of 32-bit sums, for grey levels and for each component of colours.
+float MeanOf(std::uint32_t sum, std::int32_t pixels) noexcept {
+  return static_cast<float>(static_cast<Extended>(sum) / static_cast<Extended>(pixels));
+}
+
+class Variance {
+ public:
+  void AddRow(const ky::Moments& row) noexcept {
+    sum_ += static_cast<std::uint32_t>(row.sum);
+    squares_ += static_cast<std::uint32_t>(row.squares);
+  }
+  void Write(std::int32_t pixels, float& variance, float& mean) const noexcept {
+    const Extended n = static_cast<Extended>(pixels), s = sum_;
+    mean = static_cast<float>(sum_) / static_cast<float>(pixels);
+    variance = std::max(static_cast<float>((squares_ * n - s * s) / (n * n)), 0.0f);
+  }
+
+ private:
+  std::uint32_t sum_ = 0;
+  double squares_ = 0;
+};
+
+float DeviationOf(float variance) noexcept {
+  return static_cast<float>(std::sqrt(double{variance}));
+}
+
+// The variances and means of the components, which stay as they were on failure.
+KY_ERRORS ComponentVariances(const KyROI<KyC24>* source, float (&variance)[3],
+                             float (&mean)[3]) noexcept {
+  Rows<const KyC24> rows;
+  std::int32_t pixels;
+  if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
+  Variance components[3];
+  ky::ReduceRows(ky::ChooseStatisticsKernels().componentMoments, rows,
+                 [&](const ky::OfComponents<ky::Moments>& row, std::ptrdiff_t) {
+                   for (int i = 0; i < 3; ++i) components[i].AddRow(row.of[i]);
+                 });
+  for (int i = 0; i < 3; ++i) components[i].Write(pixels, variance[i], mean[i]);
+  return KY_OK;
 }
 
 }  // namespace
@@ -36,11 +77,25 @@ KY_ERRORS ImgPixelAverage(const KyROI<KyBW8>* source, float& mean) noexcept {
     Rows<const KyBW8> rows;
     std::int32_t pixels;
     if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
-    std::uint32_t sum = 0;
-    ky::ReduceRows(
-        ky::ChooseStatisticsKernels().sum, rows.Joined() ? rows.AsOneRow() : rows,
-        [&](std::uint64_t row, std::ptrdiff_t) { sum += static_cast<std::uint32_t>(row); });
-    mean = static_cast<float>(static_cast<Extended>(sum) / static_cast<Extended>(pixels));
+    std::uint64_t sum = 0;
+    ky::ReduceRows(ky::ChooseStatisticsKernels().sum, rows.Joined() ? rows.AsOneRow() : rows,
+                   [&](std::uint64_t row, std::ptrdiff_t) { sum += row; });
+    mean = MeanOf(static_cast<std::uint32_t>(sum), pixels);
+    return KY_OK;
+  });
+}
+KY_ERRORS ImgPixelAverage(const KyROI<KyC24>* source, float (&mean)[3]) noexcept {
+  return Call("ImgPixelAverage (C24)", [&] {
+    Rows<const KyC24> rows;
+    std::int32_t pixels;
+    if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
+    std::uint64_t sums[3] = {};
+    ky::ReduceRows(ky::ChooseStatisticsKernels().componentSum,
+                   rows.Joined() ? rows.AsOneRow() : rows,
+                   [&](const ky::OfComponents<std::uint64_t>& row, std::ptrdiff_t) {
+                     for (int i = 0; i < 3; ++i) sums[i] += row.of[i];
+                   });
+    for (int i = 0; i < 3; ++i) mean[i] = MeanOf(static_cast<std::uint32_t>(sums[i]), pixels);
     return KY_OK;
   });
 }
@@ -50,25 +105,32 @@ KY_ERRORS ImgPixelVariance(const KyROI<KyBW8>* source, float& variance, float& m
     Rows<const KyBW8> rows;
     std::int32_t pixels;
     if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
-    std::uint32_t sum = 0;
-    double squares = 0;
+    Variance sums;
     ky::ReduceRows(ky::ChooseStatisticsKernels().moments, rows,
-                   [&](const ky::Moments& row, std::ptrdiff_t) {
-                     sum += static_cast<std::uint32_t>(row.sum);
-                     squares += static_cast<std::uint32_t>(row.squares);
-                   });
-    const Extended n = static_cast<Extended>(pixels), s = sum;
-    mean = static_cast<float>(sum) / static_cast<float>(pixels);
-    variance = std::max(static_cast<float>((squares * n - s * s) / (n * n)), 0.0f);
+                   [&](const ky::Moments& row, std::ptrdiff_t) { sums.AddRow(row); });
+    sums.Write(pixels, variance, mean);
     return KY_OK;
   });
+}
+KY_ERRORS ImgPixelVariance(const KyROI<KyC24>* source, float (&variance)[3],
+                           float (&mean)[3]) noexcept {
+  return Call("ImgPixelVariance (C24)", [&] { return ComponentVariances(source, variance, mean); });
 }
 
 KY_ERRORS ImgPixelStdDev(const KyROI<KyBW8>* source, float& deviation, float& mean) noexcept {
   return Call("ImgPixelStdDev", [&] {
     float variance;
     if (const KY_ERRORS error = ImgPixelVariance(source, variance, mean)) return error;
-    deviation = static_cast<float>(std::sqrt(double{variance}));
+    deviation = DeviationOf(variance);
+    return KY_OK;
+  });
+}
+
+KY_ERRORS ImgPixelStdDev(const KyROI<KyC24>* source, float (&deviation)[3],
+                         float (&mean)[3]) noexcept {
+  return Call("ImgPixelStdDev (C24)", [&] {
+    if (const KY_ERRORS error = ComponentVariances(source, deviation, mean)) return error;
+    for (float& component : deviation) component = DeviationOf(component);
     return KY_OK;
   });
 }
@@ -81,13 +143,18 @@ KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximu
     if (rows.Empty()) return KY_ERROR_NO_PIXELS;
     KyBW8 smallest = 255, largest = 0;
     float rowMeans = 0;
-    ky::ReduceRows(ky::ChooseStatisticsKernels().extremes, rows,
-                   [&](const ky::ExtremesAndSum& row, std::ptrdiff_t) {
-                     smallest = std::min(smallest, row.smallest);
-                     largest = std::max(largest, row.largest);
-                     rowMeans += static_cast<float>(static_cast<std::uint32_t>(row.sum)) /
-                                 static_cast<float>(rows.width);
-                   });
+    const auto kernel = ky::ChooseStatisticsKernels().extremes;
+    constexpr std::ptrdiff_t kAtOnce = 64;
+    std::uint64_t sums[kAtOnce];
+    for (std::ptrdiff_t y = 0; y < rows.height; y += kAtOnce) {
+      const std::ptrdiff_t count = std::min(kAtOnce, rows.height - y);
+      const auto some = kernel({rows.Row(y), rows.pitch, rows.width, count}, sums);
+      smallest = std::min(smallest, some.smallest);
+      largest = std::max(largest, some.largest);
+      for (std::ptrdiff_t row = 0; row < count; ++row)
+        rowMeans += static_cast<float>(static_cast<std::uint32_t>(sums[row])) /
+                    static_cast<float>(rows.width);
+    }
     minimum = smallest;
     maximum = largest;
     mean = rowMeans / static_cast<float>(rows.height);

@@ -1,0 +1,48 @@
+// Means and variances of images of any size.
+#include <cstdint>
+
+#include "ky/statistics.h"
+#include "statistics/pixels.h"
+#include "statistics/statistics_rows.h"
+#include "statistics/wide.h"
+
+namespace {
+
+using ky::Call;
+using ky::Rows;
+
+double PixelsOf(const Rows<const KyBW8>& rows) noexcept {
+  return static_cast<double>(rows.width * rows.height);
+}
+
+}  // namespace
+
+KY_ERRORS ImgAverage(const KyROI<KyBW8>* source, float& mean) noexcept {
+  return Call("ImgAverage", [&] {
+    Rows<const KyBW8> rows;
+    if (const KY_ERRORS error = ky::OpenSome(source, rows)) return error;
+    std::uint64_t sum = 0;
+    ky::ReduceRows(ky::ChooseStatisticsKernels().sum, ky::Joined(rows),
+                   [&](std::uint64_t row, std::ptrdiff_t) { sum += row; });
+    mean = static_cast<float>(static_cast<double>(sum) / PixelsOf(rows));
+    return KY_OK;
+  });
+}
+
+KY_ERRORS ImgVariance(const KyROI<KyBW8>* source, float& variance, float& mean) noexcept {
+  return Call("ImgVariance", [&] {
+    Rows<const KyBW8> rows;
+    if (const KY_ERRORS error = ky::OpenSome(source, rows)) return error;
+    std::uint64_t sum = 0, squares = 0;
+    ky::ReduceRows(ky::ChooseStatisticsKernels().moments, ky::Joined(rows),
+                   [&](const ky::Moments& row, std::ptrdiff_t) {
+                     sum += row.sum;
+                     squares += row.squares;
+                   });
+    const auto n = static_cast<ky::Unsigned128>(rows.width * rows.height);
+    variance = static_cast<float>(ky::ToDouble(squares * n - ky::Unsigned128{sum} * sum) /
+                                  ky::ToDouble(n * n));
+    mean = static_cast<float>(static_cast<double>(sum) / PixelsOf(rows));
+    return KY_OK;
+  });
+}
