@@ -404,6 +404,43 @@ class Holder<KyMovingAverage*> : public Argument {
   KyMovingAverage average_;
 };
 
+// A pyramid of two levels, of the type of the source that it is built from, and built once.
+template <>
+class Holder<KyPyramid*> : public Argument {
+ public:
+  explicit Holder(Context& context) {
+    const auto& parameters = context.call.parameters;
+    const bool color = parameters.size() > 1 && parameters[1].type.find("C24") != std::string::npos;
+    pyramid_.SetNumLevels(2, color ? KY_IMAGE_C24 : KY_IMAGE_BW8);
+    if (color)
+      Build<KyC24>(context);
+    else
+      Build<KyBW8>(context);
+  }
+  KyPyramid* Pass() { return &pyramid_; }
+  Bytes State() const override {
+    Bytes bytes;
+    for (int i = 0; i < pyramid_.GetNumLevels(); ++i) {
+      const KyGenericROI* const level = pyramid_.GetLevel(i);
+      const auto row = static_cast<std::size_t>(level->GetWidth() * level->GetPixelSize());
+      Append(bytes, level->GetWidth());
+      for (int y = 0; y < level->GetHeight() && row != 0; ++y)
+        Append(bytes, static_cast<unsigned char*>(level->GetPixelPtr(0, y)), row);
+    }
+    return bytes;
+  }
+  bool MayChange() const override { return true; }
+
+ private:
+  template <class T>
+  void Build(Context& context) {
+    const Sheet<T> sheet(context.plan.width, context.plan.height, context);
+    pyramid_.Build(&sheet.image);
+  }
+
+  KyPyramid pyramid_;
+};
+
 // A number: in the range of its option, or of a few small values; or, hostile, any.
 template <class T>
 T DrawNumber(Context& context) {

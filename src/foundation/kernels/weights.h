@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "convolution/kernel_view.h"
+#include "foundation/kernels/kernel_view.h"
 
 namespace ky {
 
