@@ -87,7 +87,8 @@ Holder<const KyKernel*>::Holder(Context& context)
   } else {
     const int side = 3 + 2 * draw.In(0, 2);
     kernel_.SetSizeX(static_cast<std::int16_t>(context.Hostile(8) ? draw.In(-1, 11) : side));
-    kernel_.SetSizeY(static_cast<std::int16_t>(context.Hostile(8) ? draw.In(-1, 11) : side));
+    const int down = draw.OneIn(4) ? 1 : side;
+    kernel_.SetSizeY(static_cast<std::int16_t>(context.Hostile(8) ? draw.In(-1, 11) : down));
     for (unsigned i = 0; i < kernel_.GetAllocatedSize(); ++i)
       kernel_.GetDataPtr()[i] = static_cast<float>(draw.In(-40, 60)) / 8;
   }

@@ -114,8 +114,8 @@ class RoiHolder : public Argument {
  public:
   RoiHolder(Context& context, bool constant) : constant_(constant) {
     int width = context.plan.width, height = context.plan.height;
-    if (const Option* const size = context.Find(Option::Kind::kSize))
-      width = static_cast<int>(size->a), height = static_cast<int>(size->b);
+    const Option* const size = context.Find(Option::Kind::kSize);
+    if (size != nullptr) width = static_cast<int>(size->a), height = static_cast<int>(size->b);
     if (context.Find(Option::Kind::kHalfRows) != nullptr) height /= 2;
     if (context.plan.beside != nullptr) {
       auto& other = dynamic_cast<RoiHolder&>((*context.plan.beside)[context.index]);
@@ -133,7 +133,9 @@ class RoiHolder : public Argument {
     const auto fits = [&] {
       return width + 4 <= sheet_->image.GetWidth() && height + 4 <= sheet_->image.GetHeight();
     };
-    if (context.plan.sharing != Sharing::kApart && shared != nullptr)
+    // A smaller ROI has its neighbour where a larger one in the same place still is.
+    const bool mayShare = !context.plan.roomBeside || size == nullptr;
+    if (context.plan.sharing != Sharing::kApart && shared != nullptr && mayShare)
       sheet_ = std::static_pointer_cast<Sheet<T>>(shared);
     else if (overlapping && context.block != nullptr)
       sheet_ = std::make_shared<Sheet<T>>(context.block, context.pitch);
