@@ -14,6 +14,7 @@ void Kernels(const std::string& folder);
 void Filters(const std::string& folder);
 void Morphology(const std::string& folder);
 void Geometry(const std::string& folder);
+void Sizes(const std::string& folder);
 void Mirrors(const std::string& folder);
 void Histograms(const std::string& folder);
 void Temporal(const std::string& folder);

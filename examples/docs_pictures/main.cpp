@@ -12,10 +12,11 @@ namespace {
 
 void Run(const char* folder) {
   std::filesystem::create_directories(folder);
-  for (const auto family : {docs::Operators, docs::Lookup, docs::Thresholds, docs::ThresholdModes,
-                            docs::Frames, docs::Kernels, docs::Filters, docs::Morphology,
-                            docs::Geometry, docs::Mirrors, docs::Histograms, docs::Temporal,
-                            docs::Profiles, docs::Contours, docs::Gradients, docs::TypedVectors})
+  for (const auto family :
+       {docs::Operators, docs::Lookup, docs::Thresholds, docs::ThresholdModes, docs::Frames,
+        docs::Kernels, docs::Filters, docs::Morphology, docs::Geometry, docs::Sizes, docs::Mirrors,
+        docs::Histograms, docs::Temporal, docs::Profiles, docs::Contours, docs::Gradients,
+        docs::TypedVectors})
     family(folder);
 }
 
