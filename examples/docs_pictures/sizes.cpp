@@ -5,14 +5,14 @@
 namespace docs {
 namespace {
 
-// The picture that `small` becomes when each pixel is shown as `scale` x `scale`.
+// The middle of a picture, or all of it, with each pixel shown as `scale` x `scale`.
 Grey Enlarged(const Grey& small, int scale) {
   Grey large = Panel();
+  const int left = (small.GetWidth() - kWidth / scale) / 2;
+  const int above = (small.GetHeight() - kHeight / scale) / 2;
   for (int y = 0; y < kHeight; ++y)
-    for (int x = 0; x < kWidth; ++x) {
-      const int u = x / scale, v = y / scale;
-      if (u < small.GetWidth() && v < small.GetHeight()) large.SetPixel(small.GetPixel(u, v), x, y);
-    }
+    for (int x = 0; x < kWidth; ++x)
+      large.SetPixel(small.GetPixel(left + x / scale, above + y / scale), x, y);
   return large;
 }
 

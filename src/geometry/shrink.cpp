@@ -72,7 +72,7 @@ KY_ERRORS Shrink(const Rows<KyBW8>& out, const Rows<const KyBW8>& in,
   const std::ptrdiff_t rowsAtOnce = fits16 ? kernels.rows16 : kernels.rows32;
 
   // Strips whose sums stay in a first cache: of so many source columns, or of one pixel.
-  constexpr std::ptrdiff_t kColumnsAtOnce = 256;
+  constexpr std::ptrdiff_t kColumnsAtOnce = 512;
   const std::ptrdiff_t covered = band.across.total / band.across.middle + 2;
   const std::ptrdiff_t pixelsAtOnce = std::clamp<std::ptrdiff_t>(
       kColumnsAtOnce / step * band.across.middle / band.across.total, 1, width);
