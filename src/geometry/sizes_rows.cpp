@@ -147,8 +147,25 @@ struct BlendOp {
         hn::Add(hn::Add(hn::ShiftLeft<kWeightBits>(upper), rounding), change));
   }
 };
+// Four vectors of results become one of bytes, which takes fewer steps than four of a quarter each.
 void Blend(KyBW8* out, size_t n, const int32_t* upper, const int32_t* lower, int32_t g) {
-  MapSpan(BlendOp{g}, out, n, upper, lower);
+  const BlendOp op{g};
+  size_t x = 0;
+#if HWY_TARGET != HWY_SCALAR
+  const hn::ScalableTag<int32_t> d;
+  const hn::Repartition<uint16_t, decltype(d)> d16;
+  const hn::Repartition<uint8_t, decltype(d)> d8;
+  for (; x + hn::Lanes(d8) <= n; x += hn::Lanes(d8)) {
+    const auto at = [&](size_t vectors) HWY_ATTR {
+      const size_t i = x + vectors * hn::Lanes(d);
+      return hn::BitCast(d16, op(d, hn::LoadU(d, upper + i), hn::LoadU(d, lower + i)));
+    };
+    const auto left = hn::BitCast(d8, hn::ConcatEven(d16, at(1), at(0)));
+    const auto right = hn::BitCast(d8, hn::ConcatEven(d16, at(3), at(2)));
+    hn::StoreU(hn::ConcatEven(d8, right, left), d8, out + x);
+  }
+#endif
+  MapSpan(op, out + x, n - x, upper + x, lower + x);
 }
 
 constexpr SizeKernels kKernels = {&Halve<KyBW8>, &Halve<KyC24>, &Interpolate, &Blend};
