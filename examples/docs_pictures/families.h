@@ -19,6 +19,7 @@ void Thinning(const std::string& folder);
 void Medians(const std::string& folder);
 void DistanceMaps(const std::string& folder);
 void Geometry(const std::string& folder);
+void Sizes(const std::string& folder);
 void Mirrors(const std::string& folder);
 void Histograms(const std::string& folder);
 void Moments(const std::string& folder);

@@ -19,7 +19,8 @@ void Run(const char* folder) {
         docs::Profiles,     docs::Contours, docs::Objects,     docs::Gradients,
         docs::TypedVectors, docs::Moments,  docs::Noise,       docs::Focus,
         docs::Transforms,   docs::Shading,  docs::Conversions, docs::Shapes,
-        docs::Thinning,     docs::Windows,  docs::Medians,     docs::DistanceMaps})
+        docs::Thinning,     docs::Windows,  docs::Medians,     docs::DistanceMaps,
+        docs::Sizes})
     family(folder);
 }
 

@@ -42,7 +42,7 @@ enum KY_ERRORS : int {
   /// The sixth numeric parameter is out of range: the upper level of ImgHistogramThreshold, the
   /// last end of a segment.
   KY_ERROR_PARAMETER_6_OUT_OF_RANGE = 1016,
-  /// The source of a pyramid cannot be used. No call raises it yet.
+  /// KyPyramid::Build: the source cannot be used, or is too small for the levels.
   KY_ERROR_PYRAMID_BUILD = 1024,
   /// The determinant of a system of equations is 0. ImgRegister: three pivots lie on one line.
   /// ImgLinearRegression: the first image has a single level.
@@ -77,9 +77,9 @@ enum KY_ERRORS : int {
   KY_ERROR_TRANSFORM_LIMIT = 1411,
   /// ImgWhiteTopHatBox cannot work in place. ImgFindObjects: the labels share memory with a source.
   KY_ERROR_COLOR_PLANES = 1413,
-  /// A pyramid cannot be halved. No call raises it yet.
+  /// KyPyramid::Halve: there is no level, or it cannot be halved.
   KY_ERROR_PYRAMID_HALVE = 1414,
-  /// There is no such image type. No call raises it yet.
+  /// KyPyramid::SetNumLevels: there is no such image type.
   KY_ERROR_BAD_IMAGE_TYPE = 1419,
   /// ImgContour: the start is no pixel of an object in the ROI.
   KY_ERROR_CONTOUR_START = 1500,
@@ -97,11 +97,11 @@ enum KY_ERRORS : int {
   KY_ERROR_VECTOR_1602 = 1602,
   /// ImgSetupEqualize: the vector is not a histogram.
   KY_ERROR_VECTOR_1603 = 1603,
-  /// ImgGetVectTransition: the vector has no groups.
+  /// Functions of generic vectors: the vector has no groups.
   KY_ERROR_VECTOR_1604 = 1604,
-  /// ImgVect1c2, ImgGetVectTransition: not for elements of this data size.
+  /// Functions of generic vectors: not for elements of this data size.
   KY_ERROR_VECTOR_DATA_TYPE = 1605,
-  /// ImgVect1c2, ImgGetVectTransition: not for elements of this data type.
+  /// Functions of generic vectors: not for elements of this data type.
   KY_ERROR_VECTOR_1606 = 1606,
   /// A vector cannot be used here. No call raises it yet.
   KY_ERROR_VECTOR_1607 = 1607,
@@ -115,15 +115,16 @@ enum KY_ERRORS : int {
   /// calls is exactly 256; ImgRecursiveAverage needs 8191, segments one for each point, and
   /// ImgConvolUniform 2 halfWidth + 1 or more.
   KY_ERROR_NOT_256_ENTRIES = 1613,
-  /// ImgConvolKernel, ImgConvolSymmetricKernel, ImgThin, ImgThick and morphology by a shape: the
-  /// kernel is null or has no coefficients.
+  /// ImgConvolKernel, ImgConvolSymmetricKernel, ImgConvolVect, ImgThin, ImgThick and morphology by
+  /// a shape: the kernel is null or has no coefficients.
   KY_ERROR_KERNEL_SIZE = 1700,
-  /// Morphology by a shape: no coefficient of the kernel is other than 0.
+  /// Morphology by a shape: no coefficient of the kernel is other than 0. ImgConvolVect: the kernel
+  /// has several rows and columns.
   KY_ERROR_KERNEL_1701 = 1701,
   /// ImgConvolSymmetricKernel: the kernel has rectifier 0.
   KY_ERROR_KERNEL_1702 = 1702,
-  /// ImgConvolSymmetricKernel: the kernel is not of 3x3, 5x5 or 7x7 coefficients; ImgThin, ImgThick:
-  /// it is not of 3x3.
+  /// ImgConvolSymmetricKernel: the kernel is not of 3x3, 5x5 or 7x7 coefficients; ImgThin,
+  /// ImgThick: it is not of 3x3.
   KY_ERROR_KERNEL_1703 = 1703,
   /// KyKernel::GetKernelData, KyKernel::SetKernelData: the kernel has no coefficients.
   KY_ERROR_KERNEL_DATA = 1704,

@@ -1,9 +1,10 @@
 /// @file
 /// @ingroup vectors
-/// Generic vectors combined with constants.
+/// Generic vectors combined with constants, shifted, convolved, and their extremes.
 #pragma once
 
 #include "ky/export.h"
+#include "ky/kernel.h"
 #include "ky/operators.h"
 #include "ky/status.h"
 #include "ky/vector.h"
@@ -31,3 +32,46 @@ KY_API KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, 
 /// "ImgVect1c2".
 KY_API KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, double constant,
                             KyVector* result) noexcept;
+
+/// Finds the least and the greatest of the first elements of a vector's groups, which are integers
+/// of any size, and with the second form also the numbers of the first groups that have them.
+/// Unsigned 32-bit elements are compared as such and returned modulo 2^32. Errors, checked in this
+/// order before anything is written: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector;
+/// `KY_ERROR_VECTOR_1604` (1604) for a vector without groups; `KY_ERROR_VECTOR_DATA_TYPE` (1605)
+/// and `KY_ERROR_VECTOR_1606` (1606) for a data size and a data type that are not those of
+/// integers. Trace: "ImgGetVectExtremes".
+KY_API KY_ERRORS ImgGetVectExtremes(KyVector* vector, int& minimum, int& maximum) noexcept;
+KY_API KY_ERRORS ImgGetVectExtremes(KyVector* vector, int& minimum, int& maximum, int& whereMinimum,
+                                    int& whereMaximum) noexcept;
+
+/// Moves the groups of a vector: group i goes to place i + `positions`, up with a positive and down
+/// with a negative number. Groups that would leave the vector are lost, places that no group comes
+/// to become 0, and the number of groups stays. Elements may be of any type. Errors, checked in
+/// this order: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector; `KY_ERROR_VECTOR_1604` (1604)
+/// for a vector without groups; `KY_ERROR_VECTOR_DATA_TYPE` (1605) and `KY_ERROR_VECTOR_1606`
+/// (1606) for an unknown data size and data type. Trace: "ImgVectDataShift".
+KY_API KY_ERRORS ImgVectDataShift(KyVector* vector, int positions) noexcept;
+
+/// Convolves the first elements v(i) of a vector's groups, integers of any size, with a kernel of
+/// one row or one column of n coefficients c(k):
+///
+///     result(i) = sum over k of c(k) g * v(i - n / 2 + k)
+///
+/// where n / 2 is rounded down, and the nearest element stands outside the vector. The coefficients
+/// are multiplied by the gain g as in ImgConvolKernel, in single precision; products and sums are
+/// computed in double precision, in the order of k. A coefficient or a sum that is not a number
+/// counts as 0. The sum is rectified by the kernel's rectifier (one outside 0..3 acts like 0), the
+/// offset is added, and the result is rounded, floor(x + 1/2), and limited to the elements' type.
+///
+/// The result gets the data size and the data type of the source, and as many groups, of one
+/// element each. It may be the source, which keeps its structure then: only the first elements of
+/// its groups are replaced.
+///
+/// Errors, checked in this order before anything is written: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for
+/// a null source; `KY_ERROR_VECTOR_1604` (1604) for one without groups; `KY_ERROR_VECTOR_DATA_TYPE`
+/// (1605) and `KY_ERROR_VECTOR_1606` (1606) for a data size and a data type that are not those of
+/// integers; `KY_ERROR_KERNEL_SIZE` (1700) for a null kernel or one without coefficients;
+/// `KY_ERROR_KERNEL_1701` (1701) for a kernel of several rows and columns;
+/// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null result; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace:
+/// "ImgConvolVect".
+KY_API KY_ERRORS ImgConvolVect(KyVector* source, const KyKernel* kernel, KyVector* result) noexcept;

@@ -32,18 +32,21 @@ KY_API KY_ERRORS ImgTransitionScan(TRANS_SCAN_EDGE edge, const KyROI<KyBW8>* sou
                                    int x1, int y1, int threshold, int maxCount,
                                    KyVector* transitions) noexcept;
 
-/// Finds where the elements of a vector's first group, signed integers of any size, pass a
-/// threshold either way: from the threshold or below to above it, or back. Records i and v[i + 1] -
-/// v[i] (modulo 2^32) as groups of two integers. `transitions` gets use 7 and that structure, with
-/// room for one group for every 8 bytes that it had allocated or, if it had none, for every 16
-/// elements of the first group.
+/// Finds where the elements of a vector's first group, integers of any size, pass a threshold
+/// either way: from the threshold or below to above it, or back. Records i and v[i + 1] - v[i]
+/// (modulo 2^32) as groups of two integers. `transitions` gets use 7 and that structure, with room
+/// for one group for every 8 bytes that it had allocated or, if it had none, for every 16 elements
+/// of the first group.
 ///
 /// Errors, checked in this order: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector or the same
 /// one twice; `KY_ERROR_VECTOR_1604` (1604) for a vector without groups;
 /// `KY_ERROR_VECTOR_DATA_TYPE` (1605) and `KY_ERROR_VECTOR_1606` (1606) for a data size and a data
-/// type that are not those of signed integers; `KY_ERROR_BAD_VECTOR_TYPE` (1601) when there is room
-/// for no transition; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303); `KY_ERROR_VECTOR_1608` (1608) when there
-/// are more transitions than there is room for, of which none is counted then. Trace:
+/// type that are not those of signed integers or, with an unsigned threshold, of unsigned integers;
+/// `KY_ERROR_BAD_VECTOR_TYPE` (1601) when there is room for no transition;
+/// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303); `KY_ERROR_VECTOR_1608` (1608) when there are more
+/// transitions than there is room for, of which none is counted then. Trace:
 /// "ImgGetVectTransition".
 KY_API KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions,
                                       int threshold) noexcept;
+KY_API KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions,
+                                      unsigned int threshold) noexcept;

@@ -2,9 +2,9 @@
 
 #include "convolution/fixed.h"
 #include "convolution/float.h"
-#include "convolution/weights.h"
 #include "foundation/frame.h"
-#include "foundation/kernel_view.h"
+#include "foundation/kernels/kernel_view.h"
+#include "foundation/kernels/weights.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "convolution/float_rows.h"
-#include "convolution/weights.h"
+#include "foundation/kernels/weights.h"
 #include "foundation/ring.h"
 #include "foundation/scratch.h"
 

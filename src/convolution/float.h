@@ -1,7 +1,7 @@
 // Convolution in single precision, of any size.
 #pragma once
 
-#include "foundation/kernel_view.h"
+#include "foundation/kernels/kernel_view.h"
 #include "foundation/rows.h"
 #include "ky/status.h"
 

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "foundation/kernel_view.h"
+#include "foundation/kernels/kernel_view.h"
 #include "foundation/scratch.h"
 
 namespace ky {

@@ -1,7 +1,7 @@
 #include "ky/shapes.h"
 
 #include "foundation/frame.h"
-#include "foundation/kernel_view.h"
+#include "foundation/kernels/kernel_view.h"
 #include "morphology/shape.h"
 #include "morphology/workers.h"
 

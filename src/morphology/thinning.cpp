@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "foundation/frame.h"
-#include "foundation/kernel_view.h"
+#include "foundation/kernels/kernel_view.h"
 #include "foundation/rows.h"
 #include "morphology/bit_tiles.h"
 

@@ -29,4 +29,12 @@ inline bool HasKnownSize(const KyVector& vector) noexcept {
   return size == 2 || size == 4 || size == 8;
 }
 
+// KY_ERROR_VECTOR_1604 for a vector without groups, 1605 for an unknown size of elements, 1606 for
+// a data type that is not among `types`, a sum of the constants above.
+inline KY_ERRORS CheckElements(const KyVector& vector, int types) noexcept {
+  if (vector.GetNbGroup() < 1) return KY_ERROR_VECTOR_1604;
+  if (!HasKnownSize(vector)) return KY_ERROR_VECTOR_DATA_TYPE;
+  return (vector.GetDataType() & types) != 0 ? KY_OK : KY_ERROR_VECTOR_1606;
+}
+
 }  // namespace ky

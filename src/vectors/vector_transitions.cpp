@@ -101,14 +101,16 @@ KY_ERRORS ImgTransitionScan(TRANS_SCAN_EDGE edge, const KyROI<KyBW8>* source, in
   });
 }
 
-KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions, int threshold) noexcept {
+namespace {
+
+// The transitions of a vector of elements of one data type.
+KY_ERRORS FindTransitions(KyVector* vector, KyVector* transitions, int dataType,
+                          std::int64_t threshold) noexcept {
   constexpr int kDataSize = 8, kPair = 2, kUse = 7;
   return Call("ImgGetVectTransition", [&] {
     if (vector == nullptr || transitions == nullptr || vector == transitions)
       return KY_ERROR_BAD_VECTOR_TYPE;
-    if (vector->GetNbGroup() < 1) return KY_ERROR_VECTOR_1604;
-    if (!ky::HasKnownSize(*vector)) return KY_ERROR_VECTOR_DATA_TYPE;
-    if (vector->GetDataType() != ky::kSigned) return KY_ERROR_VECTOR_1606;
+    if (const KY_ERRORS error = ky::CheckElements(*vector, dataType)) return error;
     const int length = vector->GetGroupLength();
     const int allocated = transitions->GetAllocatedSize();
     const int most = (allocated != 0 ? allocated : length / 2) / 8;
@@ -131,4 +133,14 @@ KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions, int thre
       return transitions->SetNbGroup(count);
     });
   });
+}
+
+}  // namespace
+
+KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions, int threshold) noexcept {
+  return FindTransitions(vector, transitions, ky::kSigned, threshold);
+}
+KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions,
+                               unsigned int threshold) noexcept {
+  return FindTransitions(vector, transitions, ky::kUnsigned, std::int64_t{threshold});
 }

@@ -89,7 +89,8 @@ Holder<const KyKernel*>::Holder(Context& context)
     const bool isFixed = context.Find(Option::Kind::kSize) != nullptr;
     const int side = isFixed ? 3 : 3 + 2 * draw.In(0, 2);
     kernel_.SetSizeX(static_cast<std::int16_t>(context.Hostile(8) ? draw.In(-1, 11) : side));
-    kernel_.SetSizeY(static_cast<std::int16_t>(context.Hostile(8) ? draw.In(-1, 11) : side));
+    const int down = !isFixed && draw.OneIn(4) ? 1 : side;
+    kernel_.SetSizeY(static_cast<std::int16_t>(context.Hostile(8) ? draw.In(-1, 11) : down));
     for (unsigned i = 0; i < kernel_.GetAllocatedSize(); ++i) {
       const int eighths = draw.In(-40, 60);
       kernel_.GetDataPtr()[i] = std::abs(eighths) < 15 ? 0.0F : static_cast<float>(eighths) / 8;

@@ -114,8 +114,8 @@ class RoiHolder : public Argument {
  public:
   RoiHolder(Context& context, bool constant) : constant_(constant) {
     int width = context.plan.width, height = context.plan.height;
-    if (const Option* const size = context.Find(Option::Kind::kSize))
-      width = static_cast<int>(size->a), height = static_cast<int>(size->b);
+    const Option* const size = context.Find(Option::Kind::kSize);
+    if (size != nullptr) width = static_cast<int>(size->a), height = static_cast<int>(size->b);
     if (context.Find(Option::Kind::kHalfRows) != nullptr) height /= 2;
     if (context.plan.beside != nullptr) {
       auto& other = dynamic_cast<RoiHolder&>((*context.plan.beside)[context.index]);
@@ -133,7 +133,9 @@ class RoiHolder : public Argument {
     const auto fits = [&] {
       return width + 4 <= sheet_->image.GetWidth() && height + 4 <= sheet_->image.GetHeight();
     };
-    if (context.plan.sharing != Sharing::kApart && shared != nullptr)
+    // A smaller ROI has its neighbour where a larger one in the same place still is.
+    const bool mayShare = !context.plan.roomBeside || size == nullptr;
+    if (context.plan.sharing != Sharing::kApart && shared != nullptr && mayShare)
       sheet_ = std::static_pointer_cast<Sheet<T>>(shared);
     else if (overlapping && context.block != nullptr)
       sheet_ = std::make_shared<Sheet<T>>(context.block, context.pitch);
@@ -447,6 +449,43 @@ class Holder<KyMovingAverage*> : public Argument {
 
  private:
   KyMovingAverage average_;
+};
+
+// A pyramid of two levels, of the type of the source that it is built from, and built once.
+template <>
+class Holder<KyPyramid*> : public Argument {
+ public:
+  explicit Holder(Context& context) {
+    const auto& parameters = context.call.parameters;
+    const bool color = parameters.size() > 1 && parameters[1].type.find("C24") != std::string::npos;
+    pyramid_.SetNumLevels(2, color ? KY_IMAGE_C24 : KY_IMAGE_BW8);
+    if (color)
+      Build<KyC24>(context);
+    else
+      Build<KyBW8>(context);
+  }
+  KyPyramid* Pass() { return &pyramid_; }
+  Bytes State() const override {
+    Bytes bytes;
+    for (int i = 0; i < pyramid_.GetNumLevels(); ++i) {
+      const KyGenericROI* const level = pyramid_.GetLevel(i);
+      const auto row = static_cast<std::size_t>(level->GetWidth() * level->GetPixelSize());
+      Append(bytes, level->GetWidth());
+      for (int y = 0; y < level->GetHeight() && row != 0; ++y)
+        Append(bytes, static_cast<unsigned char*>(level->GetPixelPtr(0, y)), row);
+    }
+    return bytes;
+  }
+  bool MayChange() const override { return true; }
+
+ private:
+  template <class T>
+  void Build(Context& context) {
+    const Sheet<T> sheet(context.plan.width, context.plan.height, context);
+    pyramid_.Build(&sheet.image);
+  }
+
+  KyPyramid pyramid_;
 };
 
 // A number: in the range of its option, or of a few small values; or, hostile, any.

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "foundation/kernel_view.h"
+#include "foundation/kernels/kernel_view.h"
 
 namespace ky {
 
