@@ -29,6 +29,7 @@ target_compile_options(ky_build_options INTERFACE
   -ffp-contract=off -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion
   $<$<BOOL:${KY_WERROR}>:-Werror>)
 if(KY_SANITIZE)
+  target_compile_definitions(ky_build_options INTERFACE KY_SANITIZED=1)
   target_compile_options(ky_build_options INTERFACE
     -fsanitize=${KY_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(ky_build_options INTERFACE -fsanitize=${KY_SANITIZE})

@@ -17,21 +17,27 @@
 /// is judged on the whole plane, where everything that is not one of its own pixels is ground:
 /// positions outside the ROI, and other objects, too.
 struct KY_API KyObject {
-  /// Sums over its pixels, modulo 2^64: of levels, x, y, x^2, x y and y^2.
-  std::uint64_t sumLevels, sumX, sumY, sumXX, sumXY, sumYY;
+  std::uint64_t sumLevels;  ///< the sum of its levels, like the sums that follow modulo 2^64
+  std::uint64_t sumX;       ///< the sum of x over its pixels
+  std::uint64_t sumY;       ///< the sum of y
+  std::uint64_t sumXX;      ///< the sum of x^2
+  std::uint64_t sumXY;      ///< the sum of x y
+  std::uint64_t sumYY;      ///< the sum of y^2
   /// Its upright bounding box.
   std::int32_t x, y, width, height;
-  /// Its first pixel in reading order, where ImgContour can start.
-  std::int32_t firstX, firstY;
-  KyBW32 label;  ///< 1, 2, ... in the order of the first pixels
-  KyBW32 area;   ///< the number of its pixels, modulo 2^32
+  std::int32_t
+      firstX;  ///< the column of its first pixel in reading order, where ImgContour can start
+  std::int32_t firstY;  ///< the row of that pixel
+  KyBW32 label;         ///< 1, 2, ... in the order of the first pixels
+  KyBW32 area;          ///< the number of its pixels, modulo 2^32
   /// The number of pairs of neighbouring positions of which one belongs to it: neighbours along
   /// rows and columns, and neighbours along both diagonals. A single pixel has 4 and 4.
   KyBW32 straight, diagonal;
   /// The number of its holes: the connected sets of positions that do not belong to it, less one.
   /// The sets are connected by the other connexity.
   std::int32_t holes;
-  KyBW8 lowest, highest;  ///< the extremes of its levels
+  KyBW8 lowest;    ///< the lowest of its levels
+  KyBW8 highest;   ///< the highest one
   KyBW8 touches;   ///< the sides of the ROI that it touches: 1 left, 2 top, 4 right, 8 bottom
   KyBW8 reserved;  ///< 0
   constexpr bool operator==(const KyObject&) const noexcept = default;
@@ -79,12 +85,15 @@ KY_API KY_ERRORS ImgFindObjects(const KyROI<KyBW1>* source, CONNEXITY connexity,
 
 /// What objects must be to stay: each measure lies within its limits, both included.
 struct KyObjectLimits {
-  KyBW32 minArea = 1;                      ///< the least area
-  KyBW32 maxArea = 0xFFFFFFFF;             ///< the largest area
-  int minWidth = 1, maxWidth = INT_MAX;    ///< of the bounding box
-  int minHeight = 1, maxHeight = INT_MAX;  ///< of the bounding box
-  int minHoles = 0, maxHoles = INT_MAX;    ///< the number of holes
-  bool touching = true;                    ///< whether objects that touch a side of the ROI stay
+  KyBW32 minArea = 1;           ///< the least area
+  KyBW32 maxArea = 0xFFFFFFFF;  ///< the largest area
+  int minWidth = 1;             ///< the least width of the bounding box
+  int maxWidth = INT_MAX;       ///< the largest one
+  int minHeight = 1;            ///< the least height of the bounding box
+  int maxHeight = INT_MAX;      ///< the largest one
+  int minHoles = 0;             ///< the least number of holes
+  int maxHoles = INT_MAX;       ///< the largest one
+  bool touching = true;         ///< whether objects that touch a side of the ROI stay
 };
 
 /// Removes the objects that are not within the limits from the vector. The others keep their order
@@ -106,7 +115,8 @@ KY_API KY_ERRORS ImgDrawObjects(const KyROI<KyBW32>* labels, const KyObjectsVect
 /// What ImgGetObjectShape computes from an object. With area A, u20 = sumXX / A - x^2,
 /// u11 = sumXY / A - x y, u02 = sumYY / A - y^2:
 struct KyObjectShape {
-  double x, y;         ///< the centre: sumX / A, sumY / A
+  double x;            ///< the centre's column, sumX / A
+  double y;            ///< the centre's row, sumY / A
   double meanLevel;    ///< sumLevels / A
   double major;        ///< the larger eigenvalue of the matrix (u20 u11; u11 u02), in pixels^2
   double minor;        ///< the smaller one; 0 for a straight line

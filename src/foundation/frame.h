@@ -102,8 +102,9 @@ KY_ERRORS OpenAll(RoisAndRows&&... all) noexcept {
   const std::tuple<RoisAndRows&...> pairs(all...);
   KY_ERRORS error = KY_OK;
   const auto openEach = [&]<std::size_t... kIndex>(std::index_sequence<kIndex...>) {
-    ((error = Open(std::get<2 * kIndex>(pairs), std::get<2 * kIndex + 1>(pairs)), error == KY_OK) &&
-     ...);
+    static_cast<void>(
+        (((error = Open(std::get<2 * kIndex>(pairs), std::get<2 * kIndex + 1>(pairs))) == KY_OK) &&
+         ...));
     return error != KY_OK ? error : CheckSizes(std::get<2 * kIndex>(pairs)...);
   };
   return openEach(std::make_index_sequence<kRois>());

@@ -24,7 +24,7 @@ namespace HWY_NAMESPACE {
 
 // The attributes of lambdas that are inlined however large what surrounds them grows.
 #undef KY_INLINE_ATTR
-#if HWY_COMPILER_GCC || HWY_COMPILER_CLANG
+#if (HWY_COMPILER_GCC || HWY_COMPILER_CLANG) && !KY_SANITIZED
 #define KY_INLINE_ATTR HWY_ATTR __attribute__((always_inline))
 #else
 #define KY_INLINE_ATTR HWY_ATTR
@@ -295,6 +295,7 @@ template <class Op, int kStep = 1>
 HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
                             const Layout& layout) {
   const ptrdiff_t pitch = layout.pitch;
+#if !KY_SANITIZED  // compilers take minutes over long code that they instrument: one row at a time
   if (!FightsCache(out.pitch) && !FightsCache(pitch)) {
     if (layout.isLarge)
       RollBands<Op, kStep, 6, Ahead::kToFirstCache>(op, out, rows, pitch);
@@ -304,6 +305,7 @@ HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* cons
     RollBands<Op, kStep, 3, Ahead::kToSecondCache>(op, out, rows, pitch);
   }
   RollBands<Op, kStep, 3, Ahead::kNo>(op, out, rows, pitch);
+#endif
   RollBands<Op, kStep, 1, Ahead::kNo>(op, out, rows, pitch);
 }
 
