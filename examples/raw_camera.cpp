@@ -41,7 +41,7 @@ Buffer GrabPacked(Level level) {
   for (int y = 0; y < kHeight; ++y)
     for (int x = 0; x < kWidth; x += 2) {
       const int first = Sensed(level(x, y), x, y), second = Sensed(level(x + 1, y), x + 1, y);
-      std::uint8_t* const at = &frame[static_cast<std::size_t>(y * kPackedPitch + x / 2 * 3)];
+      std::uint8_t* const at = &frame[std::size_t{0} + y * kPackedPitch + x / 2 * 3];
       at[0] = static_cast<std::uint8_t>(first);
       at[1] = static_cast<std::uint8_t>(first >> 8 | second << 4);
       at[2] = static_cast<std::uint8_t>(second >> 4);
@@ -56,8 +56,7 @@ Buffer GrabMosaic(Color color) {
     for (int x = 0; x < kWidth; ++x) {
       const KyC24 c = color(x, y);
       const KyBW8 level = x % 2 != y % 2 ? c.c1 : y % 2 == 0 ? c.c0 : c.c2;
-      frame[static_cast<std::size_t>(y * kWidth + x)] =
-          static_cast<std::uint8_t>(Sensed(level, x, y) >> 4);
+      frame[std::size_t{0} + y * kWidth + x] = static_cast<std::uint8_t>(Sensed(level, x, y) >> 4);
     }
   return frame;
 }

@@ -98,7 +98,8 @@ void Moments(const std::string& folder) {
   constexpr int kWindows[3][4] = {{10, 10, 76, 74}, {92, 8, 104, 80}, {30, 92, 124, 56}};
   Grey source = Parts();
   Color marked = InColor(source);
-  for (const auto& [x, y, width, height] : kWindows) {
+  for (const auto& place : kWindows) {
+    const int x = place[0], y = place[1], width = place[2], height = place[3];
     const KyROI<KyBW8> window(&source, x, y, width, height);
     float centerX, centerY, major, minor, angle;
     Must(ImgGravityCenter(&window, kThreshold, centerX, centerY));

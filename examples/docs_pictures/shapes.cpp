@@ -23,8 +23,10 @@ void Dot(Grey& picture, double x, double y, double radius, KyBW8 level) {
 }
 
 void Bar(Grey& picture, double x, double y, double length, double angle, KyBW8 level) {
-  for (double t = -length / 2; t <= length / 2; t += 0.5)
+  for (int i = 0; i <= static_cast<int>(2 * length); ++i) {
+    const double t = (i - length) / 2;
     Dot(picture, x + t * std::cos(angle), y + t * std::sin(angle), 2, level);
+  }
 }
 
 /// Needles in three directions, specks and a large spot on a dark ground.
@@ -32,9 +34,11 @@ Grey Needles() {
   Grey picture = Panel();
   Must(ImgCopy(KyBW8{40}, &picture));
   const double angles[] = {0, kPi / 2, -kPi / 4};
-  for (int i = 0; i < 8; ++i)
-    Bar(picture, 36 + i % 3 * 58 + i / 3 * 7, 36 + i / 3 * 42, 44, angles[(i + i / 3) % 3],
+  for (int i = 0; i < 8; ++i) {
+    const int row = i / 3;
+    Bar(picture, 36 + i % 3 * 58 + row * 7, 36 + row * 42, 44, angles[(i + i / 3) % 3],
         static_cast<KyBW8>(150 + 12 * i));
+  }
   for (int i = 0; i < 14; ++i)
     Dot(picture, 8 + i * 37 % 186, 26 + i * 53 % 108, 1.5, static_cast<KyBW8>(255 - 8 * i));
   Dot(picture, 172, 122, 16, 200);
@@ -45,7 +49,8 @@ Grey Needles() {
 Grey Handwriting() {
   Grey picture = Panel();
   Must(ImgCopy(KyBW8{0}, &picture));
-  for (double t = 0; t < 31; t += 0.01) {
+  for (int i = 0; i < 3100; ++i) {
+    const double t = 0.01 * i;
     const double height = 16 + 20 * std::pow(std::sin(t / 4), 2);
     Dot(picture, 18 + 5.2 * t - 11 * std::sin(t), 88 - height * std::cos(t) - height / 2,
         2.8 + 1.2 * std::sin(t), 255);

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <type_traits>
 
@@ -25,6 +26,9 @@ class Scratch {
     if (count < 0 || count > kLimit) return false;
     const std::size_t bytes = static_cast<std::size_t>(count) * sizeof(T) + 1;
     data_ = static_cast<T*>(::operator new(bytes, kAlignment, std::nothrow));
+#ifdef __clang_analyzer__  // it cannot see what fills the array
+    if (data_ != nullptr) std::memset(static_cast<void*>(data_), 0, bytes);
+#endif
     return data_ != nullptr;
   }
   T* get() const noexcept { return data_; }

@@ -39,7 +39,8 @@ KY_ERRORS ImgVariance(const KyROI<KyBW8>* source, float& variance, float& mean) 
                      sum += row.sum;
                      squares += row.squares;
                    });
-    const auto n = static_cast<ky::Unsigned128>(rows.width * rows.height);
+    const ky::Unsigned128 n =
+        static_cast<std::uint64_t>(rows.width) * static_cast<std::uint64_t>(rows.height);
     variance = static_cast<float>(ky::ToDouble(squares * n - ky::Unsigned128{sum} * sum) /
                                   ky::ToDouble(n * n));
     mean = static_cast<float>(static_cast<double>(sum) / PixelsOf(rows));
