@@ -24,9 +24,10 @@ find_package(hwy 1.0 REQUIRED)
 add_library(ky_build_options INTERFACE)
 target_compile_definitions(ky_build_options INTERFACE
   HWY_COMPILE_ALL_ATTAINABLE HWY_WANT_AVX3_DL HWY_DISABLED_TARGETS=HWY_AVX3)
-# No contraction: a fused a * b + c differs from one processor to another.
+# No contraction: a fused a * b + c differs from one processor to another. clang would have braces
+# repeated around the members of nested aggregates.
 target_compile_options(ky_build_options INTERFACE
-  -ffp-contract=off -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion
+  -ffp-contract=off -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wno-missing-braces
   $<$<BOOL:${KY_WERROR}>:-Werror>)
 if(KY_SANITIZE)
   target_compile_definitions(ky_build_options INTERFACE KY_SANITIZED=1)
