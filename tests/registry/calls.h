@@ -20,6 +20,12 @@
 #include <vector>
 
 #include "ky/ky.h"
+#ifdef KY_HAS_DRAWING
+#include "ky/drawing.h"
+#endif
+#ifdef KY_HAS_FREQUENCY
+#include "ky/frequency.h"
+#endif
 
 namespace ky::test {
 
