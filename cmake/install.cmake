@@ -38,13 +38,13 @@ function(ky_install_optional name)
 endfunction()
 
 set(frequency_description "The frequency domain of images, on FFTW")
-set(drawing_description "Images, paths and profiles on Cairo's surfaces")
+set(drawing_description "Pictures, paths, profiles and histograms on Cairo")
 
 ky_install(base DESCRIPTION "Pixels, regions of interest, images and status")
 ky_install(color DESCRIPTION "Components and lookups of colour images" LIBRARIES base)
 ky_install(image DESCRIPTION "Image processing for machine vision" LIBRARIES base color)
 ky_install_optional(frequency DESCRIPTION ${frequency_description} LIBRARIES base)
-ky_install_optional(drawing DESCRIPTION ${drawing_description} LIBRARIES base MODULES cairo)
+ky_install_optional(drawing DESCRIPTION ${drawing_description} LIBRARIES image MODULES cairo)
 
 set(others)
 foreach(name IN LISTS ky_optional)

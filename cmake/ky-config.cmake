@@ -8,7 +8,7 @@ set(ky_base_needs base)
 set(ky_color_needs base color)
 set(ky_image_needs base color image)
 set(ky_frequency_needs base frequency)
-set(ky_drawing_needs base drawing)
+set(ky_drawing_needs base color image drawing)
 set(ky_drawing_modules cairo)  # by the names that pkg-config knows, as targets PkgConfig::ky_MODULE
 
 foreach(component IN LISTS ky_FIND_COMPONENTS)

@@ -101,4 +101,4 @@ endfunction()
 
 ky_optional_library(frequency MODULE fftw3f PACKAGE libfftw3-dev
                     LINKS ky_base PRIVATE_LINKS hwy fftw3f_threads PkgConfig::ky_fftw3f)
-ky_optional_library(drawing MODULE cairo PACKAGE libcairo2-dev LINKS ky_base PkgConfig::ky_cairo)
+ky_optional_library(drawing MODULE cairo PACKAGE libcairo2-dev LINKS ky_image PkgConfig::ky_cairo)

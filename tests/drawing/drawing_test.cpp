@@ -363,7 +363,7 @@ TEST(Drawing, KeepsTheContext) {
     cairo_move_to(c, 50, 20);
     cairo_curve_to(c, 90, 20, 20, 60, 50, 70);
     for (const auto& draw : things.draw)
-      if (paper == &used) EXPECT_EQ(draw(c), KY_OK);
+      EXPECT_TRUE(paper == &fresh || draw(c) == KY_OK);
     cairo_save(c);  // cover it up again
     cairo_set_source_rgb(c, 1, 1, 1);
     cairo_paint(c);

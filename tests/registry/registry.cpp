@@ -2,6 +2,9 @@
 
 #include "tests/registry/holders.h"
 #include "tests/registry/options.h"
+#ifdef KY_HAS_DRAWING
+#include "tests/registry/drawing_holder.h"
+#endif
 
 namespace ky::test {
 namespace {
