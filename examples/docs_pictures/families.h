@@ -34,5 +34,6 @@ void TypedVectors(const std::string& folder);
 void Transforms(const std::string& folder);
 void Shading(const std::string& folder);
 void Conversions(const std::string& folder);
+void Drawing(const std::string& folder);  // where there is ky::drawing
 
 }  // namespace docs

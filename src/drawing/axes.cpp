@@ -60,7 +60,7 @@ constexpr double kMostTicks = 40;
 double DrawSamples(cairo_t* context, const Chart& chart, const Style& style) noexcept {
   const double last = chart.samples - 1.0;
   const double step = StepOf(last, [&](double s) {
-    const double needed = WidthOf(context, LabelOf(last, s)) + 2 * style.gap;
+    const double needed = WidthOf(context, LabelOf(last, s)) + 4 * style.gap;
     return chart.Left(s) >= needed && last / s <= kMostTicks;
   });
   const double bottom = chart.height + style.tick + style.gap + style.font.ascent;
