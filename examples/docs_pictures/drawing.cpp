@@ -103,7 +103,8 @@ void DrawSheet(cairo_t* sheet, const Shown& shown) {
     cairo_set_source_rgb(sheet, 0.1, 0.25, 0.55);
     Must(KyDraw(sheet, &shown.levels, kChartWidth, kChartHeight));
     cairo_set_source_rgb(sheet, 0.9, 0.35, 0.1);
-    Must(KyDraw(sheet, &shown.peaks, kWidth, kChartWidth, kChartHeight));
+    const auto samples = static_cast<int>(shown.levels.GetNumElements());
+    Must(KyDraw(sheet, &shown.peaks, samples, kChartWidth, kChartHeight));
   });
   cairo_set_source_rgb(sheet, 0.2, 0.2, 0.25);
   At(sheet, kLeft + kStep, kTop + 18, 1,

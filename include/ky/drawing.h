@@ -12,7 +12,7 @@
 #include "ky/status.h"
 
 /// Cairo's context, as <cairo.h> declares it, which need not be included first.
-using cairo_t = struct _cairo;
+using cairo_t = struct _cairo;  // NOLINT(bugprone-reserved-identifier): Cairo chose it
 
 /// Everything is drawn on a context of Cairo, in its user space, where one unit is one pixel and
 /// pixel (x, y) has its centre at (x + 1/2, y + 1/2); the transformation of the context zooms,

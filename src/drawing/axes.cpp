@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <array>
+#include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 
 #include "drawing/chart.h"
@@ -10,25 +12,30 @@ namespace {
 using Label = std::array<char, 24>;
 
 // A multiple of `step`, which is 1, 2 or 5 times a power of ten: 0, 200, 4k, 20M.
-Label LabelOf(double value, double step) noexcept {
+Label LabelOf(std::uint64_t value, std::uint64_t step) noexcept {
   struct Unit {
-    double size;
+    std::uint64_t size;
     const char* name;
   };
-  constexpr Unit kUnits[] = {{1e9, "G"}, {1e6, "M"}, {1e3, "k"}, {1, ""}};
+  constexpr Unit kUnits[] = {{1000000000, "G"}, {1000000, "M"}, {1000, "k"}, {1, ""}};
   const Unit& unit = *std::ranges::find_if(kUnits, [&](const Unit& u) { return step >= u.size; });
   Label label;
-  std::snprintf(label.data(), label.size(), "%.0f%s", value / unit.size,
+  std::snprintf(label.data(), label.size(), "%" PRIu64 "%s", value / unit.size,
                 value == 0 ? "" : unit.name);
   return label;
 }
 
+// However small the font is, there are no more ticks than this.
+constexpr unsigned kMostTicks = 40;
+
 // The least of 1, 2, 5, 10, 20, 50, ... that `fits`, or one above `last`, of which only 0 remains.
 template <class Fits>
-double StepOf(double last, const Fits& fits) noexcept {
-  for (double power = 1;; power *= 10)
-    for (const double digit : {1, 2, 5})
-      if (const double step = digit * power; step > last || fits(step)) return step;
+std::uint64_t StepOf(std::uint64_t last, const Fits& fits) noexcept {
+  for (std::uint64_t power = 1;; power *= 10)
+    for (const std::uint64_t digit : {1, 2, 5}) {
+      const std::uint64_t step = digit * power;
+      if (step > last || (last / step <= kMostTicks && fits(step))) return step;
+    }
 }
 
 // Measures of axes, all from the font.
@@ -53,35 +60,32 @@ double WidthOf(cairo_t* context, const Label& label) noexcept {
   return extents.x_advance;
 }
 
-// However small the font is, there are no more ticks than this.
-constexpr double kMostTicks = 40;
-
-// Below: sample numbers.
-double DrawSamples(cairo_t* context, const Chart& chart, const Style& style) noexcept {
-  const double last = chart.samples - 1.0;
-  const double step = StepOf(last, [&](double s) {
-    const double needed = WidthOf(context, LabelOf(last, s)) + 4 * style.gap;
-    return chart.Left(s) >= needed && last / s <= kMostTicks;
+// Below: sample numbers. Returns how far they are apart.
+std::uint64_t DrawSamples(cairo_t* context, const Chart& chart, const Style& style) noexcept {
+  const std::uint64_t last = chart.samples - 1;
+  const std::uint64_t step = StepOf(last, [&](std::uint64_t s) {
+    return chart.Left(static_cast<double>(s)) >= WidthOf(context, LabelOf(last, s)) + 4 * style.gap;
   });
   const double bottom = chart.height + style.tick + style.gap + style.font.ascent;
-  for (double sample = 0; sample <= last; sample += step) {
+  for (std::uint64_t sample = 0; sample <= last; sample += step) {
     const Label label = LabelOf(sample, step);
-    cairo_move_to(context, chart.Middle(sample) - WidthOf(context, label) / 2, bottom);
+    const double middle = chart.Middle(static_cast<double>(sample));
+    cairo_move_to(context, middle - WidthOf(context, label) / 2, bottom);
     cairo_show_text(context, label.data());
   }
   return step;
 }
 
-// To the left: values.
-double DrawValues(cairo_t* context, const Chart& chart, const Style& style) noexcept {
-  const double step = StepOf(chart.highest, [&](double s) {
-    return s / chart.highest * chart.height >= style.distance && chart.highest / s <= kMostTicks;
+// To the left: values. Returns how far they are apart.
+std::uint64_t DrawValues(cairo_t* context, const Chart& chart, const Style& style) noexcept {
+  const std::uint64_t step = StepOf(chart.highest, [&](std::uint64_t s) {
+    return chart.Up(0) - chart.Up(static_cast<double>(s)) >= style.distance;
   });
   const double middle = (style.font.ascent - style.font.descent) / 2;
-  for (double value = 0; value <= chart.highest; value += step) {
+  for (std::uint64_t value = 0; value <= chart.highest; value += step) {
     const Label label = LabelOf(value, step);
     cairo_move_to(context, -style.tick - style.gap - WidthOf(context, label),
-                  chart.Up(value) + middle);
+                  chart.Up(static_cast<double>(value)) + middle);
     cairo_show_text(context, label.data());
   }
   return step;
@@ -92,14 +96,16 @@ double DrawValues(cairo_t* context, const Chart& chart, const Style& style) noex
 // Lines are rectangles, so that they need no line width and no dashes.
 void DrawAxes(cairo_t* context, const Chart& chart) noexcept {
   const Style style(context);
-  const double line = style.line, sampleStep = DrawSamples(context, chart, style),
-               valueStep = DrawValues(context, chart, style);
+  const std::uint64_t sampleStep = DrawSamples(context, chart, style),
+                      valueStep = DrawValues(context, chart, style);
+  const double line = style.line, length = style.tick - line;
   cairo_new_path(context);
-  for (double sample = 0; sample < chart.samples; sample += sampleStep)
-    cairo_rectangle(context, chart.Middle(sample) - line / 2, chart.height + line, line,
-                    style.tick - line);
-  for (double value = 0; value <= chart.highest; value += valueStep)
-    cairo_rectangle(context, -style.tick, chart.Up(value) - line / 2, style.tick - line, line);
+  for (std::uint64_t sample = 0; sample < chart.samples; sample += sampleStep)
+    cairo_rectangle(context, chart.Middle(static_cast<double>(sample)) - line / 2,
+                    chart.height + line, line, length);
+  for (std::uint64_t value = 0; value <= chart.highest; value += valueStep)
+    cairo_rectangle(context, -style.tick, chart.Up(static_cast<double>(value)) - line / 2, length,
+                    line);
   cairo_rectangle(context, -line, -line / 2, line, chart.height + 1.5 * line);
   cairo_rectangle(context, 0, chart.height, chart.width, line);
   cairo_fill(context);

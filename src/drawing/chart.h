@@ -13,8 +13,7 @@ namespace ky {
 // to `highest`, above 0, at the top.
 struct Chart {
   double width, height;
-  unsigned samples;
-  double highest;
+  unsigned samples, highest;
 
   double Left(double sample) const noexcept { return sample / samples * width; }
   double Middle(double sample) const noexcept { return Left(sample + 0.5); }

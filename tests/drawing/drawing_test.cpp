@@ -293,7 +293,7 @@ TEST(DrawnPeaks, AreBandsWithALine) {
   peaks.AddElement({10, 1, 10, -10, -20});
   peaks.AddElement({60, 4000000000u, 70, 1, 1});               // beyond the end
   peaks.AddElement({20, 2, std::nanf(""), 1, 1});              // no centre
-  peaks.AddElement({30, 2, 50, 1, 1});                         // a centre elsewhere
+  peaks.AddElement({30, 2, 32, 1, 1});                         // a centre beside the band
   peaks.AddElement({4000000000u, 4000000000u, -1e30F, 1, 1});  // elsewhere as a whole
   const Paper paper(320, 140);
   cairo_set_line_width(paper.context, 2 * kStep);
@@ -362,8 +362,7 @@ TEST(Drawing, KeepsTheContext) {
     cairo_rectangle(c, 9, 9, 30, 40);
     cairo_move_to(c, 50, 20);
     cairo_curve_to(c, 90, 20, 20, 60, 50, 70);
-    for (const auto& draw : things.draw)
-      EXPECT_TRUE(paper == &fresh || draw(c) == KY_OK);
+    for (const auto& draw : things.draw) EXPECT_TRUE(paper == &fresh || draw(c) == KY_OK);
     cairo_save(c);  // cover it up again
     cairo_set_source_rgb(c, 1, 1, 1);
     cairo_paint(c);
@@ -379,27 +378,22 @@ TEST(Drawing, KeepsTheContext) {
   EXPECT_GT(fresh.InkIn(0, 0, 90, 80), 500);
 }
 
+// What is refused for all of them by the registry's tests is left out here.
 TEST(Drawing, RefusesInOrder) {
   Things things;
   const Paper paper(20, 20);
   cairo_t* const c = paper.context;
   KyROI<KyBW8> none;
-  const KyPathVector* const noPath = nullptr;
   const KyBW8PathVector* const noLevels = nullptr;
-  const KyBW8HistogramVector* const noHistogram = nullptr;
-  KyPathVector empty;
   const struct {
     KY_ERRORS got, expected;
     const char* name;
   } cases[] = {
-      {ImgDraw(nullptr, &none, kNoNumber, 0), KY_ERROR_NO_IMAGE, "context"},
-      {ImgDraw(c, &none, kNoNumber, 0), KY_ERROR_NO_IMAGE, "source"},
+      {ImgDraw(c, &none, kNoNumber, 0), KY_ERROR_NO_IMAGE, "source before numbers"},
       {ImgDraw(c, &things.grey, kNoNumber, kInfinite), KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "x"},
       {ImgDraw(c, &things.color, 0, -kInfinite), KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "y"},
-      {KyDraw(nullptr, noPath), KY_ERROR_NO_IMAGE, "context before vector"},
-      {KyDraw(c, noPath), KY_ERROR_BAD_VECTOR_TYPE, "path"},
-      {KyDraw(c, noLevels, -1, -1), KY_ERROR_BAD_VECTOR_TYPE, "levels"},
-      {KyDraw(c, noHistogram, -1, -1), KY_ERROR_BAD_VECTOR_TYPE, "histogram"},
+      {KyDraw(nullptr, noLevels, 1, 1), KY_ERROR_NO_IMAGE, "context before vector"},
+      {KyDraw(c, noLevels, -1, -1), KY_ERROR_BAD_VECTOR_TYPE, "vector before numbers"},
       {KyDraw(c, &things.levels, -1, -1), KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "width"},
       {KyDraw(c, &things.colors, 0, 4194305), KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "height"},
       {KyDraw(c, &things.histogram, 10, kNoNumber), KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "height"},
@@ -407,10 +401,8 @@ TEST(Drawing, RefusesInOrder) {
       {KyDraw(c, &things.peaks, 1, -1, -1), KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "width"},
       {KyDraw(c, &things.peaks, 1, 1, kInfinite), KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "height"},
       {KyDraw(c, &things.peaks, 0, 1, 1), KY_OK, "no samples"},
-      {KyDraw(c, &empty), KY_OK, "no points"},
   };
   for (const auto& [got, expected, name] : cases) EXPECT_EQ(got, expected) << name;
-  EXPECT_EQ(cairo_status(c), CAIRO_STATUS_SUCCESS);
   EXPECT_EQ(paper.InkIn(0, 0, 20, 20), 0);
 }
 
