@@ -45,7 +45,8 @@ KY_API KY_ERRORS KyDraw(cairo_t* context, const KyPathVector* path) noexcept;
 
 /// Charts fill the rectangle from (0, 0) to (width, height), values growing upwards. Axes, with
 /// ticks and numbers, stand to the left of it and below, in the context's colour and font; their
-/// measures follow the size of the font, about three of which they need to the left and two below.
+/// measures follow the size of the font, about three of which they need to the left and two below;
+/// there are none when the font is larger than 4096 units of the device.
 /// Large numbers are written in thousands (k), millions (M) and thousands of millions (G). Vectors
 /// without elements draw nothing.
 ///

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cinttypes>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 
@@ -54,6 +55,17 @@ struct Style {
   double distance;         // between ticks above each other, at least
 };
 
+// Cairo 1.16 fails to make fonts larger than about 65536 units of the device, and makes none of
+// that face any more in the process when it has failed once.
+bool CanMakeFont(cairo_t* context) noexcept {
+  constexpr double kMost = 4096;
+  cairo_matrix_t font, user;
+  cairo_get_font_matrix(context, &font);
+  cairo_get_matrix(context, &user);
+  cairo_matrix_multiply(&font, &font, &user);
+  return std::hypot(font.xx, font.yx) <= kMost && std::hypot(font.xy, font.yy) <= kMost;
+}
+
 double WidthOf(cairo_t* context, const Label& label) noexcept {
   cairo_text_extents_t extents;
   cairo_text_extents(context, label.data(), &extents);
@@ -95,6 +107,7 @@ std::uint64_t DrawValues(cairo_t* context, const Chart& chart, const Style& styl
 
 // Lines are rectangles, so that they need no line width and no dashes.
 void DrawAxes(cairo_t* context, const Chart& chart) noexcept {
+  if (!CanMakeFont(context)) return;
   const Style style(context);
   const std::uint64_t sampleStep = DrawSamples(context, chart, style),
                       valueStep = DrawValues(context, chart, style);

@@ -420,6 +420,19 @@ TEST(Drawing, TellsWhenCairoFails) {
   }
 }
 
+// Cairo makes no more text in a process in which it has once failed to make a huge font.
+TEST(Drawing, SurvivesAnyZoom) {
+  Things things;
+  for (const double zoom : {1e-9, 1e5, 1e9}) {
+    const Paper paper(320, 140);
+    cairo_scale(paper.context, zoom, zoom);
+    for (const auto& draw : things.draw) EXPECT_EQ(draw(paper.context), KY_OK) << zoom;
+  }
+  const Paper paper(320, 140);
+  DrawChart(paper, [&](cairo_t* c) { return KyDraw(c, &things.histogram, kWidth, kHeight); });
+  ExpectAxes(paper);
+}
+
 cairo_status_t Append(void* text, const unsigned char* data, unsigned length) {
   static_cast<std::string*>(text)->append(reinterpret_cast<const char*>(data), length);
   return CAIRO_STATUS_SUCCESS;
