@@ -26,8 +26,9 @@ using cairo_t = struct _cairo;  // NOLINT(bugprone-reserved-identifier): Cairo c
 /// Contexts of different threads can be drawn on at the same time.
 
 /// Draws a picture whose upper left corner lies at (x, y): each pixel is a square of one unit, in
-/// its own colour (components red, green, blue), without smoothing at any scale. Pixels outside the
-/// context's clip are neither read nor copied; a PDF or SVG holds the others in full resolution.
+/// its own colour (components red, green, blue), without smoothing at any scale. On windows and
+/// images the cost is that of the pixels that show; a PDF or SVG holds those inside the context's
+/// clip in full resolution.
 ///
 /// Errors: those of every drawing, `KY_ERROR_NO_IMAGE` (1400) for the source too;
 /// `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011), `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012) when x or

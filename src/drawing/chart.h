@@ -36,8 +36,8 @@ void ForEachColumn(cairo_t* context, const Chart& chart, const Body& body) noexc
          static_cast<unsigned>((i + 1) * samples / columns));
 }
 
-// Draws axes with ticks and numbers to the left of the chart and below it, without touching it; none
-// in a font of thousands of the device's units, whose numbers nobody would see as such.
+// Draws axes with ticks and numbers to the left of the chart and below it, without touching it;
+// none in a font of thousands of the device's units, whose numbers nobody would see as such.
 void DrawAxes(cairo_t* context, const Chart& chart) noexcept;
 
 }  // namespace ky

@@ -90,36 +90,67 @@ TYPED_TEST(DrawnPicture, IsSharpAtAnyScale) {
                         {17, 11, -2, 0, 0, 3, 50, 1, 1, 1},
                         {17, 11, 2.11, 1.07, -1.13, 1.93, 19.17, 3.31, 0, 0},
                         {170, 110, 0.213, 0, 0, 0.317, 2, 1, 0, 0},
+                        {170, 110, 0.613, 0, 0, -0.517, -20, 40, 0, 0},
+                        {170, 110, -0.313, 0, 0, 0.217, 30, -3, 0, 0},
+                        {170, 110, 0.213, 0.117, -0.131, 0.317, 9, 1, 0, 0},
+                        {170, 110, 0.013, 0, 0, 0.00017, 9, 1.49, 0, 0},
                         {40000, 5, 0.00097, 0, 0, 7, 2, 1, 0, 0},
                         {40000, 5, 3, 0, 0, 2, 2, 1, -32700, 0},
                         {0, 7, 1, 0, 0, 1, 0, 0, 0, 0},
                         {9, 7, 1, 0, 0, 1, 0, 0, 1e300, -1e300}};
+  enum class Surface { kPlain, kWithScaleAndOffset, kGroup };
+  constexpr double kScale = 2, kOffsetX = 9, kOffsetY = -4;
   Random random(1);
   for (const Case& c : cases) {
-    SCOPED_TRACE(::testing::Message() << "case " << &c - cases);
     const Picture<TypeParam> picture = RandomPicture<TypeParam>(c.width, c.height, random);
     Canvas<TypeParam> canvas(picture, {3, 2, 5}, random);
-    const Paper paper(64, 48);
-    const cairo_matrix_t matrix = {c.xx, c.yx, c.xy, c.yy, c.x0, c.y0};
-    cairo_set_matrix(paper.context, &matrix);
-    ASSERT_EQ(ImgDraw(paper.context, canvas.roi(), c.x, c.y), KY_OK);
-    EXPECT_TRUE(canvas.Unchanged());
-    for (int y = 0; y < paper.height(); ++y) {
-      for (int x = 0; x < paper.width(); ++x) {
-        double atX = x + 0.5, atY = y + 0.5;
-        cairo_device_to_user(paper.context, &atX, &atY);
-        atX -= c.x, atY -= c.y;
-        // Cairo's coordinates have 16 bits after the point: two pixels may claim a centre that
-        // lies between them.
-        const auto shows = [&](double dx, double dy) {
-          const int px = static_cast<int>(std::floor(atX + dx)),
-                    py = static_cast<int>(std::floor(atY + dy));
-          return paper.At(x, y) == (picture.Has(px, py) ? ColorOf(picture.At(px, py)) : kPaper);
-        };
-        constexpr double kNear = 0.004;
-        ASSERT_TRUE(shows(0, 0) || shows(kNear, kNear) || shows(-kNear, -kNear) ||
-                    shows(kNear, -kNear) || shows(-kNear, kNear))
-            << x << ", " << y;
+    for (const auto kind : {Surface::kPlain, Surface::kWithScaleAndOffset, Surface::kGroup}) {
+      SCOPED_TRACE(::testing::Message()
+                   << "case " << &c - cases << ", surface " << static_cast<int>(kind));
+      Paper paper(64, 48);
+      const bool scaled = kind == Surface::kWithScaleAndOffset, group = kind == Surface::kGroup;
+      if (scaled) {
+        cairo_destroy(paper.context);
+        cairo_surface_set_device_scale(paper.surface, kScale, kScale);
+        cairo_surface_set_device_offset(paper.surface, kOffsetX, kOffsetY);
+        paper.context = cairo_create(paper.surface);
+      }
+      if (group) {
+        cairo_rectangle(paper.context, 8, 5, 40, 39);
+        cairo_clip(paper.context);
+        cairo_push_group(paper.context);
+      }
+      const cairo_matrix_t matrix = {c.xx, c.yx, c.xy, c.yy, c.x0, c.y0};
+      cairo_set_matrix(paper.context, &matrix);
+      ASSERT_EQ(ImgDraw(paper.context, canvas.roi(), c.x, c.y), KY_OK);
+      EXPECT_TRUE(canvas.Unchanged());
+      if (group) {
+        cairo_pop_group_to_source(paper.context);
+        cairo_paint(paper.context);
+        cairo_set_matrix(paper.context, &matrix);
+      }
+      for (int y = 0; y < paper.height(); ++y) {
+        for (int x = 0; x < paper.width(); ++x) {
+          const bool clipped = group && (x < 8 || y < 5 || x >= 48 || y >= 44);
+          double atX = x + 0.5, atY = y + 0.5;
+          if (scaled) atX = (atX - kOffsetX) / kScale, atY = (atY - kOffsetY) / kScale;
+          cairo_device_to_user(paper.context, &atX, &atY);
+          atX -= c.x, atY -= c.y;
+          // Cairo's coordinates have 16 bits after the point: two pixels may claim a centre that
+          // lies between them.
+          const auto shows = [&](double dx, double dy) {
+            const double column = std::floor(atX + dx), row = std::floor(atY + dy);
+            const bool has =
+                !clipped && column >= 0 && column < c.width && row >= 0 && row < c.height;
+            return paper.At(x, y) ==
+                   (has ? ColorOf(picture.At(static_cast<int>(column), static_cast<int>(row)))
+                        : kPaper);
+          };
+          constexpr double kNear = 0.004;
+          ASSERT_TRUE(shows(0, 0) || shows(kNear, kNear) || shows(-kNear, -kNear) ||
+                      shows(kNear, -kNear) || shows(-kNear, kNear))
+              << x << ", " << y;
+        }
       }
     }
   }
