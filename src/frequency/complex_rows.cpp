@@ -18,31 +18,40 @@ namespace {
 template <class D>
 using Integers = hn::Vec<hn::RebindToSigned<D>>;
 
-// The levels of all lanes by the law of double precision.
+// The levels of the lanes that are not `certain`, by the law of double precision.
 template <class D, class V, class Law>
-HWY_NOINLINE void ApplyLaw(D d, const Numbers<V>& z, const Law& law, Integers<D>& levels) {
+HWY_NOINLINE void ApplyLaw(D d, const Numbers<V>& z, const Law& law, Integers<D> certain,
+                           Integers<D>& levels) {
+  const hn::RebindToSigned<D> di;
   KyComplex64 numbers[hn::MaxLanes(d)];
-  HWY_ALIGN int32_t results[hn::MaxLanes(d)];
+  HWY_ALIGN int32_t results[hn::MaxLanes(d)], keep[hn::MaxLanes(d)];
   StoreLanes(z, numbers);
-  for (size_t i = 0; i < hn::Lanes(d); ++i) results[i] = law(numbers[i]);
-  levels = hn::Load(hn::RebindToSigned<D>(), results);
+  hn::Store(levels, di, results);
+  hn::Store(certain, di, keep);
+  for (size_t i = 0; i < hn::Lanes(d); ++i)
+    if (keep[i] == 0) results[i] = law(numbers[i]);
+  levels = hn::Load(di, results);
 }
 
-// round(level), where `level` is exact to kDoubt, and limited to 0 to 256. Where it is closer to
-// the middle between two integers, or not a number, the law decides.
-constexpr float kDoubt = 1.0f / 4096;
-template <class D, class V, class Law>
+// round(level), limited to 0 to 256, where `level` is exact to 2^-kExact. Where it is closer to the
+// middle between two integers than that, or not a number, the law decides.
+template <int kExact, class D, class V, class Law>
 HWY_INLINE Integers<D> RoundLevels(D d, V level, const Numbers<V>& z, const Law& law) {
+  constexpr float kDoubt = 1.0f / (1 << kExact);
   const V limited = hn::Min(hn::Max(level, hn::Zero(d)), hn::Set(d, 256));
   const V above = hn::Add(limited, hn::Set(d, 0.5f));
   auto levels = TruncateFitting(d, above);
   const V rest = hn::Sub(above, hn::ConvertTo(d, levels));
-  const auto certain =
-      hn::And(hn::Gt(rest, hn::Set(d, kDoubt)), hn::Lt(rest, hn::Set(d, 1 - kDoubt)));
-  if (HWY_UNLIKELY(!hn::AllTrue(d, hn::And(certain, hn::Eq(level, level)))))
-    ApplyLaw(d, z, law, levels);
+  const auto certain = hn::And(hn::Eq(level, level), hn::And(hn::Gt(rest, hn::Set(d, kDoubt)),
+                                                             hn::Lt(rest, hn::Set(d, 1 - kDoubt))));
+  if (HWY_UNLIKELY(!hn::AllTrue(d, certain)))
+    ApplyLaw(d, z, law, hn::BitCast(hn::RebindToSigned<D>(), hn::VecFromMask(d, certain)), levels);
   return levels;
 }
+// What moduli and arguments are exact to: a few times the distance of floats below 256, 2^-16.
+constexpr int kBits = 14;
+// The same after a logarithm and a product.
+constexpr int kBitsScaled = 12;
 
 template <class V>
 HWY_INLINE V SquareOf(const Numbers<V>& z) {
@@ -53,7 +62,7 @@ struct Modulus {
   using Lane = float;
   template <class D, class V>
   HWY_INLINE Integers<D> operator()(D d, const Numbers<V>& z) const {
-    return RoundLevels(d, hn::Sqrt(SquareOf(z)), z, ModulusLevel);
+    return RoundLevels<kBits>(d, hn::Sqrt(SquareOf(z)), z, ModulusLevel);
   }
 };
 
@@ -67,8 +76,8 @@ struct ScaledModulus {
     if constexpr (kLogarithmic)
       modulus = hn::IfThenElse(hn::Eq(modulus, modulus), hn::Log1p(d, modulus), modulus);
     const ModulusScale& by = scale;
-    return RoundLevels(d, hn::Mul(modulus, hn::Set(d, scale.factor)), z,
-                       [&by](KyComplex64 one) { return ScaledModulusLevel(one, by); });
+    return RoundLevels<kBitsScaled>(d, hn::Mul(modulus, hn::Set(d, scale.factor)), z,
+                                    [&by](KyComplex64 one) { return ScaledModulusLevel(one, by); });
   }
 };
 
@@ -95,7 +104,7 @@ struct Argument {
     const V whole = hn::IfThenElse(hn::Lt(z.im, zero), hn::Sub(hn::Set(d, 256), half), half);
     // A sum that is not a number where a part is not: it may be lost in a maximum.
     const V level = hn::Add(whole, hn::Mul(hn::Add(z.re, z.im), zero));
-    const auto levels = RoundLevels(d, level, z, ArgumentLevel);
+    const auto levels = RoundLevels<kBits>(d, level, z, ArgumentLevel);
     return hn::And(levels, hn::Set(hn::RebindToSigned<D>(), 255));
   }
 };

@@ -29,7 +29,7 @@ class Plans {
     if (clock_ == 1) fftwf_make_planner_thread_safe();
     const fftwf_plan plan = fftwf_plan_dft_1d(
         n, reinterpret_cast<fftwf_complex*>(in), reinterpret_cast<fftwf_complex*>(out),
-        inverse ? FFTW_BACKWARD : FFTW_FORWARD, FFTW_ESTIMATE);
+        inverse ? FFTW_BACKWARD : FFTW_FORWARD, FFTW_ESTIMATE | FFTW_DESTROY_INPUT);
     if (plan == nullptr) return nullptr;
     Slot* oldest = nullptr;
     for (Slot& slot : slots_)
