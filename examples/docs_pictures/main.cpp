@@ -22,6 +22,9 @@ void Run(const char* folder) {
         docs::Thinning,     docs::Windows,  docs::Medians,     docs::DistanceMaps,
         docs::Sizes})
     family(folder);
+#ifdef KY_HAS_FREQUENCY
+  docs::Frequencies(folder);
+#endif
 }
 
 }  // namespace
