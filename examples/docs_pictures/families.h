@@ -34,6 +34,9 @@ void TypedVectors(const std::string& folder);
 void Transforms(const std::string& folder);
 void Shading(const std::string& folder);
 void Conversions(const std::string& folder);
-void Drawing(const std::string& folder);  // where there is ky::drawing
+// Of builds with ky::drawing.
+void Drawing(const std::string& folder);
+// Of builds with ky::frequency.
+void Frequencies(const std::string& folder);
 
 }  // namespace docs

@@ -25,6 +25,9 @@ void Run(const char* folder) {
 #ifdef KY_HAS_DRAWING
   docs::Drawing(folder);
 #endif
+#ifdef KY_HAS_FREQUENCY
+  docs::Frequencies(folder);
+#endif
 }
 
 }  // namespace

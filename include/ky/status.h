@@ -109,7 +109,7 @@ enum KY_ERRORS : int {
   KY_ERROR_VECTOR_1608 = 1608,
   /// A vector cannot be used here. No call raises it yet.
   KY_ERROR_VECTOR_1609 = 1609,
-  /// A vector cannot be used here. No call raises it yet.
+  /// ImgComplexDiscEnergy: a vector is null, not of single 32-bit floats, or without room.
   KY_ERROR_VECTOR_1611 = 1611,
   /// A table, histogram or profile does not have the number of elements needed, which for most
   /// calls is exactly 256; ImgRecursiveAverage needs 8191, segments one for each point, and
@@ -130,7 +130,7 @@ enum KY_ERRORS : int {
   KY_ERROR_KERNEL_DATA = 1704,
   /// ImgWarp: a packed table is smaller than the destination.
   KY_ERROR_WARP_2200 = 2200,
-  /// A transform of a size that is no power of two. No call raises it yet.
+  /// ImgFastDFT: the width or the height is no power of two.
   KY_ERROR_NOT_POWER_OF_TWO = 2600,
   /// ImgOper accepts the operation, but does nothing for it with these operands.
   KY_ERROR_INTERNAL = 32767,

@@ -34,6 +34,9 @@ struct Context;
 
 using Bytes = std::vector<unsigned char>;
 
+// Beside the types of generic vectors: single 32-bit floats.
+inline constexpr int kFloats = 5;
+
 struct Option {
   enum class Kind {
     kRange,         // numbers from a to b; elsewhere they are hostile
