@@ -63,10 +63,10 @@ enum KY_ERRORS : int {
   /// ImgWarp with a packed table: there is no memory for a scratch table.
   KY_ERROR_NO_RESULT = 1301,
   /// An allocation failed: memory ran out, or a size is negative. Any call that allocates, filters
-  /// and copies of overlapping sources included.
+  /// and copies of overlapping sources included. ImgDraw, KyDraw: Cairo fails while it draws.
   KY_ERROR_NOT_ENOUGH_MEMORY = 1303,
   /// An ROI is null or has no pixels, because it has no parent or does not lie inside it. Any call
-  /// that takes an ROI or image.
+  /// that takes an ROI or image. ImgDraw, KyDraw: the context is null or in an error.
   KY_ERROR_NO_IMAGE = 1400,
   /// Two ROIs differ in size. Any call that takes several of them.
   KY_ERROR_SIZE_MISMATCH = 1403,
