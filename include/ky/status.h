@@ -63,10 +63,10 @@ enum KY_ERRORS : int {
   /// ImgWarp with a packed table: there is no memory for a scratch table.
   KY_ERROR_NO_RESULT = 1301,
   /// An allocation failed: memory ran out, or a size is negative. Any call that allocates, filters
-  /// and copies of overlapping sources included.
+  /// and copies of overlapping sources included. ImgDraw, KyDraw: Cairo fails while it draws.
   KY_ERROR_NOT_ENOUGH_MEMORY = 1303,
   /// An ROI is null or has no pixels, because it has no parent or does not lie inside it. Any call
-  /// that takes an ROI or image.
+  /// that takes an ROI or image. ImgDraw, KyDraw: the context is null or in an error.
   KY_ERROR_NO_IMAGE = 1400,
   /// Two ROIs differ in size. Any call that takes several of them.
   KY_ERROR_SIZE_MISMATCH = 1403,
@@ -109,7 +109,7 @@ enum KY_ERRORS : int {
   KY_ERROR_VECTOR_1608 = 1608,
   /// A vector cannot be used here. No call raises it yet.
   KY_ERROR_VECTOR_1609 = 1609,
-  /// A vector cannot be used here. No call raises it yet.
+  /// ImgComplexDiscEnergy: a vector is null, not of single 32-bit floats, or without room.
   KY_ERROR_VECTOR_1611 = 1611,
   /// A table, histogram or profile does not have the number of elements needed, which for most
   /// calls is exactly 256; ImgRecursiveAverage needs 8191, segments one for each point, and
@@ -130,7 +130,7 @@ enum KY_ERRORS : int {
   KY_ERROR_KERNEL_DATA = 1704,
   /// ImgWarp: a packed table is smaller than the destination.
   KY_ERROR_WARP_2200 = 2200,
-  /// A transform of a size that is no power of two. No call raises it yet.
+  /// ImgFastDFT: the width or the height is no power of two.
   KY_ERROR_NOT_POWER_OF_TWO = 2600,
   /// ImgOper accepts the operation, but does nothing for it with these operands.
   KY_ERROR_INTERNAL = 32767,
