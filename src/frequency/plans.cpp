@@ -27,7 +27,7 @@ class Plans {
       if (slot.plan != nullptr && slot.n == n && slot.inverse == inverse) return Use(slot);
     // Programs that plan by themselves use the same planner, perhaps in another thread.
     if (clock_ == 1) fftwf_make_planner_thread_safe();
-    const fftwf_plan plan = fftwf_plan_dft_1d(
+    fftwf_plan plan = fftwf_plan_dft_1d(
         n, reinterpret_cast<fftwf_complex*>(in), reinterpret_cast<fftwf_complex*>(out),
         inverse ? FFTW_BACKWARD : FFTW_FORWARD, FFTW_ESTIMATE | FFTW_DESTROY_INPUT);
     if (plan == nullptr) return nullptr;
