@@ -12,8 +12,9 @@
 namespace ky {
 namespace {
 
-// FFTW ends the process where it runs out of memory. So much more than it takes, for a length that
-// is a large prime, is therefore tried first, in numbers for each number of the row.
+// FFTW ends the process where it runs out of memory. More than it takes is therefore allocated
+// first, and released: so many numbers for each number of the row. Lengths that are large primes
+// take the most.
 constexpr std::ptrdiff_t kRoom = 16;
 
 // The plans that are kept. They stay to the end of the process, as threads may still run then.
