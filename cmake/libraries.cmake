@@ -56,11 +56,12 @@ ky_library(image LINKS ky_base ky_color PRIVATE_LINKS hwy)
 
 # Optional libraries, each on a library from outside, which pkg-config finds as MODULE and Debian has
 # in PACKAGE. Where that is missing the library is left out, with the tests, examples and benchmarks
-# that need it. The outside library is the target PkgConfig::ky_MODULE.
+# that need it. The outside library is the target PkgConfig::ky_MODULE; BESIDE is one more of PACKAGE
+# that pkg-config does not tell of.
 set(ky_optional frequency drawing)
 
 function(ky_optional_library name)
-  cmake_parse_arguments(arg "" "MODULE;PACKAGE" "LINKS;PRIVATE_LINKS" ${ARGN})
+  cmake_parse_arguments(arg "" "MODULE;PACKAGE;BESIDE" "LINKS;PRIVATE_LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${name}/*.cpp)
   if(NOT sources)
     return()
@@ -76,8 +77,12 @@ function(ky_optional_library name)
     return()
   endif()
   pkg_check_modules(ky_${arg_MODULE} QUIET IMPORTED_TARGET GLOBAL ${arg_MODULE})
-  if(NOT ky_${arg_MODULE}_FOUND)
-    message(STATUS "ky::${name} is left out: ${arg_MODULE} (${arg_PACKAGE}) is missing")
+  if(arg_BESIDE)
+    find_library(${switch}_${arg_BESIDE} ${arg_BESIDE} HINTS ${ky_${arg_MODULE}_LIBRARY_DIRS})
+    list(APPEND arg_PRIVATE_LINKS ${${switch}_${arg_BESIDE}})
+  endif()
+  if(NOT ky_${arg_MODULE}_FOUND OR (arg_BESIDE AND NOT ${switch}_${arg_BESIDE}))
+    message(STATUS "ky::${name} is left out: ${arg_MODULE} ${arg_BESIDE} (${arg_PACKAGE}) is missing")
     return()
   endif()
   ky_library(${name} LINKS ${arg_LINKS} PRIVATE_LINKS ${arg_PRIVATE_LINKS})
@@ -112,6 +117,6 @@ function(ky_remove_left_out list)
   set(${list} ${kept} PARENT_SCOPE)
 endfunction()
 
-ky_optional_library(frequency MODULE fftw3f PACKAGE libfftw3-dev
-                    LINKS ky_base PRIVATE_LINKS hwy fftw3f_threads PkgConfig::ky_fftw3f)
+ky_optional_library(frequency MODULE fftw3f BESIDE fftw3f_threads PACKAGE libfftw3-dev
+                    LINKS ky_base PRIVATE_LINKS hwy PkgConfig::ky_fftw3f)
 ky_optional_library(drawing MODULE cairo PACKAGE libcairo2-dev LINKS ky_image PkgConfig::ky_cairo)

@@ -6,6 +6,8 @@
 
 #include <hwy/contrib/math/math-inl.h>
 
+#include <limits>
+
 #include "foundation/dispatch.h"
 #include "foundation/widen-inl.h"
 #include "frequency/complex-inl.h"
@@ -33,19 +35,24 @@ HWY_NOINLINE void ApplyLaw(D d, const Numbers<V>& z, const Law& law, Integers<D>
   levels = hn::Load(di, results);
 }
 
-// round(level), limited to 0 to 256, where `level` is exact to 2^-kExact. Where it is closer to the
-// middle between two integers than that, or not a number, the law decides.
+// round(level), limited to 256, where `level` is exact to 2^-kExact and not negative. Where it is
+// closer to the middle between two integers than that, or not a number, the law decides.
 template <int kExact, class D, class V, class Law>
 HWY_INLINE Integers<D> RoundLevels(D d, V level, const Numbers<V>& z, const Law& law) {
   constexpr float kDoubt = 1.0f / (1 << kExact);
-  const V limited = hn::Min(hn::Max(level, hn::Zero(d)), hn::Set(d, 256));
-  const V above = hn::Add(limited, hn::Set(d, 0.5f));
+  const V above = hn::Add(hn::Min(level, hn::Set(d, 256)), hn::Set(d, 0.5f));
   auto levels = TruncateFitting(d, above);
   const V rest = hn::Sub(above, hn::ConvertTo(d, levels));
   const auto certain = hn::And(hn::Eq(level, level), hn::And(hn::Gt(rest, hn::Set(d, kDoubt)),
                                                              hn::Lt(rest, hn::Set(d, 1 - kDoubt))));
-  if (HWY_UNLIKELY(!hn::AllTrue(d, certain)))
-    ApplyLaw(d, z, law, hn::BitCast(hn::RebindToSigned<D>(), hn::VecFromMask(d, certain)), levels);
+  if (HWY_UNLIKELY(!hn::AllTrue(d, certain))) {
+    // Copies, so that the vectors themselves need no place in memory.
+    const Numbers<V> numbers = z;
+    Integers<D> changed = levels;
+    ApplyLaw(d, numbers, law, hn::BitCast(hn::RebindToSigned<D>(), hn::VecFromMask(d, certain)),
+             changed);
+    levels = changed;
+  }
   return levels;
 }
 // What moduli and arguments are exact to: a few times the distance of floats below 256, 2^-16.
@@ -82,27 +89,28 @@ struct ScaledModulus {
 };
 
 // Of the ratio q of the smaller to the larger part, the angle of 0 to 32 steps is the polynomial
-// q P(q^2) that meets 128 atan(q) / pi at eight Chebyshev nodes; it is off by less than 2^-18.
+// q P(q^2) that meets 128 atan(q) / pi at seven Chebyshev nodes; it is off by less than 2^-15.
 struct Argument {
   using Lane = float;
   template <class D, class V>
   HWY_INLINE Integers<D> operator()(D d, const Numbers<V>& z) const {
-    constexpr float kTerms[] = {40.7436606236298f,   -13.580602230671758f, 8.13527212468789f,
-                                -5.705453702228929f, 4.020937524108209f,   -2.396939779412458f,
-                                0.9689054934576178f, -0.18578263910414172f};
+    constexpr float kTerms[] = {40.743633879186504f, -13.578102763292438f, 8.096597601299429f,
+                                -5.479152739513994f, 3.386876389790998f,   -1.4814572297931998f,
+                                0.31162197349251425f};
     const V zero = hn::Zero(d), width = hn::Abs(z.re), height = hn::Abs(z.im);
-    const V larger = hn::Max(width, height);
-    const auto isZero = hn::Eq(larger, zero);
-    const V ratio = hn::Div(hn::Min(width, height), hn::IfThenElse(isZero, hn::Set(d, 1), larger));
+    // 0 is divided by the least number there is.
+    const V divisor =
+        hn::Max(hn::Max(width, height), hn::Set(d, std::numeric_limits<float>::denorm_min()));
+    const V ratio = hn::Div(hn::Min(width, height), divisor);
     const V square = hn::Mul(ratio, ratio);
-    V sum = hn::Set(d, kTerms[7]);
-    for (int i = 6; i >= 0; --i) sum = hn::Add(hn::Mul(sum, square), hn::Set(d, kTerms[i]));
+    V sum = hn::Set(d, kTerms[6]);
+    for (int i = 5; i >= 0; --i) sum = hn::Add(hn::Mul(sum, square), hn::Set(d, kTerms[i]));
     const V octant = hn::Mul(sum, ratio);
     const V quadrant =
         hn::IfThenElse(hn::Gt(height, width), hn::Sub(hn::Set(d, 64), octant), octant);
     const V half = hn::IfThenElse(hn::Lt(z.re, zero), hn::Sub(hn::Set(d, 128), quadrant), quadrant);
     const V whole = hn::IfThenElse(hn::Lt(z.im, zero), hn::Sub(hn::Set(d, 256), half), half);
-    // A sum that is not a number where a part is not: it may be lost in a maximum.
+    // Not a number where a part is not, which may be lost in a maximum.
     const V level = hn::Add(whole, hn::Mul(hn::Add(z.re, z.im), zero));
     const auto levels = RoundLevels<kBits>(d, level, z, ArgumentLevel);
     return hn::And(levels, hn::Set(hn::RebindToSigned<D>(), 255));

@@ -12,8 +12,9 @@
 namespace ky {
 namespace {
 
-// FFTW ends the process where it runs out of memory. So much more than it takes, for a length that
-// is a large prime, is therefore tried first, in numbers for each number of the row.
+// FFTW ends the process where it runs out of memory. More than it takes is therefore allocated
+// first, and released: so many numbers for each number of the row. Lengths that are large primes
+// take the most.
 constexpr std::ptrdiff_t kRoom = 16;
 
 // The plans that are kept. They stay to the end of the process, as threads may still run then.
@@ -27,7 +28,7 @@ class Plans {
       if (slot.plan != nullptr && slot.n == n && slot.inverse == inverse) return Use(slot);
     // Programs that plan by themselves use the same planner, perhaps in another thread.
     if (clock_ == 1) fftwf_make_planner_thread_safe();
-    const fftwf_plan plan = fftwf_plan_dft_1d(
+    fftwf_plan plan = fftwf_plan_dft_1d(
         n, reinterpret_cast<fftwf_complex*>(in), reinterpret_cast<fftwf_complex*>(out),
         inverse ? FFTW_BACKWARD : FFTW_FORWARD, FFTW_ESTIMATE | FFTW_DESTROY_INPUT);
     if (plan == nullptr) return nullptr;
