@@ -102,8 +102,6 @@ class KY_API KyGenericROI {
 
  protected:
   explicit KyGenericROI(int bitsPerPixel) noexcept : bitsPerPixel_(bitsPerPixel) {}
-  KyGenericROI(int bitsPerPixel, const KyGenericROI* parent, int x, int y, int width,
-               int height) noexcept;
   void TakePlace(KyGenericROI& other) noexcept;
 
   KyGenericROI* parent_ = nullptr;

@@ -25,15 +25,6 @@ KyBW8* ByteOf(const KyPixelBuffer& buffer, std::int64_t x, std::int64_t y, int b
 
 }  // namespace
 
-KyGenericROI::KyGenericROI(int bitsPerPixel, const KyGenericROI* parent, int x, int y, int width,
-                           int height) noexcept
-    : parent_(const_cast<KyGenericROI*>(parent)),  // as GetParent returns it
-      x_(x),
-      y_(y),
-      width_(width),
-      height_(height),
-      bitsPerPixel_(bitsPerPixel) {}
-
 KyGenericROI::~KyGenericROI() { delete[] mask_; }
 
 // Takes over the other's rectangle and mask; what they lie on is the business of the derived class.
