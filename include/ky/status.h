@@ -162,6 +162,21 @@ KY_API int KyGetTraceCount() noexcept;
 /// 0..count - 1.
 KY_API const char* KyGetTrace(int index) noexcept;
 
-/// Returns the name of a status and its meaning on one line, such as "KY_ERROR_NO_IMAGE: an ROI has
-/// no pixels"; never null.
+/// Names the parameter that the status is about, for KyGetErrorMessage, and returns the status. The
+/// pointer is kept, not the text. The name is forgotten together with the status.
+KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
+
+/// Returns the status of the calling thread as one line: the routine that failed, what the code
+/// means, and the code's name; where the code is about a parameter, the parameter's name; then the
+/// routines, if any, through which the failure passed:
+///
+///     ImgConvolGaussian: sigmaX is out of range (KY_ERROR_PARAMETER_3_OUT_OF_RANGE)
+///     ImgNormalize: an ROI is missing or has no pixels (KY_ERROR_NO_IMAGE)
+///
+/// The text is the thread's own, and stays until the thread calls this function again; never null.
+/// Long lines are cut after 255 characters.
+KY_API const char* KyGetErrorMessage() noexcept;
+
+/// Returns the name of a status and its meaning on one line, such as "KY_ERROR_NO_IMAGE: an ROI is
+/// missing or has no pixels"; never null.
 KY_API const char* KyGetErrorText(KY_ERRORS error) noexcept;
