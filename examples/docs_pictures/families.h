@@ -34,5 +34,9 @@ void TypedVectors(const std::string& folder);
 void Transforms(const std::string& folder);
 void Shading(const std::string& folder);
 void Conversions(const std::string& folder);
+// Of builds with ky::drawing.
+void Drawing(const std::string& folder);
+// Of builds with ky::frequency.
+void Frequencies(const std::string& folder);
 
 }  // namespace docs

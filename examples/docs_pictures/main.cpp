@@ -22,6 +22,12 @@ void Run(const char* folder) {
         docs::Thinning,     docs::Windows,  docs::Medians,     docs::DistanceMaps,
         docs::Sizes})
     family(folder);
+#ifdef KY_HAS_DRAWING
+  docs::Drawing(folder);
+#endif
+#ifdef KY_HAS_FREQUENCY
+  docs::Frequencies(folder);
+#endif
 }
 
 }  // namespace

@@ -65,10 +65,7 @@ void Fill(KyROI<KyC24>& picture, const Box& box, KyC24 color) {
 }
 
 void Contour(KyROI<KyC24>& picture, const KyPathVector& contour, KyC24 color) {
-  KyC24PathVector path(contour.GetNumElements());
-  Must(KyGetError());
-  for (const KyPath& p : contour) Must(path.AddElement({p.x, p.y, color}));
-  Must(ImgPathToImage(&picture, &path));
+  Must(ImgPathToImage(&picture, &contour, color));
 }
 
 int NumberWidth(unsigned int number) {

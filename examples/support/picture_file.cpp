@@ -9,8 +9,8 @@
 #include <system_error>
 #include <type_traits>
 
-#include "ky/color.h"
-#include "ky/operators.h"
+#include "ky/conversion.h"
+#include "png_decoder.h"
 
 namespace picture {
 namespace {
@@ -44,13 +44,7 @@ KyImage<To> As(KyImage<From> image, const std::string& name) {
     return image;
   } else {
     KyImage<To> converted = NewImage<To>(image.GetWidth(), image.GetHeight(), name);
-    if constexpr (kColor<To>) {
-      ImgOper(KY_OPER_COPY, &image, &converted);
-    } else {
-      const KyColorMatrix luma = KyColorMatrix::Luma();
-      ClrGetComponent(&image, &converted, 0, &luma);
-    }
-    if (KyGetError() != KY_OK) Fail(name, KyGetErrorText(KyGetError()));
+    if (ImgConvert(&image, &converted) != KY_OK) Fail(name, KyGetErrorMessage());
     return converted;
   }
 }
@@ -66,23 +60,18 @@ struct Png {
 };
 
 template <class T>
-KyImage<T> ReadPixels(Png& png, const std::string& name) {
-  KyImage<T> image = NewImage<T>(png.image.width, png.image.height, name);
-  png.image.format = kColor<T> ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
-  const png_color black = {};
-  if (!png_image_finish_read(&png.image, &black, image.GetPixelPtr(0, 0), image.GetPitch(),
-                             nullptr))
-    Fail(name, std::string("is a damaged PNG file (") + png.image.message + ")");
+KyImage<T> ReadPixels(PngDecoder& png, const std::string& name) {
+  KyImage<T> image = NewImage<T>(png.width(), png.height(), name);
+  if (!png.ReadPixels(image.GetPixelPtr(0, 0), image.GetPitch()))
+    Fail(name, "is a damaged PNG file (" + png.message() + ")");
   return image;
 }
 
 template <class T>
 KyImage<T> DecodePng(const Bytes& bytes, const std::string& name) {
-  Png png;
-  if (!png_image_begin_read_from_memory(&png.image, bytes.data(), bytes.size()))
-    Fail(name, std::string("is a damaged PNG file (") + png.image.message + ")");
-  if ((png.image.format & PNG_FORMAT_FLAG_COLOR) != 0)
-    return As<T>(ReadPixels<KyC24>(png, name), name);
+  PngDecoder png(bytes);
+  if (!png.ReadHeader()) Fail(name, "is a damaged PNG file (" + png.message() + ")");
+  if (png.isColor()) return As<T>(ReadPixels<KyC24>(png, name), name);
   return As<T>(ReadPixels<KyBW8>(png, name), name);
 }
 
@@ -182,6 +171,10 @@ void WritePng(const KyROI<T>& roi, const std::string& path) {
   png.image.width = static_cast<png_uint_32>(roi.GetWidth());
   png.image.height = static_cast<png_uint_32>(roi.GetHeight());
   png.image.format = kColor<T> ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
+  // Small files where that is quick: large pictures would take seconds.
+  constexpr std::int64_t kLarge = 1 << 20;
+  if (std::int64_t{roi.GetWidth()} * roi.GetHeight() > kLarge)
+    png.image.flags = PNG_IMAGE_FLAG_FAST;
   if (!png_image_write_to_file(&png.image, path.c_str(), 0, roi.GetPixelPtr(0, 0), roi.GetPitch(),
                                nullptr))
     Fail(path, std::string("cannot be written: ") + png.image.message);

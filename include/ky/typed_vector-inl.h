@@ -139,6 +139,7 @@ void KyVectorTemplate<T>::Release(T* data, unsigned int count) noexcept {
 template <class T>
 T& KyVectorTemplate<T>::Missing() noexcept {
   ky::FailVector(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "KyVector::operator[]");
+  KyNameParameter("index");
   T& element = KyPlaceHolder<T>::m_PlaceHolder;
   element = T();
   return element;
@@ -277,27 +278,37 @@ KY_ERRORS KyVectorTemplate<T>::Write(std::FILE* stream) const noexcept {
   return written ? KY_OK : KY_ERROR_FILE_WRITE;
 }
 
+// Elements come into being as they are read: the count proves nothing. Where nobody knows how much
+// a stream holds, there is room for as many more as have come already.
 template <class T>
 KY_ERRORS KyVectorTemplate<T>::Read(std::FILE* stream) noexcept {
+  constexpr unsigned kFirstRoom = 4096;
   unsigned int count;
   if (std::fread(&count, sizeof count, 1, stream) != 1) return KY_ERROR_FILE_READ;
+  const std::uint64_t left = ky::BytesLeft(stream);
+  const auto held = static_cast<unsigned>(std::min<std::uint64_t>(count, left / sizeof(T)));
   Empty();
+  KY_ERRORS error = Reserve(left == UINT64_MAX ? std::min(held, kFirstRoom) : held);
+  while (error == KY_OK && count_ < held) {
+    if (count_ == capacity_) error = Replace(count_ + std::min(count_, held - count_), count_);
+    if (error == KY_OK && !ReadMore(stream)) return KY_ERROR_FILE_READ;
+  }
+  if (error != KY_OK) Empty();
+  return error != KY_OK || held == count ? error : KY_ERROR_FILE_READ;
+}
+
+// Appends elements of the stream as far as there is room; false when it has none left.
+template <class T>
+bool KyVectorTemplate<T>::ReadMore(std::FILE* stream) noexcept {
   if constexpr (std::is_trivially_copyable_v<T>) {
-    if (const KY_ERRORS error = Reserve(count)) return error;
-    SetCount(count);
-    const bool read = count == 0 || std::fread(data_, sizeof(T), count, stream) == count;
-    return read ? KY_OK : KY_ERROR_FILE_READ;
+    const std::size_t read = std::fread(data_ + count_, sizeof(T), capacity_ - count_, stream);
+    count_ += static_cast<unsigned>(read);
+    return read > 0;
   } else {
-    // Elements come into being one by one, as they are read: the count proves nothing.
-    const auto held = static_cast<unsigned int>(
-        std::min<std::uint64_t>(count, ky::BytesLeft(stream) / sizeof(T)));
-    if (const KY_ERRORS error = Reserve(held)) return error;
-    while (count_ < held) {
-      unsigned char bytes[sizeof(T)];
-      if (std::fread(bytes, sizeof bytes, 1, stream) != 1) return KY_ERROR_FILE_READ;
-      (new (data_ + count_) T())->Restore(bytes);
-      ++count_;
-    }
-    return held == count ? KY_OK : KY_ERROR_FILE_READ;
+    unsigned char bytes[sizeof(T)];
+    if (std::fread(bytes, sizeof bytes, 1, stream) != 1) return false;
+    (new (data_ + count_) T())->Restore(bytes);
+    ++count_;
+    return true;
   }
 }

@@ -43,7 +43,7 @@ struct KY_API KyPlaceHolder<T, false> {
 ///     profile[0] = 20;
 ///     unsigned int sum = 0;
 ///     for (KyBW8 level : profile) sum += level;    // 80
-///     if (profile.Save("profile.ky") != KY_OK) std::puts(KyGetErrorText(KyGetError()));
+///     if (profile.Save("profile.ky") != KY_OK) std::puts(KyGetErrorMessage());
 ///     KyBW8Vector copy;
 ///     copy.Load("profile.ky");                     // 20 10 10 40
 ///
@@ -123,9 +123,9 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   /// `KY_ERROR_FILE_FORMAT` (1105) when it holds something else, `KY_ERROR_NOT_ENOUGH_MEMORY`
   /// (1303) when memory runs out, `KY_ERROR_FILE_CLOSE` (1106) when it cannot be closed. The vector
   /// stays as it was when the file does not even hold a number of elements, and is empty after
-  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). When the file ends too early the vector has the number of
-  /// elements that the file announces, of which the missing ones are unspecified (a vector of
-  /// images has only those that were read). Trace: "KyVector::Load".
+  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). When the file ends before the number of elements that it
+  /// announces, the vector holds those that were read; memory is never allocated for elements that
+  /// the file cannot hold. Trace: "KyVector::Load".
   KY_ERRORS Load(const char* name) noexcept;
 
   /// Writes the part of a file after its first four bytes to an open stream (any `direction` other
@@ -152,6 +152,7 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   KY_ERRORS Append(T&& element, const char* name) noexcept;
   KY_ERRORS Write(std::FILE* stream) const noexcept;
   KY_ERRORS Read(std::FILE* stream) noexcept;
+  bool ReadMore(std::FILE* stream) noexcept;
 
   unsigned int count_ = 0;
   unsigned int capacity_ = 0;

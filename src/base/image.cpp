@@ -99,11 +99,11 @@ KY_ERRORS KyImage<T>::Attach(Memory* pixels, int width, int height, int pitch) n
     constexpr int kAligned = alignof(Memory);
     const auto address = reinterpret_cast<std::uintptr_t>(pixels);
     if (pixels == nullptr || address % kAligned != 0 || Owns(own_, address))
-      return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (width < 0) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
-    if (height < 0) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "pixels");
+    if (width < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "width");
+    if (height < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "height");
     if (pitch < RowBytes(width, this->bitsPerPixel_) || pitch % kAligned != 0)
-      return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
+      return ky::OutOfRange(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, "pitch");
     Adopt({reinterpret_cast<KyBW8*>(pixels), nullptr, pitch, width, height});
     return KY_OK;
   });

@@ -25,10 +25,6 @@ KyBW8* ByteOf(const KyPixelBuffer& buffer, std::int64_t x, std::int64_t y, int b
 
 }  // namespace
 
-KyGenericROI::KyGenericROI(int bitsPerPixel, KyGenericROI* parent, int x, int y, int width,
-                           int height) noexcept
-    : parent_(parent), x_(x), y_(y), width_(width), height_(height), bitsPerPixel_(bitsPerPixel) {}
-
 KyGenericROI::~KyGenericROI() { delete[] mask_; }
 
 // Takes over the other's rectangle and mask; what they lie on is the business of the derived class.
@@ -132,7 +128,8 @@ int KyGenericROI::GetBitOffset(int x, int y) const noexcept {
 
 KY_ERRORS KyGenericROI::SetMask(const KyMaskRun* runs, unsigned count, bool absolute) noexcept {
   return ky::Call("KyGenericROI::SetMask", [&] {
-    if (runs == nullptr && count > 0) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (runs == nullptr && count > 0)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "runs");
     KyMaskRun* const copy = new (std::nothrow) KyMaskRun[std::max(count, 1u)];
     if (copy == nullptr) return KY_ERROR_NOT_ENOUGH_MEMORY;
     std::copy_n(runs, count, copy);
@@ -155,8 +152,10 @@ template <class T>
 KyROI<T>::KyROI() noexcept : KyGenericROI(KyPixelTraits<T>::kBits) {}
 
 template <class T>
-KyROI<T>::KyROI(KyROI<T>* parent, int x, int y, int width, int height) noexcept
-    : KyGenericROI(KyPixelTraits<T>::kBits, parent, x, y, width, height) {}
+KyROI<T>::KyROI(const KyROI<T>* parent, int x, int y, int width, int height) noexcept : KyROI() {
+  parent_ = const_cast<KyROI<T>*>(parent);  // as GetParent returns it
+  SetPlacement(x, y, width, height);
+}
 
 template <class T>
 void KyROI<T>::SetPlacement(int x, int y, int width, int height) noexcept {
@@ -173,9 +172,9 @@ KyBW8* KyROI<T>::Address(int x, int y) const noexcept {
   if (address == nullptr)
     KySetError(KY_ERROR_NO_IMAGE);
   else if (x < 0 || x >= width_)
-    KySetError(KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
+    ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "x");
   else if (y < 0 || y >= height_)
-    KySetError(KY_ERROR_PARAMETER_2_OUT_OF_RANGE);
+    ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "y");
   else
     return static_cast<KyBW8*>(GetPixelPtr(x, y));
   return nullptr;

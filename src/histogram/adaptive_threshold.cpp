@@ -34,7 +34,7 @@ void FillNodes(const KyROI<KyBW8>* source, int tileWidth, int tileHeight,
                KyImage<KyBW8>& nodes) noexcept {
   const ky::Rows<KyBW8> out = ky::RowsOf(&nodes);
   const int nx = nodes.GetWidth() - 1, ny = nodes.GetHeight() - 1;
-  KyROI<KyBW8> tile(const_cast<KyROI<KyBW8>*>(source), 0, 0, 0, 0);
+  KyROI<KyBW8> tile(source, 0, 0, 0, 0);
   for (int j = 0; j <= ny; ++j) {
     const Stretch rows = StretchAt(j, ny, source->GetHeight(), tileHeight);
     for (int i = 0; i <= nx; ++i) {
@@ -67,8 +67,8 @@ KY_ERRORS ImgAutoAdaptiveThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* des
     if (const KY_ERRORS error = ky::CheckImage(source)) return error;
     if (const KY_ERRORS error = ky::CheckImage(destination)) return error;
     if (tileHeight == 0) tileHeight = tileWidth;
-    if (tileWidth < 1) return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
-    if (tileHeight < 1) return KY_ERROR_PARAMETER_5_OUT_OF_RANGE;
+    if (tileWidth < 1) return ky::OutOfRange(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, "tileWidth");
+    if (tileHeight < 1) return ky::OutOfRange(KY_ERROR_PARAMETER_5_OUT_OF_RANGE, "tileHeight");
     const int width = source->GetWidth(), height = source->GetHeight();
     if (width == 0 || height == 0) return KY_OK;
     const std::int64_t nx = Steps(width, tileWidth), ny = Steps(height, tileHeight);

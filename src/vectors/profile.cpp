@@ -18,16 +18,18 @@ using std::ptrdiff_t;
 
 enum class Side { kBetween, kPeak, kValley };
 
-// A run as it grows. Its distances lie within -255..255.
+// A run as it grows.
 struct Run {
+  __extension__ using Sum = __int128;  // a profile has up to 2^32 elements of 32 bits
+
   Side side;
-  std::int64_t start, amplitude = 0, area = 0;
-  std::uint64_t moment = 0;  // the sum of the areas after each element; may wrap
+  std::int64_t start, amplitude = 0;
+  Sum area = 0, moment = 0;  // of distances; of the areas after each element
 
   void Add(std::int64_t d) {
     amplitude = side == Side::kPeak ? std::max(amplitude, d) : std::min(amplitude, d);
     area += d;
-    moment += static_cast<std::uint64_t>(area);
+    moment += area;
   }
   bool Reaches(unsigned minAmplitude, unsigned minArea) const {
     const std::int64_t sign = side == Side::kPeak ? 1 : -1;
@@ -35,20 +37,51 @@ struct Run {
   }
   KyPeak Record(std::int64_t end) const {
     const double center = area != 0 ? static_cast<double>(end) -
-                                          static_cast<double>(static_cast<std::int64_t>(moment)) /
-                                              static_cast<double>(area)
+                                          static_cast<double>(moment) / static_cast<double>(area)
                                     : static_cast<double>(start + end - 1) * 0.5;
     return {static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(end - start),
-            static_cast<float>(center), static_cast<std::int32_t>(amplitude),
-            static_cast<std::int32_t>(area)};
+            static_cast<float>(center), Limited(amplitude), Limited(area)};
+  }
+  static std::int32_t Limited(Sum sum) {
+    return static_cast<std::int32_t>(std::clamp<Sum>(sum, INT32_MIN, INT32_MAX));
   }
 };
+
+template <class T>
+KY_ERRORS FindPeaks(const KyPixelVectorTemplate<T>* profile, KyPeaksVector* peaks,
+                    unsigned lowThreshold, unsigned highThreshold, unsigned minAmplitude,
+                    unsigned minArea) noexcept {
+  return Call("ImgGetProfilePeaks", [&] {
+    if (profile == nullptr || peaks == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    if (lowThreshold > highThreshold) return KY_ERROR_BAD_INTERVAL;
+    peaks->Empty();
+    Run run = {Side::kBetween, 0};
+    const T* const levels = profile->GetDataPtr();
+    const std::int64_t n = profile->GetNumElements();
+    for (std::int64_t i = 0; i < n; ++i) {
+      const T level = levels[i];
+      const Side side = level > highThreshold  ? Side::kPeak
+                        : level < lowThreshold ? Side::kValley
+                                               : Side::kBetween;
+      if (side != run.side) {
+        if (run.side != Side::kBetween && run.start > 0 && run.Reaches(minAmplitude, minArea))
+          if (const KY_ERRORS error = peaks->AddElement(run.Record(i))) return error;
+        run = {side, i};
+      }
+      // A run at the start is never recorded. The threshold of its valleys may be any number, that
+      // of later ones is at most a level.
+      if (side != Side::kBetween && run.start > 0)
+        run.Add(std::int64_t{level} - (side == Side::kPeak ? highThreshold : lowThreshold));
+    }
+    return KY_OK;
+  });
+}
 
 // The frame of the filters: `body(source, n, destination)` once there is room for the results.
 // `prepare(n)` comes before that, and answers false when there is no memory.
 template <class Prepare, class Body>
-KY_ERRORS Filter(const char* name, KyBW8Vector* source, KyBW8Vector* destination, Prepare prepare,
-                 Body body) noexcept {
+KY_ERRORS Filter(const char* name, const KyBW8Vector* source, KyBW8Vector* destination,
+                 Prepare prepare, Body body) noexcept {
   return Call(name, [&] {
     if (source == nullptr || destination == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     const unsigned count = source->GetNumElements();
@@ -101,7 +134,7 @@ class Windows {
 // The extremes of windows of `passes` elements on either side, which is what so many passes come
 // to. Those of windows twice as long, or of any length up to that, are the extremes of two.
 template <ARITH_LOGIC_OPERATIONS kExtreme>
-KY_ERRORS Extremes(const char* name, KyBW8Vector* source, KyBW8Vector* destination,
+KY_ERRORS Extremes(const char* name, const KyBW8Vector* source, KyBW8Vector* destination,
                    unsigned passes) noexcept {
   ptrdiff_t reach = 0;
   Windows windows;
@@ -130,36 +163,18 @@ KY_ERRORS Extremes(const char* name, KyBW8Vector* source, KyBW8Vector* destinati
 
 }  // namespace
 
-KY_ERRORS ImgGetProfilePeaks(KyBW8Vector* profile, KyPeaksVector* peaks, unsigned int lowThreshold,
-                             unsigned int highThreshold, unsigned int minAmplitude,
-                             unsigned int minArea) noexcept {
-  return Call("ImgGetProfilePeaks", [&] {
-    if (profile == nullptr || peaks == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (lowThreshold > highThreshold) return KY_ERROR_BAD_INTERVAL;
-    peaks->Empty();
-    Run run = {Side::kBetween, 0};
-    const KyBW8* const levels = profile->GetDataPtr();
-    const std::int64_t n = profile->GetNumElements();
-    for (std::int64_t i = 0; i < n; ++i) {
-      const KyBW8 level = levels[i];
-      const Side side = level > highThreshold  ? Side::kPeak
-                        : level < lowThreshold ? Side::kValley
-                                               : Side::kBetween;
-      if (side != run.side) {
-        if (run.side != Side::kBetween && run.start > 0 && run.Reaches(minAmplitude, minArea))
-          if (const KY_ERRORS error = peaks->AddElement(run.Record(i))) return error;
-        run = {side, i};
-      }
-      // A run at the start is never recorded. The threshold of its valleys may be any number, that
-      // of later ones is at most a level.
-      if (side != Side::kBetween && run.start > 0)
-        run.Add(std::int64_t{level} - (side == Side::kPeak ? highThreshold : lowThreshold));
-    }
-    return KY_OK;
-  });
+KY_ERRORS ImgGetProfilePeaks(const KyBW8Vector* profile, KyPeaksVector* peaks,
+                             unsigned int lowThreshold, unsigned int highThreshold,
+                             unsigned int minAmplitude, unsigned int minArea) noexcept {
+  return FindPeaks(profile, peaks, lowThreshold, highThreshold, minAmplitude, minArea);
+}
+KY_ERRORS ImgGetProfilePeaks(const KyBW32Vector* profile, KyPeaksVector* peaks,
+                             unsigned int lowThreshold, unsigned int highThreshold,
+                             unsigned int minAmplitude, unsigned int minArea) noexcept {
+  return FindPeaks(profile, peaks, lowThreshold, highThreshold, minAmplitude, minArea);
 }
 
-KY_ERRORS ImgProfileDerivative(KyBW8Vector* source, KyBW8Vector* destination) noexcept {
+KY_ERRORS ImgProfileDerivative(const KyBW8Vector* source, KyBW8Vector* destination) noexcept {
   Windows windows;
   const auto prepare = [&](ptrdiff_t n) { return windows.Allocate(n, 1); };
   const auto body = [&](const KyBW8* levels, ptrdiff_t n, KyBW8* out) {
@@ -178,7 +193,7 @@ KY_ERRORS ImgProfileDerivative(KyBW8Vector* source, KyBW8Vector* destination) no
   return Filter("ImgProfileDerivative", source, destination, prepare, body);
 }
 
-KY_ERRORS ImgConvolUniform(KyBW8Vector* source, KyBW8Vector* destination,
+KY_ERRORS ImgConvolUniform(const KyBW8Vector* source, KyBW8Vector* destination,
                            unsigned int halfWidth) noexcept {
   return Call("ImgConvolUniform", [&] {
     if (source == nullptr || destination == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
@@ -223,7 +238,7 @@ KY_ERRORS ImgConvolUniform(KyBW8Vector* source, KyBW8Vector* destination,
   });
 }
 
-KY_ERRORS ImgConvolBinomial(KyBW8Vector* source, KyBW8Vector* destination,
+KY_ERRORS ImgConvolBinomial(const KyBW8Vector* source, KyBW8Vector* destination,
                             unsigned int passes) noexcept {
   Windows windows;
   const auto prepare = [&](ptrdiff_t n) { return windows.Allocate(n, 1); };
@@ -244,9 +259,11 @@ KY_ERRORS ImgConvolBinomial(KyBW8Vector* source, KyBW8Vector* destination,
   return Filter("ImgConvolBinomial (KyBW8Vector)", source, destination, prepare, body);
 }
 
-KY_ERRORS ImgDilate(KyBW8Vector* source, KyBW8Vector* destination, unsigned int passes) noexcept {
+KY_ERRORS ImgDilate(const KyBW8Vector* source, KyBW8Vector* destination,
+                    unsigned int passes) noexcept {
   return Extremes<KY_OPER_MAX>("ImgDilate (KyBW8Vector)", source, destination, passes);
 }
-KY_ERRORS ImgErode(KyBW8Vector* source, KyBW8Vector* destination, unsigned int passes) noexcept {
+KY_ERRORS ImgErode(const KyBW8Vector* source, KyBW8Vector* destination,
+                   unsigned int passes) noexcept {
   return Extremes<KY_OPER_MIN>("ImgErode (KyBW8Vector)", source, destination, passes);
 }

@@ -53,7 +53,7 @@ KY_ERRORS ImgLineSegToVect(const KyROI<KyBW8>* source, KyVector* vector, int x0,
   });
 }
 
-KY_ERRORS ImgVectToLineSeg(KyVector* vector, KyROI<KyBW8>* destination) noexcept {
+KY_ERRORS ImgVectToLineSeg(const KyVector* vector, KyROI<KyBW8>* destination) noexcept {
   return Call("ImgVectToLineSeg", [&] {
     if (vector == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (vector->GetUse() != kUse || !HasGroups(*vector)) return KY_ERROR_VECTOR_1602;
@@ -84,7 +84,7 @@ KY_ERRORS ImgVectToLineSeg(KyVector* vector, KyROI<KyBW8>* destination) noexcept
   });
 }
 
-KY_ERRORS ImgVectToLineSeg(KyVector* vector, int x0, int y0, int x1, int y1,
+KY_ERRORS ImgVectToLineSeg(const KyVector* vector, int x0, int y0, int x1, int y1,
                            KyROI<KyBW8>* destination) noexcept {
   return Call("ImgVectToLineSeg", [&] {
     if (const auto error =

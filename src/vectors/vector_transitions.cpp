@@ -104,7 +104,7 @@ KY_ERRORS ImgTransitionScan(TRANS_SCAN_EDGE edge, const KyROI<KyBW8>* source, in
 namespace {
 
 // The transitions of a vector of elements of one data type.
-KY_ERRORS FindTransitions(KyVector* vector, KyVector* transitions, int dataType,
+KY_ERRORS FindTransitions(const KyVector* vector, KyVector* transitions, int dataType,
                           std::int64_t threshold) noexcept {
   constexpr int kDataSize = 8, kPair = 2, kUse = 7;
   return Call("ImgGetVectTransition", [&] {
@@ -137,10 +137,11 @@ KY_ERRORS FindTransitions(KyVector* vector, KyVector* transitions, int dataType,
 
 }  // namespace
 
-KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions, int threshold) noexcept {
+KY_ERRORS ImgGetVectTransition(const KyVector* vector, KyVector* transitions,
+                               int threshold) noexcept {
   return FindTransitions(vector, transitions, ky::kSigned, threshold);
 }
-KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions,
+KY_ERRORS ImgGetVectTransition(const KyVector* vector, KyVector* transitions,
                                unsigned int threshold) noexcept {
   return FindTransitions(vector, transitions, ky::kUnsigned, std::int64_t{threshold});
 }

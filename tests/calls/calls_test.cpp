@@ -3,6 +3,7 @@
 // separate worlds for two threads.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <thread>
 
 #include "tests/registry/arguments.h"
@@ -113,10 +114,25 @@ TEST(Calls, MissingImagesComeBeforeSizes) {
   EXPECT_GT(refused, 100);
 }
 
+// The message of a code about a number names a parameter of the call. Returns whether it is such a
+// code.
+bool ExpectParameterInMessage(const Call& call, KY_ERRORS status) {
+  if (status < KY_ERROR_PARAMETER_OUT_OF_RANGE || status > KY_ERROR_PARAMETER_6_OUT_OF_RANGE)
+    return false;
+  const std::string message = KyGetErrorMessage();
+  const bool names =
+      std::any_of(call.parameters.begin(), call.parameters.end(), [&](const Parameter& parameter) {
+        return message.find(": " + parameter.name + " is out of range (") != message.npos;
+      });
+  EXPECT_TRUE(names) << message;
+  return true;
+}
+
 // Random arguments, a part of them hostile: all paths do the same and write outputs only. Each call
 // must be seen to succeed, and to choose its kernels by the instruction set.
 TEST(Calls, EveryPathGivesTheSame) {
   const std::vector<Path> paths = Paths();
+  int named = 0;
   for (const Call* const call : Callable()) {
     SCOPED_TRACE(call->Declaration());
     int succeeded = 0, dispatched = 0;
@@ -133,6 +149,7 @@ TEST(Calls, EveryPathGivesTheSame) {
         const Arguments arguments(*call, draw, plan);
         const std::vector<Bytes> before = arguments.State();
         const Outcome outcome = arguments.Run();
+        named += ExpectParameterInMessage(*call, outcome.status);
         dispatched += path.target != 0 && on.Dispatched();
         EXPECT_EQ(arguments.Damage(before, outcome.status), "");
         succeeded += outcome.status == KY_OK;
@@ -152,6 +169,7 @@ TEST(Calls, EveryPathGivesTheSame) {
                 paths.back().target == 0)
         << "nothing is dispatched by the instruction set";
   }
+  EXPECT_GT(named, 100);
 }
 
 // Two threads on neighbouring ROIs of the same images leave what one after the other leaves.

@@ -178,6 +178,20 @@ TEST(Inspect, FindsNothingInAFlatPicture) {
   }
 }
 
+TEST(Inspect, CountsOneObjectAndSuggestsTheOtherPolarity) {
+  const std::string folder = Folder();
+  KyImage<KyBW8> picture(100, 80);
+  KyROI<KyBW8> part(&picture, 40, 30, 20, 20);
+  for (const bool dark : {false, true}) {
+    ASSERT_EQ(ImgCopy(KyBW8(dark ? 200 : 0), &picture), KY_OK);
+    ASSERT_EQ(ImgCopy(KyBW8(dark ? 0 : 200), &part), KY_OK);
+    picture::Write(picture, folder + "/part.png");
+    const Outcome outcome = Inspect("-l none -o " + folder + ' ' + folder + "/part.png");
+    EXPECT_NE(outcome.text.find(": 1 object, level "), std::string::npos) << outcome.text;
+    EXPECT_EQ(outcome.text.find("--dark may help") != std::string::npos, dark) << outcome.text;
+  }
+}
+
 TEST(Inspect, TellsWhatIsWrong) {
   const std::string folder = Folder();
   picture::Write(scene::Draw(RandomScene(1)), folder + "/good.png");
@@ -195,7 +209,8 @@ TEST(Inspect, TellsWhatIsWrong) {
       {folder + "/missing.png", 1, "missing.png: cannot be opened"},
       {folder + "/text.png", 1, "text.png: is not a PNG"},
       {folder + "/short.png", 1, "short.png: is a damaged PNG file"},
-      {"-o /dev/null/folder", 1, "/dev/null"},
+      {"-o /dev/null/folder", 1, "'/dev/null/folder' is to be the folder"},
+      {"-o " + folder + "/text.png", 1, "and is a file; choose another with --output"},
       {folder + "/good.png " + folder + "/good.pgm", 2, "two pictures are named 'good'"},
       {"--reach 0", 2, "--reach"},
       {"--threshold other", 2, "there is no 'other'"},

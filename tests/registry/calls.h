@@ -20,6 +20,12 @@
 #include <vector>
 
 #include "ky/ky.h"
+#ifdef KY_HAS_DRAWING
+#include "ky/drawing.h"
+#endif
+#ifdef KY_HAS_FREQUENCY
+#include "ky/frequency.h"
+#endif
 
 namespace ky::test {
 
@@ -27,6 +33,9 @@ class Argument;
 struct Context;
 
 using Bytes = std::vector<unsigned char>;
+
+// Beside the types of generic vectors: single 32-bit floats.
+inline constexpr int kFloats = 5;
 
 struct Option {
   enum class Kind {

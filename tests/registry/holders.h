@@ -81,6 +81,14 @@ struct Sheet {
     SeededDraw random(context.draw.Below(65536));
     const Option* const words = context.Find(Option::Kind::kWords);
     const unsigned kind = random.Below(8);
+    if constexpr (std::is_same_v<T, KyComplex64>) {
+      // Numbers, as the bits of what is none differ from path to path.
+      for (std::size_t i = 0; i + sizeof(float) <= memory.size(); i += sizeof(float)) {
+        const auto number = static_cast<float>(random.In(-2000, 2000)) / 8;
+        std::memcpy(memory.data() + i, &number, sizeof number);
+      }
+      return;
+    }
     if (context.Find(Option::Kind::kBlobs) != nullptr) {
       for (std::size_t i = 0; i < memory.size(); ++i) {
         const std::size_t x = i % static_cast<std::size_t>(pitch) % 16,
@@ -323,6 +331,8 @@ class Holder<V*> : public ObjectHolder<V> {
                            option != nullptr ? groups : context.draw.In(1, 3),
                            context.draw.In(1, 2));
       groups = vector_.GetNbMaxGroup();
+    } else if (type == kFloats) {
+      vector_.SetStructure(8, groups, 1, 4);
     } else {
       vector_.SetType(type, groups, 0);
     }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "foundation/frame.h"
 #include "ky/auto_threshold.h"
 
 namespace ky {
@@ -204,21 +205,21 @@ ThresholdChoice MostUpward(const std::uint32_t* bins, float best, const Score& s
 }  // namespace
 
 KY_ERRORS CheckRange(LevelRange range, KY_ERRORS badMin, KY_ERRORS badMax) noexcept {
-  if (range.min >= kLevels) return badMin;
-  if (range.max >= kLevels) return badMax;
+  if (range.min >= kLevels) return OutOfRange(badMin, "minLevel");
+  if (range.max >= kLevels) return OutOfRange(badMax, "maxLevel");
   return range.min < range.max ? KY_OK : KY_ERROR_BAD_INTERVAL;
 }
 
 KY_ERRORS ChooseThreshold(const std::uint32_t* counts, LevelRange range, unsigned threshold,
-                          float relative, ThresholdChoice& choice) noexcept {
+                          float relative, ThresholdChoice& choice, const char* name) noexcept {
   if (const KY_ERRORS error =
           CheckRange(range, KY_ERROR_PARAMETER_5_OUT_OF_RANGE, KY_ERROR_PARAMETER_6_OUT_OF_RANGE))
     return error;
   if (!IsMode(threshold) && (threshold < range.min || threshold > range.max))
-    return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    return OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, name);
   if (static_cast<int>(threshold) == IMG_THRESHOLD_RELATIVE &&
       !(relative >= 0.0f && relative <= 1.0f))
-    return KY_ERROR_PARAMETER_5_OUT_OF_RANGE;
+    return OutOfRange(KY_ERROR_PARAMETER_5_OUT_OF_RANGE, "relative");
   choice = Choose(counts, range, threshold, relative);
   return KY_OK;
 }

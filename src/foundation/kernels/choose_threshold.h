@@ -35,9 +35,11 @@ struct ThresholdChoice {
 };
 
 // Finds the threshold that `threshold` stands for, a mode of IMG_THRESHOLD_MODES or a level of the
-// range. Errors are those of ImgHistogramThreshold. Counts are 32-bit and wrap in all searches.
+// range. Errors are those of ImgHistogramThreshold, whose `threshold` is called `name` elsewhere.
+// Counts are 32-bit and wrap in all searches.
 KY_ERRORS ChooseThreshold(const std::uint32_t* counts, LevelRange range, unsigned threshold,
-                          float relative, ThresholdChoice& choice) noexcept;
+                          float relative, ThresholdChoice& choice,
+                          const char* name = "threshold") noexcept;
 
 // The level that lies midway between the means of both classes, by iteration.
 int IsodataLevel(const std::uint32_t* counts, LevelRange range) noexcept;
