@@ -66,10 +66,11 @@ KyImage<T>::KyImage(KyImage&& other) noexcept : KyImage() {
 template <class T>
 KyImage<T>& KyImage<T>::operator=(KyImage&& other) noexcept {
   if (this == &other || this->fixed_) return *this;
-  if (other.fixed_) return *this = KyImage();
+  KyImage empty;
+  KyImage& from = other.fixed_ ? empty : other;
   Free(own_);
-  own_ = std::exchange(other.own_, {});
-  this->TakePlace(other);
+  own_ = std::exchange(from.own_, {});
+  this->TakePlace(from);
   return *this;
 }
 
