@@ -75,7 +75,8 @@ enum KY_ERRORS : int {
   KY_ERROR_WARP_MAP = 1405,
   /// The affine transform cannot be inverted. ImgRegister with scaling: pivots coincide.
   KY_ERROR_TRANSFORM_LIMIT = 1411,
-  /// ImgWhiteTopHatBox cannot work in place. ImgFindObjects: the labels share memory with a source.
+  /// ImgWhiteTopHatBox cannot work in place. ImgFindObjects: the labels share memory with a source
+  /// or the vector.
   KY_ERROR_COLOR_PLANES = 1413,
   /// KyPyramid::Halve: there is no level, or it cannot be halved.
   KY_ERROR_PYRAMID_HALVE = 1414,

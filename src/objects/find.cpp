@@ -2,6 +2,7 @@
 #include <cstring>
 #include <utility>
 
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "ky/objects.h"
 #include "objects/labelling.h"
@@ -143,7 +144,8 @@ KY_ERRORS ImgFindObjects(const KyROI<KyBW8>* source, KyBW8 low, KyBW8 high, CONN
   return Call("ImgFindObjects (BW8)", [&] {
     if (const KY_ERRORS error = CheckFinding(source, objects, labels, levels)) return error;
     const auto rows = RowsOf(source);
-    if (Share(rows, labels) || Share(levels, labels)) return KY_ERROR_COLOR_PLANES;
+    if (Share(rows, labels) || Share(levels, labels) || Share(ky::ArrayOf(*objects), labels))
+      return KY_ERROR_COLOR_PLANES;
     if (low > high) return KY_ERROR_BAD_INTERVAL;
     if (!IsConnexity(connexity)) return KY_ERROR_UNSUPPORTED_OPERATION;
     const auto findRuns = [&, kernel = ChooseObjectKernels().findRuns](std::ptrdiff_t y,
@@ -160,7 +162,9 @@ KY_ERRORS ImgFindObjects(const KyROI<KyBW1>* source, CONNEXITY connexity, KyObje
   return Call("ImgFindObjects (BW1)", [&] {
     if (const KY_ERRORS error = CheckFinding(source, objects, labels, levels)) return error;
     const BitRows bits(source);
-    if (Share(bits.bytes(), labels) || Share(levels, labels)) return KY_ERROR_COLOR_PLANES;
+    if (Share(bits.bytes(), labels) || Share(levels, labels) ||
+        Share(ky::ArrayOf(*objects), labels))
+      return KY_ERROR_COLOR_PLANES;
     if (!IsConnexity(connexity)) return KY_ERROR_UNSUPPORTED_OPERATION;
     const auto find = [&](const auto& measure) {
       return Find(

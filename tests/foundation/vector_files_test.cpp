@@ -1,5 +1,7 @@
 // The files of all typed vectors: their bytes, and files that are not what they should be.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -174,6 +176,15 @@ TEST(VectorFiles, FilesThatCannotBeUsed) {
   EXPECT_EQ(v.Load("/dev/null"), KY_ERROR_FILE_READ);
   EXPECT_EQ(v.Serialize(nullptr, 0, 1), KY_ERROR_FILE_OPEN);
   EXPECT_EQ(v.Serialize(nullptr, 1, 1), KY_ERROR_FILE_OPEN);
+  // Nobody is, or will be, at the other end of a pipe.
+  const std::string pipe = file.name() + std::string(".pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  for (const int peer : {-1, open(pipe.c_str(), O_RDWR | O_NONBLOCK)}) {
+    EXPECT_EQ(v.Save(pipe.c_str()), KY_ERROR_FILE_OPEN);
+    EXPECT_EQ(v.Load(pipe.c_str()), KY_ERROR_FILE_OPEN);
+    close(peer);
+  }
+  std::remove(pipe.c_str());
   // What fits the stream's buffer fails when it is closed, more when it is written.
   EXPECT_EQ(v.Save("/dev/full"), KY_ERROR_FILE_CLOSE);
   ExpectTrace("KyVector::Save");
