@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
 #include "inspect/measuring.h"
@@ -13,6 +12,7 @@
 #include "ky/ky.h"
 #include "support/picture_file.h"
 #include "support/scene.h"
+#include "support/text.h"
 
 namespace inspect {
 namespace {
@@ -21,13 +21,6 @@ constexpr int kFailure = 1;
 
 // Coordinates of contours have 16 bits.
 constexpr int kLargest = 32767;
-
-void WriteText(const std::string& text, const std::string& path) {
-  std::ofstream file(path, std::ios::binary);
-  file << text;
-  file.close();
-  if (!file) throw std::runtime_error(path + ": cannot be written");
-}
 
 // `name` is what the output files are called; the picture's own name is for messages.
 void Inspect(const KyImage<KyBW8>& grey, const std::string& picture, const std::string& name,
@@ -46,7 +39,7 @@ void Inspect(const KyImage<KyBW8>& grey, const std::string& picture, const std::
 
   picture::Write(Annotate(grey, prepared.mask, objects), path + ".objects.png");
   picture::Write(DrawHistogram(prepared.histogram, prepared.level), path + ".histogram.png");
-  WriteText(Csv(objects), path + ".csv");
+  text::Write(Csv(objects), path + ".csv");
   std::printf("%s: %zu objects, level %u; see %s.*\n%s\n", picture.c_str(), objects.size(),
               prepared.level, path.c_str(), Table(objects).c_str());
 }
