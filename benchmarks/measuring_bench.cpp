@@ -36,7 +36,7 @@ void FindOnCircle(Scene& s) {
 
 // `find` finds the points that `work` may fit to.
 template <class Find, class Work>
-Contender On(const Find& find, const Work& work) {
+Contender On(Find find, Work work) {
   return [=](Pictures& p) {
     auto scene = std::make_shared<Scene>();
     DrawPlate(scene->picture);

@@ -69,6 +69,8 @@ class Reader {
     if (!(words >> word)) return;
     Task task{KindOf(word), {}, {}, {}};
     if (!(words >> task.name)) throw Mistake("a name is missing");
+    if (task.name.find_first_of(",\"") != std::string::npos)  // it goes into the CSV file
+      throw Mistake("a name has no commas and quotes");
     const auto same = [&](const Task& other) { return other.name == task.name; };
     if (std::any_of(tasks_.begin(), tasks_.end(), same))
       throw Mistake("there are two '" + task.name + "'");

@@ -100,6 +100,7 @@ TEST(Gauge, TellsWhatIsWrong) {
       {"circle a 1 2 -3", "the radius is below 0"},
       {"square a 1 2 3", "there is no 'square' to measure"},
       {"edge", "a name is missing"},
+      {"edge a,b 1 2 3 4", "a name has no commas"},
       {"edge a 1 2 3 4\nedge a 1 2 3 4", "plan.txt:2: there are two 'a'"},
       {"edge a 1 2 3 4 reach=0", "a reach of 0 sees nothing"},
       {"edge a 1 2 3 4 calipers=0", "'0' is less than 1"},
