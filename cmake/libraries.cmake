@@ -1,6 +1,7 @@
 # The libraries. A folder of src/ that is named after one belongs to it; all others are foundation and
 # families of ky::image. Every .cpp in them is found.
 set(ky_siblings base color frequency drawing)
+configure_file(cmake/exports.map.in exports.map @ONLY)
 
 function(ky_library name)
   cmake_parse_arguments(arg "" "" "LINKS;PRIVATE_LINKS" ${ARGN})
@@ -42,9 +43,10 @@ function(ky_library name)
   target_compile_features(ky_${name} PUBLIC cxx_std_20)
   set_target_properties(ky_${name} PROPERTIES
     OUTPUT_NAME ky${name} EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
-    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    LINK_DEPENDS ${PROJECT_BINARY_DIR}/exports.map)
+  # Addresses of functions are found when a program starts, and cannot be overwritten later.
   target_link_options(ky_${name} PRIVATE
-    "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map")
+    "LINKER:--version-script=${PROJECT_BINARY_DIR}/exports.map,-z,relro,-z,now")
   if(NOT KY_SANITIZE)  # the program brings the sanitizer's symbols
     target_link_options(ky_${name} PRIVATE LINKER:--no-undefined)
   endif()

@@ -29,6 +29,8 @@ void Temporal(const std::string& folder);
 void Profiles(const std::string& folder);
 void Contours(const std::string& folder);
 void Objects(const std::string& folder);
+void Measuring(const std::string& folder);
+void Accuracy(const std::string& folder);
 void Gradients(const std::string& folder);
 void TypedVectors(const std::string& folder);
 void Transforms(const std::string& folder);

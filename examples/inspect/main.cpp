@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <new>
 #include <stdexcept>
 #include <system_error>
@@ -18,6 +17,7 @@
 #include "support/picture_file.h"
 #include "support/program.h"
 #include "support/scene.h"
+#include "support/text.h"
 
 namespace inspect {
 namespace {
@@ -26,13 +26,6 @@ constexpr int kFailure = 1;
 
 // Coordinates of contours have 16 bits.
 constexpr int kLargest = 32767;
-
-void WriteText(const std::string& text, const std::string& path) {
-  std::ofstream file(path, std::ios::binary);
-  file << text;
-  file.close();
-  if (!file) throw std::runtime_error(path + ": cannot be written");
-}
 
 // Whether the mask holds more of the picture than its ground.
 bool IsMostlyObject(const KyROI<KyBW8>& mask) {
@@ -65,7 +58,7 @@ void Inspect(const KyImage<KyBW8>& grey, const std::string& picture, const std::
   progress.Step("drawing");
   write(Annotate(grey, prepared.mask, objects), path + ".objects.png");
   write(DrawHistogram(prepared.histogram, prepared.level), path + ".histogram.png");
-  WriteText(Csv(objects), path + ".csv");
+  text::Write(Csv(objects), path + ".csv");
   std::printf("%s: %zu object%s, level %u; see %s.*\n%s\n", picture.c_str(), objects.size(),
               objects.size() == 1 ? "" : "s", prepared.level, path.c_str(), Table(objects).c_str());
   if (IsMostlyObject(prepared.mask))

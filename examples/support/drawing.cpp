@@ -80,4 +80,13 @@ void Number(KyROI<KyC24>& picture, unsigned int number, Point at, KyC24 color) {
   }
 }
 
+void Label(KyROI<KyC24>& picture, unsigned int number, Point at, KyC24 plate, KyC24 ink) {
+  constexpr int kMargin = 2;
+  const int width = NumberWidth(number) + 2 * kMargin, height = kNumberHeight + 2 * kMargin;
+  const int x = std::clamp(at.x, 0, std::max(picture.GetWidth() - width, 0));
+  const int y = std::clamp(at.y - height / 2, 0, std::max(picture.GetHeight() - height, 0));
+  Fill(picture, {x, y, width, height}, plate);
+  Number(picture, number, {x + kMargin, y + kMargin}, ink);
+}
+
 }  // namespace draw

@@ -27,7 +27,8 @@ template <class T>
 KyImage<T> Decode(const std::vector<std::uint8_t>& bytes, const std::string& name);
 
 /// Writes a PNG, or a PGM or PPM where the name ends in .pgm or .ppm. Throws FileError, also for an
-/// ROI without pixels.
+/// ROI without pixels and for a name that belongs to something other than a regular file; what was
+/// there before stays then.
 template <class T>
 void Write(const KyROI<T>& roi, const std::string& path);
 

@@ -108,6 +108,7 @@ class KY_API KyGenericROI {
   const KyPixelBuffer* buffer_ = nullptr;  // an image's own; null in a plain ROI
   int x_ = 0, y_ = 0, width_ = 0, height_ = 0;
   int bitsPerPixel_;
+  bool fixed_ = false;  // a stand-in, which nothing changes
 
  private:
   struct Location;

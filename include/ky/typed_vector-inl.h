@@ -3,7 +3,9 @@
 /// instantiates it: `template class KyVectorTemplate<Record>;`.
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
@@ -37,10 +39,28 @@ constexpr VectorFileHeader HeaderOf(KyBW8 signature, KyBW8 version) noexcept {
            static_cast<char>(kMagic ^ signature ^ version)}};
 }
 
+// Opens a file to be read ("rb") or replaced ("wb"); null when that is impossible. Pipes are
+// refused: nobody may ever come to their other end.
+inline std::FILE* OpenFile(const char* name, const char* mode) noexcept {
+  if (name == nullptr) return nullptr;
+  const int access = mode[0] == 'r' ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
+  constexpr int kReadAndWriteForAll = 0666;
+  const int descriptor =
+      open(name, access | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kReadAndWriteForAll);
+  if (descriptor < 0) return nullptr;
+  struct stat status;
+  // Devices wait for their data as usual.
+  const bool usable = fstat(descriptor, &status) == 0 && !S_ISFIFO(status.st_mode) &&
+                      fcntl(descriptor, F_SETFL, access & O_ACCMODE) == 0;
+  std::FILE* const file = usable ? fdopen(descriptor, mode) : nullptr;
+  if (file == nullptr) close(descriptor);
+  return file;
+}
+
 // Opens a file, gives it to `body`, and closes it whatever that returns.
 template <class Body>
 KY_ERRORS WithFile(const char* name, const char* mode, Body&& body) noexcept {
-  std::FILE* const file = name != nullptr ? std::fopen(name, mode) : nullptr;
+  std::FILE* const file = OpenFile(name, mode);
   if (file == nullptr) return KY_ERROR_FILE_OPEN;
   const KY_ERRORS error = std::forward<Body>(body)(file);
   const bool closed = std::fclose(file) == 0;
@@ -71,7 +91,7 @@ struct alignas(std::max_align_t) KyVectorTemplate<T>::Array {
 template <class T, bool kPlain>
 thread_local constinit T KyPlaceHolder<T, kPlain>::m_PlaceHolder{};
 template <class T>
-thread_local T KyPlaceHolder<T, false>::m_PlaceHolder;
+T& KyPlaceHolder<T, false>::m_PlaceHolder = T::StandIn();
 
 template <class T>
 KyVectorTemplate<T>::KyVectorTemplate(KyVectorTemplate&& other) noexcept {
@@ -141,7 +161,7 @@ T& KyVectorTemplate<T>::Missing() noexcept {
   ky::FailVector(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "KyVector::operator[]");
   KyNameParameter("index");
   T& element = KyPlaceHolder<T>::m_PlaceHolder;
-  element = T();
+  if constexpr (std::is_trivially_copyable_v<T>) element = T();
   return element;
 }
 
@@ -273,8 +293,16 @@ KY_ERRORS KyVectorTemplate<T>::Serialize(std::FILE* stream, int direction,
 
 template <class T>
 KY_ERRORS KyVectorTemplate<T>::Write(std::FILE* stream) const noexcept {
-  const bool written = std::fwrite(&count_, sizeof count_, 1, stream) == 1 &&
-                       (count_ == 0 || std::fwrite(data_, sizeof(T), count_, stream) == count_);
+  bool written = std::fwrite(&count_, sizeof count_, 1, stream) == 1;
+  if constexpr (std::is_trivially_copyable_v<T>) {
+    written = written && (count_ == 0 || std::fwrite(data_, sizeof(T), count_, stream) == count_);
+  } else {
+    for (unsigned int i = 0; written && i < count_; ++i) {
+      unsigned char bytes[sizeof(T)];
+      data_[i].Store(bytes);
+      written = std::fwrite(bytes, sizeof bytes, 1, stream) == 1;
+    }
+  }
   return written ? KY_OK : KY_ERROR_FILE_WRITE;
 }
 

@@ -73,6 +73,7 @@ void KyGenericROI::CheckSameSize(const KyGenericROI* other) const noexcept {
 }
 
 void KyGenericROI::SetSize(int width, int height) noexcept {
+  if (fixed_) return;
   width_ = width;
   height_ = height;
 }
@@ -130,6 +131,7 @@ KY_ERRORS KyGenericROI::SetMask(const KyMaskRun* runs, unsigned count, bool abso
   return ky::Call("KyGenericROI::SetMask", [&] {
     if (runs == nullptr && count > 0)
       return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "runs");
+    if (fixed_) return KY_ERROR_NOT_ENOUGH_MEMORY;
     KyMaskRun* const copy = new (std::nothrow) KyMaskRun[std::max(count, 1u)];
     if (copy == nullptr) return KY_ERROR_NOT_ENOUGH_MEMORY;
     std::copy_n(runs, count, copy);
@@ -142,6 +144,7 @@ KY_ERRORS KyGenericROI::SetMask(const KyMaskRun* runs, unsigned count, bool abso
 }
 
 void KyGenericROI::ClearMask() noexcept {
+  if (fixed_) return;
   delete[] mask_;
   mask_ = nullptr;
   maskCount_ = 0;
@@ -159,6 +162,7 @@ KyROI<T>::KyROI(const KyROI<T>* parent, int x, int y, int width, int height) noe
 
 template <class T>
 void KyROI<T>::SetPlacement(int x, int y, int width, int height) noexcept {
+  if (this->fixed_) return;
   x_ = x;
   y_ = y;
   width_ = width;

@@ -29,6 +29,22 @@ Stretch StretchAt(int index, int steps, int length, int tile) noexcept {
   return {static_cast<int>(start), static_cast<int>(end - start)};
 }
 
+// The isodata threshold of a tile. That of a small one, of which there are many, follows from its
+// pixels: the histogram would cost more than all of them.
+int ThresholdOf(const KyROI<KyBW8>* tile) noexcept {
+  constexpr std::ptrdiff_t kFewPixels = 32;
+  const ky::Rows<const KyBW8> rows = ky::RowsOf(tile);
+  if (rows.width * rows.height <= kFewPixels) {
+    KyBW8 pixels[kFewPixels];
+    for (std::ptrdiff_t y = 0; y < rows.height; ++y)
+      std::copy_n(rows.Row(y), rows.width, pixels + y * rows.width);
+    return ky::IsodataLevel(pixels, rows.width * rows.height);
+  }
+  ky::Counts counts;
+  ky::CountLevels(tile, counts);
+  return ky::IsodataLevel(counts, {});
+}
+
 // The isodata thresholds of the tiles around all nodes.
 void FillNodes(const KyROI<KyBW8>* source, int tileWidth, int tileHeight,
                KyImage<KyBW8>& nodes) noexcept {
@@ -40,9 +56,7 @@ void FillNodes(const KyROI<KyBW8>* source, int tileWidth, int tileHeight,
     for (int i = 0; i <= nx; ++i) {
       const Stretch columns = StretchAt(i, nx, source->GetWidth(), tileWidth);
       tile.SetPlacement(columns.start, rows.start, columns.length, rows.length);
-      ky::Counts counts;
-      ky::CountLevels(&tile, counts);
-      out.Row(j)[i] = static_cast<KyBW8>(ky::IsodataLevel(counts, {}));
+      out.Row(j)[i] = static_cast<KyBW8>(ThresholdOf(&tile));
     }
   }
 }

@@ -1,8 +1,9 @@
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
+#include "foundation/make_room.h"
 #include "ky/objects.h"
 #include "objects/labelling.h"
 #include "objects/object_rows.h"
@@ -36,16 +37,6 @@ bool IsConnexity(CONNEXITY connexity) noexcept {
   return connexity == KY_CONNEXITY_4 || connexity == KY_CONNEXITY_8;
 }
 
-// Leaves `count` elements in the vector. It stays as it was when there is no memory for them.
-KY_ERRORS MakeRoom(KyObjectsVector& objects, KyBW32 count) noexcept {
-  if (count <= objects.GetMaxElements()) return objects.SetNumElements(count);
-  KyObjectsVector larger;
-  const KY_ERRORS error = larger.SetNumElements(count);
-  if (error == KY_OK) objects = std::move(larger);
-  KyOk();  // the function's own name stands in the trace, not that of this step
-  return error;
-}
-
 // findRuns(y, ends) writes the ends of the runs of a row and returns their number,
 // measure(y, ends, count, levels) their levels.
 template <class FindRuns, class Measure>
@@ -64,7 +55,7 @@ KY_ERRORS Find(std::ptrdiff_t width, std::ptrdiff_t height, CONNEXITY connexity,
     measure(y, ends.get(), count, levels.get());
     if (!labelling.AddRow(ends.get(), levels.get(), count)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   }
-  if (const KY_ERRORS error = MakeRoom(objects, labelling.Number())) return error;
+  if (const KY_ERRORS error = ky::MakeRoom(objects, labelling.Number())) return error;
   labelling.Store(objects.GetDataPtr());
   if (labels != nullptr) {
     const ky::Rows<KyBW32> out = RowsOf(labels);
@@ -143,7 +134,8 @@ KY_ERRORS ImgFindObjects(const KyROI<KyBW8>* source, KyBW8 low, KyBW8 high, CONN
   return Call("ImgFindObjects (BW8)", [&] {
     if (const KY_ERRORS error = CheckFinding(source, objects, labels, levels)) return error;
     const auto rows = RowsOf(source);
-    if (Share(rows, labels) || Share(levels, labels)) return KY_ERROR_COLOR_PLANES;
+    if (Share(rows, labels) || Share(levels, labels) || Share(ky::ArrayOf(*objects), labels))
+      return KY_ERROR_COLOR_PLANES;
     if (low > high) return KY_ERROR_BAD_INTERVAL;
     if (!IsConnexity(connexity)) return KY_ERROR_UNSUPPORTED_OPERATION;
     const auto findRuns = [&, kernel = ChooseObjectKernels().findRuns](std::ptrdiff_t y,
@@ -160,7 +152,9 @@ KY_ERRORS ImgFindObjects(const KyROI<KyBW1>* source, CONNEXITY connexity, KyObje
   return Call("ImgFindObjects (BW1)", [&] {
     if (const KY_ERRORS error = CheckFinding(source, objects, labels, levels)) return error;
     const BitRows bits(source);
-    if (Share(bits.bytes(), labels) || Share(levels, labels)) return KY_ERROR_COLOR_PLANES;
+    if (Share(bits.bytes(), labels) || Share(levels, labels) ||
+        Share(ky::ArrayOf(*objects), labels))
+      return KY_ERROR_COLOR_PLANES;
     if (!IsConnexity(connexity)) return KY_ERROR_UNSUPPORTED_OPERATION;
     const auto find = [&](const auto& measure) {
       return Find(

@@ -1,5 +1,8 @@
 #include "ky/path_sampling.h"
 
+#include <type_traits>
+
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "vectors/line_segment.h"
 
@@ -17,6 +20,11 @@ KY_ERRORS AlongPath(const char* name, Roi* roi, Path* path, Body body) noexcept 
     decltype(ky::RowsOf(roi)) rows;
     if (const KY_ERRORS missing = ky::Open(roi, rows)) return missing;
     if (path == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    ky::Input<typename Roi::Pixel> in;
+    if constexpr (std::is_const_v<Roi>) {
+      if (!in.OpenApart(rows, ky::ArrayOf(*path))) return KY_ERROR_NOT_ENOUGH_MEMORY;
+      rows = in.rows();
+    }
     for (auto& element : *path) {
       if (element.x >= 0 && element.x < rows.width && element.y >= 0 && element.y < rows.height)
         body(rows.Row(element.y)[element.x], element);
@@ -66,9 +74,11 @@ KY_ERRORS ImageToLineSegment(const char* name, const KyROI<T>* source,
   return AlongSegment(name, source, x0, y0, x1, y1, [&](const auto& rows, const auto& line) {
     if (pixels == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     const auto count = static_cast<unsigned>(line.Count());
+    ky::Input<T> in;
+    if (!in.OpenApart(rows, ky::ArrayOf(*pixels))) return KY_ERROR_NOT_ENOUGH_MEMORY;
     if (const KY_ERRORS error = pixels->SetMaxElements(count)) return error;
     pixels->SetNumElements(count);
-    ky::ReadSegment(rows, line, 0, line.Count(), pixels->GetDataPtr());
+    ky::ReadSegment(in.rows(), line, 0, line.Count(), pixels->GetDataPtr());
     return KY_OK;
   });
 }

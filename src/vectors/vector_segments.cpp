@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdint>
 
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "vectors/line_segment.h"
 #include "vectors/segment_groups.h"
@@ -40,8 +41,11 @@ KY_ERRORS ImgLineSegToVect(const KyROI<KyBW8>* source, KyVector* vector, int x0,
     if (vector == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (const KY_ERRORS error = ky::CheckImage(source)) return error;
     const LineSegment line({x0, y0}, {x1, y1});
+    ky::Input<KyBW8> in;
+    if (!in.OpenApart(ky::RowsWithEdges(source), ky::ArrayOf(*vector)))
+      return KY_ERROR_NOT_ENOUGH_MEMORY;
     if (const KY_ERRORS error = ky::MakeRoom(*vector, line.Count())) return error;
-    const auto rows = ky::RowsWithEdges(source);
+    const auto& rows = in.rows();
     std::int32_t* next = GroupsOf(*vector);
     ky::TraceLineSegment(line, 0, line.Count(), [&](ptrdiff_t x, ptrdiff_t y) {
       *next++ = Has(rows, {x, y}) ? rows.Row(y)[x] : 0;

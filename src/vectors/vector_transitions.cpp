@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdint>
 
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "vectors/elements.h"
 #include "vectors/line_segment.h"
@@ -89,14 +90,16 @@ KY_ERRORS ImgTransitionScan(TRANS_SCAN_EDGE edge, const KyROI<KyBW8>* source, in
     if (const KY_ERRORS error = ky::CheckImage(source)) return error;
     const LineSegment line({x0, y0}, {x1, y1});
     const ptrdiff_t most = maxCount < 1 ? PTRDIFF_MAX : maxCount;
+    ky::Input<KyBW8> in;
+    if (!in.OpenApart(ky::RowsWithEdges(source), ky::ArrayOf(*transitions)))
+      return KY_ERROR_NOT_ENOUGH_MEMORY;
     if (const KY_ERRORS error = ky::MakeRoom(*transitions, std::min(line.Count(), most)))
       return error;
     int count = 0;
     // No level passes any other threshold.
     if (threshold >= 0 && threshold <= 255)
       count = TransitionScan(line, maxCount, ky::GroupsOf(*transitions))
-                  .Run(ky::RowsWithEdges(source), static_cast<KyBW8>(threshold),
-                       static_cast<KyBW8>(edge));
+                  .Run(in.rows(), static_cast<KyBW8>(threshold), static_cast<KyBW8>(edge));
     return transitions->SetNbGroup(count);
   });
 }

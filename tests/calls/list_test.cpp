@@ -85,7 +85,9 @@ TEST(List, EveryMethodIsRegistered) {
       exported.insert(match[1].str() + "::" + match[2].str());
   EXPECT_EQ(pclose(symbols), 0);
   for (const ky::test::Call& call : ky::test::Registry())
-    if (call.name.find("::") != call.name.npos) registered.insert(call.name);
+    if (call.name.find("::") != call.name.npos &&
+        call.Declaration().find("KyROI<") != std::string::npos)
+      registered.insert(call.name);
   exported.erase("KyMovingAverage::Take");  // private
   EXPECT_FALSE(exported.empty());
   EXPECT_EQ(exported, registered);

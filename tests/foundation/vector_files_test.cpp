@@ -1,5 +1,7 @@
 // The files of all typed vectors: their bytes, and files that are not what they should be.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -127,6 +129,17 @@ TEST(VectorFiles, BytesOfEveryElementType) {
   CheckFiles<KyRun>({1, 2, 3}, {-1, 0, 5},
                     {'Q', 10, 1, 0x5A, 2,    0,    0,    0,    1, 0, 0, 0, 2, 0, 0, 0,
                      3,   0,  0, 0,    0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 5, 0, 0, 0});
+  CheckFiles<float>(1.5f, -2.0f, {'Q', 12, 1, 0x5C, 2, 0, 0, 0, 0, 0, 0xC0, 0x3F, 0, 0, 0, 0xC0});
+  CheckFiles<KyPosition>({1.5f, -2.0f}, {0.0f, 1.0f},
+                         {'Q', 13, 1, 0x5D, 2, 0, 0, 0, 0, 0, 0xC0, 0x3F,
+                          0,   0,  0, 0xC0, 0, 0, 0, 0, 0, 0, 0x80, 0x3F});
+  CheckFiles<KyEdge>({-2.0f, 1.5f}, {1.0f, 0.0f},
+                     {'Q', 14, 1,    0x5E, 2, 0, 0,    0,    0, 0, 0, 0xC0,
+                      0,   0,  0xC0, 0x3F, 0, 0, 0x80, 0x3F, 0, 0, 0, 0});
+  CheckFiles<KyEdgePoint>(
+      {1.5f, -2.0f, 1.0f, 7}, {0.0f, 1.0f, -2.0f, -1},
+      {'Q', 15, 1, 0x5F, 2, 0, 0, 0, 0, 0, 0xC0, 0x3F, 0, 0, 0, 0xC0, 0,    0,    0x80, 0x3F,
+       7,   0,  0, 0,    0, 0, 0, 0, 0, 0, 0x80, 0x3F, 0, 0, 0, 0xC0, 0xFF, 0xFF, 0xFF, 0xFF});
 }
 
 // A count proves nothing: neither a file nor a stream of unknown length makes a vector allocate
@@ -174,6 +187,15 @@ TEST(VectorFiles, FilesThatCannotBeUsed) {
   EXPECT_EQ(v.Load("/dev/null"), KY_ERROR_FILE_READ);
   EXPECT_EQ(v.Serialize(nullptr, 0, 1), KY_ERROR_FILE_OPEN);
   EXPECT_EQ(v.Serialize(nullptr, 1, 1), KY_ERROR_FILE_OPEN);
+  // Nobody is, or will be, at the other end of a pipe.
+  const std::string pipe = file.name() + std::string(".pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  for (const int peer : {-1, open(pipe.c_str(), O_RDWR | O_NONBLOCK)}) {
+    EXPECT_EQ(v.Save(pipe.c_str()), KY_ERROR_FILE_OPEN);
+    EXPECT_EQ(v.Load(pipe.c_str()), KY_ERROR_FILE_OPEN);
+    close(peer);
+  }
+  std::remove(pipe.c_str());
   // What fits the stream's buffer fails when it is closed, more when it is written.
   EXPECT_EQ(v.Save("/dev/full"), KY_ERROR_FILE_CLOSE);
   ExpectTrace("KyVector::Save");

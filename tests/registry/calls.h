@@ -56,7 +56,7 @@ struct Option {
     kNoImage,       // no pixels give the code a; 0 is success
     kOffParent,     // off its parent it gives the code a, if not that of kNoImage
     kNoMemory,      // a failing allocation may give the code a, too
-    kPartial,       // the argument may have changed when the call has failed
+    kPartial,       // the argument may have changed when the call has failed with code a; 0 is any
     kNever,         // no arguments make the call succeed
     kPlain,         // one path alone: nothing is dispatched by the instruction set
     kInTurn,        // each ROI's image and size are checked before the next ROI's

@@ -118,6 +118,19 @@ TEST(Profile, ManyPassesEnd) {
   EXPECT_EQ(ImgConvolBinomial(&from, &to, UINT_MAX), KY_OK);
   EXPECT_EQ(LevelsOf(to),
             Passes(v, 10000, [](int a, int b, int c) { return (a + 2 * b + c) >> 2; }));
+  // A long one comes to rest piece by piece, a flat one at once.
+  Levels random(5000);
+  for (std::size_t i = 0; i < random.size(); ++i)
+    random[i] = i < 2500 ? static_cast<int>(i * i * 2654435761u >> 24 & 255) : i < 4000 ? 200 : 255;
+  for (const unsigned passes : {1u, 40u, 1030u, 9000u}) {
+    from = VectorOf(random);
+    for (KyBW8Vector* const out : {&to, &from}) {
+      EXPECT_EQ(ImgConvolBinomial(&from, out, passes), KY_OK);
+      EXPECT_EQ(LevelsOf(*out), Passes(random, static_cast<int>(passes),
+                                       [](int a, int b, int c) { return (a + 2 * b + c) >> 2; }));
+    }
+  }
+  from = VectorOf(v);
   // None leaves the destination resized and nothing else.
   to = VectorOf({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
   for (const auto filter : {&ImgConvolBinomial, &ImgErode})

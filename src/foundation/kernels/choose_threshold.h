@@ -1,9 +1,11 @@
 // The search for a threshold in the counts of 256 levels.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "foundation/kernels/counts.h"
+#include "ky/pixels.h"
 #include "ky/status.h"
 
 namespace ky {
@@ -43,6 +45,8 @@ KY_ERRORS ChooseThreshold(const std::uint32_t* counts, LevelRange range, unsigne
 
 // The level that lies midway between the means of both classes, by iteration.
 int IsodataLevel(const std::uint32_t* counts, LevelRange range) noexcept;
+// The same among all levels from the pixels themselves, for few of them, without counting them.
+int IsodataLevel(const KyBW8* pixels, std::ptrdiff_t n) noexcept;
 
 // The searches over all levels; nothing is found where no threshold is better than none.
 ThresholdChoice LeastResidueLevel(const std::uint32_t* counts) noexcept;
