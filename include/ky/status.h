@@ -175,7 +175,7 @@ KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
 ///     ImgNormalize: an ROI is missing or has no pixels (KY_ERROR_NO_IMAGE)
 ///
 /// The text is the thread's own, and stays until the thread calls this function again; never null.
-/// Long lines are cut after 255 characters.
+/// Long lines are cut after 255 characters; without memory for it, it is that of KyGetErrorText.
 KY_API const char* KyGetErrorMessage() noexcept;
 
 /// Returns the name of a status and its meaning on one line, such as "KY_ERROR_NO_IMAGE: an ROI is
