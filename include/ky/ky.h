@@ -19,6 +19,7 @@
 #include "ky/image_vector.h"
 #include "ky/kernel.h"
 #include "ky/lookup.h"
+#include "ky/measuring.h"
 #include "ky/mirrors.h"
 #include "ky/moments.h"
 #include "ky/morphology.h"

@@ -44,11 +44,11 @@ enum KY_ERRORS : int {
   KY_ERROR_PARAMETER_6_OUT_OF_RANGE = 1016,
   /// KyPyramid::Build: the source cannot be used, or is too small for the levels.
   KY_ERROR_PYRAMID_BUILD = 1024,
-  /// The determinant of a system of equations is 0. ImgRegister: three pivots lie on one line.
-  /// ImgLinearRegression: the first image has a single level.
+  /// A system without a solution. ImgRegister, KyFitCircle: points lie on one line. KyFitLine: all
+  /// are equal. KyIntersect: the lines are parallel. ImgLinearRegression: the first has one level.
   KY_ERROR_SINGULAR_SYSTEM = 1050,
   /// A statistic of an ROI of no columns or rows, also as part of ImgNormalize; a centre, inertia
-  /// or level statistics of no pixels.
+  /// or level statistics of no pixels; a fit of too few points.
   KY_ERROR_NO_PIXELS = 1051,
   /// Load, Save, Serialize: the file cannot be opened, or its name or stream is null.
   KY_ERROR_FILE_OPEN = 1102,

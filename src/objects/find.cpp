@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 #include "foundation/frame.h"
+#include "foundation/make_room.h"
 #include "ky/objects.h"
 #include "objects/labelling.h"
 #include "objects/object_rows.h"
@@ -36,16 +36,6 @@ bool IsConnexity(CONNEXITY connexity) noexcept {
   return connexity == KY_CONNEXITY_4 || connexity == KY_CONNEXITY_8;
 }
 
-// Leaves `count` elements in the vector. It stays as it was when there is no memory for them.
-KY_ERRORS MakeRoom(KyObjectsVector& objects, KyBW32 count) noexcept {
-  if (count <= objects.GetMaxElements()) return objects.SetNumElements(count);
-  KyObjectsVector larger;
-  const KY_ERRORS error = larger.SetNumElements(count);
-  if (error == KY_OK) objects = std::move(larger);
-  KyOk();  // the function's own name stands in the trace, not that of this step
-  return error;
-}
-
 // findRuns(y, ends) writes the ends of the runs of a row and returns their number,
 // measure(y, ends, count, levels) their levels.
 template <class FindRuns, class Measure>
@@ -64,7 +54,7 @@ KY_ERRORS Find(std::ptrdiff_t width, std::ptrdiff_t height, CONNEXITY connexity,
     measure(y, ends.get(), count, levels.get());
     if (!labelling.AddRow(ends.get(), levels.get(), count)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   }
-  if (const KY_ERRORS error = MakeRoom(objects, labelling.Number())) return error;
+  if (const KY_ERRORS error = ky::MakeRoom(objects, labelling.Number())) return error;
   labelling.Store(objects.GetDataPtr());
   if (labels != nullptr) {
     const ky::Rows<KyBW32> out = RowsOf(labels);

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "foundation/angle.h"
 #include "foundation/frame.h"
-#include "ky/angle.h"
 #include "ky/typed_vector-inl.h"
 #include "objects/object_rows.h"
 
@@ -75,12 +75,6 @@ struct CentralSums {
   }
 };
 
-// Radians in the unit of angles, in double precision.
-double InUnit(double radians) noexcept {
-  constexpr double kTurns[] = {360, 2 * std::numbers::pi, 1, 400};
-  return radians * kTurns[KyGetAngleUnit()] / (2 * std::numbers::pi);
-}
-
 void ComputeAxes(const KyObject& object, KyObjectShape& shape) noexcept {
   const CentralSums sums(object);
   const auto xx = static_cast<double>(sums.xx), xy = static_cast<double>(sums.xy),
@@ -93,7 +87,7 @@ void ComputeAxes(const KyObject& object, KyObjectShape& shape) noexcept {
   shape.elongation = major != 0 ? std::sqrt(major / minor) : 1;
   double direction = std::atan2(2 * xy, xx - yy);
   if (direction <= -std::numbers::pi) direction = std::numbers::pi;
-  shape.angle = InUnit(direction / 2);
+  shape.angle = ky::FromRadians(direction / 2);
 }
 
 }  // namespace

@@ -125,6 +125,17 @@ TEST(VectorFiles, BytesOfEveryElementType) {
   CheckFiles<KyRun>({1, 2, 3}, {-1, 0, 5},
                     {'Q', 10, 1, 0x5A, 2,    0,    0,    0,    1, 0, 0, 0, 2, 0, 0, 0,
                      3,   0,  0, 0,    0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 5, 0, 0, 0});
+  CheckFiles<float>(1.5f, -2.0f, {'Q', 12, 1, 0x5C, 2, 0, 0, 0, 0, 0, 0xC0, 0x3F, 0, 0, 0, 0xC0});
+  CheckFiles<KyPosition>({1.5f, -2.0f}, {0.0f, 1.0f},
+                         {'Q', 13, 1, 0x5D, 2, 0, 0, 0, 0, 0, 0xC0, 0x3F,
+                          0,   0,  0, 0xC0, 0, 0, 0, 0, 0, 0, 0x80, 0x3F});
+  CheckFiles<KyEdge>({-2.0f, 1.5f}, {1.0f, 0.0f},
+                     {'Q', 14, 1,    0x5E, 2, 0, 0,    0,    0, 0, 0, 0xC0,
+                      0,   0,  0xC0, 0x3F, 0, 0, 0x80, 0x3F, 0, 0, 0, 0});
+  CheckFiles<KyEdgePoint>(
+      {1.5f, -2.0f, 1.0f, 7}, {0.0f, 1.0f, -2.0f, -1},
+      {'Q', 15, 1, 0x5F, 2, 0, 0, 0, 0, 0, 0xC0, 0x3F, 0, 0, 0, 0xC0, 0,    0,    0x80, 0x3F,
+       7,   0,  0, 0,    0, 0, 0, 0, 0, 0, 0x80, 0x3F, 0, 0, 0, 0xC0, 0xFF, 0xFF, 0xFF, 0xFF});
 }
 
 TEST(VectorFiles, AnEmptyVectorHasAnEightByteFile) {

@@ -162,6 +162,7 @@ const std::vector<Call>& Registry() {
 #include "tests/registry/geometry.inc"
 #include "tests/registry/gradient.inc"
 #include "tests/registry/histogram.inc"
+#include "tests/registry/measuring.inc"
 #include "tests/registry/morphology.inc"
 #include "tests/registry/objects.inc"
 #include "tests/registry/point.inc"
