@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
   KyEdgePointsVector points;
   Must(ImgFindEdgePoints(&picture, middle, bottom, middle, 0, middle, unsigned(height), 0, 1,
                          TRANS_SCAN_RISING, 0, &points));
-  KyLine line, level = {.directionX = 1};
+  KyLine line, level = {0, 0, 1, 0, 0, 0};
   Must(KyFitLine(&points, 1, line));
   // The profile across the edge, ten samples a pixel.
   const double acrossX = 20 * line.directionY, acrossY = -20 * line.directionX;
