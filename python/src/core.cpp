@@ -1,0 +1,19 @@
+// The module ky._core.
+#include "classes.h"
+#include "overload.h"
+
+namespace ky::python {
+
+std::vector<Named> Functions();  // generated
+
+}  // namespace ky::python
+
+PYBIND11_MODULE(_core, module) {
+  namespace python = ky::python;
+  python::AddPixelTypes(module);
+  python::AddKernel(module);
+  python::AddLookups(module);
+  python::AddMovingAverage(module);
+  python::AddPyramid(module);
+  if (!python::AddFunctions(module.ptr(), python::Functions())) throw pybind11::error_already_set();
+}
