@@ -14,6 +14,7 @@ that takes four workers down with it is reported as a failure.
 
 import argparse
 import csv
+import logging
 import sys
 from pathlib import Path
 
@@ -34,7 +35,7 @@ def measure(path):
     smooth = ky.convol_gaussian5x5(picture)
     threshold = ky.auto_threshold(smooth, ky.THRESHOLD_MIN_RESIDUE)
     objects = ky.find_objects(smooth, threshold, 255, ky.CONNEXITY_8, levels=picture)
-    objects = objects[objects["area"] >= 50]
+    objects = ky.select_objects(objects, ky.ObjectLimits(min_area=50))
     name = Path(path).name
     return [
         (
@@ -108,7 +109,10 @@ def main():
         client = distributed.Client(options.address)
     else:
         client = distributed.Client(
-            n_workers=options.workers, threads_per_worker=1, dashboard_address=None
+            n_workers=options.workers,
+            threads_per_worker=1,
+            dashboard_address=None,
+            silence_logs=logging.CRITICAL,  # failures are reported in the end
         )
     with client:
         failures = measure_folder(client, options.folder, options.result)
