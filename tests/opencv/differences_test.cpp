@@ -22,7 +22,8 @@ struct Pictures {
 
 Pictures RandomPictures(int width, int height) {
   cv::RNG random(5);
-  Pictures p = {{height, width, CV_8UC1}, {height, width, CV_8UC1}, {height, width, CV_8UC3}};
+  Pictures p = {cv::Mat(height, width, CV_8UC1), cv::Mat(height, width, CV_8UC1),
+                cv::Mat(height, width, CV_8UC3)};
   for (cv::Mat* mat : {&p.a, &p.b, &p.color}) random.fill(*mat, cv::RNG::UNIFORM, 0, 256);
   // Something smooth beside the noise, and levels at both ends.
   cv::blur(p.a.colRange(0, width / 2), p.a.colRange(0, width / 2), {5, 5});
