@@ -1,6 +1,9 @@
 """Writes what the public headers say about the calls, as C++, Python and type stubs.
 
-    generate.py --headers DIRECTORY --calls FILE --module NAME --output DIRECTORY [--parts N]
+    generate.py --headers DIRECTORY --calls FILE --stub FILE --output DIRECTORY --package DIRECTORY
+
+makes the core's module, which has the calls of all headers but those of the optional libraries;
+with --module NAME that of an optional library, from the header of that name.
 
 From the types of a function's parameters follows what they are in Python:
 
@@ -28,6 +31,8 @@ from headers import Enumeration, Function, Headers, Struct, read_headers
 # Of pixels, memory and files: no records to Python.
 NO_RECORDS = {"KyPixelBuffer", "KyC24", "KyC15", "KyC16", "KyC24A", "KyComplex64", "KyMaskRun",
               "VectorFileHeader"}
+
+OPTIONAL = {"frequency", "drawing"}  # libraries, and the names of their headers
 
 ARRAYS = {"BW1": "Bits", "BW8": "Gray8", "BW16": "Gray16", "BW32": "Gray32", "C24": "Color",
           "C24A": "ColorAlpha", "C15": "Packed15", "C16": "Packed16", "Complex64": "Complex"}
@@ -72,20 +77,20 @@ class Call:
 class Generator:
     def __init__(self, headers: Headers, options: dict, module: str):
         self.headers = headers
-        self.options = options
         self.module = module
+        self.own_header = f"{module}.h" if module else ""
         self.enumerators = {n: v for e in headers.enumerations for n, v, _ in e.values}
         self.enumerations = {e.name for e in headers.enumerations}
         self.structs = {s.name: s for s in headers.structs
                         if s.fields and s.name not in NO_RECORDS}
         self.calls: dict[str, list[Call]] = {}
         for function in headers.functions:
+            optional = function.header.removesuffix(".h") in OPTIONAL
+            if function.header != self.own_header if module else optional:
+                continue
             option = options.get(function.name, {})
             if not any(part in function.signature for part in option.get("skip", [])):
-                self.calls.setdefault(function.name, []).append(self.call(function, option))
-        unknown = options.keys() - {f.name for f in headers.functions} - {"other"}
-        if unknown:
-            sys.exit(f"calls.toml: no header declares {', '.join(sorted(unknown))}")
+                self.calls.setdefault(names.function(function.name), []).append(self.call(function, option))
         self.known = {p.name: names.snake(p.name) for f in headers.functions for p in f.parameters}
         self.known |= {f.name: names.snake(f.name) for s in self.structs.values() for f in s.fields}
         self.known |= {f.name: f"ky.{names.function(f.name)}" for f in headers.functions}
@@ -173,10 +178,12 @@ class Generator:
             return "int"
         if bare == "KyC24":
             return "Rgb"
+        if bare == "cairo_t":
+            return "Any"  # a cairo.Context
         if bare == "void":
             return "Buffer"
         if bare == "char":
-            return "str"
+            return "str | None"
         if bare in self.structs and "*" in kind:
             return "np.void"
         if bare in self.structs or bare in ("KyKernel", "KyColorLookup"):
@@ -216,12 +223,11 @@ class Generator:
         return names.prose(text, self.known)
 
     def documentation(self, name: str, calls: list[Call]) -> str:
-        python = names.function(name)
         signatures = list(dict.fromkeys(self.signature(call, False) for call in calls))
         if len(signatures) == 1:
-            text = f"{python}($module, {signatures[0]})\n--\n\n".replace(", )", ")")
+            text = f"{name}($module, {signatures[0]})\n--\n\n".replace(", )", ")")
         else:
-            text = "\n".join(f"{python}({s})" for s in signatures) + "\n\n"
+            text = "\n".join(f"{name}({s})" for s in signatures) + "\n\n"
         comments = list(dict.fromkeys(c.function.comment for c in calls if c.function.comment))
         families = list(dict.fromkeys(c.function.family for c in calls if c.function.family))
         return text + self.prose("\n\n".join(comments + families))
@@ -249,9 +255,13 @@ class Generator:
             target = "&" + call.options.get("by", function.name)
         text = f"MakeOverload<{', '.join([returns, *types])}>({target}, {{"
         text += ", ".join(self.parameter(a) for a in call.arguments) + "}"
+        size = call.options.get("size", "")
+        if isinstance(size, dict):
+            size = next((v for k, v in size.items() if k in function.signature), "")
         size = {"half": "kHalf", "frame": "kFrame", "table": "kTable", "given": "kGiven"}.get(
-            call.options.get("size", ""), "kSource")
-        contents = {"zero": "kZero", "source": "kSource"}.get(call.options.get("new", ""), "kAny")
+            size, "kSource")
+        contents = {"zero": "kZero", "source": "kSource",
+                    "operation": "kByOperation"}.get(call.options.get("new", ""), "kAny")
         checked = not kept and (returns == "KY_ERRORS" or not function.name.startswith("Ky"))
         if (size, contents, checked) != ("kSource", "kAny", True):
             text += f", Sizing::{size}, Contents::{contents}, {str(checked).lower()}"
@@ -261,24 +271,34 @@ class Generator:
         """One of several files, which take about as long to compile."""
         chosen = list(self.calls)
         step = -(-len(chosen) // parts)
-        lines = ['#include "records.h"', "", "namespace ky::python {", "",
+        lines = ['#include "records.h"', *self.includes(), "", "namespace ky::python {", "",
                  f"void AddPart{part}(std::vector<Named>& functions) {{"]
         for name in chosen[part * step:(part + 1) * step]:
             calls = self.calls[name]
-            lines.append(f"  functions.push_back({{\"{names.function(name)}\", "
+            lines.append(f"  functions.push_back({{\"{name}\", "
                          f"{raw(self.documentation(name, calls))}, {{")
             lines += [f"      {self.overload(call)}," for call in calls]
             lines.append("  }});")
         return "\n".join([*lines, "}", "", "}  // namespace ky::python", ""])
 
+    def includes(self) -> list[str]:
+        """Of the optional library, and of the binding's own for its types, where there is one."""
+        if not self.module:
+            return []
+        own = Path(__file__).parent / "src" / self.own_header
+        return [f'#include "ky/{self.own_header}"', *([f'#include "{own.name}"'] if own.exists() else [])]
+
     def table(self, parts: int) -> str:
         """The parts, and the comments of the members of classes."""
-        lines = ['#include "classes.h"', '#include "overload.h"', "", "#include <cstring>", "",
+        lines = ['#include "overload.h"', "", "#include <cstring>", "",
                  "namespace ky::python {", ""]
         lines += [f"void AddPart{i}(std::vector<Named>& functions);" for i in range(parts)]
         lines += ["", "std::vector<Named> Functions() {", "  std::vector<Named> functions;"]
         lines += [f"  AddPart{i}(functions);" for i in range(parts)]
-        lines += ["  return functions;", "}", "",
+        lines += ["  return functions;", "}", ""]
+        if self.module:
+            return "\n".join([*lines, "}  // namespace ky::python", ""])
+        lines += ["const char* DocumentationOf(const char* name);", "",
                   "const char* DocumentationOf(const char* name) {",
                   "  static const struct {", "    const char* name;", "    const char* text;",
                   "  } kTexts[] = {"]
@@ -335,6 +355,24 @@ class Generator:
             lines.append("")
         return "\n".join(lines)
 
+    def optional_module(self) -> str:
+        """The Python module of an optional library."""
+        lines = [f'"""The optional library ky::{self.module}."""', "",
+                 f"from ._{self.module} import *"]
+        for e in self.headers.enumerations:
+            if e.header == self.own_header:
+                constants = [names.enumeration(e.name), *(names.constant(n) for n, _, _ in e.values)]
+                lines.append(f"from ._constants import {', '.join(constants)}")
+        return "\n".join([*lines, ""])
+
+    def optional_stub(self) -> str:
+        types = sorted({*ARRAYS.values(), "Array", "Path", "PixelType", "Shape"})
+        lines = ["# Generated from the public header.", "from typing import Any, overload", "",
+                 f"from . import {', '.join(types)}", *self.optional_module().splitlines()[3:], ""]
+        for name, calls in self.calls.items():
+            lines += self.stub_of(name, calls) + [""]
+        return "\n".join(lines)
+
     def stub(self, head: str) -> str:
         lines = [head.rstrip(), ""]
         for e in self.headers.enumerations:
@@ -360,7 +398,7 @@ class Generator:
         for signature, returns in variants.items():
             if len(variants) > 1:
                 lines.append("@overload")
-            lines.append(f"def {names.function(name)}({signature}) -> {returns}: ...")
+            lines.append(f"def {name}({signature}) -> {returns}: ...")
         return lines
 
 
@@ -385,14 +423,20 @@ def main() -> None:
     parser.add_argument("--stub", type=Path, required=True, help="what a stub begins with")
     parser.add_argument("--output", type=Path, required=True)
     parser.add_argument("--package", type=Path, required=True)
-    parser.add_argument("--parts", type=int, default=3)
+    parser.add_argument("--parts", type=int, default=1)
+    parser.add_argument("--module", default="", help="an optional library")
     arguments = parser.parse_args()
     headers = read_headers(list(arguments.headers.glob("*.h")))
-    generator = Generator(headers, tomllib.loads(arguments.calls.read_text()), "ky")
+    generator = Generator(headers, tomllib.loads(arguments.calls.read_text()),
+                          arguments.module)
     for part in range(arguments.parts):
         write(arguments.output / f"functions_{part}.cpp", generator.functions(part, arguments.parts))
     write(arguments.output / "table.cpp", generator.table(arguments.parts))
     write(arguments.output / "records.h", generator.record_fields())
+    if arguments.module:
+        write(arguments.package / f"{arguments.module}.py", generator.optional_module())
+        write(arguments.package / f"{arguments.module}.pyi", generator.optional_stub())
+        return
     write(arguments.package / "_constants.py", generator.constants())
     write(arguments.package / "_records.py", generator.dataclasses())
     write(arguments.package / "__init__.pyi", generator.stub(arguments.stub.read_text()))

@@ -37,6 +37,7 @@ class Function:
 class Enumeration:
     name: str
     comment: str
+    header: str
     values: list[tuple[str, int, str]] = field(default_factory=list)  # name, value, comment
 
 
@@ -158,7 +159,7 @@ class Reader:
         return i + 1
 
     def enumeration(self, name: str, comment: str, i: int) -> int:
-        result = Enumeration(name, comment)
+        result = Enumeration(name, comment, self.name)
         above: list[str] = []
         value = -1
         while not self.lines[i].startswith("}"):

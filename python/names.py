@@ -36,4 +36,11 @@ def prose(text: str, known: dict[str, str]) -> str:
 
     Traces, which stand in quotation marks, stay.
     """
-    return CODE.sub(lambda match: known.get(match[0], match[0]), text)
+
+    def spell(match: re.Match) -> str:
+        word = match[0]
+        if word not in known and re.match("(Img|Clr)[A-Z]", word):  # part of a name, "ImgConvol..."
+            return function(word)
+        return known.get(word, word)
+
+    return CODE.sub(spell, text)

@@ -36,8 +36,9 @@ struct Shape {
   Py_ssize_t height = -1, width = -1;
 };
 
-// How a destination that is made begins.
-enum class Contents { kAny, kZero, kSource };
+// How a destination that is made begins; by the operation means at zero where ImgOper keeps some of
+// the destination.
+enum class Contents { kAny, kZero, kSource, kByOperation };
 
 // What the types of an argument are known by before it is taken.
 struct Type {
@@ -64,8 +65,8 @@ class Argument {
   virtual Py_ssize_t Count() const { return -1; }
   // Returns a new reference to what the call has written, or null with an exception.
   virtual PyObject* Give();
-  // Whether it is the number 0.
-  virtual bool IsZero() const { return false; }
+  // The number, when it is an integer.
+  virtual long long Number() const { return 0; }
   // The caller's array, or the one that was made.
   virtual PyObject* Array() const { return nullptr; }
 };

@@ -45,6 +45,20 @@ PixelType* const* PixelTypes(int& count) {
   return kTypes;
 }
 
+bool TakePixelTypes() {
+  PyObject* const core = PyImport_ImportModule("ky._core");
+  bool taken = core != nullptr;
+  for (PixelType* const type : kTypes) {
+    // Kept for the life of the process, like the core's own.
+    if (taken) type->object = PyObject_GetAttrString(core, type->name);
+    if (taken && type->object != nullptr)
+      type->dtype = PyObject_GetAttrString(type->object, "dtype");
+    taken = taken && type->dtype != nullptr;
+  }
+  Py_XDECREF(core);
+  return taken;
+}
+
 bool IsArray(PyObject* object) { return py::detail::npy_api::get().PyArray_Check_(object); }
 
 bool PixelType::Matches(PyObject* array) const {

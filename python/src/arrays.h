@@ -41,8 +41,10 @@ KY_PIXELS(Complex64, "an array (h, w) of complex64", "c8", 'c', 8, 0, 8)
 KY_PIXELS(BW1, "an array (h, w) of bool", "?", 'b', 1, 0, 1)
 #undef KY_PIXELS
 
-// All of them.
+// All of them. The module of the core makes their dtypes and objects; those of the optional
+// libraries take them from there, which returns false with an exception when it fails.
 PixelType* const* PixelTypes(int& count);
+bool TakePixelTypes();
 
 // The pixels of an array.
 struct Pixels {

@@ -15,5 +15,6 @@ PYBIND11_MODULE(_core, module) {
   python::AddLookups(module);
   python::AddMovingAverage(module);
   python::AddPyramid(module);
-  if (!python::AddFunctions(module.ptr(), python::Functions())) throw pybind11::error_already_set();
+  if (!python::AddFunctions(module.ptr(), "ky", python::Functions()))
+    throw pybind11::error_already_set();
 }

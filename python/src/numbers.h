@@ -56,7 +56,7 @@ PyObject* GiveValue(const T& value) {
   if constexpr (std::is_same_v<T, KyC24>)
     return Py_BuildValue("(iii)", value.c0, value.c1, value.c2);
   else if constexpr (std::is_same_v<T, const char*>)
-    return PyUnicode_FromString(value);
+    return value == nullptr ? Py_NewRef(Py_None) : PyUnicode_FromString(value);
   else if constexpr (std::is_same_v<T, bool>)
     return PyBool_FromLong(value);
   else if constexpr (std::is_floating_point_v<T>)
@@ -84,7 +84,10 @@ requires(kIsNumber<T> || std::is_same_v<T, KyC24>) struct Holder<T> : Argument {
     if constexpr (!std::is_same_v<T, KyC24>) value_ = static_cast<T>(static_cast<Whole>(value));
   }
   PyObject* Give() override { return GiveValue(value_); }
-  bool IsZero() const override { return value_ == T{}; }
+  long long Number() const override {
+    if constexpr (std::is_integral_v<T> || std::is_enum_v<T>) return static_cast<long long>(value_);
+    return 0;
+  }
   T Pass() const { return value_; }
 
  protected:

@@ -129,6 +129,11 @@ PyObject* Dispatch(PyObject* self, PyObject* const* objects, Py_ssize_t count, P
   return Explain(function, objects, count, keywords);
 }
 
+bool KeepsDestination(long long operation) {
+  return operation == KY_OPER_SET_WHERE_ZERO || operation == KY_OPER_SET_WHERE_NONZERO ||
+         operation == KY_OPER_OVERLAY;
+}
+
 // The rows and columns of a destination that is made. Returns false with an exception.
 bool FindShape(const Overload& overload, Argument* const* arguments, PyObject* given,
                const Place& place, Shape& shape) {
@@ -150,7 +155,7 @@ bool FindShape(const Overload& overload, Argument* const* arguments, PyObject* g
     if (overload.sizing == Sizing::kHalf) shape = {shape.height / 2, shape.width / 2};
     if (overload.sizing == Sizing::kFrame)
       shape.height =
-          (shape.height + (arguments[overload.parameters.size() - 1]->IsZero() ? 0 : 1)) / 2;
+          (shape.height + (arguments[overload.parameters.size() - 1]->Number() == 0 ? 0 : 1)) / 2;
     return true;
   }
   PyErr_Format(PyExc_TypeError, "%s() needs %s: an array, or the shape (h, w) of a new one",
@@ -214,8 +219,10 @@ bool Prepare(const Overload& overload, PyObject* const* given, Argument* const* 
     const Place place{overload.name, overload.parameters[made].name};
     if (!FindShape(overload, arguments, given[made], place, shape)) return false;
     const bool own = given[made] != nullptr && IsGivenShape(given[made]);
-    const Contents contents =
-        own && overload.contents == Contents::kAny ? Contents::kZero : overload.contents;
+    Contents contents = overload.contents;
+    if (contents == Contents::kByOperation)
+      contents = KeepsDestination(arguments[0]->Number()) ? Contents::kZero : Contents::kAny;
+    if (own && contents == Contents::kAny) contents = Contents::kZero;
     if (!arguments[made]->Make(shape, contents, source, place)) return false;
   }
   for (int i = 0; i < n; ++i)
@@ -272,7 +279,9 @@ PyObject* RaiseStatus(KY_ERRORS error, PyObject* result) {
   return nullptr;
 }
 
-bool AddFunctions(PyObject* module, std::vector<Named> functions) {
+bool AddFunctions(PyObject* module, const char* moduleName, std::vector<Named> functions) {
+  PyObject* const owner = PyUnicode_FromString(moduleName);
+  bool added = owner != nullptr;
   for (Named& named : functions) {
     // Lives as long as the process: functions refer to it.
     auto* const function = new Function{std::move(named), {}, {}};
@@ -286,16 +295,15 @@ bool AddFunctions(PyObject* module, std::vector<Named> functions) {
                             reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(&Dispatch)),
                             METH_FASTCALL | METH_KEYWORDS, function->named.documentation};
     PyObject* const self = PyCapsule_New(function, nullptr, nullptr);
-    PyObject* const moduleName = self == nullptr ? nullptr : PyUnicode_FromString("ky");
-    PyObject* const callable = moduleName == nullptr
-                                   ? nullptr
-                                   : PyCFunction_NewEx(&function->definition, self, moduleName);
-    Py_XDECREF(moduleName);
+    PyObject* const callable =
+        self == nullptr ? nullptr : PyCFunction_NewEx(&function->definition, self, owner);
     Py_XDECREF(self);
-    if (callable == nullptr || PyModule_AddObject(module, function->named.name, callable) < 0)
-      return false;
+    added = added && callable != nullptr &&
+            PyModule_AddObjectRef(module, function->named.name, callable) == 0;
+    Py_XDECREF(callable);
   }
-  return true;
+  Py_XDECREF(owner);
+  return added;
 }
 
 }  // namespace ky::python

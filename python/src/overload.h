@@ -130,6 +130,6 @@ struct Named {
 };
 
 // Adds the functions to the module. Returns false with an exception.
-bool AddFunctions(PyObject* module, std::vector<Named> functions);
+bool AddFunctions(PyObject* module, const char* moduleName, std::vector<Named> functions);
 
 }  // namespace ky::python

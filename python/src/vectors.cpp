@@ -67,7 +67,7 @@ bool ElementType::Matches(PyObject* array) const {
   if (!IsArray(array)) return false;
   const auto& proxy = ProxyOf(array);
   const auto& element = DescriptorOf(array);
-  if (points && IsPositions(array)) return kind == 'V' || element.kind != 'f';
+  if (points != 0 && IsPositions(array)) return points == 'f' || element.kind != 'f';
   if (proxy.nd != (columns == 0 ? 1 : 2)) return false;
   if (columns != 0 && proxy.dimensions[1] != columns) return false;
   if (kind == 'V') return py::detail::npy_api::get().PyArray_EquivTypes_(proxy.descr, dtype);
@@ -80,7 +80,7 @@ ElementsOf::ElementsOf(PyObject* array, const ElementType& type, const Place& pl
     return;
   }
   const auto& api = py::detail::npy_api::get();
-  if (type.points && IsPositions(array)) {
+  if (type.points != 0 && IsPositions(array)) {
     PyObject* const helper = Helper("points");
     if (helper != nullptr)
       array_ =
@@ -191,8 +191,7 @@ PyObject* Holder<KyVector*>::Give() {
   const py::object dtype =
       py::reinterpret_steal<py::object>(NewDtype(Format(kind, size_t(size)).c_str()));
   if (!dtype) return nullptr;
-  const ElementType type{"",    kind,       size, length == 1 ? 0 : length, length * size,
-                         false, dtype.ptr()};
+  const ElementType type{"", kind, size, length == 1 ? 0 : length, length * size, 0, dtype.ptr()};
   return NewElements(type, vector_.GetDataPtr(), vector_.GetNbGroup());
 }
 

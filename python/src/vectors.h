@@ -28,7 +28,8 @@ struct ElementType {
   int itemSize;
   int columns;
   int bytes;
-  bool points;  // takes an array (n, 2) of positions too
+  // Takes an array (n, 2) of positions too: of integers ('i'), of any numbers ('f'), or not (0).
+  char points;
   PyObject* dtype;
 
   bool Matches(PyObject* array) const;
@@ -109,10 +110,13 @@ const ElementType& ElementTypeOf() {
                        Element<E>::kItemSize,
                        Element<E>::kColumns,
                        sizeof(E),
-                       false,
+                       0,
                        nullptr};
     if constexpr (HasFields<E>) {
-      result.points = Fields<E>::kNames[0] == std::string("x");
+      using First =
+          std::decay_t<std::tuple_element_t<0, decltype(Fields<E>::Tie(std::declval<E&>()))>>;
+      if (Fields<E>::kNames[0] == std::string("x"))
+        result.points = std::is_floating_point_v<First> ? 'f' : 'i';
       if constexpr (Element<E>::kKind == 'V') result.dtype = RecordDtype<E>();
     }
     if (result.dtype == nullptr)
@@ -189,7 +193,9 @@ struct Holder<KyVector*> : Argument {
       "an array (n,) or (n, k) of integers of 8, 16 or 32 bits or of float32";
   static bool Matches(PyObject* object);
   bool Take(PyObject* object, const Place& place) override;
-  Py_ssize_t Count() const override { return vector_.GetNbGroup(); }
+  Py_ssize_t Count() const override {
+    return Py_ssize_t{vector_.GetNbGroup()} * vector_.GetGroupLength();
+  }
   bool Reserve(Py_ssize_t count, const char* elements) override;
   PyObject* Give() override;
   KyVector* Pass() { return &vector_; }
