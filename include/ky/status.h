@@ -80,7 +80,7 @@ enum KY_ERRORS : int {
   KY_ERROR_COLOR_PLANES = 1413,
   /// KyPyramid::Halve: there is no level, or it cannot be halved.
   KY_ERROR_PYRAMID_HALVE = 1414,
-  /// KyPyramid::SetNumLevels: there is no such image type.
+  /// KyPyramid::SetNumLevels: no such image type. KyMatImage: the matrix has another type.
   KY_ERROR_BAD_IMAGE_TYPE = 1419,
   /// ImgContour: the start is no pixel of an object in the ROI.
   KY_ERROR_CONTOUR_START = 1500,
