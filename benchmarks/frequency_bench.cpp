@@ -1,9 +1,9 @@
 // Fourier transforms and images of complex numbers. OpenCV's transform is given floats, made of the
 // bytes in the same run, and gives the whole spectrum, as ours does.
+#include <memory>
+
 #include "benchmarks/bench.h"
 #include "ky/frequency.h"
-
-#include <memory>
 
 namespace ky::bench {
 namespace {

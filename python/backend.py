@@ -1,7 +1,8 @@
 """Builds the wheel of the package: CMake compiles and installs it, and this packs what it installs.
 
 The libraries lie in the wheel beside the modules, which find them there. pybind11, Highway, CMake and
-a compiler come from the system (README.md). The environment's CMAKE_ARGS go to CMake.
+a compiler come from the system (README.md). The environment's CMAKE_ARGS go to CMake; objects that
+lie in the folder KY_WHEEL_FOLDER already, from a build of the same kind, are not compiled again.
 """
 
 from __future__ import annotations
@@ -20,7 +21,7 @@ import zipfile
 from pathlib import Path
 
 ROOT = Path(__file__).parents[1]
-BUILD = ROOT / "build" / "wheel"
+BUILD = Path(os.environ.get("KY_WHEEL_FOLDER", ROOT / "build" / "wheel")).resolve()
 
 
 def version() -> str:

@@ -80,7 +80,7 @@ enum KY_ERRORS : int {
   KY_ERROR_COLOR_PLANES = 1413,
   /// KyPyramid::Halve: there is no level, or it cannot be halved.
   KY_ERROR_PYRAMID_HALVE = 1414,
-  /// KyPyramid::SetNumLevels: there is no such image type.
+  /// KyPyramid::SetNumLevels: no such image type. KyMatImage: the matrix has another type.
   KY_ERROR_BAD_IMAGE_TYPE = 1419,
   /// ImgContour: the start is no pixel of an object in the ROI.
   KY_ERROR_CONTOUR_START = 1500,
@@ -175,7 +175,7 @@ KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
 ///     ImgNormalize: an ROI is missing or has no pixels (KY_ERROR_NO_IMAGE)
 ///
 /// The text is the thread's own, and stays until the thread calls this function again; never null.
-/// Long lines are cut after 255 characters.
+/// Long lines are cut after 255 characters; without memory for it, it is that of KyGetErrorText.
 KY_API const char* KyGetErrorMessage() noexcept;
 
 /// Returns the name of a status and its meaning on one line, such as "KY_ERROR_NO_IMAGE: an ROI is

@@ -120,13 +120,13 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   KY_ERRORS Save(const char* name) const noexcept;
 
   /// Replaces the elements by those of a file. Errors: `KY_ERROR_FILE_OPEN` (1102) when the file
-  /// cannot be opened (also for null) or is a pipe, `KY_ERROR_FILE_READ` (1103) when it is too short,
-  /// `KY_ERROR_FILE_FORMAT` (1105) when it holds something else, `KY_ERROR_NOT_ENOUGH_MEMORY`
-  /// (1303) when memory runs out, `KY_ERROR_FILE_CLOSE` (1106) when it cannot be closed. The vector
-  /// stays as it was when the file does not even hold a number of elements, and is empty after
-  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). When the file ends before the number of elements that it
-  /// announces, the vector holds those that were read; memory is never allocated for elements that
-  /// the file cannot hold. Trace: "KyVector::Load".
+  /// cannot be opened (also for null) or is a pipe, `KY_ERROR_FILE_READ` (1103) when it is too
+  /// short, `KY_ERROR_FILE_FORMAT` (1105) when it holds something else,
+  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory runs out, `KY_ERROR_FILE_CLOSE` (1106) when it
+  /// cannot be closed. The vector stays as it was when the file does not even hold a number of
+  /// elements, and is empty after `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). When the file ends before
+  /// the number of elements that it announces, the vector holds those that were read; memory is
+  /// never allocated for elements that the file cannot hold. Trace: "KyVector::Load".
   KY_ERRORS Load(const char* name) noexcept;
 
   /// Writes the part of a file after its first four bytes to an open stream (any `direction` other

@@ -1,7 +1,10 @@
 #include "ky/status.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <string_view>
 
 namespace {
@@ -121,7 +124,37 @@ class Line {
   std::size_t length_ = 0;
   char text_[kMost + 1] = {};
 };
-thread_local constinit Line line;
+
+// The line of each thread is there from its first message to its end. It is no thread_local object,
+// because storage of that kind is scarce where libraries are loaded at run time.
+class Lines {
+ public:
+  Lines() noexcept : usable_(pthread_key_create(&key_, &Delete) == 0) {}
+  ~Lines() {
+    if (usable_) pthread_key_delete(key_);
+    usable_ = false;
+  }
+  Lines(const Lines&) = delete;
+  Lines& operator=(const Lines&) = delete;
+
+  // Null when there is no memory for it, or the library is being unloaded.
+  Line* OfThread() const noexcept {
+    if (!usable_) return nullptr;
+    auto* line = static_cast<Line*>(pthread_getspecific(key_));
+    if (line != nullptr) return line;
+    line = new (std::nothrow) Line;
+    if (line == nullptr || pthread_setspecific(key_, line) == 0) return line;
+    delete line;
+    return nullptr;
+  }
+
+ private:
+  static void Delete(void* line) { delete static_cast<Line*>(line); }
+
+  pthread_key_t key_ = 0;
+  bool usable_;
+};
+Lines lines;
 
 // A name of the trace without the types of the overload: "ImgOper (BW8)" is ImgOper.
 std::string_view RoutineOf(const char* name) noexcept {
@@ -171,6 +204,9 @@ const char* KyGetErrorMessage() noexcept {
   constexpr std::string_view kBetween = ": ";
   const std::string_view text = KyGetErrorText(status.error);
   const std::size_t name = text.find(kBetween);
+  Line* const ofThread = lines.OfThread();
+  if (ofThread == nullptr) return text.data();
+  Line& line = *ofThread;
   line.Empty();
   if (status.traceCount > 0) line << RoutineOf(status.trace[0]) << kBetween;
   if (status.parameter != nullptr)

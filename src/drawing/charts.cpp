@@ -16,8 +16,8 @@ constexpr double kMostSide = 4194304;
 // `first` is the code of the width; the one after it is that of the height.
 KY_ERRORS CheckSides(double width, double height, KY_ERRORS first) noexcept {
   const auto isSide = [](double side) { return side >= 0 && side <= kMostSide; };
-  if (!isSide(width)) return first;
-  return isSide(height) ? KY_OK : static_cast<KY_ERRORS>(first + 1);
+  if (!isSide(width)) return ky::OutOfRange(first, "width");
+  return isSide(height) ? KY_OK : ky::OutOfRange(static_cast<KY_ERRORS>(first + 1), "height");
 }
 
 // The frame of a chart of a vector with one value or several for each sample.
@@ -133,7 +133,7 @@ KY_ERRORS KyDraw(cairo_t* context, const KyPeaksVector* peaks, int samples, doub
   return ky::Call("KyDraw (KyPeaksVector)", [&] {
     if (const KY_ERRORS error = ky::CheckContext(context)) return error;
     if (peaks == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (samples < 0) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (samples < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "samples");
     if (const KY_ERRORS error = CheckSides(width, height, KY_ERROR_PARAMETER_2_OUT_OF_RANGE))
       return error;
     if (samples == 0 || peaks->GetNumElements() == 0) return KY_OK;

@@ -119,8 +119,8 @@ KY_ERRORS DrawPicture(const char* name, cairo_t* context, const KyROI<T>* source
     Rows<const T> rows;
     if (const KY_ERRORS error = ky::CheckContext(context)) return error;
     if (const KY_ERRORS error = ky::Open(source, rows)) return error;
-    if (!std::isfinite(x)) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (!std::isfinite(y)) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (!std::isfinite(x)) return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "x");
+    if (!std::isfinite(y)) return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "y");
     return ky::DrawKeepingState(context, [&] {
       if (!DrawShrunk(context, rows, x, y)) DrawVisible(context, rows, x, y);
     });

@@ -150,7 +150,7 @@ KY_ERRORS CallTransform(const char* name, const KyROI<KyComplex64>* source,
     if (kFast)
       if (const KY_ERRORS error = CheckPowersOfTwo(destination)) return error;
     if (direction != IMG_DFT_FORWARD && direction != IMG_DFT_INVERSE)
-      return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "direction");
     return Transform(in, out, direction == IMG_DFT_INVERSE);
   });
 }
