@@ -18,9 +18,10 @@ def snake(name):
     special = {"ImgSetRecursiveAverageLUT": "set_recursive_average_lut", "KyGetMMX": "get_mmx",
                "KySetMMX": "set_mmx", "ImgProjectOnARow": "project_on_a_row",
                "ImgProjectOnAColumn": "project_on_a_column", "ImgConvertTo422": "convert_to422",
-               "ImgConvertFrom422": "convert_from422"}
+               "ImgConvertFrom422": "convert_from422",
+               "ImgSlowDFT": "slow_dft", "ImgFastDFT": "fast_dft"}
     words = re.findall(r"[A-Z][a-z0-9]*", re.sub("^(Img|Clr|Ky)", "", name))
-    words = "_".join(words).lower().replace("x3_plain", "x3_plain")
+    words = "_".join(words).lower()
     return special.get(name, words)
 
 

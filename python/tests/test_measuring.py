@@ -61,5 +61,5 @@ def test_drawing(parts):
     drawing.draw(context, path)
     assert (pixels[:, :, 2] > pixels[:, :, 1]).sum() >= 70
     drawing.draw(context, ky.histogram(parts), 40.0, 30.0)
-    with pytest.raises(TypeError, match="context must be a cairo.Context, not ImageSurface"):
+    with pytest.raises(TypeError, match="context must be a cairo.Context, not cairo.ImageSurface"):
         drawing.draw(surface, parts, 0, 0)
