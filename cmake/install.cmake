@@ -119,6 +119,9 @@ a program that is distributed with this library, unless FFTW is licensed otherwi
         list(APPEND CPACK_COMPONENTS_ALL ${name}_python)
         ky_python_package(${name}_python python3-ky-${name} "python;${name}_runtime"
           "${${name}_description}: the Python module ky.${name}. ${${name}_license}")
+        if(name STREQUAL drawing)
+          string(APPEND CPACK_DEBIAN_DRAWING_PYTHON_PACKAGE_DEPENDS ", python3-cairo")
+        endif()
       endif()
     endforeach()
   endif()
