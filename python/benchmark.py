@@ -74,16 +74,15 @@ def operations(a):
 
 def measure(calls, seconds):
     """The least time of each call in microseconds; they take turns, so that both meet the same noise."""
-    best = [math.inf] * len(calls)
+    best, counts = [math.inf] * len(calls), [1] * len(calls)
     end = time.perf_counter() + seconds
-    count = 1
     while time.perf_counter() < end:
         for i, call in enumerate(calls):
             start = time.perf_counter()
-            for _ in range(count):
+            for _ in range(counts[i]):
                 call()
-            best[i] = min(best[i], (time.perf_counter() - start) / count)
-        count = max(1, min(50, int(0.002 / best[0])))
+            best[i] = min(best[i], (time.perf_counter() - start) / counts[i])
+            counts[i] = max(1, min(20, int(0.0005 / best[i])))
     return [1e6 * b for b in best]
 
 

@@ -130,7 +130,7 @@ bool IsClosedPath(PyObject* array) {
   return result;
 }
 
-bool Holder<KyVector*>::Matches(PyObject* object) {
+bool GenericVectorArgument::Matches(PyObject* object) {
   if (!IsArray(object)) return false;
   const auto& proxy = ProxyOf(object);
   const auto& element = DescriptorOf(object);
@@ -139,7 +139,7 @@ bool Holder<KyVector*>::Matches(PyObject* object) {
   return (element.kind == 'i' || element.kind == 'u') && element.elsize <= 4;
 }
 
-bool Holder<KyVector*>::Take(PyObject* object, const Place& place) {
+bool GenericVectorArgument::Take(PyObject* object, const Place& place) {
   if (!Matches(object)) return RaiseMismatch(PyExc_TypeError, place, kExpected, object);
   const auto& api = py::detail::npy_api::get();
   const py::object array = py::reinterpret_steal<py::object>(api.PyArray_FromAny_(
@@ -176,7 +176,7 @@ bool Holder<KyVector*>::Take(PyObject* object, const Place& place) {
   return true;
 }
 
-bool Holder<KyVector*>::Reserve(Py_ssize_t count, const char* elements) {
+bool GenericVectorArgument::Reserve(Py_ssize_t count, const char* elements) {
   const bool floats = std::strchr(elements, 'f') != nullptr;
   const int length = elements[0] == '2' ? 2 : 1;
   const int groups = static_cast<int>(std::min<Py_ssize_t>(count + 1, INT_MAX / 16));
@@ -185,7 +185,7 @@ bool Holder<KyVector*>::Reserve(Py_ssize_t count, const char* elements) {
   return false;
 }
 
-PyObject* Holder<KyVector*>::Give() {
+PyObject* GenericVectorArgument::Give() {
   const char kind = vector_.GetDataType() == 1 ? 'u' : vector_.GetDataType() == 2 ? 'i' : 'f';
   const int size = vector_.GetDataSize() / 2, length = vector_.GetGroupLength();
   const py::object dtype =

@@ -187,8 +187,8 @@ struct Holder<V*> : Argument {
 };
 
 // The generic vector: an array (n,) or (n, k) of integers of 8, 16 or 32 bits, or of float32.
-template <>
-struct Holder<KyVector*> : Argument {
+class GenericVectorArgument : public Argument {
+ public:
   static constexpr const char* kExpected =
       "an array (n,) or (n, k) of integers of 8, 16 or 32 bits or of float32";
   static bool Matches(PyObject* object);
@@ -198,10 +198,17 @@ struct Holder<KyVector*> : Argument {
   }
   bool Reserve(Py_ssize_t count, const char* elements) override;
   PyObject* Give() override;
-  KyVector* Pass() { return &vector_; }
 
- private:
+ protected:
   KyVector vector_;
+};
+template <>
+struct Holder<KyVector*> : GenericVectorArgument {
+  KyVector* Pass() { return &vector_; }
+};
+template <>
+struct Holder<const KyVector*> : GenericVectorArgument {
+  const KyVector* Pass() const { return &vector_; }
 };
 
 // One element of a vector.
