@@ -20,15 +20,19 @@ find_package(hwy 1.0 REQUIRED)
 # Shared by the libraries, their tests and their benchmarks: the set of targets that Highway compiles
 # decides what its headers define. The scalar target is the plain path, so it must always be among them.
 # Of AVX-512 it is the later form, with byte permutations; processors that have only the first form
-# slow down under it and run AVX2.
+# slow down under it and run AVX2. Builds for sanitizers, which take compilers long, leave out what
+# differs little from another target.
 add_library(ky_build_options INTERFACE)
+list(JOIN KY_DISABLED_TARGETS "|" disabled)
 target_compile_definitions(ky_build_options INTERFACE
-  HWY_COMPILE_ALL_ATTAINABLE HWY_WANT_AVX3_DL HWY_DISABLED_TARGETS=HWY_AVX3)
+  HWY_COMPILE_ALL_ATTAINABLE HWY_WANT_AVX3_DL "HWY_DISABLED_TARGETS=(${disabled})")
 # No contraction: a fused a * b + c differs from one processor to another. clang would have braces
 # repeated around the members of nested aggregates.
 target_compile_options(ky_build_options INTERFACE
   -ffp-contract=off -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wno-missing-braces
   $<$<BOOL:${KY_WERROR}>:-Werror>)
+# Of tests, for LeakSanitizer.
+set(KY_LEAKS "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0")
 if(KY_SANITIZE)
   target_compile_definitions(ky_build_options INTERFACE KY_SANITIZED=1)
   target_compile_options(ky_build_options INTERFACE

@@ -1,5 +1,6 @@
-// Calls of the registry on arguments that coincide, overlap, lie outside their image, are empty or
-// missing: every path does the same, writes nothing but outputs, and nothing at all when it fails.
+// Calls of the registry on arguments that coincide, overlap, lie outside their image or in the
+// memory of a result, are empty or missing: every path does the same, writes nothing but outputs,
+// and nothing at all when it fails, but for what the registry names.
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdio>
@@ -39,6 +40,7 @@ Result RunDrawn(const std::vector<const Call*>& calls, const std::uint8_t* data,
   Plan plan = DrawPlan(call, draw, 90, 24);
   plan.hostile = !draw.OneIn(3);
   const Arguments arguments(call, draw, plan);
+  if (draw.OneIn(8)) arguments.PutSourceIntoResult(true);
   const std::vector<Bytes> before = arguments.State();
   Result result{arguments.Run(), arguments.State()};
   const std::string damage = arguments.Damage(before, result.outcome.status);

@@ -78,11 +78,10 @@ void Load(const Bytes& bytes) {
     Require(!std::is_trivially_copyable_v<T> ||
             std::memcmp(saved.data(), bytes.data(), saved.size()) == 0);
   } else {
-    Require(error == KY_ERROR_FILE_READ || error == KY_ERROR_FILE_FORMAT ||
-            error == KY_ERROR_NOT_ENOUGH_MEMORY);
-    // Elements that the file promised but does not hold are unspecified.
-    if (std::is_trivially_copyable_v<T>) vector.Empty();
+    Require(error == KY_ERROR_FILE_READ || error == KY_ERROR_FILE_FORMAT);
   }
+  // There is no room for elements that the file does not hold, whatever number it promises.
+  Require(std::size_t{vector.GetMaxElements()} * sizeof(T) <= bytes.size());
   Use(vector);
 }
 

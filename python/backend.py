@@ -1,7 +1,7 @@
 """Builds the wheel of the package: CMake compiles and installs it, and this packs what it installs.
 
 The libraries lie in the wheel beside the modules, which find them there. pybind11, Highway, CMake and
-a compiler come from the system (README.md).
+a compiler come from the system (README.md). The environment's CMAKE_ARGS go to CMake.
 """
 
 from __future__ import annotations
@@ -10,6 +10,7 @@ import base64
 import hashlib
 import os
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -32,7 +33,8 @@ def compile_and_install(prefix: Path) -> None:
         ["cmake", "-S", ROOT, "-B", BUILD, "-DCMAKE_BUILD_TYPE=Release", "-DKY_PYTHON=ON",
          "-DKY_TESTS=OFF", "-DKY_EXAMPLES=OFF", f"-DPython_EXECUTABLE={sys.executable}",
          "-DKY_PYTHON_DIR=.", "-DKY_PYTHON_RPATH=$ORIGIN", "-DCMAKE_INSTALL_LIBDIR=ky",
-         *(["-GNinja"] if shutil.which("ninja") else [])], check=True)
+         *(["-GNinja"] if shutil.which("ninja") else []),
+         *shlex.split(os.environ.get("CMAKE_ARGS", ""))], check=True)
     subprocess.run(["cmake", "--build", BUILD, "-j", str(os.cpu_count())], check=True)
     installed = (BUILD / "install_components.txt").read_text().split()
     for component in installed:

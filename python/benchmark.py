@@ -62,7 +62,8 @@ def operations(a):
          lambda: cv2.morphologyEx(a, cv2.MORPH_OPEN, box[3])),
         ("histogram", lambda: ky.histogram(a), lambda: cv2.calcHist([a], [0], None, [256], [0, 256])),
         ("mean and deviation", lambda: ky.pixel_std_dev(a), lambda: cv2.meanStdDev(a)),
-        ("objects and their measures", lambda: ky.find_objects(mask, 255, 255, ky.CONNEXITY_8),
+        ("objects, labels and measures", lambda: ky.find_objects(
+            mask, 255, 255, ky.CONNEXITY_8, labels=np.empty(a.shape, np.uint32)),
          lambda: cv2.connectedComponentsWithStats(mask, connectivity=8)),
         ("colours to grey levels", lambda: ky.convert(color, destination=ky.BW8),
          lambda: cv2.cvtColor(color, cv2.COLOR_RGB2GRAY)),

@@ -1,6 +1,6 @@
 """Draws the pictures of docs/python.md: a tray of parts, and what the first program there makes of it.
 
-    PYTHONPATH=build/python/python python3 python/docs_pictures.py
+    PYTHONPATH=build/release/python python3 python/docs_pictures.py
 """
 
 import os

@@ -10,7 +10,7 @@ int main() {
   ImgCopy(KyBW8{200}, &center);
   ImgOper(KY_OPER_INVERT, &image, &image);
   if (ClrSetComponent(&image, &color, 1) != KY_OK) {
-    std::fprintf(stderr, "%s\n", KyGetErrorText(KyGetError()));
+    std::fprintf(stderr, "%s\n", KyGetErrorMessage());
     return 1;
   }
   const KyC24 inside = color.GetPixel(320, 240), outside = color.GetPixel(0, 0);

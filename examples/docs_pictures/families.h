@@ -29,10 +29,16 @@ void Temporal(const std::string& folder);
 void Profiles(const std::string& folder);
 void Contours(const std::string& folder);
 void Objects(const std::string& folder);
+void Measuring(const std::string& folder);
+void Accuracy(const std::string& folder);
 void Gradients(const std::string& folder);
 void TypedVectors(const std::string& folder);
 void Transforms(const std::string& folder);
 void Shading(const std::string& folder);
 void Conversions(const std::string& folder);
+// Of builds with ky::drawing.
+void Drawing(const std::string& folder);
+// Of builds with ky::frequency.
+void Frequencies(const std::string& folder);
 
 }  // namespace docs

@@ -41,7 +41,7 @@ void Filters(const std::string& folder) {
              roberts = filtered(smooth, ImgConvolRoberts, 4),
              alongX = filtered(smooth, ImgConvolLaplacianX, 4),
              alongY = filtered(smooth, ImgConvolLaplacianY, 4);
-  Write(folder, "filters", 4,
+  Write(folder, "filters", 3,
         {&source, &smooth, &gauss7, &uniform7, &sharp, &sobel, &prewitt, &laplacian, &gradient,
          &roberts, &alongX, &alongY});
 }

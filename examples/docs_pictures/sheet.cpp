@@ -1,7 +1,10 @@
 #include "sheet.h"
 
 #include <algorithm>
+#include <type_traits>
+#include <utility>
 
+#include "support/drawing.h"
 #include "support/picture_file.h"
 #include "support/scene.h"
 
@@ -10,9 +13,6 @@ namespace {
 
 constexpr int kDroppedBits = 3;
 constexpr KyBW8 kKept = 256 - (1 << kDroppedBits);
-
-KyBW8 White(const Grey&) { return 255; }
-KyC24 White(const Color&) { return {255, 255, 255}; }
 
 void Coarsen(KyROI<KyBW8>& panel) {
   KyBW8Vector table(256);
@@ -24,23 +24,57 @@ void Coarsen(KyROI<KyC24>& panel) {
   Must(ImgOper(KY_OPER_AND, &panel, KyC24{kKept, kKept, kKept}, &panel));
 }
 
+// The sheet has the type of the panels, which are large enough to see single pixels.
+template <class T>
+KyImage<T> As(Color sheet) {
+  if constexpr (std::is_same_v<T, KyC24>) {
+    return sheet;
+  } else {
+    auto grey = SameSize<KyBW8>(sheet);
+    Must(ImgConvert(&sheet, &grey));
+    return grey;
+  }
+}
+Color Coloured(const Color& picture) {
+  auto copy = SameSize<KyC24>(picture);
+  Must(ImgOper(KY_OPER_COPY, &picture, &copy));
+  return copy;
+}
+
+Color Coloured(const Grey& picture) { return InColor(picture); }
+
+// The number of a panel, which its caption gives, on a plate in the upper left corner.
+void Label(Color& panel, unsigned number) {
+  constexpr int kMargin = 2;
+  draw::Fill(panel,
+             {0, 0, draw::NumberWidth(number) + 2 * kMargin, draw::kNumberHeight + 2 * kMargin},
+             {20, 40, 60});
+  draw::Number(panel, number, {kMargin, kMargin}, {255, 255, 255});
+}
+
 template <class T>
 void WriteSheet(const std::string& folder, const char* name, int columns,
                 std::initializer_list<const KyImage<T>*> panels) {
   const KyImage<T>& first = **panels.begin();
-  const int stepX = first.GetWidth() + kGap, stepY = first.GetHeight() + kGap;
+  const int zoom = first.GetWidth() <= kWidth ? 2 : 1;
+  const int stepX = zoom * first.GetWidth() + kGap, stepY = zoom * first.GetHeight() + kGap;
   const int rows = (static_cast<int>(panels.size()) + columns - 1) / columns;
-  auto sheet = NewImage<T>(columns * stepX - kGap, rows * stepY - kGap);
-  Must(ImgOper(KY_OPER_COPY, White(first), &sheet));
+  auto sheet = NewImage<KyC24>(columns * stepX - kGap, rows * stepY - kGap);
+  Must(ImgOper(KY_OPER_COPY, KyC24{255, 255, 255}, &sheet));
   int i = 0;
-  for (const KyImage<T>* panel : panels) {
-    KyROI<T> place(&sheet, i % columns * stepX, i / columns * stepY, panel->GetWidth(),
-                   panel->GetHeight());
-    Must(ImgOper(KY_OPER_COPY, panel, &place));
-    Coarsen(place);
+  for (const KyImage<T>* source : panels) {
+    auto panel = SameSize<T>(*source);
+    Must(ImgOper(KY_OPER_COPY, source, &panel));
+    Coarsen(panel);
+    Color labelled = Coloured(panel);
+    if (panels.size() > 1) Label(labelled, static_cast<unsigned>(i) + 1);
+    KyROI<KyC24> place(&sheet, i % columns * stepX, i / columns * stepY, zoom * panel.GetWidth(),
+                       zoom * panel.GetHeight());
+    const auto scale = static_cast<float>(zoom);
+    Must(ImgScaleRotate(&labelled, 0, 0, 0, 0, scale, scale, 0, &place, 0));
     ++i;
   }
-  picture::Write(sheet, folder + '/' + name + ".png");
+  picture::Write(As<T>(std::move(sheet)), folder + '/' + name + ".png");
 }
 
 }  // namespace

@@ -36,8 +36,9 @@ Color InColor(const Grey& picture);
 /// Draws a square of `size` pixels around (x, y); what does not lie inside is left out.
 void Mark(Color& picture, int x, int y, KyC24 color, int size = 1);
 
-/// Writes the panels row by row, `columns` in each, as FOLDER/NAME.png. The low bits of grey levels
-/// are dropped: they hold noise, which takes most of a file's room.
+/// Writes the panels row by row, `columns` in each, as FOLDER/NAME.png: with their numbers, and
+/// twice as large unless they are wider than Panel(). The low bits of grey levels are dropped: they
+/// hold noise, which takes most of a file's room.
 void Write(const std::string& folder, const char* name, int columns,
            std::initializer_list<const Grey*> panels);
 void Write(const std::string& folder, const char* name, int columns,

@@ -115,7 +115,8 @@ std::optional<Options> ParseOptions(int argc, char** argv, int& exitCode) {
       "Finds the objects in pictures, measures them, and writes for each picture NAME\n"
       "  NAME.objects.png     the picture with contours, boxes, axes and numbers\n"
       "  NAME.histogram.png   the histogram of even light with the level chosen from it\n"
-      "  NAME.csv             the measures, in pixels and grey levels\n",
+      "  NAME.csv             the measures, in pixels, degrees and grey levels; `strips` is how\n"
+      "                       often a line across the middle of the object's box enters it\n",
       "inspect");
   app.footer(
       "Examples:\n"

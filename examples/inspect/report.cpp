@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <numbers>
 
 #include "support/drawing.h"
 #include "support/program.h"
+#include "support/text.h"
 
 namespace inspect {
 namespace {
@@ -16,32 +16,14 @@ constexpr KyC24 kContour{255, 150, 30}, kBox{70, 190, 220}, kAxes{255, 235, 90},
 constexpr KyC24 kPaper{250, 250, 247}, kAxis{90, 90, 90}, kGround{120, 130, 140},
     kLevel{200, 30, 30};
 
-// The number on a plate at the upper left corner of an object's box, moved into the picture.
-void Label(KyROI<KyC24>& picture, unsigned int number, const KyObject& at) {
-  constexpr int kMargin = 2;
-  const int width = draw::NumberWidth(number) + 2 * kMargin,
-            height = draw::kNumberHeight + 2 * kMargin;
-  const int x = std::clamp(at.x, 0, std::max(picture.GetWidth() - width, 0));
-  const int y = std::clamp(at.y - height / 2, 0, std::max(picture.GetHeight() - height, 0));
-  draw::Fill(picture, {x, y, width, height}, kLabel);
-  draw::Number(picture, number, {x + kMargin, y + kMargin}, kInk);
-}
-
-template <class... T>
-std::string Format(const char* format, T... values) {
-  char line[256];
-  std::snprintf(line, sizeof line, format, values...);
-  return line;
-}
-
 // One line an object by `format`, which takes the number and the measures in order.
 std::string Lines(const char* format, const std::vector<Measured>& objects) {
   std::string lines;
   for (std::size_t i = 0; i < objects.size(); ++i) {
     const auto& [o, shape, strips] = objects[i];
-    lines += Format(format, i + 1, shape.x, shape.y, o.x, o.y, o.width, o.height, o.area,
-                    shape.perimeter, shape.angle, shape.elongation, shape.circularity, o.holes,
-                    shape.meanLevel, int{o.lowest}, int{o.highest}, strips);
+    lines += text::Format(format, i + 1, shape.x, shape.y, o.x, o.y, o.width, o.height, o.area,
+                          shape.perimeter, shape.angle, shape.elongation, shape.circularity,
+                          o.holes, shape.meanLevel, int{o.lowest}, int{o.highest}, strips);
   }
   return lines;
 }
@@ -78,7 +60,8 @@ KyImage<KyC24> Annotate(const KyROI<KyBW8>& grey, const KyROI<KyBW8>& mask,
     DrawAxis(picture, shape, shape.major, shape.angle);
     DrawAxis(picture, shape, shape.minor, shape.angle + 90);
   }
-  for (unsigned int i = 0; i < objects.size(); ++i) Label(picture, i + 1, objects[i].object);
+  for (unsigned int i = 0; i < objects.size(); ++i)
+    draw::Label(picture, i + 1, {objects[i].object.x, objects[i].object.y}, kLabel, kInk);
   return picture;
 }
 
@@ -114,9 +97,10 @@ std::string Csv(const std::vector<Measured>& objects) {
 }
 
 std::string Table(const std::vector<Measured>& objects) {
-  return Format("%6s %7s %7s %5s %5s %5s %6s %6s %9s %6s %10s %11s %5s %6s %6s %7s %6s\n", "object",
-                "x", "y", "left", "top", "width", "height", "area", "perimeter", "angle",
-                "elongation", "circularity", "holes", "mean", "lowest", "highest", "strips") +
+  return text::Format("%6s %7s %7s %5s %5s %5s %6s %6s %9s %6s %10s %11s %5s %6s %6s %7s %6s\n",
+                      "object", "x", "y", "left", "top", "width", "height", "area", "perimeter",
+                      "angle", "elongation", "circularity", "holes", "mean", "lowest", "highest",
+                      "strips") +
          Lines(
              "%6zu %7.1f %7.1f %5d %5d %5d %6d %6u %9.1f %6.1f %10.2f %11.2f %5d %6.1f %6d %7d "
              "%6u\n",

@@ -65,10 +65,7 @@ void Fill(KyROI<KyC24>& picture, const Box& box, KyC24 color) {
 }
 
 void Contour(KyROI<KyC24>& picture, const KyPathVector& contour, KyC24 color) {
-  KyC24PathVector path(contour.GetNumElements());
-  Must(KyGetError());
-  for (const KyPath& p : contour) Must(path.AddElement({p.x, p.y, color}));
-  Must(ImgPathToImage(&picture, &path));
+  Must(ImgPathToImage(&picture, &contour, color));
 }
 
 int NumberWidth(unsigned int number) {
@@ -81,6 +78,15 @@ void Number(KyROI<KyC24>& picture, unsigned int number, Point at, KyC24 color) {
     Digit(picture, digit - '0', at, color);
     at.x += kDigitWidth + kDigitGap;
   }
+}
+
+void Label(KyROI<KyC24>& picture, unsigned int number, Point at, KyC24 plate, KyC24 ink) {
+  constexpr int kMargin = 2;
+  const int width = NumberWidth(number) + 2 * kMargin, height = kNumberHeight + 2 * kMargin;
+  const int x = std::clamp(at.x, 0, std::max(picture.GetWidth() - width, 0));
+  const int y = std::clamp(at.y - height / 2, 0, std::max(picture.GetHeight() - height, 0));
+  Fill(picture, {x, y, width, height}, plate);
+  Number(picture, number, {x + kMargin, y + kMargin}, ink);
 }
 
 }  // namespace draw

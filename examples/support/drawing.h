@@ -28,4 +28,7 @@ inline constexpr int kNumberHeight = 9;
 /// Draws a number with its upper left pixel at `at`.
 void Number(KyROI<KyC24>& picture, unsigned int number, Point at, KyC24 color);
 
+/// Draws a number on a plate with its left edge and its middle at `at`, moved into the picture.
+void Label(KyROI<KyC24>& picture, unsigned int number, Point at, KyC24 plate, KyC24 ink);
+
 }  // namespace draw

@@ -1,24 +1,31 @@
 #include "picture_file.h"
 
+#include <fcntl.h>
 #include <png.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string_view>
 #include <system_error>
 #include <type_traits>
+#include <utility>
 
-#include "ky/color.h"
-#include "ky/operators.h"
+#include "ky/conversion.h"
+#include "png_decoder.h"
 
 namespace picture {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// A damaged header must not ask for all the memory that there is.
-constexpr std::int64_t kMostPixels = 1 << 28;
+// A damaged header must not ask for all the memory that there is, nor a file that never ends.
+constexpr std::int64_t kMostPixels = 1 << 28, kMostBytes = 8 * kMostPixels;
 
 [[noreturn]] void Fail(const std::string& name, const std::string& why) {
   throw FileError(name + ": " + why);
@@ -44,13 +51,7 @@ KyImage<To> As(KyImage<From> image, const std::string& name) {
     return image;
   } else {
     KyImage<To> converted = NewImage<To>(image.GetWidth(), image.GetHeight(), name);
-    if constexpr (kColor<To>) {
-      ImgOper(KY_OPER_COPY, &image, &converted);
-    } else {
-      const KyColorMatrix luma = KyColorMatrix::Luma();
-      ClrGetComponent(&image, &converted, 0, &luma);
-    }
-    if (KyGetError() != KY_OK) Fail(name, KyGetErrorText(KyGetError()));
+    if (ImgConvert(&image, &converted) != KY_OK) Fail(name, KyGetErrorMessage());
     return converted;
   }
 }
@@ -66,27 +67,22 @@ struct Png {
 };
 
 template <class T>
-KyImage<T> ReadPixels(Png& png, const std::string& name) {
-  KyImage<T> image = NewImage<T>(png.image.width, png.image.height, name);
-  png.image.format = kColor<T> ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
-  const png_color black = {};
-  if (!png_image_finish_read(&png.image, &black, image.GetPixelPtr(0, 0), image.GetPitch(),
-                             nullptr))
-    Fail(name, std::string("is a damaged PNG file (") + png.image.message + ")");
+KyImage<T> ReadPixels(PngDecoder& png, const std::string& name) {
+  KyImage<T> image = NewImage<T>(png.width(), png.height(), name);
+  if (!png.ReadPixels(image.GetPixelPtr(0, 0), image.GetPitch()))
+    Fail(name, "is a damaged PNG file (" + png.message() + ")");
   return image;
 }
 
 template <class T>
 KyImage<T> DecodePng(const Bytes& bytes, const std::string& name) {
-  Png png;
-  if (!png_image_begin_read_from_memory(&png.image, bytes.data(), bytes.size()))
-    Fail(name, std::string("is a damaged PNG file (") + png.image.message + ")");
-  if ((png.image.format & PNG_FORMAT_FLAG_COLOR) != 0)
-    return As<T>(ReadPixels<KyC24>(png, name), name);
+  PngDecoder png(bytes);
+  if (!png.ReadHeader()) Fail(name, "is a damaged PNG file (" + png.message() + ")");
+  if (png.isColor()) return As<T>(ReadPixels<KyC24>(png, name), name);
   return As<T>(ReadPixels<KyBW8>(png, name), name);
 }
 
-// The numbers of a PGM or PPM header, behind its magic number: separated by white space, with
+// The numbers of a PGM or PPM header, after its magic number: separated by white space, with
 // comments from # to the end of a line.
 class PnmHeader {
  public:
@@ -106,7 +102,7 @@ class PnmHeader {
     return number;
   }
 
-  // The offset of the pixels, one white space behind the last number.
+  // The offset of the pixels, one white space after the last number.
   std::size_t Pixels() {
     if (!IsSpace(Peek())) Fail(name_, "has a damaged header: it does not end");
     return at_ + 1;
@@ -158,23 +154,84 @@ KyImage<T> DecodePnm(const Bytes& bytes, const std::string& name) {
   return image;
 }
 
-Bytes ReadFile(const std::string& path) {
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) Fail(path, "cannot be opened: " + std::generic_category().message(errno));
-  Bytes bytes;
-  char chunk[1 << 16];
-  while (file.read(chunk, sizeof chunk), file.gcount() > 0)
-    bytes.insert(bytes.end(), chunk, chunk + file.gcount());
-  if (file.bad()) Fail(path, "cannot be read");
-  return bytes;
-}
-
 bool StartsWith(const Bytes& bytes, std::string_view magic) {
   return bytes.size() >= magic.size() &&
          std::equal(magic.begin(), magic.end(), bytes.begin(),
                     [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; });
 }
+constexpr std::string_view kPngMagic = "\x89PNG\r\n\x1a\n", kPgmMagic = "P5", kPpmMagic = "P6";
+
+// Fails for what is no picture by its first bytes.
+void CheckMagic(const Bytes& bytes, const std::string& name) {
+  if (bytes.empty()) Fail(name, "is empty");
+  for (const std::string_view magic : {kPngMagic, kPgmMagic, kPpmMagic})
+    if (StartsWith(bytes, magic)) return;
+  Fail(name, "is not a PNG, PGM (P5) or PPM (P6) file");
+}
+
+std::string Reason() { return std::generic_category().message(errno); }
+
+Bytes ReadFile(const std::string& path) {
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  if (!file) Fail(path, "cannot be opened: " + Reason());
+  Bytes bytes;
+  char chunk[1 << 16];
+  while (file.read(chunk, sizeof chunk), file.gcount() > 0) {
+    bytes.insert(bytes.end(), chunk, chunk + file.gcount());
+    CheckMagic(bytes, path);
+    if (std::ssize(bytes) > kMostBytes) Fail(path, "is too large for a picture");
+  }
+  if (file.bad()) Fail(path, "cannot be read");
+  return bytes;
+}
+
+// A file that is written beside another and takes its place when it is complete, so that a failure
+// leaves that one as it was, and nothing else. What is no regular file is not replaced.
+class Replacement {
+ public:
+  explicit Replacement(const std::string& path) : name_(path), path_(path) {
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::canonical(path, error);
+    if (!error) path_ = real;  // a link goes on leading to the file
+    struct stat status = {};
+    const bool exists = stat(path_.c_str(), &status) == 0;
+    if (exists && !S_ISREG(status.st_mode)) Fail(name_, "is not a regular file");
+    static std::atomic<unsigned> count{0};
+    constexpr mode_t kReadAndWriteForAll = 0666, kPermissions = 07777;
+    temporary_ = path_.string() + "." + std::to_string(getpid()) + "." +
+                 std::to_string(count.fetch_add(1)) + ".tmp";
+    const int descriptor =
+        open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadAndWriteForAll);
+    if (descriptor < 0) Fail(name_, "cannot be written: " + Reason());
+    if (exists && fchmod(descriptor, status.st_mode & kPermissions) != 0) errno = 0;
+    file_ = fdopen(descriptor, "wb");
+    if (file_ != nullptr) return;
+    close(descriptor);
+    unlink(temporary_.c_str());
+    Fail(name_, "cannot be written: " + Reason());
+  }
+  Replacement(const Replacement&) = delete;
+  Replacement& operator=(const Replacement&) = delete;
+  ~Replacement() {
+    if (file_ != nullptr) std::fclose(file_);
+    if (!temporary_.empty()) unlink(temporary_.c_str());
+  }
+  std::FILE* file() const { return file_; }
+  void Commit() {
+    const bool failed = std::ferror(file_) != 0;
+    const bool closed = std::fclose(std::exchange(file_, nullptr)) == 0;
+    if (failed || !closed || std::rename(temporary_.c_str(), path_.c_str()) != 0)
+      Fail(name_, "cannot be written: " + Reason());
+    temporary_.clear();
+  }
+
+ private:
+  std::string name_;
+  std::filesystem::path path_;
+  std::string temporary_;
+  std::FILE* file_ = nullptr;
+};
 
 template <class T>
 void WritePng(const KyROI<T>& roi, const std::string& path) {
@@ -182,31 +239,36 @@ void WritePng(const KyROI<T>& roi, const std::string& path) {
   png.image.width = static_cast<png_uint_32>(roi.GetWidth());
   png.image.height = static_cast<png_uint_32>(roi.GetHeight());
   png.image.format = kColor<T> ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
-  if (!png_image_write_to_file(&png.image, path.c_str(), 0, roi.GetPixelPtr(0, 0), roi.GetPitch(),
-                               nullptr))
+  // Small files where that is quick: large pictures would take seconds.
+  constexpr std::int64_t kLarge = 1 << 20;
+  if (std::int64_t{roi.GetWidth()} * roi.GetHeight() > kLarge)
+    png.image.flags = PNG_IMAGE_FLAG_FAST;
+  Replacement file(path);
+  if (!png_image_write_to_stdio(&png.image, file.file(), 0, roi.GetPixelPtr(0, 0), roi.GetPitch(),
+                                nullptr))
     Fail(path, std::string("cannot be written: ") + png.image.message);
+  file.Commit();
 }
 
 template <class T>
 void WritePnm(const KyROI<T>& roi, const std::string& path) {
-  std::ofstream file(path, std::ios::binary);
-  file << (kColor<T> ? "P6\n" : "P5\n") << roi.GetWidth() << ' ' << roi.GetHeight() << "\n255\n";
-  const std::streamsize row = roi.GetWidth() * std::streamsize{sizeof(T)};
+  Replacement file(path);
+  std::fprintf(file.file(), "%s\n%d %d\n255\n", kColor<T> ? "P6" : "P5", roi.GetWidth(),
+               roi.GetHeight());
+  const auto width = static_cast<std::size_t>(roi.GetWidth());
   for (int y = 0; y < roi.GetHeight(); ++y)
-    file.write(static_cast<const char*>(roi.GetPixelPtr(0, y)), row);
-  file.close();
-  if (!file) Fail(path, "cannot be written");
+    std::fwrite(roi.GetPixelPtr(0, y), sizeof(T), width, file.file());
+  file.Commit();
 }
 
 }  // namespace
 
 template <class T>
 KyImage<T> Decode(const std::vector<std::uint8_t>& bytes, const std::string& name) {
-  if (bytes.empty()) Fail(name, "is empty");
-  if (StartsWith(bytes, "\x89PNG\r\n\x1a\n")) return DecodePng<T>(bytes, name);
-  if (StartsWith(bytes, "P5")) return As<T>(DecodePnm<KyBW8>(bytes, name), name);
-  if (StartsWith(bytes, "P6")) return As<T>(DecodePnm<KyC24>(bytes, name), name);
-  Fail(name, "is not a PNG, PGM (P5) or PPM (P6) file");
+  CheckMagic(bytes, name);
+  if (StartsWith(bytes, kPngMagic)) return DecodePng<T>(bytes, name);
+  if (StartsWith(bytes, kPgmMagic)) return As<T>(DecodePnm<KyBW8>(bytes, name), name);
+  return As<T>(DecodePnm<KyC24>(bytes, name), name);
 }
 
 template <class T>

@@ -16,8 +16,9 @@ struct FileError : std::runtime_error {
 };
 
 /// Reads a PNG, PGM (P5) or PPM (P6) file, whatever its name, as T, which is KyBW8 or KyC24 (red,
-/// green, blue). A colour file becomes its luma, a grey one three equal components; transparent
-/// parts of a PNG stand on black. Throws FileError.
+/// green, blue). A colour file becomes its luma, a grey one three equal components. Samples are
+/// those of the file: of 16 bits the higher 8 count, gamma and transparency do not. Throws
+/// FileError.
 template <class T>
 KyImage<T> Read(const std::string& path);
 
@@ -26,7 +27,8 @@ template <class T>
 KyImage<T> Decode(const std::vector<std::uint8_t>& bytes, const std::string& name);
 
 /// Writes a PNG, or a PGM or PPM where the name ends in .pgm or .ppm. Throws FileError, also for an
-/// ROI without pixels.
+/// ROI without pixels and for a name that belongs to something other than a regular file; what was
+/// there before stays then.
 template <class T>
 void Write(const KyROI<T>& roi, const std::string& path);
 

@@ -9,9 +9,9 @@
 
 #include "ky/image.h"
 
-/// Throws the text of a status other than 0, for programs that have no use for a failure.
+/// Throws the message of a call that has just failed, for programs that have no use for a failure.
 inline void Must(KY_ERRORS error) {
-  if (error != KY_OK) throw std::runtime_error(KyGetErrorText(error));
+  if (error != KY_OK) throw std::runtime_error(KyGetErrorMessage());
 }
 
 /// An image of `width` x `height` pixels. Throws.

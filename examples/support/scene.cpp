@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
+
+#include "noise.h"
 
 namespace scene {
 namespace {
@@ -83,24 +84,6 @@ float Paint(const Part& part, Point at, float level) {
   const float surface = 165 - 30 * edge * (0.6f * slopeX + 0.8f * slopeY);
   return level + (surface - level) * Covered(d, 1);
 }
-
-// Noise of about normal distribution around 0, in grey levels. The engine is a linear congruential
-// one, so that every machine draws the same.
-class Noise {
- public:
-  explicit Noise(unsigned seed) : state_(seed) {}
-  float Next() {
-    int sum = 0;
-    for (int i = 0; i < 4; ++i) {
-      state_ = state_ * 1664525u + 1013904223u;
-      sum += static_cast<int>(state_ >> 24);
-    }
-    return static_cast<float>(sum - 510) / 60;
-  }
-
- private:
-  std::uint32_t state_;
-};
 
 // How bright the light is at a place, 1 at the brightest: a lamp at the upper left.
 float Light(const Scene& scene, Point at) {

@@ -36,6 +36,10 @@ enum IMG_THRESHOLD_MODES : int {
 /// the threshold, or 0 when no level splits the histogram. `relative`, from 0 to 1, is the fraction
 /// of IMG_THRESHOLD_RELATIVE.
 ///
+/// **Counts, sums of levels and costs have 32 bits and wrap:** the modes are right for images of up
+/// to 16,843,009 pixels, IMG_THRESHOLD_QUADRATIC_BLACK_WHITE for up to 66,051, and so are the mean
+/// levels. The criteria are computed in single precision.
+///
 /// `averageBelow` and `averageAbove` become the mean levels s1 / c1 and s2 / c2 of the classes, or
 /// minLevel and maxLevel + 1 for an empty one. The two black and white modes report their costs
 /// instead, divided by the number of pixels: for plain distances the mean of the lower class and
@@ -44,17 +48,17 @@ enum IMG_THRESHOLD_MODES : int {
 /// any other, an absolute level T makes the classes meet at minLevel + T, and s2 counts the levels
 /// from there on as if they started at T.
 ///
-/// Counts and sums have 32 bits and wrap; the criteria are computed in single precision. Errors,
-/// checked in this order before anything is written: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null
-/// histogram; `KY_ERROR_NOT_256_ENTRIES` (1613) for a histogram that does not have 256 bins;
+/// Errors, checked in this order before anything is written: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for
+/// a null histogram; `KY_ERROR_NOT_256_ENTRIES` (1613) for a histogram that does not have 256 bins;
 /// `KY_ERROR_PARAMETER_5_OUT_OF_RANGE` (1015), `KY_ERROR_PARAMETER_6_OUT_OF_RANGE` (1016) for a
 /// level above 255; `KY_ERROR_BAD_INTERVAL` (1007) when minLevel is not below maxLevel;
 /// `KY_ERROR_PARAMETER_5_OUT_OF_RANGE` (1015) for a fraction outside 0..1;
 /// `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012) for an absolute level outside the range. Trace:
 /// "ImgHistogramThreshold".
-KY_API KY_ERRORS ImgHistogramThreshold(KyBW8HistogramVector* histogram, unsigned int& threshold,
-                                       float& averageBelow, float& averageAbove,
-                                       float relative = 0.5f, unsigned int minLevel = 0,
+KY_API KY_ERRORS ImgHistogramThreshold(const KyBW8HistogramVector* histogram,
+                                       unsigned int& threshold, float& averageBelow,
+                                       float& averageAbove, float relative = 0.5f,
+                                       unsigned int minLevel = 0,
                                        unsigned int maxLevel = 255) noexcept;
 
 /// Returns the low 8 bits of the threshold that ImgHistogramThreshold chooses from the histogram of
@@ -71,12 +75,12 @@ KY_API KyBW8 ImgAutoThreshold(const KyROI<KyBW8>* source, IMG_THRESHOLD_MODES mo
 /// that does not have 256 bins; `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012),
 /// `KY_ERROR_PARAMETER_3_OUT_OF_RANGE` (1013) for a level above 255; `KY_ERROR_BAD_INTERVAL` (1007)
 /// when minLevel is not below maxLevel. Trace: "ImgIsodataThreshold (KyBW8HistogramVector)".
-KY_API int ImgIsodataThreshold(KyBW8HistogramVector* histogram, unsigned int minLevel = 0,
+KY_API int ImgIsodataThreshold(const KyBW8HistogramVector* histogram, unsigned int minLevel = 0,
                                unsigned int maxLevel = 255) noexcept;
 /// Does the same for a generic vector of type 2. Errors: `KY_ERROR_VECTOR_1602` (1602) for another
 /// type, `KY_ERROR_BAD_VECTOR_TYPE` (1601) for one without storage for 256 counts, and those above
 /// for the levels. Trace: "ImgIsodataThreshold (KyVector)".
-KY_API int ImgIsodataThreshold(KyVector* histogram, unsigned int minLevel = 0,
+KY_API int ImgIsodataThreshold(const KyVector* histogram, unsigned int minLevel = 0,
                                unsigned int maxLevel = 255) noexcept;
 
 /// Returns the threshold of least variance within both classes over all 256 levels, the lowest of
@@ -84,19 +88,20 @@ KY_API int ImgIsodataThreshold(KyVector* histogram, unsigned int minLevel = 0,
 /// as they were, when no threshold is better than none, as for an empty histogram. Errors:
 /// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for null, `KY_ERROR_NOT_256_ENTRIES` (1613) for a histogram
 /// that does not have 256 bins. Trace: "ImgMinResidueThreshold".
-KY_API KyBW8 ImgMinResidueThreshold(KyBW8HistogramVector* histogram, float& averageBelow,
+KY_API KyBW8 ImgMinResidueThreshold(const KyBW8HistogramVector* histogram, float& averageBelow,
                                     float& averageAbove) noexcept;
 
 /// Does the same by the largest sum of the entropies of both classes. Trace:
 /// "ImgMaxEntropyThreshold".
-KY_API KyBW8 ImgMaxEntropyThreshold(KyBW8HistogramVector* histogram, float& averageBelow,
+KY_API KyBW8 ImgMaxEntropyThreshold(const KyBW8HistogramVector* histogram, float& averageBelow,
                                     float& averageAbove) noexcept;
 
 /// Makes a threshold surface for uneven light: a smooth image that holds one threshold for each
 /// pixel. Nodes lie on a grid of ceil(width / tileWidth) by ceil(height / tileHeight) steps; each
 /// holds the isodata threshold of the tile around it, cut off at the border; the surface between
 /// them is interpolated bilinearly (ImgScaleRotate, 8 bits). A tile height of 0 stands for the tile
-/// width. The mode is not used: every mode gives the same surface.
+/// width. The mode is not used: every mode gives the same surface. Small tiles cost more: those of
+/// one pixel about five times as much as those of 16 x 16 pixels and more.
 ///
 /// The destination is resized to the size of the source; a source of no columns or rows changes
 /// nothing. Errors: `KY_ERROR_NO_IMAGE` (1400); `KY_ERROR_PARAMETER_4_OUT_OF_RANGE` (1014) for a

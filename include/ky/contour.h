@@ -37,7 +37,8 @@ enum CONNEXITY : int {
 };
 
 /// Follows the border between an object and its background, from pixel (x, y) of the object on, and
-/// records the object's pixels in order (Moore neighbour tracing). The start should lie on that
+/// records the object's pixels in order (Moore neighbour tracing). **Paths hold coordinates of 16
+/// bits, which wrap beyond 32767; a KyVector holds them as they are.** The start should lie on that
 /// border. Steps have the codes 0 to 7: 0 goes to the right, and each following code turns
 /// counter-clockwise by 45 degrees (1 up and right, 2 up, ...); 4-connected contours have even
 /// codes only.
@@ -52,11 +53,12 @@ enum CONNEXITY : int {
 /// A KyPathVector records x and y. A KyBW8PathVector records x, y and the grey level or, when
 /// `storeSteps` is not 0, the code of the step that leads on. A KyVector records groups of three
 /// integers, x, y and that code; unless it has type 1 already it gets that type and room for 2000
-/// groups, and it grows as needed. Coordinates in paths have 16 bits and wrap beyond them.
+/// groups, and it grows as needed.
 ///
 /// The closed flag of a path tells afterwards whether the contour is closed: it is 0 after
 /// `KY_ERROR_PATH_STOPPED` (106) and when the contour was followed a second time, otherwise 1. The
-/// output is emptied first; after a failure it holds what was recorded so far. The cost follows the
+/// output is emptied first; after a failure it holds what was recorded so far. A source in the
+/// memory of the output is read before that is written. The cost follows the
 /// length of the contour. Calls may run at the same time.
 ///
 /// Errors, checked in this order: `KY_ERROR_BAD_MODE` (1009) for a mode above 5;

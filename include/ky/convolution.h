@@ -22,11 +22,11 @@
 /// - 3x3 with rectifier 2: coefficients k = trunc(256 g c), reduced to their low 16 bits; the sum
 ///   of k * pixel is shifted right by 8 and limited to 0..255. The nearest pixel stands outside the
 ///   source. Offset and outside value are not used.
-/// - 3x3 with rectifier 1, 3 or above, and 5x5 and 7x7 with rectifier 1 or above: k = trunc(32768 g
-/// c); v = (sum of k * pixel + 32768
-///   offset) >> 15, where rectifier 1 negates g and the offset. Rectifiers 1 and 2 limit v to
-///   0..255, and rectifier 3 gives min(|v|, 255). Rectifiers above 3 leave the destination as it
-///   is, and the call succeeds. The nearest pixel stands outside the source.
+/// - 3x3 with rectifier 1, 3 or above, and 5x5 and 7x7 with rectifier 1 or above: k is 32768 g c,
+///   truncated; v = (sum of k * pixel + 32768 offset) >> 15, where rectifier 1 negates g and the
+///   offset. Rectifiers 1 and 2 limit v to 0..255, and rectifier 3 gives min(|v|, 255). **With
+///   rectifiers above 3 the call succeeds and writes nothing.** The nearest pixel stands outside
+///   the source.
 /// - In place, and onto an area that overlaps the source otherwise, the result is the same.
 /// - Errors, checked in this order before the destination is written: `KY_ERROR_NO_IMAGE` (1400)
 ///   for an ROI without pixels, `KY_ERROR_SIZE_MISMATCH` (1403) for different sizes,

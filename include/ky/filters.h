@@ -19,8 +19,8 @@
 /// - A magnitude is an absolute value; magnitudes and positive parts are limited to 255. Shifts and
 ///   divisions truncate.
 /// - Border rule, one of two. "Nearest": a position outside the source has the value of the nearest
-///   pixel inside. "Zero": it has the value 0, so that along the border smoothing darkens and edge
-///   operators respond.
+///   pixel inside. "Zero": it has the value 0, **so that smoothing darkens the outermost pixels,
+///   and edge filters draw a bright frame there**: measure inside of it.
 /// - In place: with a null destination, or one that is the source's own rectangle, the source
 ///   itself is filtered. An area that overlaps the source otherwise is read before it is written.
 /// - Errors, which leave the destination as it was: `KY_ERROR_NO_IMAGE` (1400) for a source or a
@@ -28,8 +28,8 @@
 ///   `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Unless stated otherwise, the trace is the function's name
 ///   followed by the type of the pixels, as in "ImgConvolSobelX (BW8)" or "ImgConvolSobelX (C24)".
 
-/// Uniform smoothing: (14 * (sum of the 9 pixels)) >> 7. The factor 14/128 for 1/9 darkens
-/// slightly: 255 gives 251. Border: nearest.
+/// Uniform smoothing **that darkens slightly**, 255 to 251 (ImgConvolUniform does not): (14 * (sum
+/// of the 9 pixels)) >> 7, where 14/128 stands for 1/9. Border: nearest.
 KY_API KY_ERRORS ImgConvolUniform3x3(const KyROI<KyBW8>* source,
                                      KyROI<KyBW8>* destination) noexcept;
 KY_API KY_ERRORS ImgConvolUniform3x3(const KyROI<KyC24>* source,

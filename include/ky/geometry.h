@@ -9,6 +9,10 @@
 #include "ky/roi.h"
 #include "ky/status.h"
 
+/// **Affine transforms see a source up to column and row 32767, and with interpolation the last
+/// column and row of it come out as 0;** to change the size of an image take ImgResize or ImgShrink
+/// (sizes.h), which have neither limit.
+///
 /// Positions in this file are pixel indices, counted from the origin of the ROI that they belong
 /// to, x to the right and y downwards: pixel (0, 0) lies at (0, 0). Angles are in the unit of
 /// KySetAngleUnit. Sources and destinations may have different sizes. A source that shares pixels

@@ -48,15 +48,16 @@ KY_API KY_ERRORS ImgHistogram(const KyROI<KyBW8>* source, KyVector* histogram) n
 /// all modulo 2^32, of which the low 8 bits are kept; 0 everywhere when the total is 0 or all of it
 /// lies in bin 0. The table is resized to 256 elements. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303).
 /// Trace: "ImgSetupEqualize (KyBW8HistogramVector)".
-KY_API KY_ERRORS ImgSetupEqualize(KyBW8HistogramVector* histogram, KyBW8Vector* table) noexcept;
+KY_API KY_ERRORS ImgSetupEqualize(const KyBW8HistogramVector* histogram,
+                                  KyBW8Vector* table) noexcept;
 
-/// Makes the same table with 256 in place of 255, so that levels above all others in the image
-/// become 0, and without the exception for bin 0. The table becomes a vector of type 3 with 256
-/// elements unless it is one that has room for them. Errors: `KY_ERROR_VECTOR_1603` (1603) for a
-/// histogram that is not of type 2; `KY_ERROR_BAD_VECTOR_TYPE` (1601) for one without room for 256
-/// counts, or a null vector; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace: "ImgSetupEqualize
-/// (KyVector)".
-KY_API KY_ERRORS ImgSetupEqualize(KyVector* histogram, KyVector* table) noexcept;
+/// **Turns levels above all others in the image to 0**, unlike the form above: makes the same table
+/// with 256 in place of 255, and without the exception for bin 0. The table becomes a vector of
+/// type 3 with 256 elements unless it is one that has room for them. Errors: `KY_ERROR_VECTOR_1603`
+/// (1603) for a histogram that is not of type 2; `KY_ERROR_BAD_VECTOR_TYPE` (1601) for one without
+/// room for 256 counts, or a null vector; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace:
+/// "ImgSetupEqualize (KyVector)".
+KY_API KY_ERRORS ImgSetupEqualize(const KyVector* histogram, KyVector* table) noexcept;
 
 /// Equalises the source: maps it through the table of the first form, made of its own histogram,
 /// for which its mask counts. Source and destination may be the same rectangle; a source that
@@ -68,24 +69,27 @@ KY_API KY_ERRORS ImgEqualize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinati
 // Projections
 
 /// Writes the sum of each column, from left to right, to a vector that gets as many elements as the
-/// ROI has columns. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Traces: "ImgProjectOnARow (BW8
+/// ROI has columns. Sums are exact for up to 16,843,009 pixels of 8 bits a column, and 65,537 of
+/// 16. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Traces: "ImgProjectOnARow (BW8
 /// Image)", "ImgProjectOnARow (BW16 Image)", "ImgProjectOnARow (KyVector)".
 KY_API KY_ERRORS ImgProjectOnARow(const KyROI<KyBW8>* source, KyBW32Vector* sums) noexcept;
 KY_API KY_ERRORS ImgProjectOnARow(const KyROI<KyBW16>* source, KyBW32Vector* sums) noexcept;
 KY_API KY_ERRORS ImgProjectOnARow(const KyROI<KyBW8>* source, KyVector* sums) noexcept;
 
 /// Writes the sum of each row, from top to bottom, to a vector that gets as many elements as the
-/// ROI has rows. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Traces: "ImgProjectOnAColumn (BW8
-/// Image)", "ImgProjectOnAColumn (BW16 Image)", "ImgProjectOnAColumn".
+/// ROI has rows. Sums are exact for rows of up to 16,843,009 pixels of 8 bits, and 65,537 of 16.
+/// Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Traces: "ImgProjectOnAColumn (BW8 Image)",
+/// "ImgProjectOnAColumn (BW16 Image)", "ImgProjectOnAColumn".
 KY_API KY_ERRORS ImgProjectOnAColumn(const KyROI<KyBW8>* source, KyBW32Vector* sums) noexcept;
 KY_API KY_ERRORS ImgProjectOnAColumn(const KyROI<KyBW16>* source, KyBW32Vector* sums) noexcept;
 KY_API KY_ERRORS ImgProjectOnAColumn(const KyROI<KyBW8>* source, KyVector* sums) noexcept;
 
 // Analysis
 
-/// What ImgAnalyseHistogram can tell about the levels from `first` to `last`. Features 0 to 4 and 8
-/// are right only when `first` is 0: they read bins 0 to last - first instead, and report bin j as
-/// level first + j. Bins outside 0..255 count as empty.
+/// What ImgAnalyseHistogram can tell about the levels from `first` to `last`. **Features 0 to 4 and
+/// 8 are right only when `first` is 0, and the highest level is `last` itself;** ImgLevelStatistics
+/// (statistics.h) is right for any range. With another `first` they read bins 0 to last - first
+/// instead, and report bin j as level first + j. Bins outside 0..255 count as empty.
 enum IMG_HISTOGRAM_FEATURE : int {
   IMG_HISTOGRAM_MOST_FREQUENT_LEVEL = 0,   ///< of the fullest bin, the lowest of equals; 0 if none
   IMG_HISTOGRAM_MOST_FREQUENT_COUNT = 1,   ///< its count; 0 if all are empty
@@ -105,15 +109,15 @@ enum IMG_HISTOGRAM_FEATURE : int {
 /// Returns a feature of a typed histogram. Counts pass through signed 32 bits, so that 2^32 - 1
 /// becomes -1. Returns 0 on failure, and for a feature that is not in the list, which is no
 /// failure. Trace: "ImgAnalyseHistogram".
-KY_API float ImgAnalyseHistogram(KyBW8HistogramVector* histogram, IMG_HISTOGRAM_FEATURE feature,
-                                 int first, int last) noexcept;
+KY_API float ImgAnalyseHistogram(const KyBW8HistogramVector* histogram,
+                                 IMG_HISTOGRAM_FEATURE feature, int first, int last) noexcept;
 
 /// Writes a feature of a generic vector: the form with an integer result serves features 0 to 6,
 /// the one with a floating-point result 7 and 8. Any other feature leaves the result as it was, and
 /// is no failure. Errors: `KY_ERROR_VECTOR_1602` (1602) for a vector that is not of type 2;
 /// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null one, or one without room for 256 counts. Trace:
 /// "ImgAnalyseHistogram (KyVector)".
-KY_API KY_ERRORS ImgAnalyseHistogram(KyVector* histogram, int first, int last, unsigned int feature,
-                                     int& result) noexcept;
-KY_API KY_ERRORS ImgAnalyseHistogram(KyVector* histogram, int first, int last, unsigned int feature,
-                                     float& result) noexcept;
+KY_API KY_ERRORS ImgAnalyseHistogram(const KyVector* histogram, int first, int last,
+                                     unsigned int feature, int& result) noexcept;
+KY_API KY_ERRORS ImgAnalyseHistogram(const KyVector* histogram, int first, int last,
+                                     unsigned int feature, float& result) noexcept;

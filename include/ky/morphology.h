@@ -62,19 +62,20 @@ KY_API KY_ERRORS ImgCloseBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinati
 KY_API KY_ERRORS ImgCloseDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                               unsigned radius) noexcept;
 
-/// White top-hat: source - opening(source), which keeps what is bright and smaller than the
-/// element. It needs a destination of its own: in place the box form fails with
-/// `KY_ERROR_COLOR_PLANES` (1413), and the disk form gives 0 everywhere, as the source is gone when
-/// the opening is subtracted from it. Failures of the opening are traced as "ImgOpenBox" or
-/// "ImgOpenDisk" first.
+/// White top-hat, **for a destination of its own** (ImgWhiteTopHat works in place too): source -
+/// opening(source), which keeps what is bright and smaller than the element. In place the box form
+/// fails with `KY_ERROR_COLOR_PLANES` (1413), and the disk form gives 0 everywhere, as the source
+/// is gone when the opening is subtracted from it. Failures of the opening are traced as
+/// "ImgOpenBox" or "ImgOpenDisk" first.
 KY_API KY_ERRORS ImgWhiteTopHatBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                    unsigned halfWidth,
                                    unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;
 KY_API KY_ERRORS ImgWhiteTopHatDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                     unsigned radius) noexcept;
 
-/// Black top-hat: closing(source) - source, which keeps what is dark and smaller than the element.
-/// It needs a destination of its own: in place both forms give 0 everywhere. Failures of the
+/// Black top-hat, **for a destination of its own** (ImgBlackTopHat works in place too):
+/// closing(source) - source, which keeps what is dark and smaller than the element. In place both
+/// forms give 0 everywhere. Failures of the
 /// closing are traced as "ImgCloseBox" or "ImgCloseDisk" first.
 KY_API KY_ERRORS ImgBlackTopHatBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                    unsigned halfWidth,

@@ -71,10 +71,10 @@ extern template class KyVectorTemplate<KyObject>;
 /// Errors, checked in this order: `KY_ERROR_NO_IMAGE` (1400) for the source,
 /// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector, `KY_ERROR_NO_IMAGE` (1400) and
 /// `KY_ERROR_SIZE_MISMATCH` (1403) for labels that are given, and then the same for levels,
-/// `KY_ERROR_COLOR_PLANES` (1413) when the labels share memory with the source or the levels,
-/// `KY_ERROR_BAD_INTERVAL` (1007) when low > high, `KY_ERROR_UNSUPPORTED_OPERATION` (1003) for
-/// another connexity, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). After any of them, the vector and the
-/// labels are as they were. Traces: "ImgFindObjects (BW8)", "ImgFindObjects (BW1)".
+/// `KY_ERROR_COLOR_PLANES` (1413) when the labels share memory with the source, the levels or the
+/// vector, `KY_ERROR_BAD_INTERVAL` (1007) when low > high, `KY_ERROR_UNSUPPORTED_OPERATION` (1003)
+/// for another connexity, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). After any of them, the vector and
+/// the labels are as they were. Traces: "ImgFindObjects (BW8)", "ImgFindObjects (BW1)".
 KY_API KY_ERRORS ImgFindObjects(const KyROI<KyBW8>* source, KyBW8 low, KyBW8 high,
                                 CONNEXITY connexity, KyObjectsVector* objects,
                                 KyROI<KyBW32>* labels = nullptr,

@@ -20,8 +20,16 @@
 /// "ImgImageToPath (C24)", "ImgPathToImage (BW8)", "ImgPathToImage (C24)".
 KY_API KY_ERRORS ImgImageToPath(const KyROI<KyBW8>* source, KyBW8PathVector* path) noexcept;
 KY_API KY_ERRORS ImgImageToPath(const KyROI<KyC24>* source, KyC24PathVector* path) noexcept;
-KY_API KY_ERRORS ImgPathToImage(KyROI<KyBW8>* destination, KyBW8PathVector* path) noexcept;
-KY_API KY_ERRORS ImgPathToImage(KyROI<KyC24>* destination, KyC24PathVector* path) noexcept;
+KY_API KY_ERRORS ImgPathToImage(KyROI<KyBW8>* destination, const KyBW8PathVector* path) noexcept;
+KY_API KY_ERRORS ImgPathToImage(KyROI<KyC24>* destination, const KyC24PathVector* path) noexcept;
+
+/// Draws a path of bare positions, such as ImgContour finds, in one level or colour. Elements
+/// outside the ROI are skipped, and errors are as above. Traces: "ImgPathToImage (BW8, const)",
+/// "ImgPathToImage (C24, const)".
+KY_API KY_ERRORS ImgPathToImage(KyROI<KyBW8>* destination, const KyPathVector* path,
+                                KyBW8 level) noexcept;
+KY_API KY_ERRORS ImgPathToImage(KyROI<KyC24>* destination, const KyPathVector* path,
+                                KyC24 color) noexcept;
 
 /// Line segments run from (x0, y0) to (x1, y1), both included, through max(|x1 - x0|, |y1 - y0|) +
 /// 1 points, each a neighbour of the previous one (Bresenham). Let `major` be the greater and
@@ -54,11 +62,11 @@ KY_API KY_ERRORS ImgImageToLineSegment(const KyROI<KyBW16>* source, KyBW16Vector
 /// `KY_ERROR_NOT_256_ENTRIES` (1613) when the vector does not have exactly one element for each
 /// point. Traces: "ImgLineSegmentToImage (BW8, vector)", "... (BW8, const)", "... (C24, vector)",
 /// "... (C24, const)".
-KY_API KY_ERRORS ImgLineSegmentToImage(KyROI<KyBW8>* destination, KyBW8Vector* levels, int x0,
+KY_API KY_ERRORS ImgLineSegmentToImage(KyROI<KyBW8>* destination, const KyBW8Vector* levels, int x0,
                                        int y0, int x1, int y1) noexcept;
 KY_API KY_ERRORS ImgLineSegmentToImage(KyROI<KyBW8>* destination, KyBW8 level, int x0, int y0,
                                        int x1, int y1) noexcept;
-KY_API KY_ERRORS ImgLineSegmentToImage(KyROI<KyC24>* destination, KyC24Vector* colors, int x0,
+KY_API KY_ERRORS ImgLineSegmentToImage(KyROI<KyC24>* destination, const KyC24Vector* colors, int x0,
                                        int y0, int x1, int y1) noexcept;
 KY_API KY_ERRORS ImgLineSegmentToImage(KyROI<KyC24>* destination, KyC24 color, int x0, int y0,
                                        int x1, int y1) noexcept;

@@ -9,7 +9,7 @@
 #include "ky/pixels.h"
 #include "ky/typed_vector.h"
 
-/// A position, in pixels from the ROI's origin.
+/// A position, in pixels from the ROI's origin, each coordinate of 16 bits.
 struct KY_API KyPath {
   /// The position.
   std::int16_t x, y;

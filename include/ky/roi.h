@@ -9,6 +9,14 @@
 #include "ky/pixels.h"
 #include "ky/status.h"
 
+// Says that a function takes the address of its parameter n and reads nothing there, so that the
+// object may still be waiting for its constructor. The object called is number 1.
+#if __has_cpp_attribute(gnu::access)
+#define KY_ADDRESS_ONLY(n) [[gnu::access(none, n)]]
+#else
+#define KY_ADDRESS_ONLY(n)
+#endif
+
 /// A run of pixels of a mask: its first position and its length in pixels.
 struct KY_API KyMaskRun {
   int offset;  ///< of its first pixel; see KyGenericROI::SetMask
@@ -94,14 +102,13 @@ class KY_API KyGenericROI {
 
  protected:
   explicit KyGenericROI(int bitsPerPixel) noexcept : bitsPerPixel_(bitsPerPixel) {}
-  KyGenericROI(int bitsPerPixel, KyGenericROI* parent, int x, int y, int width,
-               int height) noexcept;
   void TakePlace(KyGenericROI& other) noexcept;
 
   KyGenericROI* parent_ = nullptr;
   const KyPixelBuffer* buffer_ = nullptr;  // an image's own; null in a plain ROI
   int x_ = 0, y_ = 0, width_ = 0, height_ = 0;
   int bitsPerPixel_;
+  bool fixed_ = false;  // a stand-in, which nothing changes
 
  private:
   struct Location;
@@ -125,8 +132,8 @@ class KY_API KyROI : public KyGenericROI {
   /// Makes an ROI of 0 x 0 pixels without a parent, which has no pixels.
   KyROI() noexcept;
   /// Makes a rectangle of `width` x `height` pixels whose first pixel is pixel (x, y) of the
-  /// parent.
-  KyROI(KyROI<T>* parent, int x, int y, int width, int height) noexcept;
+  /// parent. The parent's own rectangle stays as it is, and so it may be const.
+  KY_ADDRESS_ONLY(2) KyROI(const KyROI<T>* parent, int x, int y, int width, int height) noexcept;
 
   /// Moves and resizes the rectangle on its parent.
   void SetPlacement(int x, int y, int width, int height) noexcept;

@@ -15,10 +15,10 @@
 /// `KY_ERROR_NO_IMAGE` (1400) for an ROI without pixels, `KY_ERROR_SIZE_MISMATCH` (1403) for two of
 /// different sizes, `KY_ERROR_NO_PIXELS` (1051) for one of no columns or rows, in this order.
 
-/// Means and deviations. Those named ImgPixel... take N, the number of pixels, width * height,
-/// as a signed 32-bit integer. S, the sum of p, is kept modulo 2^32: means and deviations are right
-/// for images of up to 16,843,009 pixels, and wrong for larger ones that are bright enough, for
-/// which there are ImgAverage and ImgVariance. `KY_ERROR_NO_PIXELS` (1051) also when N wraps to 0.
+/// Means and deviations. **Those named ImgPixel... are right for images of up to 16,843,009 pixels;
+/// ImgAverage and ImgVariance are for images of any size.** The former keep S, the sum of p, modulo
+/// 2^32, which larger images exceed if they are bright enough, and take N, the number of pixels,
+/// width * height, as a signed 32-bit integer: `KY_ERROR_NO_PIXELS` (1051) also when N wraps to 0.
 /// Colours have their components treated as grey levels, each on its own.
 
 /// Writes the mean S / N, divided in extended precision and rounded to single. Extended precision

@@ -63,10 +63,10 @@ enum KY_ERRORS : int {
   /// ImgWarp with a packed table: there is no memory for a scratch table.
   KY_ERROR_NO_RESULT = 1301,
   /// An allocation failed: memory ran out, or a size is negative. Any call that allocates, filters
-  /// and copies of overlapping sources included.
+  /// and copies of overlapping sources included. ImgDraw, KyDraw: Cairo fails while it draws.
   KY_ERROR_NOT_ENOUGH_MEMORY = 1303,
   /// An ROI is null or has no pixels, because it has no parent or does not lie inside it. Any call
-  /// that takes an ROI or image.
+  /// that takes an ROI or image. ImgDraw, KyDraw: the context is null or in an error.
   KY_ERROR_NO_IMAGE = 1400,
   /// Two ROIs differ in size. Any call that takes several of them.
   KY_ERROR_SIZE_MISMATCH = 1403,
@@ -75,7 +75,8 @@ enum KY_ERRORS : int {
   KY_ERROR_WARP_MAP = 1405,
   /// The affine transform cannot be inverted. ImgRegister with scaling: pivots coincide.
   KY_ERROR_TRANSFORM_LIMIT = 1411,
-  /// ImgWhiteTopHatBox cannot work in place. ImgFindObjects: the labels share memory with a source.
+  /// ImgWhiteTopHatBox cannot work in place. ImgFindObjects: the labels share memory with a source
+  /// or the vector.
   KY_ERROR_COLOR_PLANES = 1413,
   /// KyPyramid::Halve: there is no level, or it cannot be halved.
   KY_ERROR_PYRAMID_HALVE = 1414,
@@ -109,7 +110,7 @@ enum KY_ERRORS : int {
   KY_ERROR_VECTOR_1608 = 1608,
   /// A vector cannot be used here. No call raises it yet.
   KY_ERROR_VECTOR_1609 = 1609,
-  /// A vector cannot be used here. No call raises it yet.
+  /// ImgComplexDiscEnergy: a vector is null, not of single 32-bit floats, or without room.
   KY_ERROR_VECTOR_1611 = 1611,
   /// A table, histogram or profile does not have the number of elements needed, which for most
   /// calls is exactly 256; ImgRecursiveAverage needs 8191, segments one for each point, and
@@ -130,7 +131,7 @@ enum KY_ERRORS : int {
   KY_ERROR_KERNEL_DATA = 1704,
   /// ImgWarp: a packed table is smaller than the destination.
   KY_ERROR_WARP_2200 = 2200,
-  /// A transform of a size that is no power of two. No call raises it yet.
+  /// ImgFastDFT: the width or the height is no power of two.
   KY_ERROR_NOT_POWER_OF_TWO = 2600,
   /// ImgOper accepts the operation, but does nothing for it with these operands.
   KY_ERROR_INTERNAL = 32767,
@@ -162,6 +163,21 @@ KY_API int KyGetTraceCount() noexcept;
 /// 0..count - 1.
 KY_API const char* KyGetTrace(int index) noexcept;
 
-/// Returns the name of a status and its meaning on one line, such as "KY_ERROR_NO_IMAGE: an ROI has
-/// no pixels"; never null.
+/// Names the parameter that the status is about, for KyGetErrorMessage, and returns the status. The
+/// pointer is kept, not the text. The name is forgotten together with the status.
+KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
+
+/// Returns the status of the calling thread as one line: the routine that failed, what the code
+/// means, and the code's name; where the code is about a parameter, the parameter's name; then the
+/// routines, if any, through which the failure passed:
+///
+///     ImgConvolGaussian: sigmaX is out of range (KY_ERROR_PARAMETER_3_OUT_OF_RANGE)
+///     ImgNormalize: an ROI is missing or has no pixels (KY_ERROR_NO_IMAGE)
+///
+/// The text is the thread's own, and stays until the thread calls this function again; never null.
+/// Long lines are cut after 255 characters; without memory for it, it is that of KyGetErrorText.
+KY_API const char* KyGetErrorMessage() noexcept;
+
+/// Returns the name of a status and its meaning on one line, such as "KY_ERROR_NO_IMAGE: an ROI is
+/// missing or has no pixels"; never null.
 KY_API const char* KyGetErrorText(KY_ERRORS error) noexcept;

@@ -10,8 +10,10 @@
 #include "ky/status.h"
 #include "ky/typed_vector.h"
 
-/// Computes the mean of the last frames of a sequence, at the cost of one addition and one
-/// subtraction a pixel. With f(t) the frames since the last reset and f(t) = f(0) for t < 0,
+/// Computes the mean of the last frames of a sequence, **up to 257 of them**, at the cost of one
+/// addition and one subtraction a pixel. Totals have 16 bits and wrap for longer periods;
+/// ImgRecursiveAverage has no such limit. With f(t) the frames since the last reset and f(t) = f(0)
+/// for t < 0,
 ///
 ///     destination = (f(t) + f(t - 1) + ... + f(t - period + 1)) / period,    rounded down.
 ///
@@ -27,9 +29,8 @@
 ///     KyMovingAverage average(4, 640, 480, 0);
 ///     average.Average(&frame, &smooth);
 ///
-/// Totals have 16 bits: they are exact up to a period of 257 and wrap for longer ones. A change of
-/// kept frames, or of their images, changes later averages. All members except GetSize clear the
-/// status first. An object serves one thread at a time.
+/// A change of kept frames, or of their images, changes later averages. All members except GetSize
+/// clear the status first. An object serves one thread at a time.
 class KY_API KyMovingAverage {
  public:
   /// Makes an object without frames, with which every average fails.
@@ -117,4 +118,4 @@ KY_API KY_ERRORS ImgSetRecursiveAverageLUT(KyBW16Vector* table, float reduction,
 /// for a table that is null or does not have 8191 elements; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303).
 /// Trace: "ImgRecursiveAverage".
 KY_API KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
-                                     KyROI<KyBW8>* destination, KyBW16Vector* table) noexcept;
+                                     KyROI<KyBW8>* destination, const KyBW16Vector* table) noexcept;

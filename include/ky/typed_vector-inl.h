@@ -3,7 +3,9 @@
 /// instantiates it: `template class KyVectorTemplate<Record>;`.
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
@@ -37,10 +39,28 @@ constexpr VectorFileHeader HeaderOf(KyBW8 signature, KyBW8 version) noexcept {
            static_cast<char>(kMagic ^ signature ^ version)}};
 }
 
+// Opens a file to be read ("rb") or replaced ("wb"); null when that is impossible. Pipes are
+// refused: nobody may ever come to their other end.
+inline std::FILE* OpenFile(const char* name, const char* mode) noexcept {
+  if (name == nullptr) return nullptr;
+  const int access = mode[0] == 'r' ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
+  constexpr int kReadAndWriteForAll = 0666;
+  const int descriptor =
+      open(name, access | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kReadAndWriteForAll);
+  if (descriptor < 0) return nullptr;
+  struct stat status;
+  // Devices wait for their data as usual.
+  const bool usable = fstat(descriptor, &status) == 0 && !S_ISFIFO(status.st_mode) &&
+                      fcntl(descriptor, F_SETFL, access & O_ACCMODE) == 0;
+  std::FILE* const file = usable ? fdopen(descriptor, mode) : nullptr;
+  if (file == nullptr) close(descriptor);
+  return file;
+}
+
 // Opens a file, gives it to `body`, and closes it whatever that returns.
 template <class Body>
 KY_ERRORS WithFile(const char* name, const char* mode, Body&& body) noexcept {
-  std::FILE* const file = name != nullptr ? std::fopen(name, mode) : nullptr;
+  std::FILE* const file = OpenFile(name, mode);
   if (file == nullptr) return KY_ERROR_FILE_OPEN;
   const KY_ERRORS error = std::forward<Body>(body)(file);
   const bool closed = std::fclose(file) == 0;
@@ -71,7 +91,7 @@ struct alignas(std::max_align_t) KyVectorTemplate<T>::Array {
 template <class T, bool kPlain>
 thread_local constinit T KyPlaceHolder<T, kPlain>::m_PlaceHolder{};
 template <class T>
-thread_local T KyPlaceHolder<T, false>::m_PlaceHolder;
+T& KyPlaceHolder<T, false>::m_PlaceHolder = T::StandIn();
 
 template <class T>
 KyVectorTemplate<T>::KyVectorTemplate(KyVectorTemplate&& other) noexcept {
@@ -139,8 +159,9 @@ void KyVectorTemplate<T>::Release(T* data, unsigned int count) noexcept {
 template <class T>
 T& KyVectorTemplate<T>::Missing() noexcept {
   ky::FailVector(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "KyVector::operator[]");
+  KyNameParameter("index");
   T& element = KyPlaceHolder<T>::m_PlaceHolder;
-  element = T();
+  if constexpr (std::is_trivially_copyable_v<T>) element = T();
   return element;
 }
 
@@ -272,32 +293,50 @@ KY_ERRORS KyVectorTemplate<T>::Serialize(std::FILE* stream, int direction,
 
 template <class T>
 KY_ERRORS KyVectorTemplate<T>::Write(std::FILE* stream) const noexcept {
-  const bool written = std::fwrite(&count_, sizeof count_, 1, stream) == 1 &&
-                       (count_ == 0 || std::fwrite(data_, sizeof(T), count_, stream) == count_);
+  bool written = std::fwrite(&count_, sizeof count_, 1, stream) == 1;
+  if constexpr (std::is_trivially_copyable_v<T>) {
+    written = written && (count_ == 0 || std::fwrite(data_, sizeof(T), count_, stream) == count_);
+  } else {
+    for (unsigned int i = 0; written && i < count_; ++i) {
+      unsigned char bytes[sizeof(T)];
+      data_[i].Store(bytes);
+      written = std::fwrite(bytes, sizeof bytes, 1, stream) == 1;
+    }
+  }
   return written ? KY_OK : KY_ERROR_FILE_WRITE;
 }
 
+// Elements come into being as they are read: the count proves nothing. Where nobody knows how much
+// a stream holds, there is room for as many more as have come already.
 template <class T>
 KY_ERRORS KyVectorTemplate<T>::Read(std::FILE* stream) noexcept {
+  constexpr unsigned kFirstRoom = 4096;
   unsigned int count;
   if (std::fread(&count, sizeof count, 1, stream) != 1) return KY_ERROR_FILE_READ;
+  const std::uint64_t left = ky::BytesLeft(stream);
+  const auto held = static_cast<unsigned>(std::min<std::uint64_t>(count, left / sizeof(T)));
   Empty();
+  KY_ERRORS error = Reserve(left == UINT64_MAX ? std::min(held, kFirstRoom) : held);
+  while (error == KY_OK && count_ < held) {
+    if (count_ == capacity_) error = Replace(count_ + std::min(count_, held - count_), count_);
+    if (error == KY_OK && !ReadMore(stream)) return KY_ERROR_FILE_READ;
+  }
+  if (error != KY_OK) Empty();
+  return error != KY_OK || held == count ? error : KY_ERROR_FILE_READ;
+}
+
+// Appends elements of the stream as far as there is room; false when it has none left.
+template <class T>
+bool KyVectorTemplate<T>::ReadMore(std::FILE* stream) noexcept {
   if constexpr (std::is_trivially_copyable_v<T>) {
-    if (const KY_ERRORS error = Reserve(count)) return error;
-    SetCount(count);
-    const bool read = count == 0 || std::fread(data_, sizeof(T), count, stream) == count;
-    return read ? KY_OK : KY_ERROR_FILE_READ;
+    const std::size_t read = std::fread(data_ + count_, sizeof(T), capacity_ - count_, stream);
+    count_ += static_cast<unsigned>(read);
+    return read > 0;
   } else {
-    // Elements come into being one by one, as they are read: the count proves nothing.
-    const auto held = static_cast<unsigned int>(
-        std::min<std::uint64_t>(count, ky::BytesLeft(stream) / sizeof(T)));
-    if (const KY_ERRORS error = Reserve(held)) return error;
-    while (count_ < held) {
-      unsigned char bytes[sizeof(T)];
-      if (std::fread(bytes, sizeof bytes, 1, stream) != 1) return KY_ERROR_FILE_READ;
-      (new (data_ + count_) T())->Restore(bytes);
-      ++count_;
-    }
-    return held == count ? KY_OK : KY_ERROR_FILE_READ;
+    unsigned char bytes[sizeof(T)];
+    if (std::fread(bytes, sizeof bytes, 1, stream) != 1) return false;
+    (new (data_ + count_) T())->Restore(bytes);
+    ++count_;
+    return true;
   }
 }

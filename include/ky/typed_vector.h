@@ -21,19 +21,19 @@ struct KyFileTypeOf {
   static constexpr KyBW8 kVersion = version;      ///< and their layout
 };
 
-/// Holds the element that stands in for elements that do not exist. It is T() whenever it is
-/// returned, and every thread has its own.
+/// Holds the element that stands in for elements that do not exist. Plain ones are T() whenever
+/// they are returned, and every thread has its own.
 template <class T, bool kPlain = std::is_trivially_copyable_v<T>>
 struct KY_API KyPlaceHolder {
   // Known to be constant, so that users of the library look for no initialiser.
   /// The thread's stand-in.
   [[gnu::tls_model("initial-exec")]] static thread_local constinit T m_PlaceHolder;
 };
-/// Does the same for elements with constructors.
+/// Does the same for images. These have one stand-in, KyImage::StandIn, which never changes.
 template <class T>
 struct KY_API KyPlaceHolder<T, false> {
-  /// The thread's stand-in.
-  [[gnu::tls_model("initial-exec")]] static thread_local T m_PlaceHolder;
+  /// The stand-in of all threads.
+  static T& m_PlaceHolder;
 };
 
 /// A growable array of elements, kept in memory exactly as in a file.
@@ -43,7 +43,7 @@ struct KY_API KyPlaceHolder<T, false> {
 ///     profile[0] = 20;
 ///     unsigned int sum = 0;
 ///     for (KyBW8 level : profile) sum += level;    // 80
-///     if (profile.Save("profile.ky") != KY_OK) std::puts(KyGetErrorText(KyGetError()));
+///     if (profile.Save("profile.ky") != KY_OK) std::puts(KyGetErrorMessage());
 ///     KyBW8Vector copy;
 ///     copy.Load("profile.ky");                     // 20 10 10 40
 ///
@@ -114,18 +114,19 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   KY_ERRORS AddElementByRef(const T& element) noexcept;
 
   /// Writes the elements to a file, which is replaced. Errors: `KY_ERROR_FILE_OPEN` (1102) when the
-  /// file cannot be opened (also for null), `KY_ERROR_FILE_WRITE` (1104) when it cannot be written,
-  /// `KY_ERROR_FILE_CLOSE` (1106) when it cannot be closed. Trace: "KyVector::Save".
+  /// file cannot be opened (also for null) or is a pipe, at which a call could wait for ever,
+  /// `KY_ERROR_FILE_WRITE` (1104) when it cannot be written, `KY_ERROR_FILE_CLOSE` (1106) when it
+  /// cannot be closed. Trace: "KyVector::Save".
   KY_ERRORS Save(const char* name) const noexcept;
 
   /// Replaces the elements by those of a file. Errors: `KY_ERROR_FILE_OPEN` (1102) when the file
-  /// cannot be opened (also for null), `KY_ERROR_FILE_READ` (1103) when it is too short,
-  /// `KY_ERROR_FILE_FORMAT` (1105) when it holds something else, `KY_ERROR_NOT_ENOUGH_MEMORY`
-  /// (1303) when memory runs out, `KY_ERROR_FILE_CLOSE` (1106) when it cannot be closed. The vector
-  /// stays as it was when the file does not even hold a number of elements, and is empty after
-  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). When the file ends too early the vector has the number of
-  /// elements that the file announces, of which the missing ones are unspecified (a vector of
-  /// images has only those that were read). Trace: "KyVector::Load".
+  /// cannot be opened (also for null) or is a pipe, `KY_ERROR_FILE_READ` (1103) when it is too
+  /// short, `KY_ERROR_FILE_FORMAT` (1105) when it holds something else,
+  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory runs out, `KY_ERROR_FILE_CLOSE` (1106) when it
+  /// cannot be closed. The vector stays as it was when the file does not even hold a number of
+  /// elements, and is empty after `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). When the file ends before
+  /// the number of elements that it announces, the vector holds those that were read; memory is
+  /// never allocated for elements that the file cannot hold. Trace: "KyVector::Load".
   KY_ERRORS Load(const char* name) noexcept;
 
   /// Writes the part of a file after its first four bytes to an open stream (any `direction` other
@@ -152,6 +153,7 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   KY_ERRORS Append(T&& element, const char* name) noexcept;
   KY_ERRORS Write(std::FILE* stream) const noexcept;
   KY_ERRORS Read(std::FILE* stream) noexcept;
+  bool ReadMore(std::FILE* stream) noexcept;
 
   unsigned int count_ = 0;
   unsigned int capacity_ = 0;

@@ -23,15 +23,15 @@
 /// `KY_ERROR_VECTOR_1602` (1602) when those of the second vector differ;
 /// `KY_ERROR_PARAMETER_OUT_OF_RANGE` (1010) unless 0 <= first <= last and both vectors reach that
 /// far, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace: "ImgVect1c2".
-KY_API KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, int constant,
+KY_API KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, const KyVector* vector, int constant,
                             KyVector* result, int first, int last) noexcept;
 
 /// Always fails, as there are no operations with floating-point constants. Errors:
 /// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector, `KY_ERROR_VECTOR_DATA_TYPE` (1605) for one
 /// of floating-point elements (data type 4), `KY_ERROR_VECTOR_1606` (1606) for any other. Trace:
 /// "ImgVect1c2".
-KY_API KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, double constant,
-                            KyVector* result) noexcept;
+KY_API KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, const KyVector* vector,
+                            double constant, KyVector* result) noexcept;
 
 /// Finds the least and the greatest of the first elements of a vector's groups, which are integers
 /// of any size, and with the second form also the numbers of the first groups that have them.
@@ -40,9 +40,9 @@ KY_API KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, 
 /// `KY_ERROR_VECTOR_1604` (1604) for a vector without groups; `KY_ERROR_VECTOR_DATA_TYPE` (1605)
 /// and `KY_ERROR_VECTOR_1606` (1606) for a data size and a data type that are not those of
 /// integers. Trace: "ImgGetVectExtremes".
-KY_API KY_ERRORS ImgGetVectExtremes(KyVector* vector, int& minimum, int& maximum) noexcept;
-KY_API KY_ERRORS ImgGetVectExtremes(KyVector* vector, int& minimum, int& maximum, int& whereMinimum,
-                                    int& whereMaximum) noexcept;
+KY_API KY_ERRORS ImgGetVectExtremes(const KyVector* vector, int& minimum, int& maximum) noexcept;
+KY_API KY_ERRORS ImgGetVectExtremes(const KyVector* vector, int& minimum, int& maximum,
+                                    int& whereMinimum, int& whereMaximum) noexcept;
 
 /// Moves the groups of a vector: group i goes to place i + `positions`, up with a positive and down
 /// with a negative number. Groups that would leave the vector are lost, places that no group comes
@@ -74,4 +74,5 @@ KY_API KY_ERRORS ImgVectDataShift(KyVector* vector, int positions) noexcept;
 /// `KY_ERROR_KERNEL_1701` (1701) for a kernel of several rows and columns;
 /// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null result; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace:
 /// "ImgConvolVect".
-KY_API KY_ERRORS ImgConvolVect(KyVector* source, const KyKernel* kernel, KyVector* result) noexcept;
+KY_API KY_ERRORS ImgConvolVect(const KyVector* source, const KyKernel* kernel,
+                               KyVector* result) noexcept;

@@ -37,7 +37,7 @@ KY_API KY_ERRORS ImgLineSegToVect(const KyROI<KyBW8>* source, KyVector* vector, 
 /// `KY_ERROR_BAD_VECTOR_TYPE` (1601) when it has no data; `KY_ERROR_NO_IMAGE` (1400) for a null
 /// destination; `KY_ERROR_BAD_INTERVAL` (1007) when the first or the last group is out of bounds;
 /// `KY_ERROR_NO_IMAGE` (1400) for a destination without pixels. Trace: "ImgVectToLineSeg".
-KY_API KY_ERRORS ImgVectToLineSeg(KyVector* vector, KyROI<KyBW8>* destination) noexcept;
+KY_API KY_ERRORS ImgVectToLineSeg(const KyVector* vector, KyROI<KyBW8>* destination) noexcept;
 
 /// Writes the levels of a vector of type 4 likewise, but to the points of a segment; the positions
 /// in the groups are ignored.
@@ -49,5 +49,5 @@ KY_API KY_ERRORS ImgVectToLineSeg(KyVector* vector, KyROI<KyBW8>* destination) n
 /// `KY_ERROR_VECTOR_1602` (1602) unless it has type 4 in groups of three, and as many groups as
 /// there are points; `KY_ERROR_BAD_VECTOR_TYPE` (1601) when it has no data or the destination has
 /// no pixels. Trace: "ImgVectToLineSeg".
-KY_API KY_ERRORS ImgVectToLineSeg(KyVector* vector, int x0, int y0, int x1, int y1,
+KY_API KY_ERRORS ImgVectToLineSeg(const KyVector* vector, int x0, int y0, int x1, int y1,
                                   KyROI<KyBW8>* destination) noexcept;

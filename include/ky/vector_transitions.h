@@ -46,7 +46,7 @@ KY_API KY_ERRORS ImgTransitionScan(TRANS_SCAN_EDGE edge, const KyROI<KyBW8>* sou
 /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303); `KY_ERROR_VECTOR_1608` (1608) when there are more
 /// transitions than there is room for, of which none is counted then. Trace:
 /// "ImgGetVectTransition".
-KY_API KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions,
+KY_API KY_ERRORS ImgGetVectTransition(const KyVector* vector, KyVector* transitions,
                                       int threshold) noexcept;
-KY_API KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions,
+KY_API KY_ERRORS ImgGetVectTransition(const KyVector* vector, KyVector* transitions,
                                       unsigned int threshold) noexcept;

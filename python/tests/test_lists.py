@@ -6,6 +6,8 @@ import re
 import subprocess
 from pathlib import Path
 
+import pytest
+
 import ky
 
 ROOT = Path(__file__).parents[2]
@@ -22,11 +24,11 @@ def snake(name):
     return special.get(name, words)
 
 
-def exported():
-    """The names of the functions that the libraries in this process export."""
+def exported(*names):
+    """The names of the functions that the libraries, which this process has loaded, export."""
     maps = Path("/proc/self/maps").read_text()
-    libraries = set(re.findall(r"\S*/libky(?:base|color|image)\.so\S*", maps))
-    assert len(libraries) == 3
+    libraries = set(re.findall(rf"\S*/libky(?:{'|'.join(names)})\.so\S*", maps))
+    assert len(libraries) == len(names)
     symbols = "".join(
         subprocess.run(["nm", "-DC", "--defined-only", library], check=True, capture_output=True,
                        text=True).stdout for library in libraries)
@@ -34,7 +36,7 @@ def exported():
 
 
 def test_every_exported_function_is_there():
-    names = exported()
+    names = exported("base", "color", "image")
     assert len(names) > 170
     assert sorted(name for name in names if not callable(getattr(ky, snake(name), None))) == []
     # And none that is not exported.
@@ -42,8 +44,20 @@ def test_every_exported_function_is_there():
     assert functions == {snake(name) for name in names}
 
 
+@pytest.mark.parametrize("library", ["frequency", "drawing"])
+def test_optional_libraries(library):
+    module = pytest.importorskip(f"ky.{library}")
+    functions = {n for n, f in vars(module).items() if inspect.isbuiltin(f)}
+    assert functions == {snake(name) for name in exported(library)} != set()
+    stub = ast.parse(Path(module.__file__).with_suffix(".pyi").read_text())
+    assert functions == {n.name for n in stub.body if isinstance(n, ast.FunctionDef)}
+    for name in functions:
+        assert getattr(module, name).__module__ == f"ky.{library}"
+
+
 def test_every_call_of_the_registry_is_there():
-    text = "".join(path.read_text() for path in (ROOT / "tests/registry").glob("*.inc"))
+    text = "".join(path.read_text() for path in (ROOT / "tests/registry").glob("*.inc")
+                   if path.stem not in ("frequency", "drawing"))
     calls = re.findall(r"^KY_(?:CALL|UTILITY)\((\w+)", text, re.M)
     assert len(set(calls)) > 170
     assert all(callable(getattr(ky, snake(name))) for name in calls)

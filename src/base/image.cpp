@@ -21,7 +21,7 @@ std::int64_t RowBytes(int width, int bitsPerPixel) noexcept {
 // Zeroed memory for rows of `pitch` bytes and the spare row; no pixels when it cannot be had.
 KyPixelBuffer AllocateRows(std::int64_t pitch, int width, int height) noexcept {
   if (width < 0 || height < 0 || pitch > INT_MAX) return {};
-  const std::int64_t bytes = pitch * (std::int64_t{height} + 1);
+  const std::int64_t bytes = ky::ImageBytes(pitch, height);
   if (bytes > PTRDIFF_MAX / 2) return {};
   void* const memory = ::operator new(static_cast<std::size_t>(bytes), kAlignment, std::nothrow);
   if (memory == nullptr) return {};
@@ -65,10 +65,12 @@ KyImage<T>::KyImage(KyImage&& other) noexcept : KyImage() {
 
 template <class T>
 KyImage<T>& KyImage<T>::operator=(KyImage&& other) noexcept {
-  if (this == &other) return *this;
+  if (this == &other || this->fixed_) return *this;
+  KyImage empty;
+  KyImage& from = other.fixed_ ? empty : other;
   Free(own_);
-  own_ = std::exchange(other.own_, {});
-  this->TakePlace(other);
+  own_ = std::exchange(from.own_, {});
+  this->TakePlace(from);
   return *this;
 }
 
@@ -81,7 +83,8 @@ template <class T>
 void KyImage<T>::SetSize(int width, int height) noexcept {
   KyOk();
   if (width == 0 && height == 0) return Adopt({});
-  const KyPixelBuffer buffer = Allocate(width, height, this->bitsPerPixel_);
+  const KyPixelBuffer buffer =
+      this->fixed_ ? KyPixelBuffer() : Allocate(width, height, this->bitsPerPixel_);
   if (buffer.pixels == nullptr) return KySetError(KY_ERROR_NOT_ENOUGH_MEMORY);
   Adopt(buffer);
 }
@@ -99,11 +102,12 @@ KY_ERRORS KyImage<T>::Attach(Memory* pixels, int width, int height, int pitch) n
     constexpr int kAligned = alignof(Memory);
     const auto address = reinterpret_cast<std::uintptr_t>(pixels);
     if (pixels == nullptr || address % kAligned != 0 || Owns(own_, address))
-      return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (width < 0) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
-    if (height < 0) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "pixels");
+    if (width < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "width");
+    if (height < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "height");
     if (pitch < RowBytes(width, this->bitsPerPixel_) || pitch % kAligned != 0)
-      return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
+      return ky::OutOfRange(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, "pitch");
+    if (this->fixed_) return KY_ERROR_NOT_ENOUGH_MEMORY;
     Adopt({reinterpret_cast<KyBW8*>(pixels), nullptr, pitch, width, height});
     return KY_OK;
   });
@@ -113,6 +117,7 @@ template <class T>
 KY_ERRORS KyImage<T>::CopyFrom(const KyImage& other) noexcept {
   return ky::Call("KyImage::CopyFrom", [&] {
     if (this == &other) return KY_OK;
+    if (this->fixed_) return KY_ERROR_NOT_ENOUGH_MEMORY;
     KyImage copy;
     const KyPixelBuffer& from = other.own_;
     if (from.pixels != nullptr) {
@@ -150,9 +155,31 @@ void KyImage<T>::Restore(const void* object) noexcept {
   this->SetPlacement(x, y, width, height);
 }
 
+template <class T>
+void KyImage<T>::Store(void* object) const noexcept {
+  std::memset(object, 0, sizeof *this);
+  for (const int* const field : {&this->x_, &this->y_, &this->width_, &this->height_}) {
+    const auto offset = reinterpret_cast<const char*>(field) - reinterpret_cast<const char*>(this);
+    std::memcpy(static_cast<char*>(object) + offset, field, sizeof *field);
+  }
+}
+
+template <class T>
+KyImage<T>& KyImage<T>::StandIn() noexcept {
+  // Never destroyed: the last threads may still ask for it.
+  alignas(KyImage) static unsigned char memory[sizeof(KyImage)];
+  static KyImage* const image = [] {
+    auto* const made = new (memory) KyImage();
+    made->fixed_ = true;
+    return made;
+  }();
+  return *image;
+}
+
 // Replaces the buffer, and makes the image cover the new one.
 template <class T>
 void KyImage<T>::Adopt(const KyPixelBuffer& buffer) noexcept {
+  if (this->fixed_) return;
   Free(own_);
   own_ = buffer;
   this->SetPlacement(0, 0, buffer.width, buffer.height);

@@ -25,10 +25,6 @@ KyBW8* ByteOf(const KyPixelBuffer& buffer, std::int64_t x, std::int64_t y, int b
 
 }  // namespace
 
-KyGenericROI::KyGenericROI(int bitsPerPixel, KyGenericROI* parent, int x, int y, int width,
-                           int height) noexcept
-    : parent_(parent), x_(x), y_(y), width_(width), height_(height), bitsPerPixel_(bitsPerPixel) {}
-
 KyGenericROI::~KyGenericROI() { delete[] mask_; }
 
 // Takes over the other's rectangle and mask; what they lie on is the business of the derived class.
@@ -77,6 +73,7 @@ void KyGenericROI::CheckSameSize(const KyGenericROI* other) const noexcept {
 }
 
 void KyGenericROI::SetSize(int width, int height) noexcept {
+  if (fixed_) return;
   width_ = width;
   height_ = height;
 }
@@ -132,7 +129,9 @@ int KyGenericROI::GetBitOffset(int x, int y) const noexcept {
 
 KY_ERRORS KyGenericROI::SetMask(const KyMaskRun* runs, unsigned count, bool absolute) noexcept {
   return ky::Call("KyGenericROI::SetMask", [&] {
-    if (runs == nullptr && count > 0) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (runs == nullptr && count > 0)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "runs");
+    if (fixed_) return KY_ERROR_NOT_ENOUGH_MEMORY;
     KyMaskRun* const copy = new (std::nothrow) KyMaskRun[std::max(count, 1u)];
     if (copy == nullptr) return KY_ERROR_NOT_ENOUGH_MEMORY;
     std::copy_n(runs, count, copy);
@@ -145,6 +144,7 @@ KY_ERRORS KyGenericROI::SetMask(const KyMaskRun* runs, unsigned count, bool abso
 }
 
 void KyGenericROI::ClearMask() noexcept {
+  if (fixed_) return;
   delete[] mask_;
   mask_ = nullptr;
   maskCount_ = 0;
@@ -155,11 +155,14 @@ template <class T>
 KyROI<T>::KyROI() noexcept : KyGenericROI(KyPixelTraits<T>::kBits) {}
 
 template <class T>
-KyROI<T>::KyROI(KyROI<T>* parent, int x, int y, int width, int height) noexcept
-    : KyGenericROI(KyPixelTraits<T>::kBits, parent, x, y, width, height) {}
+KyROI<T>::KyROI(const KyROI<T>* parent, int x, int y, int width, int height) noexcept : KyROI() {
+  parent_ = const_cast<KyROI<T>*>(parent);  // as GetParent returns it
+  SetPlacement(x, y, width, height);
+}
 
 template <class T>
 void KyROI<T>::SetPlacement(int x, int y, int width, int height) noexcept {
+  if (this->fixed_) return;
   x_ = x;
   y_ = y;
   width_ = width;
@@ -173,9 +176,9 @@ KyBW8* KyROI<T>::Address(int x, int y) const noexcept {
   if (address == nullptr)
     KySetError(KY_ERROR_NO_IMAGE);
   else if (x < 0 || x >= width_)
-    KySetError(KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
+    ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "x");
   else if (y < 0 || y >= height_)
-    KySetError(KY_ERROR_PARAMETER_2_OUT_OF_RANGE);
+    ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "y");
   else
     return static_cast<KyBW8*>(GetPixelPtr(x, y));
   return nullptr;

@@ -41,9 +41,10 @@ KyVector::~KyVector() { ::operator delete(data_); }
 
 KY_ERRORS KyVector::SetType(int vectType, int maxGroups, int groupLength) noexcept {
   return ky::Call("KyVector::SetType", [&] {
-    if (vectType < 1 || vectType > 4) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (maxGroups < 0) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
-    if (groupLength < 0) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+    if (vectType < 1 || vectType > 4)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "vectType");
+    if (maxGroups < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "maxGroups");
+    if (groupLength < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "groupLength");
     const TypeDescription& type = kTypes[vectType - 1];
     return Restructure(vectType, type.dataSize, maxGroups,
                        groupLength == 0 ? type.groupLength : groupLength, type.dataType);
@@ -53,11 +54,12 @@ KY_ERRORS KyVector::SetType(int vectType, int maxGroups, int groupLength) noexce
 KY_ERRORS KyVector::SetStructure(int dataSize, int maxGroups, int groupLength,
                                  int dataType) noexcept {
   return ky::Call("KyVector::SetStructure", [&] {
-    if (dataSize != 2 && dataSize != 4 && dataSize != 8) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (maxGroups < 0) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
-    if (groupLength < 1) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+    if (dataSize != 2 && dataSize != 4 && dataSize != 8)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "dataSize");
+    if (maxGroups < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "maxGroups");
+    if (groupLength < 1) return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "groupLength");
     if (dataType != 1 && dataType != 2 && !(dataType == 4 && dataSize == 8))
-      return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
+      return ky::OutOfRange(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, "dataType");
     return Restructure(0, dataSize, maxGroups, groupLength, dataType);
   });
 }
@@ -89,7 +91,8 @@ KY_ERRORS KyVector::Restructure(int vectType, int dataSize, int maxGroups, int g
 
 KY_ERRORS KyVector::SetNbGroup(int count) noexcept {
   return ky::Call("KyVector::SetNbGroup", [&] {
-    if (count < 0 || count > nbMaxGroup_) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (count < 0 || count > nbMaxGroup_)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "count");
     nbGroup_ = count;
     return KY_OK;
   });
@@ -97,7 +100,7 @@ KY_ERRORS KyVector::SetNbGroup(int count) noexcept {
 
 KY_ERRORS KyVector::Reallocate(int bytes) noexcept {
   return ky::Call("KyVector::Reallocate", [&] {
-    if (bytes < 0) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (bytes < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "bytes");
     const std::int64_t groupBytes = std::int64_t{groupLength_} * (dataSize_ / 2);
     void* data = nullptr;
     if (bytes >= groupBytes) {

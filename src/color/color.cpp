@@ -9,7 +9,8 @@
 namespace {
 
 KY_ERRORS CheckComponent(int component) noexcept {
-  return component < 0 || component > 2 ? KY_ERROR_PARAMETER_1_OUT_OF_RANGE : KY_OK;
+  if (component >= 0 && component <= 2) return KY_OK;
+  return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "component");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "contour/tracer.h"
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 
 namespace {
@@ -39,8 +40,9 @@ constexpr ObjectLevels LevelsOf(CONTOUR_THRESHOLD sense, unsigned threshold) {
   return {kHighest + 1, 0};  // no level at all
 }
 
-// What a contour is recorded in. `Open` empties it, `Add` appends a pixel, `Close` makes the number
-// of pixels known, and leaves the trace alone when a failure of Add has done that before.
+// What a contour is recorded in. `Array` is its memory. `Open` empties it, `Add` appends a pixel,
+// `Close` makes the number of pixels known, and leaves the trace alone when a failure of Add has
+// done that before.
 
 KyPath ElementOf(const KyPath*, Point at, unsigned) {
   return {static_cast<std::int16_t>(at.x), static_cast<std::int16_t>(at.y)};
@@ -58,6 +60,9 @@ class PathOutput {
 
   void SetClosed(bool closed) noexcept {
     if (path_ != nullptr) path_->SetClosed(closed ? 1 : 0);
+  }
+  ky::Rows<const KyBW8> Array() const noexcept {
+    return path_ != nullptr ? ky::ArrayOf(*path_) : ky::Rows<const KyBW8>();
   }
   KY_ERRORS Open(const ky::Rows<const KyBW8>&) noexcept {
     if (path_ == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
@@ -99,6 +104,9 @@ class GroupOutput {
   explicit GroupOutput(KyVector* vector) noexcept : vector_(vector) {}
 
   void SetClosed(bool) noexcept {}
+  ky::Rows<const KyBW8> Array() const noexcept {
+    return vector_ != nullptr ? ky::ArrayOf(*vector_) : ky::Rows<const KyBW8>();
+  }
   KY_ERRORS Open(const ky::Rows<const KyBW8>& rows) noexcept {
     constexpr int kType = 1, kFirstGroups = 2000;
     if (vector_ == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
@@ -156,16 +164,22 @@ KY_ERRORS Contour(const char* name, const KyROI<KyBW8>* source, CONTOUR_MODE con
     if (static_cast<unsigned>(contourMode) >= std::size(kModes)) return KY_ERROR_BAD_MODE;
     const Mode mode = kModes[contourMode];
     Point at = {x, y};
-    const auto follow = [&](Turning turning) {
+    ky::Input<KyBW8> in;
+    const auto open = [&] {
       ky::Rows<const KyBW8> rows;
       if (const KY_ERRORS error = ky::Open(source, rows)) return error;
-      if (const KY_ERRORS error = output.Open(rows)) return error;
-      const Tracer tracer(rows, LevelsOf(sense, threshold), connexity, turning, mode.stopsAtBorder);
+      return in.OpenApart(rows, output.Array()) ? KY_OK : KY_ERROR_NOT_ENOUGH_MEMORY;
+    };
+    const auto follow = [&](Turning turning) {
+      if (const KY_ERRORS error = output.Open(in.rows())) return error;
+      const Tracer tracer(in.rows(), LevelsOf(sense, threshold), connexity, turning,
+                          mode.stopsAtBorder);
       const KY_ERRORS error = tracer.Follow(at, output);
       output.Close();
       return error;
     };
-    const KY_ERRORS error = follow(mode.turning);
+    KY_ERRORS error = open();
+    if (error == KY_OK) error = follow(mode.turning);
     const bool stopped = error == KY_ERROR_PATH_STOPPED;
     output.SetClosed(!stopped);
     return stopped && mode.bothWays ? follow(Opposite(mode.turning)) : error;

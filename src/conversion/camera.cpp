@@ -29,7 +29,7 @@ KY_ERRORS Unpack(const void* pixels, int pitch, KY_PACKED_FORMAT format, KyROI<T
     const ptrdiff_t bytes = format == KY_PACKED_MONO10P   ? (out.width * 10 + 7) / 8
                             : format == KY_PACKED_MONO12P ? (out.width * 12 + 7) / 8
                                                           : (out.width + 1) / 2 * 3;
-    if (pitch < bytes) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (pitch < bytes) return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "pitch");
     const Rows<const std::uint8_t> packed = {static_cast<const std::uint8_t*>(pixels), pitch, bytes,
                                              out.height};
     ky::Input<std::uint8_t> input;

@@ -17,7 +17,7 @@ template <class A, class B>
 KY_ERRORS Shift(const char* name, const KyROI<A>* source, KyROI<B>* destination, unsigned shift,
                 unsigned most, ky::MapKernel<B, A, int> ConvertKernels::*kernel) noexcept {
   return ky::CallOn(name, source, destination, [&](const auto& in, const auto& out) {
-    if (shift > most) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (shift > most) return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "shift");
     return ky::MapRows(ky::ChooseConvertKernels().*kernel, out, ky::FromRows(in),
                        ky::FromParameters(static_cast<int>(shift)));
   });

@@ -196,7 +196,9 @@ void DeviationRow(KyBW8* out, size_t n, const WindowSums& sums, const WindowSums
         const auto area = hn::PromoteTo(df, hn::LoadU(d, areas.area[phase] + i));
         const auto variance =
             hn::Add(hn::Sub(hn::Mul(area, square), hn::Mul(sum, sum)), hn::Set(df, 0.125));
-        const auto root = hn::Mul(hn::Sqrt(variance), hn::LoadU(df, areas.precise[phase] + i));
+        // What lies beyond the end of the row may be negative.
+        const auto root = hn::Mul(hn::Sqrt(hn::Max(variance, hn::Zero(df))),
+                                  hn::LoadU(df, areas.precise[phase] + i));
         return hn::DemoteTo(d, hn::Add(root, hn::Set(df, 0.5)));
       },
       out, n);

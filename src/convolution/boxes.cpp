@@ -113,8 +113,10 @@ KY_ERRORS OverBoxes(const char* name, const KyROI<Pixel>* source, const KyROI<Pi
     auto* const written = const_cast<KyROI<Pixel>*>(destination);
     if (const KY_ERRORS error = OpenAll(source, job.in, written, job.out)) return error;
     if (halfHeight == KY_HALF_HEIGHT_AS_WIDTH) halfHeight = halfWidth;
-    if (halfWidth > kMostHalf) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (halfHeight > kMostHalf) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (halfWidth > kMostHalf)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "halfWidth");
+    if (halfHeight > kMostHalf)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "halfHeight");
     if (job.out.Empty()) return KY_OK;
     job.planes = static_cast<int>(sizeof(Pixel));
     job.box = {halfWidth, halfHeight};

@@ -15,12 +15,13 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-// Limit, for lanes of 16 and of 32 bits.
-template <bool kMagnitude, class D, class V>
-HWY_INLINE V Limit(D d, V v) {
-  const V most = hn::Set(d, 255);
-  if (kMagnitude) return hn::Min(hn::Abs(hn::Max(v, hn::Neg(most))), most);
-  return hn::Min(hn::Max(v, hn::Zero(d)), most);
+// What Limit cuts off first.
+HWY_INLINE int16_t Lowest(const FixedKernel& kernel) { return kernel.magnitude ? -255 : 0; }
+
+// Limit, for lanes of 16 and of 32 bits: the modulus changes nothing where `lowest` is 0.
+template <class D, class V>
+HWY_INLINE V Limit(D d, V v, V lowest) {
+  return hn::Min(hn::Abs(hn::Max(v, lowest)), hn::Set(d, 255));
 }
 
 // 3x3 in 16 bits: the sums of both phases.
@@ -89,22 +90,23 @@ template <int kStep>
 using Weights8 = Weights16<kStep>;
 #endif
 
-template <class Weights, bool kUnsigned, bool kMagnitude>
+template <class Weights, bool kUnsigned>
 struct Narrow : WindowOp<1> {
   Weights weights;
-  V16 offset;
+  V16 offset, lowest;
   int shift;
 
   HWY_INLINE explicit Narrow(const FixedKernel& kernel)
       : weights(kernel),
         offset(hn::Set(D16(), static_cast<int16_t>(kernel.offset))),
+        lowest(hn::Set(D16(), Lowest(kernel))),
         shift(kernel.shift) {}
   template <class D, class At>
   HWY_INLINE hn::Vec<D> operator()(D, const At& at) const {
     const D16 d16;
     V16 sums[kPhases];
     weights.Sum(at, sums);
-    for (V16& sum : sums) sum = Limit<kMagnitude>(d16, hn::SaturatedAdd(Shifted(sum), offset));
+    for (V16& sum : sums) sum = Limit(d16, hn::SaturatedAdd(Shifted(sum), offset), lowest);
     return JoinPhases(sums);
   }
   HWY_INLINE V16 Shifted(V16 sum) const {
@@ -113,23 +115,16 @@ struct Narrow : WindowOp<1> {
     return hn::BitCast(D16(), hn::ShiftRightSame(hn::BitCast(unsigned16, sum), shift));
   }
 };
-template <int kStep, class Op>
-void MapOf(const Op& op, Rows<KyBW8> out, const KyBW8* const* rows) {
-  MapWindows<Op, kStep>(op, out, rows);
-}
-
 template <template <int> class Weights, bool kUnsigned, int kStep>
 void NarrowRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows,
                 const Layout&) {
-  if (kernel.magnitude)
-    MapOf<kStep>(Narrow<Weights<kStep>, kUnsigned, true>(kernel), out, rows);
-  else
-    MapOf<kStep>(Narrow<Weights<kStep>, kUnsigned, false>(kernel), out, rows);
+  using Op = Narrow<Weights<kStep>, kUnsigned>;
+  MapWindows<Op, kStep>(Op(kernel), out, rows);
 }
 
 #if HWY_TARGET == HWY_SCALAR
 
-template <int kRadius, bool kSplit, bool kMagnitude, int kStep>
+template <int kRadius, bool kSplit, int kStep>
 struct Paired : WindowOp<kRadius> {
   const FixedKernel& kernel;
 
@@ -142,11 +137,11 @@ struct Paired : WindowOp<kRadius> {
       for (int right = -kRadius; right <= kRadius; ++right)
         sum = hn::Add(sum, hn::Mul(hn::PromoteTo(d32, at(right, down)), hn::Set(d32, *weight++)));
     const V32 v = hn::Add(hn::ShiftRightSame(sum, kernel.shift), hn::Set(d32, kernel.offset));
-    return hn::DemoteTo(d, Limit<kMagnitude>(d32, v));
+    return hn::DemoteTo(d, Limit(d32, v, hn::Set(d32, Lowest(kernel))));
   }
 };
-template <int kRadius, bool kSplit, bool kMagnitude, int kStep>
-using Symmetric = Paired<kRadius, kSplit, kMagnitude, kStep>;
+template <int kRadius, bool kSplit, int kStep>
+using Symmetric = Paired<kRadius, kSplit, kStep>;
 
 #else
 
@@ -166,17 +161,16 @@ struct Sum {
 
 // The levels of two vectors of sums, in 16 bits: those of `a` in the lower half of each block of
 // 128 bits, those of `b` in the upper half.
-template <bool kMagnitude>
 HWY_INLINE V16 Levels(const FixedKernel& kernel, V32 a, V32 b) {
   const D16 d16;
   const V16 v = hn::ReorderDemote2To(d16, hn::ShiftRightSame(a, kernel.shift),
                                      hn::ShiftRightSame(b, kernel.shift));
   const V16 offset = hn::Set(d16, static_cast<int16_t>(kernel.offset));
-  return Limit<kMagnitude>(d16, hn::SaturatedAdd(v, offset));
+  return Limit(d16, hn::SaturatedAdd(v, offset), hn::Set(d16, Lowest(kernel)));
 }
 
 // Every fourth place has its sums in one vector of 32-bit lanes: four quarters.
-template <int kRadius, bool kSplit, bool kMagnitude, int kStep>
+template <int kRadius, bool kSplit, int kStep>
 struct Paired : WindowOp<kRadius> {
   const FixedKernel& kernel;
 
@@ -197,8 +191,8 @@ struct Paired : WindowOp<kRadius> {
       }
       pair += kRadius + 2;
     }
-    const V16 even = Levels<kMagnitude>(kernel, sums[0].All(), sums[2].All());
-    const V16 odd = Levels<kMagnitude>(kernel, sums[1].All(), sums[3].All());
+    const V16 even = Levels(kernel, sums[0].All(), sums[2].All());
+    const V16 odd = Levels(kernel, sums[1].All(), sums[3].All());
     const V16 phases[] = {even, odd};
     // Places 0 and 1 of the four quarters, then 2 and 3.
     HWY_ALIGN static constexpr uint8_t kOrder[16] = {0, 1, 8,  9,  2, 3, 10, 11,
@@ -209,8 +203,8 @@ struct Paired : WindowOp<kRadius> {
 
 // The same for the components of colours, where neighbours do not lie side by side: the taps in the
 // order of the weights, in pairs of bytes that are put together first.
-template <int kRadius, bool kSplit, bool kMagnitude>
-struct Paired<kRadius, kSplit, kMagnitude, 3> : WindowOp<kRadius> {
+template <int kRadius, bool kSplit>
+struct Paired<kRadius, kSplit, 3> : WindowOp<kRadius> {
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -235,8 +229,8 @@ struct Paired<kRadius, kSplit, kMagnitude, 3> : WindowOp<kRadius> {
       sums[2].Add(hn::BitCast(d16, hn::InterleaveLower(d, upper, zero)), kernel, pair);
       sums[3].Add(hn::BitCast(d16, hn::InterleaveUpper(d, upper, zero)), kernel, pair);
     });
-    const V16 halves[] = {Levels<kMagnitude>(kernel, sums[0].All(), sums[1].All()),
-                          Levels<kMagnitude>(kernel, sums[2].All(), sums[3].All())};
+    const V16 halves[] = {Levels(kernel, sums[0].All(), sums[1].All()),
+                          Levels(kernel, sums[2].All(), sums[3].All())};
     // The places of either half of a block.
     HWY_ALIGN static constexpr uint8_t kOrder[16] = {0, 2, 4, 6, 8, 10, 12, 14,
                                                      1, 3, 5, 7, 9, 11, 13, 15};
@@ -245,7 +239,7 @@ struct Paired<kRadius, kSplit, kMagnitude, 3> : WindowOp<kRadius> {
 };
 
 // Pixels that share a weight are added up first.
-template <int kRadius, bool kSplit, bool kMagnitude, int kStep>
+template <int kRadius, bool kSplit, int kStep>
 struct Symmetric : WindowOp<kRadius> {
   const FixedKernel& kernel;
 
@@ -279,7 +273,7 @@ struct Symmetric : WindowOp<kRadius> {
         lower.Add(hn::InterleaveLower(d16, sets[2 * i], sets[2 * i + 1]), kernel, i);
         upper.Add(hn::InterleaveUpper(d16, sets[2 * i], sets[2 * i + 1]), kernel, i);
       }
-      phases[p] = Levels<kMagnitude>(kernel, lower.All(), upper.All());
+      phases[p] = Levels(kernel, lower.All(), upper.All());
     }
     return JoinPhases(phases);
   }
@@ -288,7 +282,7 @@ struct Symmetric : WindowOp<kRadius> {
 // The same for 3 x 3 pixels: pairs are of what a row adds to the results around it, its ends
 // together and its middle. The row of the result weighs them as edges and centre, the others as
 // corners and edge.
-template <bool kSplit, bool kMagnitude>
+template <bool kSplit>
 struct Symmetric3x3 : WindowOp<1> {
   const FixedKernel& kernel;
 
@@ -305,30 +299,23 @@ struct Symmetric3x3 : WindowOp<1> {
     lower.Add(own.lower, kernel, 1);
     upper.Add(hn::Add(above.upper, below.upper), kernel, 0);
     upper.Add(own.upper, kernel, 1);
-    return Levels<kMagnitude>(kernel, lower.All(), upper.All());
+    return Levels(kernel, lower.All(), upper.All());
   }
 };
 
 #endif
 
-template <template <int, bool, bool, int> class Op, int kRadius, bool kSplit, int kStep>
+template <template <int, bool, int> class Op, int kRadius, bool kSplit, int kStep>
 void WeighRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows,
                const Layout&) {
-  if (kernel.magnitude)
-    MapOf<kStep>(Op<kRadius, kSplit, true, kStep>{{}, kernel}, out, rows);
-  else
-    MapOf<kStep>(Op<kRadius, kSplit, false, kStep>{{}, kernel}, out, rows);
+  using Weighted = Op<kRadius, kSplit, kStep>;
+  MapWindows<Weighted, kStep>({{}, kernel}, out, rows);
 }
 #if HWY_TARGET != HWY_SCALAR
 template <bool kSplit, int kStep>
 void WeighSymmetric3x3Rows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows,
                            const Layout& layout) {
-  using Magnitude = Symmetric3x3<kSplit, true>;
-  using Positive = Symmetric3x3<kSplit, false>;
-  if (kernel.magnitude)
-    RollWindows<Magnitude, kStep>({{}, kernel}, out, rows, layout);
-  else
-    RollWindows<Positive, kStep>({{}, kernel}, out, rows, layout);
+  RollWindows<Symmetric3x3<kSplit>, kStep>({{}, kernel}, out, rows, layout);
 }
 #endif
 

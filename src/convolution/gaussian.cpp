@@ -175,10 +175,14 @@ KY_ERRORS Gaussian(const char* name, const KyROI<Pixel>* source, const KyROI<Pix
     auto* const written = const_cast<KyROI<Pixel>*>(destination);
     if (const KY_ERRORS error = OpenAll(source, in, written, out)) return error;
     if (halfHeight == KY_HALF_HEIGHT_AS_WIDTH) halfHeight = halfWidth;
-    if (halfWidth > kMostHalf) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (halfHeight > kMostHalf) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
-    if (!(sigmaX >= 0 && std::isfinite(sigmaX))) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
-    if (!(sigmaY >= 0 && std::isfinite(sigmaY))) return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
+    if (halfWidth > kMostHalf)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "halfWidth");
+    if (halfHeight > kMostHalf)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "halfHeight");
+    if (!(sigmaX >= 0 && std::isfinite(sigmaX)))
+      return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "sigmaX");
+    if (!(sigmaY >= 0 && std::isfinite(sigmaY)))
+      return ky::OutOfRange(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, "sigmaY");
     if (out.Empty()) return KY_OK;
     const auto usual = [](unsigned half) { return 0.3 * (static_cast<double>(half) - 1) + 0.8; };
     const double x = sigmaX > 0 ? double{sigmaX} : usual(halfWidth);

@@ -30,16 +30,15 @@ int32_t Upper(int32_t pair) { return pair >> 16; }
 
 void Along(const PairRow& out, size_t n, const int16_t* const rows[2], const WeightPairs& weights) {
   const int shift = weights.bits - 7;
+  const auto weighted = [&](const int16_t* at) {
+    int32_t sum = 1 << (shift - 1);
+    for (ptrdiff_t k = 0; k < weights.count; ++k)
+      sum += Lower(weights.pairs[k]) * at[2 * k] + Upper(weights.pairs[k]) * at[2 * k + 1];
+    return sum >> shift;
+  };
   for (size_t x = 0; x < n; ++x) {
-    int32_t values[2];
-    for (int r = 0; r < 2; ++r) {
-      const int16_t* const at = rows[r] + x;
-      int32_t sum = 1 << (shift - 1);
-      for (ptrdiff_t k = 0; k < weights.count; ++k)
-        sum += Lower(weights.pairs[k]) * at[2 * k] + Upper(weights.pairs[k]) * at[2 * k + 1];
-      values[r] = sum >> shift;
-    }
-    (x % 2 == 0 ? out.even : out.odd)[x / 2] = static_cast<uint32_t>(values[0] | values[1] << 16);
+    const int32_t pair = weighted(rows[0] + x) | weighted(rows[1] + x) << 16;
+    (x % 2 == 0 ? out.even : out.odd)[x / 2] = static_cast<uint32_t>(pair);
   }
 }
 

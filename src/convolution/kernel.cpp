@@ -108,8 +108,8 @@ KY_ERRORS KyKernel::SetSizeY(std::int16_t sizeY) noexcept {
 KY_ERRORS KyKernel::GetKernelData(int x, int y, float& value) const noexcept {
   return ky::Call("KyKernel::GetKernelData", [&] {
     if (Coefficients() == nullptr) return KY_ERROR_KERNEL_DATA;
-    if (x < 0 || x >= sizeX_) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (y < 0 || y >= sizeY_) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (x < 0 || x >= sizeX_) return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "x");
+    if (y < 0 || y >= sizeY_) return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "y");
     value = data_[std::ptrdiff_t{y} * sizeX_ + x];
     return KY_OK;
   });
@@ -117,8 +117,8 @@ KY_ERRORS KyKernel::GetKernelData(int x, int y, float& value) const noexcept {
 KY_ERRORS KyKernel::SetKernelData(int x, int y, float value) noexcept {
   return ky::Call("KyKernel::SetKernelData", [&] {
     if (Coefficients() == nullptr) return KY_ERROR_KERNEL_DATA;
-    if (x < 0 || x >= sizeX_) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (y < 0 || y >= sizeY_) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (x < 0 || x >= sizeX_) return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "x");
+    if (y < 0 || y >= sizeY_) return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "y");
     data_[std::ptrdiff_t{y} * sizeX_ + x] = value;
     return KY_OK;
   });
@@ -153,7 +153,7 @@ KY_ERRORS KyKernel::SetKernel(KERNEL_TYPE type) noexcept {
     offset_ = outsideValue_ = 0;
     rectifier_ = 0;
     if (type < KERNEL_PATTERN_1 || type > KERNEL_SHARPEN_8)
-      return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "type");
     std::copy_n(kPresets[type - 1], 9, data_.get());
     if (type > KERNEL_PATTERN_3) {
       gain_ = 1;

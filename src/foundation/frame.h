@@ -49,6 +49,14 @@ inline KY_ERRORS FailIn(KY_ERRORS error, std::initializer_list<const char*> step
   return error;
 }
 
+// One of the codes KY_ERROR_PARAMETER..._OUT_OF_RANGE, with the name that the parameter has in the
+// header, for KyGetErrorMessage.
+inline KY_ERRORS OutOfRange(KY_ERRORS error, const char* parameter) noexcept {
+  SetStatus(error);
+  KyNameParameter(parameter);
+  return error;
+}
+
 // KY_ERROR_NO_IMAGE (1400) when an ROI is missing or has no pixels.
 inline KY_ERRORS CheckImage(const KyGenericROI* roi) noexcept {
   return roi != nullptr && roi->GetPixelPtr(0, 0) != nullptr ? KY_OK : KY_ERROR_NO_IMAGE;

@@ -15,7 +15,20 @@ constexpr std::int64_t ImagePitch(std::int64_t rowBytes) noexcept {
   return kCacheLine * (lines % 32 == 0 && lines != 0 ? lines + 1 : lines);
 }
 
-// The same for rows of scratch, of which dozens may be in use at a time: an odd number of lines.
+// Bytes of an image's pixels: its rows and the spare row below them.
+constexpr std::int64_t ImageBytes(std::int64_t pitch, int height) noexcept {
+  return pitch * (std::int64_t{height} + 1);
+}
+
+// About the most that so many bytes take on the heap, with its own words, a boundary of 64 bytes
+// and the rest of the last page of a large block.
+constexpr std::int64_t HeapBytes(std::int64_t bytes) noexcept {
+  constexpr std::int64_t kOwn = 32, kPage = 4096, kLarge = 1 << 16;
+  return bytes + kOwn + kCacheLine + (bytes >= kLarge ? kPage : 0);
+}
+
+// The same as ImagePitch for rows of scratch, of which dozens may be in use at a time: an odd
+// number of lines.
 constexpr std::int64_t ScratchPitch(std::int64_t rowBytes) noexcept {
   return kCacheLine * ((rowBytes + kCacheLine - 1) / kCacheLine | 1);
 }

@@ -237,14 +237,16 @@ struct RowParts {
 #endif
 };
 
-// Whether what the next rows will read and write is prefetched, and to where: processors are late
-// to see by themselves that so many rows are gone through side by side.
-enum class Ahead { kNo, kToFirstCache, kToSecondCache };
+// Where to what the next rows will read and write is prefetched: processors are late to see by
+// themselves that so many rows are gone through side by side.
+enum class Ahead { kNowhere, kToFirstCache, kToSecondCache };
 
-// kRows rows of windows. What a row contributes stays in registers while it is needed.
+// kRows rows of windows. What a row contributes stays in registers while it is needed. Whether
+// something is prefetched is asked at run time: a copy of the code for each answer would double
+// what compilers have to do.
 template <class Op, int kStep, int kRows, Ahead kAhead>
 HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
-                         ptrdiff_t pitch) {
+                         ptrdiff_t pitch, bool prefetches) {
   constexpr int kSize = 2 * Op::kRadius + 1, kIn = kRows + 2 * Op::kRadius;
   const D8 d;
   const uint8_t* in[kIn];
@@ -254,16 +256,20 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
   const ptrdiff_t inAhead = kRows * pitch;
   const ptrdiff_t outAhead = kRows * out.pitch;
   for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
+    if (kAhead != Ahead::kNowhere && prefetches) {
+      for (int y = 0; y < kRows; ++y) {
+        if constexpr (kAhead == Ahead::kToFirstCache) {
+          PrefetchAhead<hn::MaxLanes(d)>(in[kIn - kRows + y], inAhead + x);
+          PrefetchAhead<hn::MaxLanes(d)>(to[y], outAhead + x);
+        } else {
+          PrefetchToSecondCache(in[kIn - kRows + y], inAhead + x);
+          PrefetchToSecondCache(to[y], outAhead + x);
+        }
+      }
+    }
     RowParts<Op, kStep> parts[kIn];
     const auto result = [&]<int y, int... k>(std::integral_constant<int, y>,
                                              std::integer_sequence<int, k...>) KY_INLINE_ATTR {
-      if constexpr (kAhead == Ahead::kToFirstCache) {
-        PrefetchAhead<hn::MaxLanes(d)>(in[kIn - kRows + y], inAhead + x);
-        PrefetchAhead<hn::MaxLanes(d)>(to[y], outAhead + x);
-      } else if constexpr (kAhead == Ahead::kToSecondCache) {
-        PrefetchToSecondCache(in[kIn - kRows + y], inAhead + x);
-        PrefetchToSecondCache(to[y], outAhead + x);
-      }
       V16 results[kPhases];
       for (int p = 0; p < kPhases; ++p) results[p] = op(D16(), parts[y + k].part[p]...);
       hn::StoreU(JoinPhases(results), d, to[y] + x);
@@ -280,9 +286,9 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
 // As many bands of kRows rows as there are.
 template <class Op, int kStep, int kRows, Ahead kAhead>
 HWY_INLINE void RollBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const*& rows,
-                          ptrdiff_t pitch) {
+                          ptrdiff_t pitch, bool prefetches) {
   for (; out.height >= kRows; out.height -= kRows, rows += kRows, out.first = out.Row(kRows))
-    RollRows<Op, kStep, kRows, kAhead>(op, out, rows, pitch);
+    RollRows<Op, kStep, kRows, kAhead>(op, out, rows, pitch, prefetches);
 }
 
 // Windows by the row: op.Row(d16, at) is what a row contributes to the results around it, and a
@@ -296,17 +302,11 @@ HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* cons
                             const Layout& layout) {
   const ptrdiff_t pitch = layout.pitch;
 #if !KY_SANITIZED  // compilers take minutes over long code that they instrument: one row at a time
-  if (!FightsCache(out.pitch) && !FightsCache(pitch)) {
-    if (layout.isLarge)
-      RollBands<Op, kStep, 6, Ahead::kToFirstCache>(op, out, rows, pitch);
-    else
-      RollBands<Op, kStep, 6, Ahead::kNo>(op, out, rows, pitch);
-  } else if (layout.isLarge) {
-    RollBands<Op, kStep, 3, Ahead::kToSecondCache>(op, out, rows, pitch);
-  }
-  RollBands<Op, kStep, 3, Ahead::kNo>(op, out, rows, pitch);
+  if (!FightsCache(out.pitch) && !FightsCache(pitch))
+    RollBands<Op, kStep, 6, Ahead::kToFirstCache>(op, out, rows, pitch, layout.isLarge);
+  RollBands<Op, kStep, 3, Ahead::kToSecondCache>(op, out, rows, pitch, layout.isLarge);
 #endif
-  RollBands<Op, kStep, 1, Ahead::kNo>(op, out, rows, pitch);
+  RollBands<Op, kStep, 1, Ahead::kNowhere>(op, out, rows, pitch, false);
 }
 
 // The kernels of operations that need no arguments, in rows where neighbours are kStep elements

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "foundation/frame.h"
 #include "foundation/resize.h"
@@ -30,6 +31,21 @@ void FillRow(KyBW16* entries, std::ptrdiff_t n, Weights weights, const float* fi
     entries[i] = ToEntry(weights.t * first[i] + weights.u * second[i]);
 }
 
+// Resizes both tables, or neither.
+KY_ERRORS ResizeBoth(KyImage<KyBW16>* first, KyImage<KyBW16>* second, int columns,
+                     int rows) noexcept {
+  if (first == second) return ky::Resize(first, columns, rows);
+  KyImage<KyBW16> former = std::move(*first);
+  KY_ERRORS error = ky::Resize(first, columns, rows);
+  if (error == KY_OK && former.GetMaskOffsets() != nullptr)
+    error = first->SetMask(former.GetMaskOffsets(), former.GetMaskCount(), former.IsMaskAbsolute());
+  if (error == KY_OK) error = ky::Resize(second, columns, rows);
+  if (error == KY_OK) return KY_OK;
+  *first = std::move(former);
+  KyOk();  // the function's own name stands in the trace, not that of a step
+  return error;
+}
+
 }  // namespace
 
 KY_ERRORS ImgSetCircleWarp(float centerX, float centerY, int rows, float radius1, float radius2,
@@ -42,8 +58,7 @@ KY_ERRORS ImgSetCircleWarp(float centerX, float centerY, int rows, float radius1
     const std::ptrdiff_t n = columns;
     ky::Scratch<float> points;
     if (!points.Allocate(4 * n)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-    for (KyImage<KyBW16>* table : {xTable, yTable})
-      if (const KY_ERRORS error = ky::Resize(table, columns, rows)) return error;
+    if (const KY_ERRORS error = ResizeBoth(xTable, yTable, columns, rows)) return error;
     if (columns == 0 || rows == 0) return KY_OK;
 
     float *const x1 = points.get(), *const y1 = x1 + n, *const x2 = y1 + n, *const y2 = x2 + n;

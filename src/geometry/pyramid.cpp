@@ -41,7 +41,8 @@ void KyPyramid::Release() noexcept {
 KY_ERRORS KyPyramid::SetNumLevels(int levels, KY_IMAGE_TYPES type) noexcept {
   return ky::Call("KyPyramid::SetNumLevels", [&] {
     constexpr int kMost = 30;
-    if (levels < 1 || levels > kMost) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (levels < 1 || levels > kMost)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "levels");
     if (type != KY_IMAGE_BW8 && type != KY_IMAGE_C24) return KY_ERROR_BAD_IMAGE_TYPE;
     Release();
     levels_ = levels;

@@ -35,7 +35,7 @@ KY_ERRORS MapGradients(const KyROI<T>* source, KyROI<KyBW8>* destination,
     if (lookup == nullptr) return KY_ERROR_NO_IMAGE;
     const Rows<const KyBW8> rows = RowsOf(lookup);
     if (rows.first == nullptr || rows.width != kSide || rows.height != kSide)
-      return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+      return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "lookup");
     ky::Input<KyBW8> table;
     const bool fits = rows.pitch <= INT_MAX / kSide;
     if (!(fits ? table.OpenApart(rows, RowsOf(destination)) : table.OpenCopy(rows)))

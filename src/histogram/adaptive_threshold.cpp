@@ -29,20 +29,34 @@ Stretch StretchAt(int index, int steps, int length, int tile) noexcept {
   return {static_cast<int>(start), static_cast<int>(end - start)};
 }
 
+// The isodata threshold of a tile. That of a small one, of which there are many, follows from its
+// pixels: the histogram would cost more than all of them.
+int ThresholdOf(const KyROI<KyBW8>* tile) noexcept {
+  constexpr std::ptrdiff_t kFewPixels = 32;
+  const ky::Rows<const KyBW8> rows = ky::RowsOf(tile);
+  if (rows.width * rows.height <= kFewPixels) {
+    KyBW8 pixels[kFewPixels];
+    for (std::ptrdiff_t y = 0; y < rows.height; ++y)
+      std::copy_n(rows.Row(y), rows.width, pixels + y * rows.width);
+    return ky::IsodataLevel(pixels, rows.width * rows.height);
+  }
+  ky::Counts counts;
+  ky::CountLevels(tile, counts);
+  return ky::IsodataLevel(counts, {});
+}
+
 // The isodata thresholds of the tiles around all nodes.
 void FillNodes(const KyROI<KyBW8>* source, int tileWidth, int tileHeight,
                KyImage<KyBW8>& nodes) noexcept {
   const ky::Rows<KyBW8> out = ky::RowsOf(&nodes);
   const int nx = nodes.GetWidth() - 1, ny = nodes.GetHeight() - 1;
-  KyROI<KyBW8> tile(const_cast<KyROI<KyBW8>*>(source), 0, 0, 0, 0);
+  KyROI<KyBW8> tile(source, 0, 0, 0, 0);
   for (int j = 0; j <= ny; ++j) {
     const Stretch rows = StretchAt(j, ny, source->GetHeight(), tileHeight);
     for (int i = 0; i <= nx; ++i) {
       const Stretch columns = StretchAt(i, nx, source->GetWidth(), tileWidth);
       tile.SetPlacement(columns.start, rows.start, columns.length, rows.length);
-      ky::Counts counts;
-      ky::CountLevels(&tile, counts);
-      out.Row(j)[i] = static_cast<KyBW8>(ky::IsodataLevel(counts, {}));
+      out.Row(j)[i] = static_cast<KyBW8>(ThresholdOf(&tile));
     }
   }
 }
@@ -67,8 +81,8 @@ KY_ERRORS ImgAutoAdaptiveThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* des
     if (const KY_ERRORS error = ky::CheckImage(source)) return error;
     if (const KY_ERRORS error = ky::CheckImage(destination)) return error;
     if (tileHeight == 0) tileHeight = tileWidth;
-    if (tileWidth < 1) return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
-    if (tileHeight < 1) return KY_ERROR_PARAMETER_5_OUT_OF_RANGE;
+    if (tileWidth < 1) return ky::OutOfRange(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, "tileWidth");
+    if (tileHeight < 1) return ky::OutOfRange(KY_ERROR_PARAMETER_5_OUT_OF_RANGE, "tileHeight");
     const int width = source->GetWidth(), height = source->GetHeight();
     if (width == 0 || height == 0) return KY_OK;
     const std::int64_t nx = Steps(width, tileWidth), ny = Steps(height, tileHeight);

@@ -126,8 +126,8 @@ KY_ERRORS AnalyseGeneric(const KyVector* histogram, int first, int last, unsigne
 
 }  // namespace
 
-float ImgAnalyseHistogram(KyBW8HistogramVector* histogram, IMG_HISTOGRAM_FEATURE feature, int first,
-                          int last) noexcept {
+float ImgAnalyseHistogram(const KyBW8HistogramVector* histogram, IMG_HISTOGRAM_FEATURE feature,
+                          int first, int last) noexcept {
   float result = 0;
   Call("ImgAnalyseHistogram", [&] {
     if (const KY_ERRORS error = ky::CheckLevels(histogram)) return error;
@@ -142,12 +142,12 @@ float ImgAnalyseHistogram(KyBW8HistogramVector* histogram, IMG_HISTOGRAM_FEATURE
   return result;
 }
 
-KY_ERRORS ImgAnalyseHistogram(KyVector* histogram, int first, int last, unsigned int feature,
+KY_ERRORS ImgAnalyseHistogram(const KyVector* histogram, int first, int last, unsigned int feature,
                               int& result) noexcept {
   return AnalyseGeneric(histogram, first, last, feature, IMG_HISTOGRAM_MOST_FREQUENT_LEVEL,
                         IMG_HISTOGRAM_PIXEL_COUNT, result, &Analysis::Integer);
 }
-KY_ERRORS ImgAnalyseHistogram(KyVector* histogram, int first, int last, unsigned int feature,
+KY_ERRORS ImgAnalyseHistogram(const KyVector* histogram, int first, int last, unsigned int feature,
                               float& result) noexcept {
   return AnalyseGeneric(histogram, first, last, feature, IMG_HISTOGRAM_MEAN, IMG_HISTOGRAM_STD_DEV,
                         result, &Analysis::Real);

@@ -49,7 +49,7 @@ KyBW8 SearchAll(const char* name, const KyBW8HistogramVector* histogram,
 
 }  // namespace
 
-KY_ERRORS ImgHistogramThreshold(KyBW8HistogramVector* histogram, unsigned int& threshold,
+KY_ERRORS ImgHistogramThreshold(const KyBW8HistogramVector* histogram, unsigned int& threshold,
                                 float& averageBelow, float& averageAbove, float relative,
                                 unsigned int minLevel, unsigned int maxLevel) noexcept {
   return Call("ImgHistogramThreshold", [&] {
@@ -74,7 +74,7 @@ KyBW8 ImgAutoThreshold(const KyROI<KyBW8>* source, IMG_THRESHOLD_MODES mode,
     ky::CountLevels(source, counts);
     ThresholdChoice choice;
     if (const KY_ERRORS error = ky::ChooseThreshold(
-            counts, LevelRange(), static_cast<unsigned int>(mode), relative, choice))
+            counts, LevelRange(), static_cast<unsigned int>(mode), relative, choice, "mode"))
       return ky::FailIn(error, {"ImgHistogramThreshold"});
     level = static_cast<KyBW8>(choice.threshold);
     return KY_OK;
@@ -82,7 +82,7 @@ KyBW8 ImgAutoThreshold(const KyROI<KyBW8>* source, IMG_THRESHOLD_MODES mode,
   return level;
 }
 
-int ImgIsodataThreshold(KyBW8HistogramVector* histogram, unsigned int minLevel,
+int ImgIsodataThreshold(const KyBW8HistogramVector* histogram, unsigned int minLevel,
                         unsigned int maxLevel) noexcept {
   return IsodataOf("ImgIsodataThreshold (KyBW8HistogramVector)", {minLevel, maxLevel},
                    [&](const std::uint32_t*& counts) {
@@ -92,7 +92,7 @@ int ImgIsodataThreshold(KyBW8HistogramVector* histogram, unsigned int minLevel,
                    });
 }
 
-int ImgIsodataThreshold(KyVector* histogram, unsigned int minLevel,
+int ImgIsodataThreshold(const KyVector* histogram, unsigned int minLevel,
                         unsigned int maxLevel) noexcept {
   return IsodataOf("ImgIsodataThreshold (KyVector)", {minLevel, maxLevel},
                    [&](const std::uint32_t*& counts) {
@@ -100,13 +100,13 @@ int ImgIsodataThreshold(KyVector* histogram, unsigned int minLevel,
                    });
 }
 
-KyBW8 ImgMinResidueThreshold(KyBW8HistogramVector* histogram, float& averageBelow,
+KyBW8 ImgMinResidueThreshold(const KyBW8HistogramVector* histogram, float& averageBelow,
                              float& averageAbove) noexcept {
   return SearchAll("ImgMinResidueThreshold", histogram, ky::LeastResidueLevel, averageBelow,
                    averageAbove);
 }
 
-KyBW8 ImgMaxEntropyThreshold(KyBW8HistogramVector* histogram, float& averageBelow,
+KyBW8 ImgMaxEntropyThreshold(const KyBW8HistogramVector* histogram, float& averageBelow,
                              float& averageAbove) noexcept {
   return SearchAll("ImgMaxEntropyThreshold", histogram, ky::MostEntropyLevel, averageBelow,
                    averageAbove);

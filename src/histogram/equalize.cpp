@@ -36,7 +36,7 @@ LookupTable EqualizingTable(const std::uint32_t* counts) noexcept {
 
 }  // namespace
 
-KY_ERRORS ImgSetupEqualize(KyBW8HistogramVector* histogram, KyBW8Vector* table) noexcept {
+KY_ERRORS ImgSetupEqualize(const KyBW8HistogramVector* histogram, KyBW8Vector* table) noexcept {
   return Call("ImgSetupEqualize (KyBW8HistogramVector)", [&] {
     if (const KY_ERRORS error = ky::CheckLevels(histogram)) return error;
     if (table == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
@@ -46,7 +46,7 @@ KY_ERRORS ImgSetupEqualize(KyBW8HistogramVector* histogram, KyBW8Vector* table) 
   });
 }
 
-KY_ERRORS ImgSetupEqualize(KyVector* histogram, KyVector* table) noexcept {
+KY_ERRORS ImgSetupEqualize(const KyVector* histogram, KyVector* table) noexcept {
   return Call("ImgSetupEqualize (KyVector)", [&] {
     std::uint32_t* counts;
     if (const KY_ERRORS error = ky::CountsOf(histogram, KY_ERROR_VECTOR_1603, counts)) return error;

@@ -69,8 +69,10 @@ KY_ERRORS ImgHistogram(const KyROI<KyBW8>* source, KyBW8HistogramVector* histogr
 KY_ERRORS ImgHistogram(const KyROI<KyBW16>* source, KyBW8HistogramVector* histogram,
                        unsigned int mostSignificantBit, unsigned int bits, int saturate) noexcept {
   return Call("ImgHistogram (KyBW16)", [&] {
-    if (mostSignificantBit >= 16) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
-    if (bits > mostSignificantBit + 1) return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
+    if (mostSignificantBit >= 16)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "mostSignificantBit");
+    if (bits > mostSignificantBit + 1)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, "bits");
     ky::Rows<const KyBW16> rows;
     if (const KY_ERRORS error = ky::Open(source, rows)) return error;
     if (histogram == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;

@@ -1,5 +1,6 @@
 #include <cstdint>
 
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "histogram/counts.h"
 #include "histogram/projection_rows.h"
@@ -27,8 +28,10 @@ KY_ERRORS Projection(const char* name, const KyROI<T>* source, Vector* sums,
     Rows<const T> rows;
     if (const KY_ERRORS error = ky::Open(source, rows)) return error;
     if (sums == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    ky::Input<T> in;
+    if (!in.OpenApart(rows, ky::ArrayOf(*sums))) return KY_ERROR_NOT_ENOUGH_MEMORY;
     if (const KY_ERRORS error = Resize(sums, static_cast<int>(rows.*count))) return error;
-    project(rows, static_cast<std::uint32_t*>(sums->GetDataPtr()));
+    project(in.rows(), static_cast<std::uint32_t*>(sums->GetDataPtr()));
     return KY_OK;
   });
 }

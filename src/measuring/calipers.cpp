@@ -82,12 +82,12 @@ class CaliperReader {
 };
 
 Parameters& Take(Parameters& parameters, const Caliper& caliper, unsigned calipers) noexcept {
-  return parameters.Real(caliper.halfLength, FLT_TRUE_MIN, ky::kLongestHalf)
-      .Count(calipers, 1, ky::kMostCalipers)
-      .Count(caliper.halfThickness, 0, ky::kMostHalfThickness)
-      .Real(caliper.sigma, 0, ky::kLargestSigma)
+  return parameters.Real("halfLength", caliper.halfLength, FLT_TRUE_MIN, ky::kLongestHalf)
+      .Count("calipers", calipers, 1, ky::kMostCalipers)
+      .Count("halfThickness", caliper.halfThickness, 0, ky::kMostHalfThickness)
+      .Real("sigma", caliper.sigma, 0, ky::kLargestSigma)
       .Polarity(caliper.polarity)
-      .Real(caliper.minStrength, 0);
+      .Real("minStrength", caliper.minStrength, 0);
 }
 
 // `parameters` has taken those of the path, which `makePath()` makes once all checks have passed.
@@ -125,7 +125,7 @@ KY_ERRORS ImgFindEdgePoints(const KyROI<KyBW8>* source, float x0, float y0, floa
                             float sigma, TRANS_SCAN_EDGE polarity, float minStrength,
                             KyEdgePointsVector* points) noexcept {
   Parameters parameters;
-  parameters.Real(x0).Real(y0).Real(x1).Real(y1);
+  parameters.Real("x0", x0).Real("y0", y0).Real("x1", x1).Real("y1", y1);
   return FindPoints("ImgFindEdgePoints", source, parameters,
                     {halfLength, halfThickness, sigma, polarity, minStrength}, calipers, points,
                     [&] {
@@ -139,7 +139,11 @@ KY_ERRORS ImgFindEdgePointsOnCircle(const KyROI<KyBW8>* source, float centerX, f
                                     float sigma, TRANS_SCAN_EDGE polarity, float minStrength,
                                     KyEdgePointsVector* points) noexcept {
   Parameters parameters;
-  parameters.Real(centerX).Real(centerY).Real(radius, 0).Real(startAngle).Real(endAngle);
+  parameters.Real("centerX", centerX)
+      .Real("centerY", centerY)
+      .Real("radius", radius, 0)
+      .Real("startAngle", startAngle)
+      .Real("endAngle", endAngle);
   return FindPoints("ImgFindEdgePointsOnCircle", source, parameters,
                     {halfLength, halfThickness, sigma, polarity, minStrength}, calipers, points,
                     [&] {

@@ -182,7 +182,7 @@ KY_ERRORS FitWithoutOutliers(const char* name, const Vector* vector, float outli
   return ky::Call(name, [&] {
     constexpr int kMostRounds = 20;
     if (vector == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (const KY_ERRORS error = ky::Parameters().Real(outlier, 0).Error()) return error;
+    if (const KY_ERRORS error = ky::Parameters().Real("outlier", outlier, 0).Error()) return error;
     const ptrdiff_t n = vector->GetNumElements();
     if (n < least) return KY_ERROR_NO_PIXELS;
     Scratch<Vector2> all, near;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cfloat>
 
+#include "foundation/frame.h"
 #include "ky/status.h"
 #include "ky/vector_transitions.h"
 
@@ -18,17 +19,19 @@ inline constexpr float kLongestHalf = 1 << 15, kLargestSigma = 1 << 15;
 class Parameters {
  public:
   // Finite, and from `least` to `most`.
-  Parameters& Real(float value, float least = -FLT_MAX, float most = FLT_MAX) noexcept {
-    return Next(value >= least && value <= most, Numbered());
+  Parameters& Real(const char* name, float value, float least = -FLT_MAX,
+                   float most = FLT_MAX) noexcept {
+    return Next(value >= least && value <= most, Numbered(), name);
   }
-  Parameters& Count(unsigned value, unsigned least, unsigned most) noexcept {
-    return Next(value >= least && value <= most, Numbered());
+  Parameters& Count(const char* name, unsigned value, unsigned least, unsigned most) noexcept {
+    return Next(value >= least && value <= most, Numbered(), name);
   }
   Parameters& Polarity(TRANS_SCAN_EDGE value) noexcept {
     return Next(value >= TRANS_SCAN_RISING && value <= TRANS_SCAN_BOTH,
                 KY_ERROR_UNSUPPORTED_OPERATION);
   }
-  KY_ERRORS Error() const noexcept { return error_; }
+  // For the body of a call: numbers are named to KyGetErrorMessage.
+  KY_ERRORS Error() const noexcept { return name_ == nullptr ? error_ : OutOfRange(error_, name_); }
 
  private:
   // 1011 to 1016; the seventh parameter and later ones have 1016, too.
@@ -36,13 +39,17 @@ class Parameters {
     return static_cast<KY_ERRORS>(
         std::min(KY_ERROR_PARAMETER_1_OUT_OF_RANGE + count_, +KY_ERROR_PARAMETER_6_OUT_OF_RANGE));
   }
-  Parameters& Next(bool good, KY_ERRORS error) noexcept {
-    if (!good && error_ == KY_OK) error_ = error;
+  Parameters& Next(bool good, KY_ERRORS error, const char* name = nullptr) noexcept {
+    if (!good && error_ == KY_OK) {
+      error_ = error;
+      name_ = name;
+    }
     ++count_;
     return *this;
   }
 
   KY_ERRORS error_ = KY_OK;
+  const char* name_ = nullptr;
   int count_ = 0;  // of those taken
 };
 

@@ -9,7 +9,7 @@
 KY_ERRORS KySmooth(KyFloatVector* profile, float sigma) noexcept {
   return ky::Call("KySmooth", [&] {
     if (profile == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (const KY_ERRORS error = ky::Parameters().Real(sigma, 0, ky::kLargestSigma).Error())
+    if (const KY_ERRORS error = ky::Parameters().Real("sigma", sigma, 0, ky::kLargestSigma).Error())
       return error;
     const std::ptrdiff_t n = profile->GetNumElements();
     ky::GaussianSmoothing smoothing;
@@ -27,7 +27,8 @@ KY_ERRORS KyFindEdges(const KyFloatVector* profile, TRANS_SCAN_EDGE polarity, fl
                       KyEdgesVector* edges) noexcept {
   return ky::Call("KyFindEdges", [&] {
     if (profile == nullptr || edges == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (const KY_ERRORS error = ky::Parameters().Polarity(polarity).Real(minStrength, 0).Error())
+    if (const KY_ERRORS error =
+            ky::Parameters().Polarity(polarity).Real("minStrength", minStrength, 0).Error())
       return error;
     const ky::Slope slope(profile->GetDataPtr(), std::ptrdiff_t{profile->GetNumElements()});
     unsigned count = 0;

@@ -39,13 +39,14 @@ KY_ERRORS Sample(const char* name, const KyROI<KyBW8>* source, const Parameters&
 KY_ERRORS ImgSampleSegment(const KyROI<KyBW8>* source, float x0, float y0, float x1, float y1,
                            unsigned samples, unsigned halfThickness,
                            KyFloatVector* profile) noexcept {
-  const Parameters parameters = Parameters()
-                                    .Real(x0)
-                                    .Real(y0)
-                                    .Real(x1)
-                                    .Real(y1)
-                                    .Count(samples, 1, ky::kMostSamples)
-                                    .Count(halfThickness, 0, ky::kMostHalfThickness);
+  const Parameters parameters =
+      Parameters()
+          .Real("x0", x0)
+          .Real("y0", y0)
+          .Real("x1", x1)
+          .Real("y1", y1)
+          .Count("samples", samples, 1, ky::kMostSamples)
+          .Count("halfThickness", halfThickness, 0, ky::kMostHalfThickness);
   return Sample("ImgSampleSegment", source, parameters, samples, halfThickness, profile, [&] {
     return ky::Segment({x0, y0}, {x1, y1});
   });
@@ -54,14 +55,15 @@ KY_ERRORS ImgSampleSegment(const KyROI<KyBW8>* source, float x0, float y0, float
 KY_ERRORS ImgSampleArc(const KyROI<KyBW8>* source, float centerX, float centerY, float radius,
                        float startAngle, float endAngle, unsigned samples, unsigned halfThickness,
                        KyFloatVector* profile) noexcept {
-  const Parameters parameters = Parameters()
-                                    .Real(centerX)
-                                    .Real(centerY)
-                                    .Real(radius, 0)
-                                    .Real(startAngle)
-                                    .Real(endAngle)
-                                    .Count(samples, 1, ky::kMostSamples)
-                                    .Count(halfThickness, 0, ky::kMostHalfThickness);
+  const Parameters parameters =
+      Parameters()
+          .Real("centerX", centerX)
+          .Real("centerY", centerY)
+          .Real("radius", radius, 0)
+          .Real("startAngle", startAngle)
+          .Real("endAngle", endAngle)
+          .Count("samples", samples, 1, ky::kMostSamples)
+          .Count("halfThickness", halfThickness, 0, ky::kMostHalfThickness);
   return Sample("ImgSampleArc", source, parameters, samples, halfThickness, profile, [&] {
     return ky::Arc({centerX, centerY}, radius, startAngle, endAngle);
   });

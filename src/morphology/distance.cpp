@@ -229,7 +229,8 @@ KY_ERRORS ImgDistance(const KyROI<KyBW8>* source, KyROI<KyBW16>* destination,
     if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     if (mode < IMG_DISTANCE_EUCLIDEAN || mode > IMG_DISTANCE_CHESSBOARD)
       return KY_ERROR_UNSUPPORTED_OPERATION;
-    if (!(scale > 0) || !std::isfinite(scale)) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (!(scale > 0) || !std::isfinite(scale))
+      return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "scale");
     if (out.Empty()) return KY_OK;
     if (!input.Open(in, out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     if (IsNarrow(in)) return Run16(input.rows(), out, out, mode, scale);

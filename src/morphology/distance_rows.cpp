@@ -163,7 +163,9 @@ void RoundRoots(KyBW16* out, const uint32_t* squares, ptrdiff_t n) {
   const hn::Rebind<uint16_t, decltype(d)> narrow;
   for (ptrdiff_t x = 0; x < n; x += kLanesOf<int32_t>) {
     const auto square = hn::LoadU(hn::ScalableTag<uint32_t>(), squares + x);
-    const auto root = hn::Sqrt(hn::ConvertTo(df, hn::BitCast(d, square)));
+    // What lies beyond the end of the row may be negative.
+    const auto level = hn::Max(hn::ConvertTo(df, hn::BitCast(d, square)), hn::Zero(df));
+    const auto root = hn::Sqrt(level);
     const auto rounded = hn::ConvertTo(d, hn::Add(root, hn::Set(df, 0.5f)));
     hn::StoreU(hn::DemoteTo(narrow, rounded), narrow, out + x);
   }

@@ -95,11 +95,13 @@ KY_ERRORS Filter(const char* name, const KyROI<Pixel>* source, KyROI<Pixel>* des
     Rows<const KyBW8> in;
     Rows<KyBW8> out;
     if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
-    if (halfWidth > kLargestHalf) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (halfHeight > kLargestHalf) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (halfWidth > kLargestHalf)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "halfWidth");
+    if (halfHeight > kLargestHalf)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "halfHeight");
     const Window window = {halfWidth, halfHeight};
     const std::int64_t rank = rankOf(window.Pixels());
-    if (rank < 0) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
+    if (rank < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "rank");
     return Run(in, out, sizeof(Pixel), window, rank);
   });
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "foundation/make_room.h"
 #include "ky/objects.h"
@@ -133,7 +134,8 @@ KY_ERRORS ImgFindObjects(const KyROI<KyBW8>* source, KyBW8 low, KyBW8 high, CONN
   return Call("ImgFindObjects (BW8)", [&] {
     if (const KY_ERRORS error = CheckFinding(source, objects, labels, levels)) return error;
     const auto rows = RowsOf(source);
-    if (Share(rows, labels) || Share(levels, labels)) return KY_ERROR_COLOR_PLANES;
+    if (Share(rows, labels) || Share(levels, labels) || Share(ky::ArrayOf(*objects), labels))
+      return KY_ERROR_COLOR_PLANES;
     if (low > high) return KY_ERROR_BAD_INTERVAL;
     if (!IsConnexity(connexity)) return KY_ERROR_UNSUPPORTED_OPERATION;
     const auto findRuns = [&, kernel = ChooseObjectKernels().findRuns](std::ptrdiff_t y,
@@ -150,7 +152,9 @@ KY_ERRORS ImgFindObjects(const KyROI<KyBW1>* source, CONNEXITY connexity, KyObje
   return Call("ImgFindObjects (BW1)", [&] {
     if (const KY_ERRORS error = CheckFinding(source, objects, labels, levels)) return error;
     const BitRows bits(source);
-    if (Share(bits.bytes(), labels) || Share(levels, labels)) return KY_ERROR_COLOR_PLANES;
+    if (Share(bits.bytes(), labels) || Share(levels, labels) ||
+        Share(ky::ArrayOf(*objects), labels))
+      return KY_ERROR_COLOR_PLANES;
     if (!IsConnexity(connexity)) return KY_ERROR_UNSUPPORTED_OPERATION;
     const auto find = [&](const auto& measure) {
       return Find(

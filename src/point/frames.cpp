@@ -83,7 +83,8 @@ KY_ERRORS Match(const char* name, const KyROI<T>* roi, int line, int minimum, in
     if (const KY_ERRORS error = ky::Open(roi, rows)) return error;
     const ptrdiff_t first = minimum, last = maximum;
     if (first > last || roi->GetWidth() < last - first) return KY_ERROR_BAD_INTERVAL;
-    if (line < 0 || line + ptrdiff_t{1} >= rows.height) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (line < 0 || line + ptrdiff_t{1} >= rows.height)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "line");
 
     const ky::InterlacedKernels& kernels = ky::ChooseInterlacedKernels();
     constexpr ptrdiff_t kComponents = sizeof(T);

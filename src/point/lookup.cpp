@@ -74,7 +74,7 @@ KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
 }
 
 KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
-                 KyBW8Vector* table) noexcept {
+                 const KyBW8Vector* table) noexcept {
   return ky::CallOn("ImgLut", source, destination, [&](const auto& in, const auto& out) {
     if (table == nullptr || table->GetNumElements() != 256) return KY_ERROR_NOT_256_ENTRIES;
     return ky::LookUp(out, in, TableOf(table->GetDataPtr()));
@@ -122,11 +122,11 @@ KY_ERRORS ImgGainOffset(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
       });
 }
 
-KY_ERRORS ImgLut(const KyROI<KyBW16>* source, KyROI<KyBW8>* destination, KyBW8Vector* table,
+KY_ERRORS ImgLut(const KyROI<KyBW16>* source, KyROI<KyBW8>* destination, const KyBW8Vector* table,
                  unsigned int bitOffset) noexcept {
   return ky::CallOn("ImgLut (BW16)", source, destination, [&](const auto& in, const auto& out) {
     if (table == nullptr || table->GetNumElements() == 0) return KY_ERROR_NOT_256_ENTRIES;
-    if (bitOffset > 15) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
+    if (bitOffset > 15) return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "bitOffset");
     const std::ptrdiff_t last = std::min(table->GetNumElements() - 1, 0xFFFFu);
     ky::Input<KyBW8> levels;  // they may lie in the destination
     if (!levels.OpenApart(Rows<const KyBW8>{table->GetDataPtr(), 0, last + 1, 1}, out))
@@ -141,7 +141,7 @@ KY_ERRORS ImgLut(const KyROI<KyBW16>* source, KyROI<KyBW8>* destination, KyBW8Ve
 }
 
 KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyC24>* destination,
-                 KyC24Vector* palette) noexcept {
+                 const KyC24Vector* palette) noexcept {
   return ky::CallOn(
       "ImgLut (BW8 to C24)", source, destination, [&](const auto& in, const auto& out) {
         if (palette == nullptr || palette->GetNumElements() != 256) return KY_ERROR_NOT_256_ENTRIES;

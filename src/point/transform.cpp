@@ -27,7 +27,7 @@ KY_ERRORS CheckLaw(IMG_TRANSFORM_MODES mode, float parameter) noexcept {
   if (mode == IMG_TRANSFORM_INVERT) return KY_OK;
   const bool fits = std::isfinite(parameter) && parameter > 0 &&
                     (mode != IMG_TRANSFORM_EXPONENTIAL || parameter <= 700);
-  return fits ? KY_OK : KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+  return fits ? KY_OK : ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "parameter");
 }
 
 template <class T>

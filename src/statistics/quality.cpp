@@ -108,7 +108,6 @@ KY_ERRORS ImgCorrelogram(const KyROI<KyBW8>* a, const KyROI<KyBW8>* b,
     if (const KY_ERRORS error = ky::CheckSizes(a, b)) return error;
     ky::Scratch<KyBW32> table;
     if (!table.Allocate(kLevels * kLevels)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-    if (const KY_ERRORS error = ky::Resize(counts, kLevels, kLevels)) return error;
     std::fill_n(table.get(), kLevels * kLevels, 0u);
     for (std::ptrdiff_t y = 0; y < inA.height; ++y) {
       const KyBW8 *const rowA = inA.Row(y), *const rowB = inB.Row(y);
@@ -117,6 +116,8 @@ KY_ERRORS ImgCorrelogram(const KyROI<KyBW8>* a, const KyROI<KyBW8>* b,
         count += count != UINT32_MAX;
       }
     }
+    // A source may lie in the memory of the image: it is not read any more from here on.
+    if (const KY_ERRORS error = ky::Resize(counts, kLevels, kLevels)) return error;
     const Rows<KyBW32> out = ky::RowsOf(static_cast<KyROI<KyBW32>*>(counts));
     for (std::ptrdiff_t y = 0; y < kLevels; ++y)
       std::copy_n(table.get() + y * kLevels, kLevels, out.Row(y));

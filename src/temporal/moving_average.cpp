@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/frame.h"
+#include "foundation/pitch.h"
 #include "foundation/resize.h"
 #include "foundation/rows.h"
 #include "ky/temporal.h"
@@ -79,8 +80,10 @@ KY_ERRORS KyMovingAverage::Configure(unsigned int period, int width, int height,
 KY_ERRORS KyMovingAverage::Allocate(int width, int height) noexcept {
   if (const KY_ERRORS error = ky::Resize(&sum_, width, height)) return error;
   if (count_ == 0) return KY_OK;
-  const std::int64_t pixels = std::int64_t{width} * height;
-  const std::int64_t perSlot = pixels + std::int64_t{sizeof(KyImage<KyBW8>)};
+  const std::int64_t pitch = ky::ImagePitch(std::max(width, 1));
+  const std::int64_t perSlot = ky::HeapBytes(ky::ImageBytes(pitch, height)) +
+                               ky::HeapBytes(sizeof(KyImage<KyBW8>)) +
+                               std::int64_t{sizeof(KyImage<KyBW8>*)};
   if (perSlot > PTRDIFF_MAX / count_ || !CanBeHad(perSlot * count_))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
   ring_ = new (std::nothrow) KyImage<KyBW8>* [static_cast<std::size_t>(count_)] {};

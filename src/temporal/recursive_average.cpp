@@ -56,7 +56,7 @@ KY_ERRORS ImgSetRecursiveAverageLUT(KyBW16Vector* table, float reduction, float 
 }
 
 KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
-                              KyROI<KyBW8>* destination, KyBW16Vector* table) noexcept {
+                              KyROI<KyBW8>* destination, const KyBW16Vector* table) noexcept {
   return ky::Call("ImgRecursiveAverage", [&] {
     ky::Rows<const KyBW8> in;
     ky::Rows<KyBW16> states;

@@ -16,8 +16,9 @@ float KyBW8HistogramVector::Entropy(unsigned int first, unsigned int last) const
   float result = 0;
   ky::Call("KyBW8HistogramVector::Entropy", [&] {
     const unsigned int bins = GetNumElements();
-    if (first >= bins) return KY_ERROR_PARAMETER_1_OUT_OF_RANGE;
-    if (last != ~0u && last >= bins) return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    if (first >= bins) return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "first");
+    if (last != ~0u && last >= bins)
+      return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "last");
     std::uint32_t count = 0;
     float sum = 0;
     for (unsigned int k = first; k <= std::min(last, bins - 1); ++k) {

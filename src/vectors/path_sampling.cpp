@@ -1,5 +1,8 @@
 #include "ky/path_sampling.h"
 
+#include <type_traits>
+
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "vectors/line_segment.h"
 
@@ -8,18 +11,23 @@ namespace {
 using ky::Call;
 using ky::LineSegment;
 
-// Runs `body(pixel, value)` for the elements that lie inside. Those that do not make 106, which is
-// no failure and leaves no trace.
-template <class Roi, class T, class Body>
-KY_ERRORS AlongPath(const char* name, Roi* roi, KyPathVectorTemplate<T>* path, Body body) noexcept {
+// Runs `body(pixel, element)` for the elements that lie inside. Those that do not make 106, which
+// is no failure and leaves no trace.
+template <class Roi, class Path, class Body>
+KY_ERRORS AlongPath(const char* name, Roi* roi, Path* path, Body body) noexcept {
   bool left = false;
   const KY_ERRORS error = ky::CallUntraced([&] {
     decltype(ky::RowsOf(roi)) rows;
     if (const KY_ERRORS missing = ky::Open(roi, rows)) return missing;
     if (path == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    for (T& element : *path) {
+    ky::Input<typename Roi::Pixel> in;
+    if constexpr (std::is_const_v<Roi>) {
+      if (!in.OpenApart(rows, ky::ArrayOf(*path))) return KY_ERROR_NOT_ENOUGH_MEMORY;
+      rows = in.rows();
+    }
+    for (auto& element : *path) {
       if (element.x >= 0 && element.x < rows.width && element.y >= 0 && element.y < rows.height)
-        body(rows.Row(element.y)[element.x], element.pixel);
+        body(rows.Row(element.y)[element.x], element);
       else
         left = true;
     }
@@ -30,11 +38,18 @@ KY_ERRORS AlongPath(const char* name, Roi* roi, KyPathVectorTemplate<T>* path, B
 
 template <class Roi, class T>
 KY_ERRORS ImageToPath(const char* name, Roi* source, T* path) noexcept {
-  return AlongPath(name, source, path, [](const auto& pixel, auto& value) { value = pixel; });
+  return AlongPath(name, source, path,
+                   [](const auto& pixel, auto& element) { element.pixel = pixel; });
 }
 template <class Roi, class T>
 KY_ERRORS PathToImage(const char* name, Roi* destination, T* path) noexcept {
-  return AlongPath(name, destination, path, [](auto& pixel, const auto& value) { pixel = value; });
+  return AlongPath(name, destination, path,
+                   [](auto& pixel, const auto& element) { pixel = element.pixel; });
+}
+template <class T>
+KY_ERRORS PathToImage(const char* name, KyROI<T>* destination, const KyPathVector* path,
+                      T value) noexcept {
+  return AlongPath(name, destination, path, [&](T& pixel, const KyPath&) { pixel = value; });
 }
 
 // Runs `body(rows, line)` on a segment both of whose ends lie inside.
@@ -44,10 +59,10 @@ KY_ERRORS AlongSegment(const char* name, Roi* roi, int x0, int y0, int x1, int y
   return Call(name, [&] {
     decltype(ky::RowsOf(roi)) rows;
     if (const KY_ERRORS error = ky::Open(roi, rows)) return error;
-    if (x0 < 0 || x0 >= rows.width) return KY_ERROR_PARAMETER_3_OUT_OF_RANGE;
-    if (y0 < 0 || y0 >= rows.height) return KY_ERROR_PARAMETER_4_OUT_OF_RANGE;
-    if (x1 < 0 || x1 >= rows.width) return KY_ERROR_PARAMETER_5_OUT_OF_RANGE;
-    if (y1 < 0 || y1 >= rows.height) return KY_ERROR_PARAMETER_6_OUT_OF_RANGE;
+    if (x0 < 0 || x0 >= rows.width) return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "x0");
+    if (y0 < 0 || y0 >= rows.height) return ky::OutOfRange(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, "y0");
+    if (x1 < 0 || x1 >= rows.width) return ky::OutOfRange(KY_ERROR_PARAMETER_5_OUT_OF_RANGE, "x1");
+    if (y1 < 0 || y1 >= rows.height) return ky::OutOfRange(KY_ERROR_PARAMETER_6_OUT_OF_RANGE, "y1");
     return body(rows, LineSegment({x0, y0}, {x1, y1}));
   });
 }
@@ -59,21 +74,23 @@ KY_ERRORS ImageToLineSegment(const char* name, const KyROI<T>* source,
   return AlongSegment(name, source, x0, y0, x1, y1, [&](const auto& rows, const auto& line) {
     if (pixels == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     const auto count = static_cast<unsigned>(line.Count());
+    ky::Input<T> in;
+    if (!in.OpenApart(rows, ky::ArrayOf(*pixels))) return KY_ERROR_NOT_ENOUGH_MEMORY;
     if (const KY_ERRORS error = pixels->SetMaxElements(count)) return error;
     pixels->SetNumElements(count);
-    ky::ReadSegment(rows, line, 0, line.Count(), pixels->GetDataPtr());
+    ky::ReadSegment(in.rows(), line, 0, line.Count(), pixels->GetDataPtr());
     return KY_OK;
   });
 }
 
 template <class T>
 KY_ERRORS LineSegmentToImage(const char* name, KyROI<T>* destination,
-                             KyPixelVectorTemplate<T>* pixels, int x0, int y0, int x1,
+                             const KyPixelVectorTemplate<T>* pixels, int x0, int y0, int x1,
                              int y1) noexcept {
   return AlongSegment(name, destination, x0, y0, x1, y1, [&](const auto& rows, const auto& line) {
     if (pixels == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (pixels->GetNumElements() != line.Count()) return KY_ERROR_NOT_256_ENTRIES;
-    ky::WriteSegment(rows, line, 0, line.Count(), static_cast<const T*>(pixels->GetDataPtr()));
+    ky::WriteSegment(rows, line, 0, line.Count(), pixels->GetDataPtr());
     return KY_OK;
   });
 }
@@ -94,11 +111,19 @@ KY_ERRORS ImgImageToPath(const KyROI<KyBW8>* source, KyBW8PathVector* path) noex
 KY_ERRORS ImgImageToPath(const KyROI<KyC24>* source, KyC24PathVector* path) noexcept {
   return ImageToPath("ImgImageToPath (C24)", source, path);
 }
-KY_ERRORS ImgPathToImage(KyROI<KyBW8>* destination, KyBW8PathVector* path) noexcept {
+KY_ERRORS ImgPathToImage(KyROI<KyBW8>* destination, const KyBW8PathVector* path) noexcept {
   return PathToImage("ImgPathToImage (BW8)", destination, path);
 }
-KY_ERRORS ImgPathToImage(KyROI<KyC24>* destination, KyC24PathVector* path) noexcept {
+KY_ERRORS ImgPathToImage(KyROI<KyC24>* destination, const KyC24PathVector* path) noexcept {
   return PathToImage("ImgPathToImage (C24)", destination, path);
+}
+KY_ERRORS ImgPathToImage(KyROI<KyBW8>* destination, const KyPathVector* path,
+                         KyBW8 level) noexcept {
+  return PathToImage("ImgPathToImage (BW8, const)", destination, path, level);
+}
+KY_ERRORS ImgPathToImage(KyROI<KyC24>* destination, const KyPathVector* path,
+                         KyC24 color) noexcept {
+  return PathToImage("ImgPathToImage (C24, const)", destination, path, color);
 }
 
 KY_ERRORS ImgImageToLineSegment(const KyROI<KyBW8>* source, KyBW8Vector* levels, int x0, int y0,
@@ -114,8 +139,8 @@ KY_ERRORS ImgImageToLineSegment(const KyROI<KyBW16>* source, KyBW16Vector* level
   return ImageToLineSegment("ImgImageToLineSegment (BW16)", source, levels, x0, y0, x1, y1);
 }
 
-KY_ERRORS ImgLineSegmentToImage(KyROI<KyBW8>* destination, KyBW8Vector* levels, int x0, int y0,
-                                int x1, int y1) noexcept {
+KY_ERRORS ImgLineSegmentToImage(KyROI<KyBW8>* destination, const KyBW8Vector* levels, int x0,
+                                int y0, int x1, int y1) noexcept {
   return LineSegmentToImage("ImgLineSegmentToImage (BW8, vector)", destination, levels, x0, y0, x1,
                             y1);
 }
@@ -124,8 +149,8 @@ KY_ERRORS ImgLineSegmentToImage(KyROI<KyBW8>* destination, KyBW8 level, int x0, 
   return LineSegmentToImage("ImgLineSegmentToImage (BW8, const)", destination, level, x0, y0, x1,
                             y1);
 }
-KY_ERRORS ImgLineSegmentToImage(KyROI<KyC24>* destination, KyC24Vector* colors, int x0, int y0,
-                                int x1, int y1) noexcept {
+KY_ERRORS ImgLineSegmentToImage(KyROI<KyC24>* destination, const KyC24Vector* colors, int x0,
+                                int y0, int x1, int y1) noexcept {
   return LineSegmentToImage("ImgLineSegmentToImage (C24, vector)", destination, colors, x0, y0, x1,
                             y1);
 }

@@ -18,16 +18,18 @@ using std::ptrdiff_t;
 
 enum class Side { kBetween, kPeak, kValley };
 
-// A run as it grows. Its distances lie within -255..255.
+// A run as it grows.
 struct Run {
+  __extension__ using Sum = __int128;  // a profile has up to 2^32 elements of 32 bits
+
   Side side;
-  std::int64_t start, amplitude = 0, area = 0;
-  std::uint64_t moment = 0;  // the sum of the areas after each element; may wrap
+  std::int64_t start, amplitude = 0;
+  Sum area = 0, moment = 0;  // of distances; of the areas after each element
 
   void Add(std::int64_t d) {
     amplitude = side == Side::kPeak ? std::max(amplitude, d) : std::min(amplitude, d);
     area += d;
-    moment += static_cast<std::uint64_t>(area);
+    moment += area;
   }
   bool Reaches(unsigned minAmplitude, unsigned minArea) const {
     const std::int64_t sign = side == Side::kPeak ? 1 : -1;
@@ -35,20 +37,78 @@ struct Run {
   }
   KyPeak Record(std::int64_t end) const {
     const double center = area != 0 ? static_cast<double>(end) -
-                                          static_cast<double>(static_cast<std::int64_t>(moment)) /
-                                              static_cast<double>(area)
+                                          static_cast<double>(moment) / static_cast<double>(area)
                                     : static_cast<double>(start + end - 1) * 0.5;
     return {static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(end - start),
-            static_cast<float>(center), static_cast<std::int32_t>(amplitude),
-            static_cast<std::int32_t>(area)};
+            static_cast<float>(center), Limited(amplitude), Limited(area)};
+  }
+  static std::int32_t Limited(Sum sum) {
+    return static_cast<std::int32_t>(std::clamp<Sum>(sum, INT32_MIN, INT32_MAX));
   }
 };
+
+// Which runs ImgGetProfilePeaks records.
+struct PeakLimits {
+  unsigned lowThreshold, highThreshold, minAmplitude, minArea;
+};
+
+// visit(run, end) for the runs to be recorded.
+template <class T, class Visit>
+void VisitPeaks(const T* levels, std::int64_t n, const PeakLimits& limits,
+                const Visit& visit) noexcept {
+  Run run = {Side::kBetween, 0};
+  for (std::int64_t i = 0; i < n; ++i) {
+    const T level = levels[i];
+    const Side side = level > limits.highThreshold  ? Side::kPeak
+                      : level < limits.lowThreshold ? Side::kValley
+                                                    : Side::kBetween;
+    if (side != run.side) {
+      if (run.side != Side::kBetween && run.start > 0 &&
+          run.Reaches(limits.minAmplitude, limits.minArea))
+        visit(run, i);
+      run = {side, i};
+    }
+    // A run at the start is never recorded. The threshold of its valleys may be any number, that of
+    // later ones is at most a level.
+    if (side != Side::kBetween && run.start > 0)
+      run.Add(std::int64_t{level} -
+              (side == Side::kPeak ? limits.highThreshold : limits.lowThreshold));
+  }
+}
+
+// Makes room for `count` records, as if they were added one by one, and leaves them in use. The
+// vector stays as it was when there is no memory for them.
+KY_ERRORS MakeRoom(KyPeaksVector& peaks, unsigned count) noexcept {
+  std::uint64_t room = peaks.GetMaxElements();
+  while (room < count) room = std::max<std::uint64_t>(2 * room, 1);
+  if (peaks.SetMaxElements(static_cast<unsigned>(room)) != KY_OK)
+    return ky::FailIn(KY_ERROR_NOT_ENOUGH_MEMORY, {"KyVector::AddElement"});
+  return peaks.SetNumElements(count);
+}
+
+template <class T>
+KY_ERRORS FindPeaks(const KyPixelVectorTemplate<T>* profile, KyPeaksVector* peaks,
+                    const PeakLimits& limits) noexcept {
+  return Call("ImgGetProfilePeaks", [&] {
+    if (profile == nullptr || peaks == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    if (limits.lowThreshold > limits.highThreshold) return KY_ERROR_BAD_INTERVAL;
+    const T* const levels = profile->GetDataPtr();
+    const std::int64_t n = profile->GetNumElements();
+    unsigned count = 0;
+    VisitPeaks(levels, n, limits, [&](const Run&, std::int64_t) { ++count; });
+    if (const KY_ERRORS error = MakeRoom(*peaks, count)) return error;
+    KyPeak* next = peaks->GetDataPtr();
+    VisitPeaks(levels, n, limits,
+               [&](const Run& run, std::int64_t end) { *next++ = run.Record(end); });
+    return KY_OK;
+  });
+}
 
 // The frame of the filters: `body(source, n, destination)` once there is room for the results.
 // `prepare(n)` comes before that, and answers false when there is no memory.
 template <class Prepare, class Body>
-KY_ERRORS Filter(const char* name, KyBW8Vector* source, KyBW8Vector* destination, Prepare prepare,
-                 Body body) noexcept {
+KY_ERRORS Filter(const char* name, const KyBW8Vector* source, KyBW8Vector* destination,
+                 Prepare prepare, Body body) noexcept {
   return Call(name, [&] {
     if (source == nullptr || destination == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     const unsigned count = source->GetNumElements();
@@ -101,7 +161,7 @@ class Windows {
 // The extremes of windows of `passes` elements on either side, which is what so many passes come
 // to. Those of windows twice as long, or of any length up to that, are the extremes of two.
 template <ARITH_LOGIC_OPERATIONS kExtreme>
-KY_ERRORS Extremes(const char* name, KyBW8Vector* source, KyBW8Vector* destination,
+KY_ERRORS Extremes(const char* name, const KyBW8Vector* source, KyBW8Vector* destination,
                    unsigned passes) noexcept {
   ptrdiff_t reach = 0;
   Windows windows;
@@ -130,36 +190,18 @@ KY_ERRORS Extremes(const char* name, KyBW8Vector* source, KyBW8Vector* destinati
 
 }  // namespace
 
-KY_ERRORS ImgGetProfilePeaks(KyBW8Vector* profile, KyPeaksVector* peaks, unsigned int lowThreshold,
-                             unsigned int highThreshold, unsigned int minAmplitude,
-                             unsigned int minArea) noexcept {
-  return Call("ImgGetProfilePeaks", [&] {
-    if (profile == nullptr || peaks == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (lowThreshold > highThreshold) return KY_ERROR_BAD_INTERVAL;
-    peaks->Empty();
-    Run run = {Side::kBetween, 0};
-    const KyBW8* const levels = profile->GetDataPtr();
-    const std::int64_t n = profile->GetNumElements();
-    for (std::int64_t i = 0; i < n; ++i) {
-      const KyBW8 level = levels[i];
-      const Side side = level > highThreshold  ? Side::kPeak
-                        : level < lowThreshold ? Side::kValley
-                                               : Side::kBetween;
-      if (side != run.side) {
-        if (run.side != Side::kBetween && run.start > 0 && run.Reaches(minAmplitude, minArea))
-          if (const KY_ERRORS error = peaks->AddElement(run.Record(i))) return error;
-        run = {side, i};
-      }
-      // A run at the start is never recorded. The threshold of its valleys may be any number, that
-      // of later ones is at most a level.
-      if (side != Side::kBetween && run.start > 0)
-        run.Add(std::int64_t{level} - (side == Side::kPeak ? highThreshold : lowThreshold));
-    }
-    return KY_OK;
-  });
+KY_ERRORS ImgGetProfilePeaks(const KyBW8Vector* profile, KyPeaksVector* peaks,
+                             unsigned int lowThreshold, unsigned int highThreshold,
+                             unsigned int minAmplitude, unsigned int minArea) noexcept {
+  return FindPeaks(profile, peaks, {lowThreshold, highThreshold, minAmplitude, minArea});
+}
+KY_ERRORS ImgGetProfilePeaks(const KyBW32Vector* profile, KyPeaksVector* peaks,
+                             unsigned int lowThreshold, unsigned int highThreshold,
+                             unsigned int minAmplitude, unsigned int minArea) noexcept {
+  return FindPeaks(profile, peaks, {lowThreshold, highThreshold, minAmplitude, minArea});
 }
 
-KY_ERRORS ImgProfileDerivative(KyBW8Vector* source, KyBW8Vector* destination) noexcept {
+KY_ERRORS ImgProfileDerivative(const KyBW8Vector* source, KyBW8Vector* destination) noexcept {
   Windows windows;
   const auto prepare = [&](ptrdiff_t n) { return windows.Allocate(n, 1); };
   const auto body = [&](const KyBW8* levels, ptrdiff_t n, KyBW8* out) {
@@ -178,7 +220,7 @@ KY_ERRORS ImgProfileDerivative(KyBW8Vector* source, KyBW8Vector* destination) no
   return Filter("ImgProfileDerivative", source, destination, prepare, body);
 }
 
-KY_ERRORS ImgConvolUniform(KyBW8Vector* source, KyBW8Vector* destination,
+KY_ERRORS ImgConvolUniform(const KyBW8Vector* source, KyBW8Vector* destination,
                            unsigned int halfWidth) noexcept {
   return Call("ImgConvolUniform", [&] {
     if (source == nullptr || destination == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
@@ -223,30 +265,74 @@ KY_ERRORS ImgConvolUniform(KyBW8Vector* source, KyBW8Vector* destination,
   });
 }
 
-KY_ERRORS ImgConvolBinomial(KyBW8Vector* source, KyBW8Vector* destination,
-                            unsigned int passes) noexcept {
-  Windows windows;
-  const auto prepare = [&](ptrdiff_t n) { return windows.Allocate(n, 1); };
-  const auto body = [&](const KyBW8* levels, ptrdiff_t, KyBW8* out) {
+namespace {
+
+// Passes of a filter of three elements over a profile, in place. Where a pass has changed nothing
+// nearby the next one changes nothing either: it is run on the other blocks only, which soon are
+// few, as a profile falls level from its lowest elements on.
+class BinomialPasses {
+ public:
+  bool Allocate(ptrdiff_t n) noexcept {
+    n_ = n;
+    const ptrdiff_t blocks = (n + kBlock - 1) / kBlock;
+    if (!window_.Allocate(kBlock + 2) || !active_.Allocate(blocks) || !next_.Allocate(blocks))
+      return false;
+    for (count_ = 0; count_ < blocks; ++count_) active_[count_] = count_;
+    return true;
+  }
+  // `from` is the source in the first pass, and `out` in all others.
+  void Run(const KyBW8* from, KyBW8* out) noexcept {
     const auto smooth = ky::ChooseProfileKernels().binomial;
+    KyBW8* const window = window_.get();
+    ptrdiff_t nextCount = 0, passed = -1;  // the block before the one being filtered
+    KyBW8 left = 0;                        // the last element of `passed` before this pass
+    for (ptrdiff_t i = 0; i < count_; ++i) {
+      const ptrdiff_t block = active_[i], begin = block * kBlock;
+      const ptrdiff_t end = std::min(begin + kBlock, n_), size = end - begin;
+      window[0] = block == 0 ? from[0] : block == passed + 1 ? left : from[begin - 1];
+      std::copy_n(from + begin, size, window + 1);
+      window[size + 1] = from[std::min(end, n_ - 1)];
+      left = window[size];
+      passed = block;
+      const auto elements = static_cast<std::size_t>(size);
+      smooth(out + begin, elements, window, window + 1, window + 2);
+      if (std::memcmp(out + begin, window + 1, elements) == 0) continue;
+      ptrdiff_t near = std::max<ptrdiff_t>(block - 1, nextCount > 0 ? next_[nextCount - 1] + 1 : 0);
+      for (; near <= block + 1 && near * kBlock < n_; ++near) next_[nextCount++] = near;
+    }
+    count_ = nextCount;
+    std::copy_n(next_.get(), nextCount, active_.get());
+  }
+  bool Done() const noexcept { return count_ == 0; }
+
+ private:
+  static constexpr ptrdiff_t kBlock = 1024;
+
+  ptrdiff_t n_ = 0, count_ = 0;
+  Scratch<KyBW8> window_;
+  Scratch<ptrdiff_t> active_, next_;  // blocks, ascending
+};
+
+}  // namespace
+
+KY_ERRORS ImgConvolBinomial(const KyBW8Vector* source, KyBW8Vector* destination,
+                            unsigned int passes) noexcept {
+  BinomialPasses smoothing;
+  const auto prepare = [&](ptrdiff_t n) { return smoothing.Allocate(n); };
+  const auto body = [&](const KyBW8* levels, ptrdiff_t, KyBW8* out) {
     // Each pass lowers the sum of the levels or, with the sum the same, that of their squares; or
     // it changes nothing, and no later one will.
-    bool changed = true;
-    for (unsigned pass = 0; pass < passes && changed; ++pass, levels = out) {
-      changed = false;
-      windows.Run(levels, out, [&](const KyBW8* window, ptrdiff_t count, KyBW8* to) {
-        const auto n = static_cast<std::size_t>(count);
-        smooth(to, n, window, window + 1, window + 2);
-        changed = changed || std::memcmp(to, window + 1, n) != 0;
-      });
-    }
+    for (unsigned pass = 0; pass < passes && !smoothing.Done(); ++pass, levels = out)
+      smoothing.Run(levels, out);
   };
   return Filter("ImgConvolBinomial (KyBW8Vector)", source, destination, prepare, body);
 }
 
-KY_ERRORS ImgDilate(KyBW8Vector* source, KyBW8Vector* destination, unsigned int passes) noexcept {
+KY_ERRORS ImgDilate(const KyBW8Vector* source, KyBW8Vector* destination,
+                    unsigned int passes) noexcept {
   return Extremes<KY_OPER_MAX>("ImgDilate (KyBW8Vector)", source, destination, passes);
 }
-KY_ERRORS ImgErode(KyBW8Vector* source, KyBW8Vector* destination, unsigned int passes) noexcept {
+KY_ERRORS ImgErode(const KyBW8Vector* source, KyBW8Vector* destination,
+                   unsigned int passes) noexcept {
   return Extremes<KY_OPER_MIN>("ImgErode (KyBW8Vector)", source, destination, passes);
 }

@@ -20,9 +20,10 @@ inline KY_ERRORS CheckEnds(const KyGenericROI* roi, int x0, int y0, int x1, int 
                            KY_ERRORS code) noexcept {
   if (roi == nullptr) return KY_ERROR_NO_IMAGE;
   const int values[] = {x0, y0, x1, y1};
+  constexpr const char* kNames[] = {"x0", "y0", "x1", "y1"};
   for (int i = 0; i < 4; ++i)
     if (values[i] < 0 || values[i] > (i % 2 == 0 ? roi->GetWidth() : roi->GetHeight()))
-      return static_cast<KY_ERRORS>(code + i);
+      return OutOfRange(static_cast<KY_ERRORS>(code + i), kNames[i]);
   return KY_OK;
 }
 

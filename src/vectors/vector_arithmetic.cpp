@@ -100,7 +100,7 @@ KY_ERRORS TakeStructure(const KyVector& from, KyVector& to) {
 
 }  // namespace
 
-KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, int constant,
+KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, const KyVector* vector, int constant,
                      KyVector* result, int first, int last) noexcept {
   return Call("ImgVect1c2", [&] {
     if (!IsKnown(operation)) return KY_ERROR_UNSUPPORTED_OPERATION;
@@ -114,7 +114,7 @@ KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, int con
       return KY_ERROR_VECTOR_1602;
     if (first < 0 || first > last || last >= Elements(*vector) ||
         (structured && last >= MostElements(*result)))
-      return KY_ERROR_PARAMETER_OUT_OF_RANGE;
+      return ky::OutOfRange(KY_ERROR_PARAMETER_OUT_OF_RANGE, first < 0 ? "first" : "last");
     if (!structured)
       if (const KY_ERRORS error = TakeStructure(*vector, *result)) return error;
     const int groups = last / result->GetGroupLength() + 1;
@@ -134,7 +134,8 @@ KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, KyVector* vector, int con
   });
 }
 
-KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS, KyVector* vector, double, KyVector* result) noexcept {
+KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS, const KyVector* vector, double,
+                     KyVector* result) noexcept {
   return Call("ImgVect1c2", [&] {
     if (vector == nullptr || result == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     return vector->GetDataType() == ky::kFloat ? KY_ERROR_VECTOR_DATA_TYPE : KY_ERROR_VECTOR_1606;

@@ -52,7 +52,7 @@ void Convolve(T* out, ptrdiff_t outStep, const T* in, ptrdiff_t n, const double*
 
 }  // namespace
 
-KY_ERRORS ImgConvolVect(KyVector* source, const KyKernel* kernel, KyVector* result) noexcept {
+KY_ERRORS ImgConvolVect(const KyVector* source, const KyKernel* kernel, KyVector* result) noexcept {
   return ky::Call("ImgConvolVect", [&] {
     if (source == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (const KY_ERRORS error = ky::CheckElements(*source, ky::kUnsigned | ky::kSigned))

@@ -43,14 +43,14 @@ KY_ERRORS FindExtremes(const KyVector* vector, Extremes& extremes) noexcept {
 
 }  // namespace
 
-KY_ERRORS ImgGetVectExtremes(KyVector* vector, int& minimum, int& maximum) noexcept {
+KY_ERRORS ImgGetVectExtremes(const KyVector* vector, int& minimum, int& maximum) noexcept {
   Extremes extremes = {minimum, maximum, 0, 0};
   const KY_ERRORS error = FindExtremes(vector, extremes);
   minimum = extremes.minimum;
   maximum = extremes.maximum;
   return error;
 }
-KY_ERRORS ImgGetVectExtremes(KyVector* vector, int& minimum, int& maximum, int& whereMinimum,
+KY_ERRORS ImgGetVectExtremes(const KyVector* vector, int& minimum, int& maximum, int& whereMinimum,
                              int& whereMaximum) noexcept {
   Extremes extremes = {minimum, maximum, whereMinimum, whereMaximum};
   const KY_ERRORS error = FindExtremes(vector, extremes);

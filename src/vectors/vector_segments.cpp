@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdint>
 
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "vectors/line_segment.h"
 #include "vectors/segment_groups.h"
@@ -40,8 +41,11 @@ KY_ERRORS ImgLineSegToVect(const KyROI<KyBW8>* source, KyVector* vector, int x0,
     if (vector == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (const KY_ERRORS error = ky::CheckImage(source)) return error;
     const LineSegment line({x0, y0}, {x1, y1});
+    ky::Input<KyBW8> in;
+    if (!in.OpenApart(ky::RowsWithEdges(source), ky::ArrayOf(*vector)))
+      return KY_ERROR_NOT_ENOUGH_MEMORY;
     if (const KY_ERRORS error = ky::MakeRoom(*vector, line.Count())) return error;
-    const auto rows = ky::RowsWithEdges(source);
+    const auto& rows = in.rows();
     std::int32_t* next = GroupsOf(*vector);
     ky::TraceLineSegment(line, 0, line.Count(), [&](ptrdiff_t x, ptrdiff_t y) {
       *next++ = Has(rows, {x, y}) ? rows.Row(y)[x] : 0;
@@ -53,7 +57,7 @@ KY_ERRORS ImgLineSegToVect(const KyROI<KyBW8>* source, KyVector* vector, int x0,
   });
 }
 
-KY_ERRORS ImgVectToLineSeg(KyVector* vector, KyROI<KyBW8>* destination) noexcept {
+KY_ERRORS ImgVectToLineSeg(const KyVector* vector, KyROI<KyBW8>* destination) noexcept {
   return Call("ImgVectToLineSeg", [&] {
     if (vector == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (vector->GetUse() != kUse || !HasGroups(*vector)) return KY_ERROR_VECTOR_1602;
@@ -84,7 +88,7 @@ KY_ERRORS ImgVectToLineSeg(KyVector* vector, KyROI<KyBW8>* destination) noexcept
   });
 }
 
-KY_ERRORS ImgVectToLineSeg(KyVector* vector, int x0, int y0, int x1, int y1,
+KY_ERRORS ImgVectToLineSeg(const KyVector* vector, int x0, int y0, int x1, int y1,
                            KyROI<KyBW8>* destination) noexcept {
   return Call("ImgVectToLineSeg", [&] {
     if (const auto error =

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdint>
 
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "vectors/elements.h"
 #include "vectors/line_segment.h"
@@ -89,14 +90,16 @@ KY_ERRORS ImgTransitionScan(TRANS_SCAN_EDGE edge, const KyROI<KyBW8>* source, in
     if (const KY_ERRORS error = ky::CheckImage(source)) return error;
     const LineSegment line({x0, y0}, {x1, y1});
     const ptrdiff_t most = maxCount < 1 ? PTRDIFF_MAX : maxCount;
+    ky::Input<KyBW8> in;
+    if (!in.OpenApart(ky::RowsWithEdges(source), ky::ArrayOf(*transitions)))
+      return KY_ERROR_NOT_ENOUGH_MEMORY;
     if (const KY_ERRORS error = ky::MakeRoom(*transitions, std::min(line.Count(), most)))
       return error;
     int count = 0;
     // No level passes any other threshold.
     if (threshold >= 0 && threshold <= 255)
       count = TransitionScan(line, maxCount, ky::GroupsOf(*transitions))
-                  .Run(ky::RowsWithEdges(source), static_cast<KyBW8>(threshold),
-                       static_cast<KyBW8>(edge));
+                  .Run(in.rows(), static_cast<KyBW8>(threshold), static_cast<KyBW8>(edge));
     return transitions->SetNbGroup(count);
   });
 }
@@ -104,7 +107,7 @@ KY_ERRORS ImgTransitionScan(TRANS_SCAN_EDGE edge, const KyROI<KyBW8>* source, in
 namespace {
 
 // The transitions of a vector of elements of one data type.
-KY_ERRORS FindTransitions(KyVector* vector, KyVector* transitions, int dataType,
+KY_ERRORS FindTransitions(const KyVector* vector, KyVector* transitions, int dataType,
                           std::int64_t threshold) noexcept {
   constexpr int kDataSize = 8, kPair = 2, kUse = 7;
   return Call("ImgGetVectTransition", [&] {
@@ -137,10 +140,11 @@ KY_ERRORS FindTransitions(KyVector* vector, KyVector* transitions, int dataType,
 
 }  // namespace
 
-KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions, int threshold) noexcept {
+KY_ERRORS ImgGetVectTransition(const KyVector* vector, KyVector* transitions,
+                               int threshold) noexcept {
   return FindTransitions(vector, transitions, ky::kSigned, threshold);
 }
-KY_ERRORS ImgGetVectTransition(KyVector* vector, KyVector* transitions,
+KY_ERRORS ImgGetVectTransition(const KyVector* vector, KyVector* transitions,
                                unsigned int threshold) noexcept {
   return FindTransitions(vector, transitions, ky::kUnsigned, std::int64_t{threshold});
 }

@@ -61,6 +61,21 @@ TEST(Allocation, OperatorsOnOverlappingAreas) {
   EXPECT_FALSE(failing.Happened());
 }
 
+// Both tables are resized, or neither; their masks stay.
+TEST(Allocation, TablesOfCircleWarps) {
+  KyImage<KyBW16> x(5, 4), y(3, 2);
+  const KyMaskRun run = {1, 2};
+  x.SetPixel(77, 4, 3);
+  ASSERT_EQ(x.SetMask(&run, 1, true), KY_OK);
+  CheckAllocationFailures(
+      [&] { return ImgSetCircleWarp(9, 9, 6, 2, 8, 7, 0, 90, &x, &y); }, KY_ERROR_NOT_ENOUGH_MEMORY,
+      {"ImgSetCircleWarp"},
+      [&] { return x.GetPixel(4, 3) == 77 && x.GetMaskCount() == 1 && y.GetWidth() == 3; }, 4);
+  EXPECT_EQ(x.GetWidth(), 7);
+  EXPECT_EQ(y.GetHeight(), 6);
+  EXPECT_TRUE(x.GetMaskCount() == 1 && x.IsMaskAbsolute());
+}
+
 TEST(Allocation, ColourComponentsOfOverlappingAreas) {
   std::vector<KyBW8> memory(3 * 8 * 4 + 40, 5);
   KyImage<KyC24> color;

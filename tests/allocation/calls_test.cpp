@@ -54,6 +54,7 @@ TEST(Allocation, EveryCall) {
       }
     }
   }
+  RecordProperty("failures", failures);
   EXPECT_GT(failures, 500);
 }
 

@@ -1,16 +1,23 @@
 #include "tests/allocation/failing_new.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-std::atomic<long> outstanding{0};
+std::atomic<long> outstanding{0}, outstandingBytes{0}, largest{0};
 std::atomic<int> countdown{0};  // allocations until the one that fails; 0 when none does
 std::atomic<bool> happened{false};
+
+// With the allocator's own word.
+long BytesOf(void* memory) {
+  return static_cast<long>(malloc_usable_size(memory) + sizeof(std::size_t));
+}
 
 void* Allocate(std::size_t bytes, std::size_t alignment) noexcept {
   if (countdown.load() > 0 && countdown.fetch_sub(1) == 1) {
@@ -20,7 +27,10 @@ void* Allocate(std::size_t bytes, std::size_t alignment) noexcept {
   const std::size_t rounded = (bytes + alignment - 1) / alignment * alignment;
   if (rounded < bytes) return nullptr;
   void* const memory = std::aligned_alloc(alignment, rounded == 0 ? alignment : rounded);
-  if (memory != nullptr) ++outstanding;
+  if (memory == nullptr) return nullptr;
+  ++outstanding;
+  outstandingBytes += BytesOf(memory);
+  largest = std::max(largest.load(), static_cast<long>(bytes));
   return memory;
 }
 void* AllocateOrThrow(std::size_t bytes, std::size_t alignment) {
@@ -30,6 +40,7 @@ void* AllocateOrThrow(std::size_t bytes, std::size_t alignment) {
 void Release(void* memory) noexcept {
   if (memory == nullptr) return;
   --outstanding;
+  outstandingBytes -= BytesOf(memory);
   std::free(memory);
 }
 
@@ -68,6 +79,9 @@ void operator delete[](void* p, std::align_val_t, const std::nothrow_t&) noexcep
 namespace ky::test {
 
 long OutstandingAllocations() { return outstanding; }
+long OutstandingBytes() { return outstandingBytes; }
+long LargestAllocation() { return largest; }
+void ForgetLargestAllocation() { largest = 0; }
 
 FailingAllocation::FailingAllocation(int n) {
   happened = false;

@@ -12,6 +12,11 @@ namespace ky::test {
 // Blocks allocated and not yet freed in the whole program.
 long OutstandingAllocations();
 
+// What those blocks take on the heap, and the largest one asked for since it was last forgotten.
+long OutstandingBytes();
+long LargestAllocation();
+void ForgetLargestAllocation();
+
 // While it lives, the n-th allocation from its making on fails, and no other.
 class FailingAllocation {
  public:

@@ -25,6 +25,23 @@ TEST(Allocation, MovingAveragesBecomeUnconfigured) {
   }
 }
 
+// Before its images are made, a ring asks for all that they will take in one piece, which is too
+// much for an absurd one. That is never less than what they then do take, nor much more.
+TEST(Allocation, MovingAveragesKnowWhatTheyTake) {
+  for (const auto& [width, height] : {std::pair{1, 1}, {1, 300}, {64, 3}, {130, 7}, {1024, 40}}) {
+    SCOPED_TRACE(testing::Message() << width << " x " << height);
+    const long before = OutstandingBytes();
+    const KyImage<KyBW16> sum(width, height);
+    const long between = OutstandingBytes();
+    ForgetLargestAllocation();
+    const KyMovingAverage average(200, width, height, 1);
+    ASSERT_EQ(KyGetError(), KY_OK);
+    const long ring = OutstandingBytes() - between - (between - before);
+    EXPECT_GE(LargestAllocation(), ring);
+    EXPECT_LE(LargestAllocation(), 2 * ring);
+  }
+}
+
 TEST(Allocation, MovingAveragesKeepTheirState) {
   Random random(1);
   KyMovingAverage average(3, 12, 5, 0), untouched(3, 12, 5, 0);

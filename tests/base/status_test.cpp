@@ -36,9 +36,39 @@ TEST(Status, EveryThreadHasItsOwn) {
   KyOk();
 }
 
+TEST(Status, MessagesNameRoutineParameterAndCode) {
+  KyImage<KyBW8> image(3, 3);
+  const KyBW8Vector one(1);
+  const char* const message = KyGetErrorMessage();
+  EXPECT_STREQ(message, "success (KY_OK)");
+  ImgConvolGaussian(&image, &image, 1, 1, -1);
+  EXPECT_EQ(KyGetErrorMessage(), message);
+  EXPECT_STREQ(message,
+               "ImgConvolGaussian: sigmaX is out of range (KY_ERROR_PARAMETER_3_OUT_OF_RANGE)");
+  // The name goes with the status that it belongs to, and is nothing without one.
+  KySetError(KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
+  EXPECT_EQ(std::string(KyGetErrorMessage()).find("sigma"), std::string::npos);
+  KyOk();
+  EXPECT_EQ(KyNameParameter("none"), KY_OK);
+  one[1];
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "KyVector::operator[]: index is out of range (KY_ERROR_PARAMETER_1_OUT_OF_RANGE)");
+  // The innermost routine first, then those through which the failure passed.
+  float deviation, mean;
+  KyROI<KyBW8> empty(&image, 0, 0, 0, 0);
+  ImgPixelStdDev(&empty, deviation, mean);
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "ImgPixelVariance: there are no pixels to compute a statistic of "
+               "(KY_ERROR_NO_PIXELS), in ImgPixelStdDev");
+  const std::string longName(300, 'x');
+  KyTraceError(longName.c_str());
+  EXPECT_EQ(std::string(KyGetErrorMessage()).size(), 255u);
+  KyOk();
+}
+
 TEST(Status, EveryCodeHasATextThatNamesIt) {
   EXPECT_EQ(std::string(KyGetErrorText(KY_ERROR_NO_IMAGE)),
-            "KY_ERROR_NO_IMAGE: an ROI has no pixels");
+            "KY_ERROR_NO_IMAGE: an ROI is missing or has no pixels");
   EXPECT_EQ(std::string(KyGetErrorText(KY_OK)), "KY_OK: success");
   int known = 0;
   const std::string unknown = KyGetErrorText(static_cast<KY_ERRORS>(-1));

@@ -1,8 +1,12 @@
 // What holds for every call of the registry: bad ROIs, vectors and kernels are refused with their
-// code and trace; every path gives the same; nothing but outputs changes; neighbouring ROIs are
-// separate worlds for two threads.
+// code and trace; every path gives the same; nothing but outputs changes; sources may lie in the
+// memory of results; neighbouring ROIs are separate worlds for eight threads.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <set>
 #include <thread>
 
 #include "tests/registry/arguments.h"
@@ -58,6 +62,7 @@ TEST(Calls, BadArgumentsAreRefused) {
   for (const Call* const call : Callable()) {
     SCOPED_TRACE(call->Declaration());
     int refused = 0;
+    bool spoilt = false;
     for (const Fault fault : kFaults) {
       for (std::size_t bad = 0; bad < call->parameters.size(); ++bad) {
         SCOPED_TRACE("fault " + std::to_string(static_cast<int>(fault)) + " of " +
@@ -70,6 +75,7 @@ TEST(Calls, BadArgumentsAreRefused) {
           if (!never && Arguments(*call, again, Plan()).Run().status != KY_OK) continue;
           const Arguments arguments(*call, draw, Plan());
           if (!arguments[bad].Spoil(fault)) break;
+          spoilt = true;
           const KY_ERRORS code = CodeOf(*call, call->parameters[bad], fault);
           const std::vector<Bytes> before = arguments.State();
           const Outcome outcome = arguments.Run();
@@ -82,7 +88,7 @@ TEST(Calls, BadArgumentsAreRefused) {
         }
       }
     }
-    EXPECT_GT(refused + (call->parameters.empty() ? 1 : 0), 0);
+    EXPECT_EQ(refused > 0, spoilt);
   }
 }
 
@@ -113,10 +119,25 @@ TEST(Calls, MissingImagesComeBeforeSizes) {
   EXPECT_GT(refused, 100);
 }
 
+// The message of a code about a number names a parameter of the call. Returns whether it is such a
+// code.
+bool ExpectParameterInMessage(const Call& call, KY_ERRORS status) {
+  if (status < KY_ERROR_PARAMETER_OUT_OF_RANGE || status > KY_ERROR_PARAMETER_6_OUT_OF_RANGE)
+    return false;
+  const std::string message = KyGetErrorMessage();
+  const bool names =
+      std::any_of(call.parameters.begin(), call.parameters.end(), [&](const Parameter& parameter) {
+        return message.find(": " + parameter.name + " is out of range (") != message.npos;
+      });
+  EXPECT_TRUE(names) << message;
+  return true;
+}
+
 // Random arguments, a part of them hostile: all paths do the same and write outputs only. Each call
 // must be seen to succeed, and to choose its kernels by the instruction set.
 TEST(Calls, EveryPathGivesTheSame) {
   const std::vector<Path> paths = Paths();
+  int named = 0;
   for (const Call* const call : Callable()) {
     SCOPED_TRACE(call->Declaration());
     int succeeded = 0, dispatched = 0;
@@ -133,6 +154,7 @@ TEST(Calls, EveryPathGivesTheSame) {
         const Arguments arguments(*call, draw, plan);
         const std::vector<Bytes> before = arguments.State();
         const Outcome outcome = arguments.Run();
+        named += ExpectParameterInMessage(*call, outcome.status);
         dispatched += path.target != 0 && on.Dispatched();
         EXPECT_EQ(arguments.Damage(before, outcome.status), "");
         succeeded += outcome.status == KY_OK;
@@ -152,10 +174,50 @@ TEST(Calls, EveryPathGivesTheSame) {
                 paths.back().target == 0)
         << "nothing is dispatched by the instruction set";
   }
+  EXPECT_GT(named, 100);
 }
 
-// Two threads on neighbouring ROIs of the same images leave what one after the other leaves.
+// A source in the memory of a result is read before that is written, or freed to grow.
+TEST(Calls, SourcesMayLieInTheMemoryOfResults) {
+  std::set<const Call*> tested;
+  for (const Call* const call : Callable()) {
+    SCOPED_TRACE(call->Declaration());
+    for (unsigned seed = 0; seed < 12; ++seed) {
+      SCOPED_TRACE("seed " + std::to_string(seed));
+      const auto make = [&] {
+        SeededDraw draw(seed);
+        Plan plan = DrawPlan(*call, draw, 30, 14);
+        plan.sharing = Sharing::kApart;
+        return std::make_unique<Arguments>(*call, draw, plan);
+      };
+      const std::unique_ptr<Arguments> apart = make(), inside = make();
+      if (!apart->PutSourceIntoResult(false)) continue;
+      ASSERT_TRUE(inside->PutSourceIntoResult(true));
+      const Outcome outcome = apart->Run();
+      EXPECT_TRUE(inside->Run() == outcome);
+      for (std::size_t i = 0; i < apart->size(); ++i)
+        if ((*apart)[i].MayChange()) {
+          EXPECT_TRUE((*inside)[i].State() == (*apart)[i].State()) << call->parameters[i].name;
+        }
+      if (outcome.status == KY_OK) tested.insert(call);
+    }
+  }
+  RecordProperty("calls", static_cast<int>(tested.size()));
+  EXPECT_GT(tested.size(), 15u);
+}
+
+// Eight threads on neighbouring ROIs of the same images leave what one after the other leaves,
+// while another one changes the settings of the process.
 TEST(Threads, EveryCallOnNeighbouringRois) {
+  std::atomic<bool> done{false};
+  std::thread settings([&] {
+    while (!done) {
+      KySetMMX(KyGetMMX() != 0 ? 0 : 1);
+      KySetAngleUnit(KyGetAngleUnit());
+      ImgSetOverlayColor(ImgGetOverlayColor());
+      std::this_thread::yield();
+    }
+  });
   for (const Call* const call : Callable()) {
     SCOPED_TRACE(call->Declaration());
     const bool bits = call->Declaration().find("KyBW1>") != std::string::npos;
@@ -163,28 +225,35 @@ TEST(Threads, EveryCallOnNeighbouringRois) {
     for (const Sharing sharing : {Sharing::kApart, Sharing::kInPlace}) {
       std::vector<std::vector<Bytes>> states;
       for (const bool together : {false, true}) {
+        constexpr int kThreads = 8;
         SeededDraw draw(7);
-        Plan plan{width, 14, sharing, false, nullptr, true};
-        const Arguments left(*call, draw, plan);
-        plan.beside = &left;
-        const Arguments right(*call, draw, plan);
-        const auto run = [](const Arguments& arguments) {
-          for (int i = 0; i < 3; ++i) arguments.Run();
-        };
-        if (together) {
-          std::thread one([&] { run(left); }), other([&] { run(right); });
-          one.join();
-          other.join();
-        } else {
-          run(left);
-          run(right);
+        Plan plan{width, 14, sharing, false, nullptr, kThreads};
+        std::vector<std::unique_ptr<Arguments>> all;
+        for (int i = 0; i < kThreads; ++i) {
+          all.push_back(std::make_unique<Arguments>(*call, draw, plan));
+          plan.beside = all.back().get();
         }
-        states.push_back(left.State());
-        for (const Bytes& bytes : right.State()) states.back().push_back(bytes);
+        const auto run = [](const Arguments& arguments) {
+          for (int i = 0; i < 2; ++i) arguments.Run();
+        };
+        std::vector<std::thread> threads;
+        for (const auto& arguments : all) {
+          if (together)
+            threads.emplace_back([&] { run(*arguments); });
+          else
+            run(*arguments);
+        }
+        for (std::thread& thread : threads) thread.join();
+        std::vector<Bytes>& state = states.emplace_back();
+        for (const auto& arguments : all)
+          for (const Bytes& bytes : arguments->State()) state.push_back(bytes);
       }
       EXPECT_TRUE(states[0] == states[1]);
     }
   }
+  done = true;
+  settings.join();
+  KySetMMX(1);
 }
 
 }  // namespace

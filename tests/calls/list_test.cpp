@@ -47,10 +47,21 @@ Declarations Declared() {
   return all;
 }
 
+// Whether the header is that of an optional library that this build leaves out.
+bool IsLeftOut(const std::string& header) {
+#ifndef KY_HAS_FREQUENCY
+  if (header == "frequency.h") return true;
+#endif
+#ifndef KY_HAS_DRAWING
+  if (header == "drawing.h") return true;
+#endif
+  return header.empty();
+}
+
 TEST(List, EveryFunctionIsRegistered) {
   std::multiset<std::string> declared, registered;
   for (const auto& [header, functions] : Declared())
-    declared.insert(functions.begin(), functions.end());
+    if (!IsLeftOut(header)) declared.insert(functions.begin(), functions.end());
   for (const ky::test::Call& call : ky::test::Registry())
     if (call.name.find("::") == call.name.npos) registered.insert(call.Declaration());
   std::vector<std::string> missing, unknown;
@@ -74,7 +85,9 @@ TEST(List, EveryMethodIsRegistered) {
       exported.insert(match[1].str() + "::" + match[2].str());
   EXPECT_EQ(pclose(symbols), 0);
   for (const ky::test::Call& call : ky::test::Registry())
-    if (call.name.find("::") != call.name.npos) registered.insert(call.name);
+    if (call.name.find("::") != call.name.npos &&
+        call.Declaration().find("KyROI<") != std::string::npos)
+      registered.insert(call.name);
   exported.erase("KyMovingAverage::Take");  // private
   EXPECT_FALSE(exported.empty());
   EXPECT_EQ(exported, registered);

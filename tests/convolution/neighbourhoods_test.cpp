@@ -110,14 +110,14 @@ const Halves kHalves[] = {{0, 0},
 
 template <class Model>
 void CheckBoxes(GreyBox grey, ColorBox color, Model (*modelOf)(unsigned, unsigned)) {
-  for (const auto [halfWidth, halfHeight] : kHalves) {
-    SCOPED_TRACE(std::to_string(halfWidth) + ", " + std::to_string(halfHeight));
-    const Model model = modelOf(halfWidth, halfHeight);
+  for (const Halves half : kHalves) {
+    SCOPED_TRACE(std::to_string(half.width) + ", " + std::to_string(half.height));
+    const Model model = modelOf(half.width, half.height);
     CheckOperation<KyBW8, KyBW8>(
-        [=](auto* in, auto* out) { return grey(in, out, halfWidth, halfHeight); }, model, kSizes);
+        [=](auto* in, auto* out) { return grey(in, out, half.width, half.height); }, model, kSizes);
     CheckOperation<KyC24, KyC24>(
-        [=](auto* in, auto* out) { return color(in, out, halfWidth, halfHeight); }, InColors(model),
-        {{1, 1}, {5, 2}, {33, 7}, {70, 9}});
+        [=](auto* in, auto* out) { return color(in, out, half.width, half.height); },
+        InColors(model), {{1, 1}, {5, 2}, {33, 7}, {70, 9}});
   }
 }
 TEST(Boxes, UniformIsTheMeanOfThePositions) {

@@ -1,11 +1,9 @@
 // The inspection example as a user runs it: what it reports of drawn scenes, whose parts are known,
 // and what it says of bad input.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <numbers>
@@ -17,34 +15,18 @@
 #include "ky/ky.h"
 #include "support/picture_file.h"
 #include "support/scene.h"
+#include "tests/examples/program.h"
 
 namespace {
 
 using scene::Kind;
 using scene::Part;
 
-struct Outcome {
-  int exitCode;
-  std::string text;  // of both streams
-};
+using ky::test::TestFolder;
+using Outcome = ky::test::ProgramOutcome;
 
 Outcome Inspect(const std::string& arguments) {
-  std::FILE* const pipe = popen((KY_INSPECT " " + arguments + " 2>&1").c_str(), "r");
-  Outcome outcome;
-  std::array<char, 4096> chunk;
-  while (const std::size_t size = std::fread(chunk.data(), 1, chunk.size(), pipe))
-    outcome.text.append(chunk.data(), size);
-  const int status = pclose(pipe);
-  outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return outcome;
-}
-
-// A folder of the test's own.
-std::string Folder() {
-  const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-  const std::string folder = testing::TempDir() + "ky_inspect_" + test->name();
-  std::filesystem::create_directories(folder);
-  return folder;
+  return ky::test::RunProgram(KY_INSPECT " " + arguments);
 }
 
 struct Found {
@@ -132,7 +114,7 @@ scene::Scene RandomScene(unsigned seed) {
 }
 
 TEST(Inspect, FindsThePartsOfItsOwnScene) {
-  const std::string folder = Folder();
+  const std::string folder = TestFolder();
   const Outcome outcome = Inspect("-o " + folder);
   ASSERT_EQ(outcome.exitCode, 0) << outcome.text;
   const std::vector<Part> parts = scene::Bundled(false).parts;
@@ -144,7 +126,7 @@ TEST(Inspect, FindsThePartsOfItsOwnScene) {
 }
 
 TEST(Inspect, FindsThePartsOfPictureFiles) {
-  const std::string folder = Folder();
+  const std::string folder = TestFolder();
   for (const unsigned seed : {1u, 2u, 3u}) {
     const scene::Scene scene = RandomScene(seed);
     KyImage<KyBW8> picture = scene::Draw(scene);
@@ -165,7 +147,7 @@ TEST(Inspect, FindsThePartsOfPictureFiles) {
 }
 
 TEST(Inspect, FindsNothingInAFlatPicture) {
-  const std::string folder = Folder();
+  const std::string folder = TestFolder();
   for (const int side : {1, 2, 100}) {
     KyImage<KyBW8> flat(side, side);
     ASSERT_EQ(ImgCopy(KyBW8{90}, &flat), KY_OK);
@@ -178,8 +160,22 @@ TEST(Inspect, FindsNothingInAFlatPicture) {
   }
 }
 
-TEST(Inspect, TellsWhatIsWrong) {
+TEST(Inspect, CountsOneObjectAndSuggestsTheOtherPolarity) {
   const std::string folder = Folder();
+  KyImage<KyBW8> picture(100, 80);
+  KyROI<KyBW8> part(&picture, 40, 30, 20, 20);
+  for (const bool dark : {false, true}) {
+    ASSERT_EQ(ImgCopy(KyBW8(dark ? 200 : 0), &picture), KY_OK);
+    ASSERT_EQ(ImgCopy(KyBW8(dark ? 0 : 200), &part), KY_OK);
+    picture::Write(picture, folder + "/part.png");
+    const Outcome outcome = Inspect("-l none -o " + folder + ' ' + folder + "/part.png");
+    EXPECT_NE(outcome.text.find(": 1 object, level "), std::string::npos) << outcome.text;
+    EXPECT_EQ(outcome.text.find("--dark may help") != std::string::npos, dark) << outcome.text;
+  }
+}
+
+TEST(Inspect, TellsWhatIsWrong) {
+  const std::string folder = TestFolder();
   picture::Write(scene::Draw(RandomScene(1)), folder + "/good.png");
   std::ofstream(folder + "/text.png") << "no picture";
   std::filesystem::copy_file(folder + "/good.png", folder + "/short.png",
@@ -195,7 +191,8 @@ TEST(Inspect, TellsWhatIsWrong) {
       {folder + "/missing.png", 1, "missing.png: cannot be opened"},
       {folder + "/text.png", 1, "text.png: is not a PNG"},
       {folder + "/short.png", 1, "short.png: is a damaged PNG file"},
-      {"-o /dev/null/folder", 1, "/dev/null"},
+      {"-o /dev/null/folder", 1, "'/dev/null/folder' is to be the folder"},
+      {"-o " + folder + "/text.png", 1, "and is a file; choose another with --output"},
       {folder + "/good.png " + folder + "/good.pgm", 2, "two pictures are named 'good'"},
       {"--reach 0", 2, "--reach"},
       {"--threshold other", 2, "there is no 'other'"},

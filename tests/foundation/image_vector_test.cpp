@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -60,9 +62,6 @@ TEST(ImageVector, OwnsItsImages) {
   v[1].SetPixel(1, 4, 3);
   EXPECT_EQ(v[0].GetPixel(4, 3), 77);
   EXPECT_EQ(v[2].GetPixel(4, 3), 77);
-  // The place holder may be used as any image, and is empty again the next time.
-  v[9].SetSize(3, 3);
-  EXPECT_EQ(v[9].GetPixelPtr(0, 0), nullptr);
   // Images dropped lose their pixels; those that come are empty.
   v.SetNumElements(1);
   v.SetNumElements(4);
@@ -95,6 +94,55 @@ TEST(ImageVector, CopiesOfForeignMemoryAreTheirOwn) {
   EXPECT_TRUE(v[0].IsMaskAbsolute());
 }
 
+// What stands in for an image that does not exist stays without pixels whatever is done to it, in
+// any thread, and until the last destructor of a thread has run.
+TEST(ImageVector, TheStandInNeverHasPixels) {
+  Images v;
+  KyImage<KyBW8>& none = v[9];
+  EXPECT_EQ(KyGetError(), KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
+  KyImage<KyBW8> image(3, 3);
+  const KyMaskRun run = {0, 1};
+  KyBW8 foreign[4] = {};
+  none.SetSize(3, 3);
+  EXPECT_EQ(KyGetError(), KY_ERROR_NOT_ENOUGH_MEMORY);
+  none.SetSize(0, 0);
+  EXPECT_EQ(KyGetError(), KY_OK);
+  EXPECT_EQ(none.Attach(foreign, 2, 2, 2), KY_ERROR_NOT_ENOUGH_MEMORY);
+  EXPECT_EQ(none.CopyFrom(image), KY_ERROR_NOT_ENOUGH_MEMORY);
+  EXPECT_EQ(none.SetMask(&run, 1, false), KY_ERROR_NOT_ENOUGH_MEMORY);
+  none.SetPlacement(1, 1, 2, 2);
+  none.KyGenericROI::SetSize(2, 2);
+  none.Restore(&image);
+  none.ClearMask();
+  none = std::move(image);
+  EXPECT_EQ(image.GetWidth(), 3);
+  EXPECT_EQ(none.GetWidth(), 0);
+  EXPECT_EQ(none.GetPixelPtr(0, 0), nullptr);
+  EXPECT_EQ(&v[5], &none);
+  KyImage<KyBW8> taker = std::move(none);
+  taker.SetSize(2, 2);
+  EXPECT_NE(taker.GetPixelPtr(0, 0), nullptr);
+  taker = std::move(none);
+  EXPECT_EQ(taker.GetPixelPtr(0, 0), nullptr);
+  KyImage<KyC24> color(2, 2);
+  EXPECT_EQ(ImgOper(KY_OPER_COPY, &none, &image), KY_ERROR_NO_IMAGE);
+
+  struct Late {
+    Images* images = nullptr;
+    ~Late() {
+      for (int i = 0; images != nullptr && i < 9; ++i) (*images)[i].SetSize(i, i);
+    }
+  };
+  const auto use = [&] {
+    static thread_local Late late;
+    late.images = &v;
+    v[1].SetPlacement(1, 2, 3, 4);
+  };
+  std::thread one(use), other(use);
+  one.join();
+  other.join();
+}
+
 template <class T>
 void CheckRoundTrip(unsigned char signature) {
   KyVectorTemplate<KyImage<T>> saved, loaded;
@@ -109,6 +157,8 @@ void CheckRoundTrip(unsigned char signature) {
   const unsigned char header[] = {
       'Q', signature, 1, static_cast<unsigned char>('Q' ^ signature ^ 1), 2, 0, 0, 0};
   EXPECT_EQ(std::memcmp(bytes, header, sizeof header), 0);
+  // Of both objects only the sides are not 0: addresses stay here.
+  EXPECT_EQ(std::count(bytes + 8, bytes + 8 + 2 * 120, 0), 2 * 120 - 2);
   ASSERT_EQ(loaded.Load(name.c_str()), KY_OK);
   std::remove(name.c_str());
   ASSERT_EQ(loaded.GetNumElements(), 2u);

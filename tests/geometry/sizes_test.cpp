@@ -155,8 +155,8 @@ TEST(Sizes, ShrinkWithLongSums) {
       in.pixels[i] = static_cast<KyBW8>(random());
     kShrink(in, out);
     Canvas<KyBW8> source(in, {}, random);
-    ForEachPath([&](const std::string&) {
-      Canvas<KyBW8> destination(to.width, to.height, {}, random);
+    ForEachPath([&, size = to](const std::string&) {
+      Canvas<KyBW8> destination(size.width, size.height, {}, random);
       ASSERT_EQ(ImgShrink(source.roi(), destination.roi()), KY_OK);
       EXPECT_TRUE(Same(out, destination.Get()));
     });

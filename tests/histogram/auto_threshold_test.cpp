@@ -373,11 +373,17 @@ TEST(AdaptiveThreshold, NodesHoldTheThresholdsOfTheirTiles) {
   EXPECT_EQ(source.GetPixel(30, 30), 180);
 }
 
-// Tiles that do not divide the picture, of odd sizes and larger than it.
+// Tiles that do not divide the picture, of odd sizes, of few pixels and larger than the picture.
 TEST(AdaptiveThreshold, NodesOfTilesThatAreCutOff) {
   Random random(5);
-  for (const auto& [width, height, tileWidth, tileHeight] :
-       {std::array{70, 41, 16, 0}, {64, 33, 21, 8}, {37, 50, 5, 50}, {29, 12, 90, 7}}) {
+  for (const auto& [width, height, tileWidth, tileHeight] : {std::array{70, 41, 16, 0},
+                                                             {64, 33, 21, 8},
+                                                             {37, 50, 5, 50},
+                                                             {29, 12, 90, 7},
+                                                             {23, 17, 1, 0},
+                                                             {24, 19, 2, 3},
+                                                             {31, 30, 6, 5},
+                                                             {41, 9, 8, 4}}) {
     SCOPED_TRACE(testing::Message() << width << " x " << height << ", tiles of " << tileWidth);
     const Picture<KyBW8> picture = RandomPicture<KyBW8>(width, height, random);
     Canvas<KyBW8> source(picture, kPlacements[1], random);

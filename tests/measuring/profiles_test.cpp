@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <numbers>
 #include <vector>
@@ -40,12 +41,14 @@ void ExpectNear(const KyFloatVector& actual, const std::vector<double>& expected
 
 TEST(Sampling, SegmentsAndArcsAreWhatTheDefinitionsSay) {
   Random random(1);
+  int turn = 0;
+  // Whole numbers in a third of the turns: the centres of pixels, those of the border, too.
   const auto real = [&](double least, double most) {
-    return static_cast<float>(least + (most - least) * static_cast<double>(random() % 1000) / 999);
+    const double value = least + (most - least) * static_cast<double>(random() % 1000) / 999;
+    return static_cast<float>(turn % 3 == 0 ? std::round(value) : value);
   };
   constexpr Size kSizes[] = {{1, 1}, {1, 9}, {12, 1}, {2, 2}, {17, 11}};
   constexpr double kTurns[] = {360, 2 * std::numbers::pi, 1, 400};
-  int turn = 0;
   for (const Size size : kSizes) {
     for (int i = 0; i < 40; ++i, ++turn) {
       SCOPED_TRACE(turn);
@@ -90,6 +93,18 @@ TEST(Sampling, SegmentsAndArcsAreWhatTheDefinitionsSay) {
       ExpectNear(profile, expected);
       EXPECT_TRUE(canvas.Unchanged());
     }
+  }
+}
+
+// Sums over a thickness hold the brightest pixels, of which four are black here.
+TEST(Sampling, ThicknessesOfThousandsOfPixels) {
+  KyImage<KyBW8> image(70000, 3);
+  for (int y = 0; y < 3; ++y) std::memset(image.GetPixelPtr(0, y), 255, 70000);
+  for (int i = 0; i < 4; ++i) image.SetPixel(0, 35000 + i, 1);
+  for (const unsigned half : {1000u, 4096u, 4097u, 32768u}) {
+    KyFloatVector profile;
+    ASSERT_EQ(ImgSampleSegment(&image, 35001, 1, 35001, 0, 1, half, &profile), KY_OK);
+    EXPECT_NEAR(profile[0], 255 * (1 - 4 / (2.0 * half + 1)), kNear);
   }
 }
 
@@ -146,7 +161,7 @@ Edges EdgesOf(const std::vector<float>& p, int polarity, double least) {
   for (int i = 1; i < n - 1; ++i) at(i) = (sample(i + 1) - sample(i - 1)) / 2;
   Edges edges;
   for (int first = 1, end; first < n - 1; first = end) {
-    for (end = first + 1; at(end) == at(first); ++end) continue;
+    for (end = first + 1; end < n && at(end) == at(first); ++end) continue;
     const int sign = at(first) > 0 ? 1 : -1;
     const bool strong = std::abs(at(first)) > 0 && std::abs(at(first)) >= least;
     const bool extreme =

@@ -41,7 +41,8 @@ std::string Arguments::Damage(const std::vector<Bytes>& before, KY_ERRORS status
       const bool own = i == j || (arguments_[i]->Memory() != nullptr &&
                                   arguments_[i]->Memory() == arguments_[j]->Memory());
       if (!own || !arguments_[j]->MayChange()) continue;
-      if (status != KY_OK && call_.Find(Option::Kind::kPartial, name) == nullptr) continue;
+      const KY_ERRORS partial = call_.Code(Option::Kind::kPartial, name, KY_ERROR_INTERNAL);
+      if (status != KY_OK && status != partial && partial != KY_OK) continue;
       if (arguments_[j]->Memory() == nullptr || call_.Find(Option::Kind::kSpills, name) != nullptr)
         excused = true;
       else
@@ -62,6 +63,19 @@ std::string Arguments::Damage(const std::vector<Bytes>& before, KY_ERRORS status
       return call_.parameters[i].name + " changed where it must not";
   }
   return "";
+}
+
+bool Arguments::PutSourceIntoResult(bool attach) const {
+  for (std::size_t i = 0; i < size(); ++i)
+    for (std::size_t j = 0; j < size(); ++j) {
+      const std::size_t bytes = arguments_[i]->MayChange() ? 0 : arguments_[i]->PixelBytes();
+      if (bytes == 0 || !arguments_[j]->MayChange()) continue;
+      void* const memory = arguments_[j]->Array(bytes);
+      if (memory == nullptr) continue;
+      arguments_[i]->MoveTo(memory, attach);
+      return true;
+    }
+  return false;
 }
 
 Plan DrawPlan(const Call& call, Draw& draw, int mostWidth, int mostHeight) {

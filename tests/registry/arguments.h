@@ -44,7 +44,7 @@ struct Plan {
   Sharing sharing = Sharing::kApart;
   bool hostile = false;                     // some numbers, sizes and pointers are bad
   const class Arguments* beside = nullptr;  // ROIs lie just to the right of those, in their images
-  bool roomBeside = false;                  // ROIs leave room for such ones
+  int neighbours = 0;                       // ROIs leave room for so many such ones
 };
 
 class Argument {
@@ -58,6 +58,13 @@ class Argument {
   virtual bool IsNull() const { return false; }
   // Where the pixels are, for ROIs: what makes two arguments share them.
   virtual const void* Memory() const { return nullptr; }
+  // The memory of a vector or image, at least so many bytes, which a call may free; null for
+  // others.
+  virtual void* Array(std::size_t /*bytes*/) { return nullptr; }
+  // The bytes of an ROI's pixels without gaps, and what puts them there; with `attach` they are the
+  // ROI's from then on. For sources of whole bytes; 0 for others.
+  virtual std::size_t PixelBytes() const { return 0; }
+  virtual void MoveTo(void* /*memory*/, bool /*attach*/) {}
   // Sets the ROI's own pixels in `state`, that of an image it lies on, to those of `before`.
   virtual void Restore(Bytes& /*state*/, const Bytes& /*before*/) const {}
 };
@@ -82,6 +89,9 @@ class Arguments {
   // What was done wrong since `before`: on success only outputs may change, and of images the
   // destinations' pixels; on failure nothing but what the registry names. Empty if nothing was.
   std::string Damage(const std::vector<Bytes>& before, KY_ERRORS status) const;
+  // Puts the pixels of a source into the memory of a vector or image that the call writes; with
+  // `attach` they are the source's, without they are a copy. False where there are no two such.
+  bool PutSourceIntoResult(bool attach) const;
   Argument& operator[](std::size_t i) const { return *arguments_[i]; }
   std::size_t size() const { return arguments_.size(); }
 

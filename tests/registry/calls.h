@@ -20,6 +20,12 @@
 #include <vector>
 
 #include "ky/ky.h"
+#ifdef KY_HAS_DRAWING
+#include "ky/drawing.h"
+#endif
+#ifdef KY_HAS_FREQUENCY
+#include "ky/frequency.h"
+#endif
 
 namespace ky::test {
 
@@ -27,6 +33,9 @@ class Argument;
 struct Context;
 
 using Bytes = std::vector<unsigned char>;
+
+// Beside the types of generic vectors: single 32-bit floats.
+inline constexpr int kFloats = 5;
 
 struct Option {
   enum class Kind {
@@ -47,7 +56,7 @@ struct Option {
     kNoImage,       // no pixels give the code a; 0 is success
     kOffParent,     // off its parent it gives the code a, if not that of kNoImage
     kNoMemory,      // a failing allocation may give the code a, too
-    kPartial,       // the argument may have changed when the call has failed
+    kPartial,       // the argument may have changed when the call has failed with code a; 0 is any
     kNever,         // no arguments make the call succeed
     kPlain,         // one path alone: nothing is dispatched by the instruction set
     kInTurn,        // each ROI's image and size are checked before the next ROI's

@@ -2,6 +2,9 @@
 // pixels, of typed vectors, of numbers, enumerations and plain records needs no holder of its own.
 #pragma once
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -22,8 +25,8 @@ struct Context {
   Plan plan;
   std::size_t index = 0;  // of the argument being made
   std::map<const void*, std::shared_ptr<void>> sheets =
-      {};                             // by type of pixels, for those that share
-  std::shared_ptr<Bytes> block = {};  // of the first image, and its pitch
+      {};                                          // by type of pixels, for those that share
+  std::shared_ptr<class GuardedBytes> block = {};  // of the first image, and its pitch
   int pitch = 0;
 
   const Option* Find(Option::Kind kind) const {
@@ -42,16 +45,40 @@ void Append(Bytes& bytes, const T& value) {
   Append(bytes, &value, 1);
 }
 
+// Memory between two pages that nobody may touch: it ends at the one, or begins at the other.
+class GuardedBytes {
+ public:
+  GuardedBytes(std::size_t size, std::size_t alignment, bool atStart) : size_(size) {
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t middle = (size + page - 1) / page * page;
+    mapped_ = middle + 2 * page;
+    void* const memory =
+        mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (memory == MAP_FAILED) std::abort();
+    first_ = static_cast<unsigned char*>(memory);
+    if (middle != 0 && mprotect(first_ + page, middle, PROT_READ | PROT_WRITE) != 0) std::abort();
+    data_ = first_ + page + (atStart ? 0 : (middle - size) / alignment * alignment);
+  }
+  GuardedBytes(const GuardedBytes&) = delete;
+  GuardedBytes& operator=(const GuardedBytes&) = delete;
+  ~GuardedBytes() { munmap(first_, mapped_); }
+  unsigned char* data() const { return data_; }
+  std::size_t size() const { return size_; }
+
+ private:
+  std::size_t size_, mapped_;
+  unsigned char *first_, *data_;
+};
+
 // An image in memory of exactly its size. One with room for pixels of any type can share its memory
 // with an image of another.
 template <class T>
 struct Sheet {
-  std::shared_ptr<Bytes> bytes;
+  std::shared_ptr<GuardedBytes> bytes;
   int pitch = 0;
   KyImage<T> image;
 
-  Sheet(int width, int height, Context& context, bool anyType = false)
-      : bytes(std::make_shared<Bytes>()) {
+  Sheet(int width, int height, Context& context, bool anyType = false) {
     if (anyType) {
       constexpr int kAnyPixels = 12;
       pitch = (4 * width / kAnyPixels + 1) * kAnyPixels;
@@ -60,11 +87,13 @@ struct Sheet {
       pitch = (pitch + kSize - 1) / kSize * kSize;
       if (alignof(T) == 4) pitch = (pitch + 3) / 4 * 4;
     }
-    bytes->resize(static_cast<std::size_t>(pitch * height));
+    bytes =
+        std::make_shared<GuardedBytes>(static_cast<std::size_t>(pitch * height),
+                                       anyType ? 4 : alignof(Memory), (width + height) % 2 == 0);
     Fill(*bytes, context);
     Attach(anyType ? 8 * pitch / KyPixelTraits<T>::kBits : width, height);
   }
-  Sheet(const std::shared_ptr<Bytes>& others, int pitchOfOthers)
+  Sheet(const std::shared_ptr<GuardedBytes>& others, int pitchOfOthers)
       : bytes(others), pitch(pitchOfOthers) {
     Attach(8 * pitch / KyPixelTraits<T>::kBits, static_cast<int>(bytes->size()) / pitch);
   }
@@ -77,24 +106,33 @@ struct Sheet {
     image.Attach(reinterpret_cast<Memory*>(bytes->data()), width, height, pitch);
   }
   // Any levels, or those near 0 or the maximum, or few different ones.
-  void Fill(Bytes& memory, Context& context) const {
+  void Fill(const GuardedBytes& block, Context& context) const {
+    unsigned char* const memory = block.data();
+    const std::size_t size = block.size();
     SeededDraw random(context.draw.Below(65536));
     const Option* const words = context.Find(Option::Kind::kWords);
     const unsigned kind = random.Below(8);
+    if constexpr (std::is_same_v<T, KyComplex64>) {
+      // Numbers, as the bits of what is none differ from path to path.
+      for (std::size_t i = 0; i + sizeof(float) <= memory.size(); i += sizeof(float)) {
+        const auto number = static_cast<float>(random.In(-2000, 2000)) / 8;
+        std::memcpy(memory.data() + i, &number, sizeof number);
+      }
+      return;
+    }
     if (context.Find(Option::Kind::kBlobs) != nullptr) {
-      for (std::size_t i = 0; i < memory.size(); ++i) {
+      for (std::size_t i = 0; i < size; ++i) {
         const std::size_t x = i % static_cast<std::size_t>(pitch) % 16,
                           y = i / static_cast<std::size_t>(pitch) % 12;
         memory[i] = x >= 4 && x < 12 && y >= 3 && y < 9 ? 200 : 0;
       }
       return;
     }
-    for (std::size_t i = 0; i < memory.size(); ++i) {
+    for (std::size_t i = 0; i < size; ++i) {
       if (words != nullptr) {
         const int word = random.In(static_cast<int>(words->a), static_cast<int>(words->b));
         if (i % 2 == 0) memory[i] = static_cast<unsigned char>(word);
-        if (i % 2 == 0 && i + 1 < memory.size())
-          memory[i + 1] = static_cast<unsigned char>(word >> 8);
+        if (i % 2 == 0 && i + 1 < size) memory[i + 1] = static_cast<unsigned char>(word >> 8);
         continue;
       }
       const unsigned any = random.Below(256);
@@ -134,19 +172,19 @@ class RoiHolder : public Argument {
       return width + 4 <= sheet_->image.GetWidth() && height + 4 <= sheet_->image.GetHeight();
     };
     // A smaller ROI has its neighbour where a larger one in the same place still is.
-    const bool mayShare = !context.plan.roomBeside || size == nullptr;
+    const bool mayShare = context.plan.neighbours == 0 || size == nullptr;
     if (context.plan.sharing != Sharing::kApart && shared != nullptr && mayShare)
       sheet_ = std::static_pointer_cast<Sheet<T>>(shared);
     else if (overlapping && context.block != nullptr)
       sheet_ = std::make_shared<Sheet<T>>(context.block, context.pitch);
     if (sheet_ == nullptr || !fits()) {
-      const int room = context.plan.roomBeside ? width + kLeft : 0;
+      const int room = context.plan.neighbours != 0 ? context.plan.neighbours * width + kLeft : 0;
       sheet_ = std::make_shared<Sheet<T>>(width + room + 5, height + 4, context, overlapping);
     }
     shared = sheet_;
     context.block = sheet_->bytes;
     context.pitch = sheet_->pitch;
-    int x = context.plan.roomBeside ? kLeft : 2, y = 2;
+    int x = context.plan.neighbours != 0 ? kLeft : 2, y = 2;
     if (overlapping) x += context.draw.In(-2, 2), y += context.draw.In(-2, 2);
     if (context.Hostile(64)) x = context.draw.In(-1, 99);
     roi_.emplace(&sheet_->image, x, y, width, height);
@@ -154,9 +192,28 @@ class RoiHolder : public Argument {
   }
   KyROI<T>* Pass() const { return passed_; }
   bool IsNull() const override { return passed_ == nullptr; }
-  Bytes State() const override { return *sheet_->bytes; }
+  Bytes State() const override {
+    if (attached_) return {};
+    return Bytes(sheet_->bytes->data(), sheet_->bytes->data() + sheet_->bytes->size());
+  }
   bool MayChange() const override { return !constant_; }
-  const void* Memory() const override { return sheet_->bytes.get(); }
+  const void* Memory() const override { return attached_ ? nullptr : sheet_->bytes.get(); }
+  std::size_t PixelBytes() const override {
+    const bool usable = passed_ == &*roi_ && passed_->GetPixelPtr(0, 0) != nullptr;
+    if (!usable || KyPixelTraits<T>::kBits < 8) return 0;
+    return static_cast<std::size_t>(roi_->GetWidth() * roi_->GetPixelSize() * roi_->GetHeight());
+  }
+  void MoveTo(void* memory, bool attach) override {
+    const int width = roi_->GetWidth(), height = roi_->GetHeight();
+    const int row = width * roi_->GetPixelSize();
+    for (int y = 0; y < height; ++y)
+      std::memcpy(static_cast<unsigned char*>(memory) + y * row, roi_->GetPixelPtr(0, y),
+                  static_cast<std::size_t>(row));
+    if (!attach) return;
+    attached_ = true;
+    elsewhere_.Attach(static_cast<typename KyPixelTraits<T>::Memory*>(memory), width, height, row);
+    roi_.emplace(&elsewhere_, 0, 0, width, height);
+  }
   bool Spoil(Fault fault) override {
     switch (fault) {
       case Fault::kNone: break;
@@ -190,6 +247,8 @@ class RoiHolder : public Argument {
   std::shared_ptr<Sheet<T>> sheet_;
   std::optional<KyROI<T>> roi_;
   KyROI<T> spare_;
+  KyImage<T> elsewhere_;
+  bool attached_ = false;  // the pixels are not those of the sheet
   KyROI<T>* passed_ = nullptr;
 };
 template <class T>
@@ -229,6 +288,10 @@ class ImageHolder : public ObjectHolder<Image> {
         sheet_(context.plan.width + (context.Hostile(16) ? 1 : 0),
                context.plan.height + (context.Hostile(16) ? 1 : 0), context) {
     image_.CopyFrom(sheet_.image);
+  }
+  void* Array(std::size_t bytes) override {
+    const int has = image_.GetPitch() * image_.GetHeight();
+    return static_cast<std::size_t>(has) < bytes ? nullptr : image_.GetPixelPtr(0, 0);
   }
   Bytes State() const override {
     Bytes bytes;
@@ -294,6 +357,12 @@ class Holder<V*> : public ObjectHolder<V> {
     for (unsigned i = 0; i < static_cast<unsigned>(count); ++i)
       vector_[i] = DrawElement<Element>(random);
   }
+  void* Array(std::size_t bytes) override {
+    if constexpr (std::is_const_v<V>) return nullptr;
+    const auto elements = static_cast<unsigned>(bytes / sizeof(vector_[0]) + 1);
+    if (vector_.GetMaxElements() < elements) vector_.SetMaxElements(elements);
+    return vector_.GetDataPtr();
+  }
   Bytes State() const override {
     Bytes bytes;
     Append(bytes, vector_.GetNumElements());
@@ -323,6 +392,8 @@ class Holder<V*> : public ObjectHolder<V> {
                            option != nullptr ? groups : context.draw.In(1, 3),
                            context.draw.In(1, 2));
       groups = vector_.GetNbMaxGroup();
+    } else if (type == kFloats) {
+      vector_.SetStructure(8, groups, 1, 4);
     } else {
       vector_.SetType(type, groups, 0);
     }
@@ -337,6 +408,11 @@ class Holder<V*> : public ObjectHolder<V> {
                                             : i % 4 == 0 ? random.Below(9)
                                                          : 0);
     }
+  }
+  void* Array(std::size_t bytes) override {
+    const int size = static_cast<int>(bytes);
+    if (vector_.GetAllocatedSize() < size) vector_.Reallocate(size);
+    return vector_.GetAllocatedSize() < size ? nullptr : vector_.GetDataPtr();
   }
   Bytes State() const override {
     Bytes bytes;

@@ -50,7 +50,10 @@ inline Option NoMemoryIs(KY_ERRORS code) { return {Kind::kNoMemory, "", double(c
 inline Option NotAccelerated() { return {Kind::kPlain, ""}; }
 inline Option ChecksInTurn() { return {Kind::kInTurn, ""}; }
 inline Option NeverSucceeds() { return {Kind::kNever, ""}; }
-inline Option Partial(Name name) { return {Kind::kPartial, name}; }
+// After this code, or after any failure.
+inline Option Partial(Name name, KY_ERRORS code = KY_OK) {
+  return {Kind::kPartial, name, double(code)};
+}
 inline Option Spills(Name name) { return {Kind::kSpills, name}; }
 
 }  // namespace ky::test::options

@@ -2,6 +2,9 @@
 
 #include "tests/registry/holders.h"
 #include "tests/registry/options.h"
+#ifdef KY_HAS_DRAWING
+#include "tests/registry/drawing_holder.h"
+#endif
 
 namespace ky::test {
 namespace {
@@ -169,6 +172,12 @@ const std::vector<Call>& Registry() {
 #include "tests/registry/statistics.inc"
 #include "tests/registry/temporal.inc"
 #include "tests/registry/vectors.inc"
+#ifdef KY_HAS_FREQUENCY
+#include "tests/registry/frequency.inc"
+#endif
+#ifdef KY_HAS_DRAWING
+#include "tests/registry/drawing.inc"
+#endif
     };
     return std::vector<Call>(std::make_move_iterator(std::begin(all)),
                              std::make_move_iterator(std::end(all)));

@@ -155,7 +155,7 @@ class Harness {
         Placement roomy = {place.left + 2, place.above + 1, place.right + 2};
         int width = std::max(size.width, from.width);
         if (!kSameType) {  // rows of whole pixels of either type
-          width = std::max(width, from.width * static_cast<int>(sizeof(T)) / kSize + 90);
+          width = std::max(width, (from.width + 20) * static_cast<int>(sizeof(T)) / kSize + 30);
           roomy.right += 12 - (roomy.left + width + roomy.right) % 12;
         }
         Canvas<Out> shared(width, std::max(size.height, from.height), roomy, random);

@@ -118,6 +118,19 @@ TEST(Profile, ManyPassesEnd) {
   EXPECT_EQ(ImgConvolBinomial(&from, &to, UINT_MAX), KY_OK);
   EXPECT_EQ(LevelsOf(to),
             Passes(v, 10000, [](int a, int b, int c) { return (a + 2 * b + c) >> 2; }));
+  // A long one comes to rest piece by piece, a flat one at once.
+  Levels random(5000);
+  for (std::size_t i = 0; i < random.size(); ++i)
+    random[i] = i < 2500 ? static_cast<int>(i * i * 2654435761u >> 24 & 255) : i < 4000 ? 200 : 255;
+  for (const unsigned passes : {1u, 40u, 1030u, 9000u}) {
+    from = VectorOf(random);
+    for (KyBW8Vector* const out : {&to, &from}) {
+      EXPECT_EQ(ImgConvolBinomial(&from, out, passes), KY_OK);
+      EXPECT_EQ(LevelsOf(*out), Passes(random, static_cast<int>(passes),
+                                       [](int a, int b, int c) { return (a + 2 * b + c) >> 2; }));
+    }
+  }
+  from = VectorOf(v);
   // None leaves the destination resized and nothing else.
   to = VectorOf({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
   for (const auto filter : {&ImgConvolBinomial, &ImgErode})
@@ -125,14 +138,8 @@ TEST(Profile, ManyPassesEnd) {
   EXPECT_EQ(LevelsOf(to), (Levels{1, 2, 3, 4, 5, 6, 7, 8, 9}));
 }
 
-struct Found {
-  unsigned start, length;
-  float center;
-  int amplitude, area;
-};
-
-std::vector<Found> Peaks(const Levels& v, int low, int high, int minAmplitude, int minArea) {
-  std::vector<Found> found;
+std::vector<KyPeak> Peaks(const Levels& v, int low, int high, int minAmplitude, int minArea) {
+  std::vector<KyPeak> found;
   const int n = static_cast<int>(v.size());
   const auto sideOf = [&](int i) {
     const int level = v[static_cast<std::size_t>(i)];
@@ -174,14 +181,31 @@ TEST(Profile, Peaks) {
     const auto u = [](int i) { return static_cast<unsigned>(i); };
     ASSERT_EQ(ImgGetProfilePeaks(&profile, &peaks, u(low), u(high), u(minAmplitude), u(minArea)),
               KY_OK);
-    const std::vector<Found> expected = Peaks(v, low, high, minAmplitude, minArea);
+    const std::vector<KyPeak> expected = Peaks(v, low, high, minAmplitude, minArea);
     ASSERT_EQ(peaks.GetNumElements(), expected.size());
     for (unsigned i = 0; i < expected.size(); ++i) {
-      EXPECT_EQ(peaks[i].start, expected[i].start);
-      EXPECT_EQ(peaks[i].length, expected[i].length);
-      EXPECT_FLOAT_EQ(peaks[i].center, expected[i].center);
-      EXPECT_EQ(peaks[i].amplitude, expected[i].amplitude);
-      EXPECT_EQ(peaks[i].area, expected[i].area);
+      KyPeak peak = peaks[i];
+      EXPECT_FLOAT_EQ(peak.center, expected[i].center);
+      peak.center = expected[i].center;
+      EXPECT_EQ(peak, expected[i]);
+    }
+    // The same levels as counts of many pixels: everything grows with them but the places.
+    constexpr unsigned kMany = 1000000;
+    KyBW32Vector counts;
+    for (const int level : v) counts.AddElement(kMany * u(level));
+    KyPeaksVector large;
+    ASSERT_EQ(ImgGetProfilePeaks(&counts, &large, kMany * u(low), kMany * u(high),
+                                 kMany * u(minAmplitude), kMany * u(minArea)),
+              KY_OK);
+    ASSERT_EQ(large.GetNumElements(), expected.size());
+    for (unsigned i = 0; i < expected.size(); ++i) {
+      const auto scaled = [](std::int32_t value) {
+        return static_cast<std::int32_t>(
+            std::clamp<std::int64_t>(std::int64_t{value} * kMany, INT32_MIN, INT32_MAX));
+      };
+      const KyPeak& e = expected[i];
+      EXPECT_EQ(large[i],
+                (KyPeak{e.start, e.length, peaks[i].center, scaled(e.amplitude), scaled(e.area)}));
     }
   }
   KyBW8Vector profile = VectorOf({0, 200, 200, 0});

@@ -167,6 +167,14 @@ void CheckPaths(const char* readTrace, const char* writeTrace) {
     Harness<T>::ExpectTrace(status, {});
     EXPECT_TRUE(Same(expected, to.Get()));
     EXPECT_TRUE(to.OnlyChanged(*to.roi()));
+    const T value = RandomPicture<T>(1, 1, random).At(0, 0);
+    KyPathVector bare;
+    for (const auto& p : path) {
+      bare.AddElement({p.x, p.y});
+      if (expected.Has(p.x, p.y)) expected.At(p.x, p.y) = value;
+    }
+    EXPECT_EQ(ImgPathToImage(to.roi(), &bare, value), status);
+    EXPECT_TRUE(Same(expected, to.Get()));
     std::vector<T> old;
     for (const auto& p : path) old.push_back(p.pixel);
     EXPECT_EQ(ImgImageToPath(from.roi(), &path), status);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "foundation/frame.h"
 #include "ky/auto_threshold.h"
 
 namespace ky {
@@ -204,45 +205,70 @@ ThresholdChoice MostUpward(const std::uint32_t* bins, float best, const Score& s
 }  // namespace
 
 KY_ERRORS CheckRange(LevelRange range, KY_ERRORS badMin, KY_ERRORS badMax) noexcept {
-  if (range.min >= kLevels) return badMin;
-  if (range.max >= kLevels) return badMax;
+  if (range.min >= kLevels) return OutOfRange(badMin, "minLevel");
+  if (range.max >= kLevels) return OutOfRange(badMax, "maxLevel");
   return range.min < range.max ? KY_OK : KY_ERROR_BAD_INTERVAL;
 }
 
 KY_ERRORS ChooseThreshold(const std::uint32_t* counts, LevelRange range, unsigned threshold,
-                          float relative, ThresholdChoice& choice) noexcept {
+                          float relative, ThresholdChoice& choice, const char* name) noexcept {
   if (const KY_ERRORS error =
           CheckRange(range, KY_ERROR_PARAMETER_5_OUT_OF_RANGE, KY_ERROR_PARAMETER_6_OUT_OF_RANGE))
     return error;
   if (!IsMode(threshold) && (threshold < range.min || threshold > range.max))
-    return KY_ERROR_PARAMETER_2_OUT_OF_RANGE;
+    return OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, name);
   if (static_cast<int>(threshold) == IMG_THRESHOLD_RELATIVE &&
       !(relative >= 0.0f && relative <= 1.0f))
-    return KY_ERROR_PARAMETER_5_OUT_OF_RANGE;
+    return OutOfRange(KY_ERROR_PARAMETER_5_OUT_OF_RANGE, "relative");
   choice = Choose(counts, range, threshold, relative);
   return KY_OK;
 }
 
-int IsodataLevel(const std::uint32_t* counts, LevelRange range) noexcept {
+namespace {
+
+// `upTo(t)` is the class of the levels up to t.
+template <class UpTo>
+int Isodata(const LevelClass& all, LevelRange range, const UpTo& upTo) noexcept {
   constexpr int kMostSteps = 16;
-  std::uint32_t belowCounts[kLevels] = {}, sums[kLevels] = {};
-  LevelClass all;
-  for (unsigned k = range.min; k <= range.max; ++k) {
-    belowCounts[k] = all.count += counts[k];
-    sums[k] = all.sum += k * counts[k];
-  }
   unsigned t = (range.min + range.max + 1) >> 1;
   for (int step = 0; step < kMostSteps; ++step) {
-    const std::uint32_t below = belowCounts[t], above = all.count - below;
-    const std::uint32_t meanBelow = below == 0 ? (range.min + t) >> 1 : sums[t] / below;
+    const LevelClass below = upTo(t);
+    const std::uint32_t above = all.count - below.count;
+    const std::uint32_t meanBelow =
+        below.count == 0 ? (range.min + t) >> 1 : below.sum / below.count;
     const std::uint32_t meanAbove =
-        above == 0 ? (range.max + 1 + t) >> 1 : (all.sum - sums[t]) / above;
+        above == 0 ? (range.max + 1 + t) >> 1 : (all.sum - below.sum) / above;
     // Sums that have wrapped may lead out of the range.
     const unsigned next = std::clamp((meanBelow + meanAbove) >> 1, range.min, range.max);
     if (next == t) break;
     t = next;
   }
   return static_cast<int>(t);
+}
+
+}  // namespace
+
+int IsodataLevel(const std::uint32_t* counts, LevelRange range) noexcept {
+  LevelClass classes[kLevels], all;
+  for (unsigned k = range.min; k <= range.max; ++k) {
+    all.count += counts[k];
+    all.sum += k * counts[k];
+    classes[k] = all;
+  }
+  return Isodata(all, range, [&](unsigned t) { return classes[t]; });
+}
+
+int IsodataLevel(const KyBW8* pixels, std::ptrdiff_t n) noexcept {
+  const auto upTo = [&](unsigned t) {
+    LevelClass below;
+    for (std::ptrdiff_t i = 0; i < n; ++i) {
+      const std::uint32_t counts = pixels[i] <= t ? 1 : 0;
+      below.count += counts;
+      below.sum += counts * pixels[i];
+    }
+    return below;
+  };
+  return Isodata(upTo(kLevels - 1), {}, upTo);
 }
 
 ThresholdChoice LeastResidueLevel(const std::uint32_t* counts) noexcept {

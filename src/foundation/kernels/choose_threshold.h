@@ -1,9 +1,11 @@
 // The search for a threshold in the counts of 256 levels.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "foundation/kernels/counts.h"
+#include "ky/pixels.h"
 #include "ky/status.h"
 
 namespace ky {
@@ -35,12 +37,16 @@ struct ThresholdChoice {
 };
 
 // Finds the threshold that `threshold` stands for, a mode of IMG_THRESHOLD_MODES or a level of the
-// range. Errors are those of ImgHistogramThreshold. Counts are 32-bit and wrap in all searches.
+// range. Errors are those of ImgHistogramThreshold, whose `threshold` is called `name` elsewhere.
+// Counts are 32-bit and wrap in all searches.
 KY_ERRORS ChooseThreshold(const std::uint32_t* counts, LevelRange range, unsigned threshold,
-                          float relative, ThresholdChoice& choice) noexcept;
+                          float relative, ThresholdChoice& choice,
+                          const char* name = "threshold") noexcept;
 
 // The level that lies midway between the means of both classes, by iteration.
 int IsodataLevel(const std::uint32_t* counts, LevelRange range) noexcept;
+// The same among all levels from the pixels themselves, for few of them, without counting them.
+int IsodataLevel(const KyBW8* pixels, std::ptrdiff_t n) noexcept;
 
 // The searches over all levels; nothing is found where no threshold is better than none.
 ThresholdChoice LeastResidueLevel(const std::uint32_t* counts) noexcept;
