@@ -1,4 +1,5 @@
 // Profiles along segments and arcs.
+#include "foundation/arrays.h"
 #include "foundation/frame.h"
 #include "foundation/make_room.h"
 #include "ky/measuring.h"
@@ -22,8 +23,10 @@ KY_ERRORS Sample(const char* name, const KyROI<KyBW8>* source, const Parameters&
     if (profile == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (const KY_ERRORS error = parameters.Error()) return error;
     if (rows.Empty()) samples = 0;
+    ky::Input<KyBW8> in;
+    if (!in.OpenApart(rows, ky::ArrayOf(*profile))) return KY_ERROR_NOT_ENOUGH_MEMORY;
     if (const KY_ERRORS error = ky::MakeRoom(*profile, samples)) return error;
-    const ky::Bilinear picture(rows);
+    const ky::Bilinear picture(in.rows());
     const auto path = makePath();
     float* const out = profile->GetDataPtr();
     for (unsigned i = 0; i < samples; ++i) {

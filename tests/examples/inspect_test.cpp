@@ -161,7 +161,7 @@ TEST(Inspect, FindsNothingInAFlatPicture) {
 }
 
 TEST(Inspect, CountsOneObjectAndSuggestsTheOtherPolarity) {
-  const std::string folder = Folder();
+  const std::string folder = TestFolder();
   KyImage<KyBW8> picture(100, 80);
   KyROI<KyBW8> part(&picture, 40, 30, 20, 20);
   for (const bool dark : {false, true}) {

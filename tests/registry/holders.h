@@ -114,9 +114,9 @@ struct Sheet {
     const unsigned kind = random.Below(8);
     if constexpr (std::is_same_v<T, KyComplex64>) {
       // Numbers, as the bits of what is none differ from path to path.
-      for (std::size_t i = 0; i + sizeof(float) <= memory.size(); i += sizeof(float)) {
+      for (std::size_t i = 0; i + sizeof(float) <= size; i += sizeof(float)) {
         const auto number = static_cast<float>(random.In(-2000, 2000)) / 8;
-        std::memcpy(memory.data() + i, &number, sizeof number);
+        std::memcpy(memory + i, &number, sizeof number);
       }
       return;
     }
