@@ -13,7 +13,8 @@
 namespace docs {
 namespace {
 
-constexpr double kSheetWidth = 660, kSheetHeight = 410, kChartWidth = 176, kChartHeight = 120;
+constexpr int kSheetWidth = 660, kSheetHeight = 410;
+constexpr double kChartWidth = 176, kChartHeight = 120;
 constexpr int kRow = 75;  // that of the profiles
 
 struct Shown {
