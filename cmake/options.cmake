@@ -31,8 +31,11 @@ target_compile_definitions(ky_build_options INTERFACE
 target_compile_options(ky_build_options INTERFACE
   -ffp-contract=off -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wno-missing-braces
   $<$<BOOL:${KY_WERROR}>:-Werror>)
-# Of tests, for LeakSanitizer.
-set(KY_LEAKS "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0")
+# Of tests: what sanitizers pass over.
+set(KY_SUPPRESSIONS "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0")
+if(KY_SANITIZE STREQUAL "thread")
+  set(KY_SUPPRESSIONS "TSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/races.supp:print_suppressions=0")
+endif()
 if(KY_SANITIZE)
   target_compile_definitions(ky_build_options INTERFACE KY_SANITIZED=1)
   target_compile_options(ky_build_options INTERFACE

@@ -127,12 +127,16 @@ KY_ERRORS ImgConvolHighpass1(const KyROI<KyC24>* source, KyROI<KyC24>* destinati
                 ChooseSharpeningKernels().highpass1);
 }
 KY_ERRORS ImgConvolHighpass2(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept {
-  return Filter("ImgConvolHighpass2 (BW8)", source, destination, kZero,
-                ChooseSharpeningKernels().highpass2, ChooseSharpeningKernels().highpass2AtBorder);
+  // Of one instruction set, whatever another thread sets meanwhile.
+  const SharpeningKernels& kernels = ChooseSharpeningKernels();
+  return Filter("ImgConvolHighpass2 (BW8)", source, destination, kZero, kernels.highpass2,
+                kernels.highpass2AtBorder);
 }
 KY_ERRORS ImgConvolHighpass2(const KyROI<KyC24>* source, KyROI<KyC24>* destination) noexcept {
-  return Filter("ImgConvolHighpass2 (C24)", source, destination, kZero,
-                ChooseSharpeningKernels().highpass2, ChooseSharpeningKernels().highpass2AtBorder);
+  // Of one instruction set, whatever another thread sets meanwhile.
+  const SharpeningKernels& kernels = ChooseSharpeningKernels();
+  return Filter("ImgConvolHighpass2 (C24)", source, destination, kZero, kernels.highpass2,
+                kernels.highpass2AtBorder);
 }
 KY_ERRORS ImgConvolLaplacian4(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept {
   return Filter("ImgConvolLaplacian4 (BW8)", source, destination, kZero,
