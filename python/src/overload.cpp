@@ -56,6 +56,11 @@ bool Bind(const Function& function, std::size_t index, PyObject* const* objects,
     if (misfit != nullptr) *misfit = {true, -1, text};
     return false;
   };
+  const auto textOf = [](PyObject* word) {
+    const char* const text = PyUnicode_AsUTF8(word);
+    if (text == nullptr) PyErr_Clear();  // not every string can be written
+    return std::string(text == nullptr ? "?" : text);
+  };
   std::fill_n(given, n, nullptr);
   Py_ssize_t position = 0;
   for (int i = 0; i < n && position < count; ++i)
@@ -71,7 +76,7 @@ bool Bind(const Function& function, std::size_t index, PyObject* const* objects,
     while (i < n && names[i] != keyword) ++i;
     for (int j = 0; i == n && j < n; ++j)
       if (names[j] != nullptr && PyUnicode_Compare(names[j], keyword) == 0) i = j;
-    if (i == n) return fail(std::string("has no argument '") + PyUnicode_AsUTF8(keyword) + "'");
+    if (i == n) return fail("has no argument '" + textOf(keyword) + "'");
     if (given[i] != nullptr)
       return fail(std::string("got two values for '") + overload.parameters[i].name + "'");
     given[i] = objects[count + k];

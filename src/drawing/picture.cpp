@@ -40,9 +40,17 @@ void Paint(cairo_t* context, std::ptrdiff_t width, std::ptrdiff_t height, double
     for (std::ptrdiff_t row = 0; row < height; ++row) fill(row, out.Row(row));
     cairo_surface_mark_dirty(picture);
   }
+  cairo_save(context);
+  if (cairo_get_operator(context) != CAIRO_OPERATOR_OVER) {
+    // Others may change what lies outside of a source.
+    cairo_set_antialias(context, CAIRO_ANTIALIAS_NONE);
+    cairo_rectangle(context, x, y, static_cast<double>(width), static_cast<double>(height));
+    cairo_clip(context);
+  }
   cairo_set_source_surface(context, picture, x, y);
   cairo_pattern_set_filter(cairo_get_source(context), CAIRO_FILTER_NEAREST);
   cairo_paint(context);
+  cairo_restore(context);
   cairo_surface_destroy(picture);
 }
 

@@ -38,8 +38,10 @@ KyBW8 ScaledModulusLevel(KyComplex64 z, const ModulusScale& scale) noexcept {
   const double modulus = ModulusOf(z);
   if (std::isinf(scale.largest)) return std::isinf(modulus) ? 255 : 0;
   if (scale.largest == 0) return 0;
-  return Rounded(scale.logarithmic ? 255 * std::log1p(modulus) / std::log1p(scale.largest)
-                                   : 255 * modulus / scale.largest);
+  if (scale.logarithmic) return Rounded(255 * std::log1p(modulus) / std::log1p(scale.largest));
+  // Two roots, a quotient and a product may leave what is halfway between two levels below it by
+  // three units in the last place.
+  return Rounded(255 * modulus / scale.largest * (1 + 0x1p-50));
 }
 
 namespace {

@@ -12,10 +12,10 @@
 namespace ky {
 namespace {
 
-// FFTW ends the process where it runs out of memory. More than it takes is therefore allocated
-// first, and released: so many numbers for each number of the row. Lengths that are large primes
-// take the most.
-constexpr std::ptrdiff_t kRoom = 16;
+// FFTW ends the process where it runs out of memory. More than it takes, to plan and to transform,
+// is therefore allocated first, and released: so many numbers for each number of the row. Lengths
+// that are large primes take the most, 23.
+constexpr std::ptrdiff_t kRoom = 32;
 
 // The plans that are kept. They stay to the end of the process, as threads may still run then.
 class Plans {

@@ -29,8 +29,9 @@ class Workshop {
     height_ = height;
     columnPitch_ = ky::ScratchPitch((height + 1) * kNumber) / kNumber;
     rowPitch_ = ky::ScratchPitch(width * kNumber) / kNumber;
-    return rowPlan_.Open(width, inverse) && columnPlan_.Open(height, inverse) &&
-           memory_.Allocate(2 * (kColumns * columnPitch_ + rowPitch_));
+    // The plans come last, as they make sure of what FFTW itself will allocate.
+    return memory_.Allocate(2 * (kColumns * columnPitch_ + rowPitch_)) &&
+           rowPlan_.Open(width, inverse) && columnPlan_.Open(height, inverse);
   }
 
   // Columns to be transformed, and where the transforms go, each with its first number once more at

@@ -64,7 +64,7 @@ class CaliperReader {
 
   // The first of the strongest edges, or one of strength 0.
   ky::FoundEdge Strongest() const noexcept {
-    const ky::Slope slope(static_cast<const double*>(smooth_.get()), intervals_ + 1);
+    const ky::Slope slope(static_cast<const double*>(smooth_.get()), intervals_ + 1, kNoise);
     ky::FoundEdge strongest{0, 0};
     slope.FindEdges(
         caliper_.polarity, caliper_.minStrength * step_, [&](const ky::FoundEdge& edge) {
@@ -73,6 +73,9 @@ class CaliperReader {
         });
     return strongest;
   }
+
+  static constexpr double kNoise =
+      0x1p-12;  // in levels a sample: means in fixed point are off by less
 
   Caliper caliper_;
   ptrdiff_t intervals_;  // between samples

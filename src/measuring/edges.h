@@ -18,12 +18,14 @@ struct FoundEdge {
 template <class T>
 class Slope {
  public:
-  Slope(const T* profile, std::ptrdiff_t n) noexcept : profile_(profile), n_(n) {
+  // The noise is by how much slopes that are the same may differ.
+  Slope(const T* profile, std::ptrdiff_t n, double noise = 0) noexcept
+      : profile_(profile), n_(n), noise_(noise) {
     for (std::ptrdiff_t i = 1; i < n - 1; ++i) largest_ = std::max(largest_, std::abs(At(i)));
   }
 
   // Values that differ by no more count as equal.
-  double Tolerance() const noexcept { return 1e-6 * largest_; }
+  double Tolerance() const noexcept { return std::max(1e-6 * largest_, noise_); }
 
   // Gives the edges of the polarity that are at least so strong to `visit`, in order.
   template <class Visit>
@@ -69,14 +71,18 @@ class Slope {
     while (first > 1 && sign * At(first - 1) >= least) --first;
     if (end - first > 2) return {static_cast<double>(first + end - 1) / 2, At(at)};
     const double left = At(first - 1), middle = At(first), right = At(first + 1);
-    const double shift = (left - right) / (2 * (left - 2 * middle + right));
-    if (!std::isfinite(shift)) return {static_cast<double>(first), middle};
+    // The extreme of the parabola through the three: one of values that are nearly equal may lie
+    // anywhere, and tells nothing.
+    const double bend = sign * (left - 2 * middle + right);
+    const double shift = sign * (left - right) / (2 * bend);
+    if (!(bend < 0) || !(std::abs(shift) <= 1))
+      return {static_cast<double>(first + end - 1) / 2, At(at)};
     return {static_cast<double>(first) + shift, middle - (left - right) * shift / 4};
   }
 
   const T* profile_;
   std::ptrdiff_t n_;
-  double largest_ = 0;
+  double noise_, largest_ = 0;
 };
 
 }  // namespace ky

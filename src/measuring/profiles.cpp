@@ -11,6 +11,7 @@ KY_ERRORS KySmooth(KyFloatVector* profile, float sigma) noexcept {
     if (profile == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (const KY_ERRORS error = ky::Parameters().Real("sigma", sigma, 0, ky::kLargestSigma).Error())
       return error;
+    if (sigma == 0) return KY_OK;
     const std::ptrdiff_t n = profile->GetNumElements();
     ky::GaussianSmoothing smoothing;
     ky::Scratch<double> smooth;

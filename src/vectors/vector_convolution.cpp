@@ -59,7 +59,7 @@ KY_ERRORS ImgConvolVect(const KyVector* source, const KyKernel* kernel, KyVector
       return error;
     if (kernel == nullptr) return KY_ERROR_KERNEL_SIZE;
     const KernelView view(*kernel);
-    if (view.data == nullptr) return KY_ERROR_KERNEL_SIZE;
+    if (view.data == nullptr || view.sizeX <= 0 || view.sizeY <= 0) return KY_ERROR_KERNEL_SIZE;
     if (std::min(view.sizeX, view.sizeY) != 1) return KY_ERROR_KERNEL_1701;
     if (result == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
 
