@@ -3,6 +3,10 @@
 import subprocess
 import sys
 
+import pytest
+
+import ky
+
 PROGRAM = """
 import inspect, resource, sys
 import numpy as np
@@ -65,6 +69,11 @@ for round in range(int(sys.argv[2])):
 assert done > 5 * len(calls), done
 print("done", done, failures)
 """
+
+
+def test_keywords_that_are_no_text():
+    with pytest.raises(TypeError, match="has no argument"):
+        ky.threshold(**{"\ud800": 1})
 
 
 def test_hostile_calls():

@@ -409,6 +409,21 @@ TEST(Drawing, KeepsTheContext) {
   EXPECT_GT(fresh.InkIn(0, 0, 90, 80), 500);
 }
 
+// Operators that replace what lies outside of their source replace no more than the picture's
+// place.
+TEST(Drawing, OperatorsStayInsideThePicture) {
+  KyImage<KyBW8> picture(20000, 2);
+  ASSERT_EQ(ImgCopy(KyBW8(90), &picture), KY_OK);
+  for (const cairo_operator_t op : {CAIRO_OPERATOR_SOURCE, CAIRO_OPERATOR_IN}) {
+    Paper paper(20010, 5);
+    cairo_set_operator(paper.context, op);
+    ASSERT_EQ(ImgDraw(paper.context, &picture, 3, 1), KY_OK);
+    for (const int x : {3, 100, 16386, 16387, 20002}) EXPECT_EQ(paper.At(x, 2), ColorOf(KyBW8(90)));
+    for (const int x : {2, 20003}) EXPECT_EQ(paper.At(x, 2), kPaper);
+    for (const int y : {0, 3}) EXPECT_EQ(paper.At(100, y), kPaper);
+  }
+}
+
 // What is refused for all of them by the registry's tests is left out here.
 TEST(Drawing, RefusesInOrder) {
   Things things;

@@ -61,6 +61,23 @@ TEST(Complex, RescaledModulus) {
         });
 }
 
+// Levels halfway between two are rounded up, although the moduli are no numbers of double
+// precision.
+TEST(Complex, RescaledModulusOfHalves) {
+  Random random(1);
+  for (const auto& [re, im] : {std::pair{1, 1}, {1, 2}, {2, 3}}) {
+    Picture<KyComplex64> picture(511, 1);
+    for (int k = 0; k <= 510; ++k)
+      picture.pixels[static_cast<std::size_t>(k)] = {float(re * k), float(im * k)};
+    Canvas<KyComplex64> in(picture, {}, random);
+    ForEachPath([&](const std::string&) {
+      Canvas<KyBW8> out(511, 1, {}, random);
+      ASSERT_EQ(ImgComplexRescaledModulus(in.roi(), out.roi(), false), KY_OK);
+      for (int k = 0; k <= 510; ++k) ASSERT_EQ(out.roi()->GetPixel(k, 0), (k + 1) / 2) << k;
+    });
+  }
+}
+
 TEST(Complex, Products) {
   for (const bool conjugate : {false, true}) {
     const auto call = [=](auto* a, auto* b, auto* out) {

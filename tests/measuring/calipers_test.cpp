@@ -219,6 +219,32 @@ TEST(EdgePoints, AreTheStrongestOfTheirPolarity) {
 }
 
 // The samples outside repeat the border, so that calipers beside the picture see its edges.
+// The slope of a plane is the same everywhere: its middle is that of the caliper, whatever the
+// means of samples are summed up in.
+TEST(EdgePoints, OfPlanesLieInTheMiddle) {
+  KyImage<KyBW8> image(100, 90);
+  for (int y = 0; y < 90; ++y)
+    for (int x = 0; x < 100; ++x) image.SetPixel(static_cast<KyBW8>(120 + x - y), x, y);
+  for (int degrees = 3; degrees < 360; degrees += 6) {
+    SCOPED_TRACE(degrees);
+    const double c = std::cos(degrees * kDegree), s = std::sin(degrees * kDegree);
+    if (std::abs(s + c) < 0.05) continue;  // along the slope there is no edge
+    const auto x0 = static_cast<float>(50 - 20 * c), y0 = static_cast<float>(45 - 20 * s);
+    const auto x1 = static_cast<float>(50 + 20 * c), y1 = static_cast<float>(45 + 20 * s);
+    for (const float sigma : {0.0f, 1.0f}) {
+      KyEdgePointsVector points;
+      ASSERT_EQ(ImgFindEdgePoints(&image, x0, y0, x1, y1, 10, 5, 1, sigma, TRANS_SCAN_BOTH, 0.01f,
+                                  &points),
+                KY_OK);
+      ASSERT_EQ(points.GetNumElements(), 5u);
+      for (const KyEdgePoint& p : points) {
+        EXPECT_NEAR((p.x - 50) * s - (p.y - 45) * c, 0, 1e-3);
+        EXPECT_NEAR(std::abs(p.strength), std::abs(s + c), 1e-3);
+      }
+    }
+  }
+}
+
 TEST(EdgePoints, LieInsideThePicture) {
   const KyImage<KyBW8> image = Bar();
   KyEdgePointsVector points;

@@ -225,6 +225,9 @@ TEST(VectorGroups, Refusals) {
   EXPECT_EQ((std::vector<int>{a, b, c, d}), (std::vector<int>{7, 8, 9, 10}));
   EXPECT_EQ(ImgConvolVect(&good, nullptr, nullptr), KY_ERROR_KERNEL_SIZE);
   EXPECT_EQ(ImgConvolVect(&good, &empty, nullptr), KY_ERROR_KERNEL_SIZE);
+  KyKernel without(KERNEL_UNIFORM_3X3);
+  without.SetSizeX(0);
+  EXPECT_EQ(ImgConvolVect(&good, &without, nullptr), KY_ERROR_KERNEL_SIZE);
   EXPECT_EQ(ImgConvolVect(&good, &grid, nullptr), KY_ERROR_KERNEL_1701);
   EXPECT_EQ(ImgConvolVect(&good, &line, nullptr), KY_ERROR_BAD_VECTOR_TYPE);
 }
