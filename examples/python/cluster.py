@@ -9,7 +9,7 @@
 RESULT.csv has a line for each object: picture, number, centre, size, area, mean level. Pictures that
 cannot be measured are reported in the end, with the reason, and the others are not held up. A picture
 whose worker dies goes to another one; no picture is lost, none is measured twice in the result. One
-that takes four workers down with it is reported as a failure.
+that takes workers down whenever it is tried is reported as a failure.
 """
 
 import argparse
@@ -60,10 +60,20 @@ def measured(client, paths, work=measure):
     futures = client.map(work, paths, pure=False)
     names = {future.key: path for future, path in zip(futures, paths)}
     done = distributed.as_completed(futures, with_results=True, raise_errors=False)
+    suspects = []
     for future, result in done:
-        failed = future.status == "error"
-        yield names[future.key], future.exception() if failed else result
+        path, error = names[future.key], future.exception() if future.status == "error" else None
+        if isinstance(error, distributed.scheduler.KilledWorker):
+            suspects.append(path)
+        else:
+            yield path, result if error is None else error
         future.release()
+    # What waited on the workers that a picture has taken down is suspected with it. One at a time
+    # tells which picture it was.
+    for path in sorted(suspects):
+        future = client.submit(work, path, pure=False)
+        error = future.exception()
+        yield path, future.result() if error is None else error
 
 
 class Bar:
