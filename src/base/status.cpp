@@ -13,8 +13,10 @@ constexpr int kTraceLimit = 16;
 
 struct ThreadStatus {
   KY_ERRORS error;
+  int origin;             // how many routines older errors of the same code have left in the trace
   const char* parameter;  // that the error is about, or null
   int traceCount;
+  int traceCountBefore;  // when the error was set last
   const char* trace[kTraceLimit];
 };
 
@@ -168,17 +170,28 @@ KY_ERRORS KyGetError() noexcept { return status.error; }
 
 void KyOk() noexcept {
   status.error = KY_OK;
+  status.origin = 0;
+  status.traceCountBefore = 0;
   status.parameter = nullptr;
   status.traceCount = 0;
 }
 
 void KySetError(KY_ERRORS error) noexcept {
-  if (error != status.error) status.parameter = nullptr;
+  status.traceCountBefore = status.traceCount;
+  if (error != status.error) {
+    status.origin = status.traceCount;
+    status.parameter = nullptr;
+  }
   status.error = error;
 }
 
 KY_ERRORS KyNameParameter(const char* name) noexcept {
-  if (status.error != KY_OK) status.parameter = name;
+  // Parameters are named where errors come from, once they are set: what stood in the trace before
+  // belongs to another error.
+  if (status.error != KY_OK) {
+    status.origin = status.traceCountBefore;
+    status.parameter = name;
+  }
   return status.error;
 }
 
@@ -208,12 +221,14 @@ const char* KyGetErrorMessage() noexcept {
   if (ofThread == nullptr) return text.data();
   Line& line = *ofThread;
   line.Empty();
-  if (status.traceCount > 0) line << RoutineOf(status.trace[0]) << kBetween;
+  const int origin = status.origin;
+  if (status.traceCount > origin) line << RoutineOf(status.trace[origin]) << kBetween;
   if (status.parameter != nullptr)
     line << status.parameter << " is out of range";
   else
     line << text.substr(name + kBetween.size());
   line << " (" << text.substr(0, name) << ")";
-  for (int i = 1; i < status.traceCount; ++i) line << ", in " << RoutineOf(status.trace[i]);
+  for (int i = origin + 1; i < status.traceCount; ++i)
+    line << ", in " << RoutineOf(status.trace[i]);
   return line.Text();
 }

@@ -53,6 +53,12 @@ TEST(Status, MessagesNameRoutineParameterAndCode) {
   one[1];
   EXPECT_STREQ(KyGetErrorMessage(),
                "KyVector::operator[]: index is out of range (KY_ERROR_PARAMETER_1_OUT_OF_RANGE)");
+  // An older failure of the same code stays in the trace, but not in the message.
+  ImgMedian(&image, &image, 9000000, 1);
+  one[1];
+  EXPECT_EQ(KyGetTraceCount(), 2);
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "KyVector::operator[]: index is out of range (KY_ERROR_PARAMETER_1_OUT_OF_RANGE)");
   // The innermost routine first, then those through which the failure passed.
   float deviation, mean;
   KyROI<KyBW8> empty(&image, 0, 0, 0, 0);
