@@ -27,7 +27,9 @@ class TemporaryFile {
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() { std::remove(name_.c_str()); }
   const char* name() const { return name_.c_str(); }
+  // As a new file: file systems write one that was cut to 0 to the disk when it is closed.
   const char* With(const Bytes& bytes) const {
+    std::remove(name());
     std::ofstream(name_, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
     return name();
