@@ -163,8 +163,8 @@ KY_API int KyGetTraceCount() noexcept;
 /// 0..count - 1.
 KY_API const char* KyGetTrace(int index) noexcept;
 
-/// Names the parameter that the status is about, for KyGetErrorMessage, and returns the status. The
-/// pointer is kept, not the text. The name is forgotten together with the status.
+/// Names the parameter that the status is about, or says in several words what is wrong, for
+/// KyGetErrorMessage. Returns the status. The pointer is kept, not the text, with the status.
 KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
 
 /// Returns the status of the calling thread as one line: the routine that failed, what the code
@@ -172,7 +172,7 @@ KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
 /// routines, if any, through which the failure passed:
 ///
 ///     ImgConvolGaussian: sigmaX is out of range (KY_ERROR_PARAMETER_3_OUT_OF_RANGE)
-///     ImgNormalize: an ROI is missing or has no pixels (KY_ERROR_NO_IMAGE)
+///     ImgConvolSobelX: source and destination differ in size (KY_ERROR_SIZE_MISMATCH)
 ///
 /// The text is the thread's own, and stays until the thread calls this function again; never null.
 /// Long lines are cut after 255 characters; without memory for it, it is that of KyGetErrorText.
