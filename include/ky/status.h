@@ -45,20 +45,20 @@ enum KY_ERRORS : int {
   /// KyPyramid::Build: the source cannot be used, or is too small for the levels.
   KY_ERROR_PYRAMID_BUILD = 1024,
   /// A system without a solution. ImgRegister, KyFitCircle: points lie on one line. KyFitLine: all
-  /// are equal. KyIntersect: the lines are parallel. ImgLinearRegression: the first has one level.
+  /// are equal. KyIntersect: parallel lines. KyEdgeWidth: no step. ImgLinearRegression: one level.
   KY_ERROR_SINGULAR_SYSTEM = 1050,
   /// A statistic of an ROI of no columns or rows, also as part of ImgNormalize; a centre, inertia
-  /// or level statistics of no pixels; a fit of too few points.
+  /// or level statistics of no pixels; a fit of too few points, KyEdgeWidth of too few samples.
   KY_ERROR_NO_PIXELS = 1051,
-  /// Load, Save, Serialize: the file cannot be opened, or its name or stream is null.
+  /// Load, Save, Serialize, pictures: the file cannot be opened, or its name or stream is null.
   KY_ERROR_FILE_OPEN = 1102,
-  /// Load, Serialize: the file ends too early or cannot be read.
+  /// Load, Serialize, pictures: the file ends too early, is damaged or cannot be read.
   KY_ERROR_FILE_READ = 1103,
-  /// Save, Serialize: the file cannot be written.
+  /// Save, Serialize, pictures: the file cannot be written.
   KY_ERROR_FILE_WRITE = 1104,
-  /// Load: the file is of another kind.
+  /// Load, pictures: the file is of another kind; a name to save to has another ending.
   KY_ERROR_FILE_FORMAT = 1105,
-  /// Load, Save: the file cannot be closed.
+  /// Load, Save, pictures: the file cannot be closed.
   KY_ERROR_FILE_CLOSE = 1106,
   /// ImgWarp with a packed table: there is no memory for a scratch table.
   KY_ERROR_NO_RESULT = 1301,

@@ -265,6 +265,7 @@ PyObject* Finish(const Overload& overload, Argument* const* arguments, KY_ERRORS
 }
 
 PyObject* RaiseStatus(KY_ERRORS error, PyObject* result) {
+  const char* const text = KyGetError() == error ? KyGetErrorMessage() : KyGetErrorText(error);
   PyObject* const module = PyImport_ImportModule("ky._types");
   PyObject* const type = module == nullptr ? nullptr : PyObject_GetAttrString(module, "Error");
   PyObject* const trace = PyTuple_New(KyGetTraceCount());
@@ -273,7 +274,7 @@ PyObject* RaiseStatus(KY_ERRORS error, PyObject* result) {
   PyObject* const exception =
       type == nullptr || trace == nullptr
           ? nullptr
-          : PyObject_CallFunction(type, "isOO", int(error), KyGetErrorText(error), trace,
+          : PyObject_CallFunction(type, "isOO", int(error), text, trace,
                                   result == nullptr ? Py_None : result);
   if (exception != nullptr) PyErr_SetObject(type, exception);
   Py_XDECREF(exception);
