@@ -271,11 +271,10 @@ PyObject* RaiseStatus(KY_ERRORS error, PyObject* result) {
   PyObject* const trace = PyTuple_New(KyGetTraceCount());
   for (int i = 0; trace != nullptr && i < KyGetTraceCount(); ++i)
     PyTuple_SET_ITEM(trace, i, PyUnicode_FromString(KyGetTrace(i)));
-  PyObject* const exception =
-      type == nullptr || trace == nullptr
-          ? nullptr
-          : PyObject_CallFunction(type, "isOO", int(error), text, trace,
-                                  result == nullptr ? Py_None : result);
+  PyObject* const exception = type == nullptr || trace == nullptr
+                                  ? nullptr
+                                  : PyObject_CallFunction(type, "isOO", int(error), text, trace,
+                                                          result == nullptr ? Py_None : result);
   if (exception != nullptr) PyErr_SetObject(type, exception);
   Py_XDECREF(exception);
   Py_XDECREF(trace);

@@ -239,7 +239,7 @@ const char* KyGetErrorMessage() noexcept {
   } else {
     const std::string_view about = status.about;
     line << about;
-    if (about.find(' ') == about.npos) line << FaultOf(status.error);
+    if (about.find(' ') == std::string_view::npos) line << FaultOf(status.error);
   }
   line << " (" << text.substr(0, name) << ")";
   for (int i = origin + 1; i < status.traceCount; ++i)

@@ -64,7 +64,7 @@ KY_ERRORS ReadPnmHeader(const Bytes& bytes, PnmHeader& header) noexcept {
 template <class T>
 KY_ERRORS ReadPnm(const Bytes& bytes, const PnmHeader& header, KyImage<T>& image) noexcept {
   using Sample = std::conditional_t<std::is_same_v<T, KyC24>, KyBW8, T>;
-  constexpr std::size_t kSamples = sizeof(T) / sizeof(Sample);
+  constexpr std::size_t kSamples = std::is_same_v<T, KyC24> ? 3 : 1;
   const std::size_t size = header.maximum > 255 ? 2 : 1;
   const std::size_t samples = static_cast<std::size_t>(header.width) * kSamples;
   if (samples != 0 &&
