@@ -61,11 +61,14 @@ inline KY_ERRORS OutOfRange(KY_ERRORS error, const char* parameter) noexcept {
   return Explain(error, parameter);
 }
 
-// The names of a call's ROIs in the header, in their order.
+// The names of a call's ROIs in the header, in their order; of two also what to say when they
+// differ in size.
 struct RoiNames {
   const char* of[4];
+  const char* unequal = nullptr;
 };
-inline constexpr RoiNames kSourceAndDestination = {{"source", "destination"}};
+inline constexpr RoiNames kSourceAndDestination = {{"source", "destination"},
+                                                   "source and destination differ in size"};
 
 // KY_ERROR_NO_IMAGE (1400) when an ROI is missing or has no pixels.
 inline KY_ERRORS CheckImage(const KyGenericROI* roi, const char* name) noexcept {
@@ -81,16 +84,17 @@ inline bool IsSameSize(const KyGenericROI* a, const KyGenericROI* b) noexcept {
 // last.
 template <class... Rois>
 KY_ERRORS CheckSizes(const RoiNames& names, const Rois*... rois) noexcept {
-  const KyGenericROI* const all[] = {rois...};
   constexpr std::size_t kLast = sizeof...(rois) - 1;
-  for (std::size_t i = 0; i < kLast; ++i)
+  const KyGenericROI* const all[] = {rois...};
+  std::size_t unequal = 0, first = kLast;
+  for (std::size_t i = kLast; i-- > 0;)
     if (!IsSameSize(all[i], all[kLast])) {
-      const bool onlyTwo = kLast == 1 && names.of[0] == kSourceAndDestination.of[0] &&
-                           names.of[1] == kSourceAndDestination.of[1];
-      return Explain(KY_ERROR_SIZE_MISMATCH,
-                     onlyTwo ? "source and destination differ in size" : names.of[i]);
+      ++unequal;
+      first = i;
     }
-  return KY_OK;
+  if (unequal == 0) return KY_OK;
+  const char* const odd = names.of[unequal == kLast ? kLast : first];
+  return Explain(KY_ERROR_SIZE_MISMATCH, names.unequal != nullptr ? names.unequal : odd);
 }
 
 // The checks of every worker: the image of each source, that of the destination, which comes last,

@@ -17,7 +17,8 @@ namespace {
 using ky::Call;
 using ky::Scratch;
 
-constexpr ky::RoiNames kDrawing = {{"labels", "destination"}};
+constexpr ky::RoiNames kDrawing = {{"labels", "destination"},
+                                   "labels and destination differ in size"};
 
 template <class T>
 struct Interval {

@@ -61,8 +61,10 @@ constexpr Operations kGrey16 =
     Operations::Only({KY_OPER_ADD, KY_OPER_SUBTRACT, KY_OPER_MULTIPLY, KY_OPER_DIVIDE,
                       KY_OPER_ADD_WRAP, KY_OPER_SUBTRACT_WRAP});
 
-constexpr RoiNames kDestination = {{"destination"}}, kA = {{"a", "destination"}},
-                   kB = {{"b", "destination"}}, kAAndB = {{"a", "b", "destination"}};
+constexpr RoiNames kDestination = {{"destination"}},
+                   kA = {{"a", "destination"}, "a and destination differ in size"},
+                   kB = {{"b", "destination"}, "b and destination differ in size"},
+                   kAAndB = {{"a", "b", "destination"}};
 
 // The frame that all overloads share: the operation against the accepted set, the ROIs, the work.
 template <class Work, class... Rois>

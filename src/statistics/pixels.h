@@ -16,7 +16,7 @@ Rows<const T> Joined(const Rows<const T>& rows) noexcept {
 }
 
 inline constexpr const char* kNoColumnsOrRows = "an ROI of no columns or rows has no statistics";
-inline constexpr RoiNames kPair = {{"a", "b"}};
+inline constexpr RoiNames kPair = {{"a", "b"}, "a and b differ in size"};
 
 // KY_ERROR_NO_PIXELS (1051) for rows without elements.
 template <class T>

@@ -15,7 +15,7 @@ namespace {
 using ky::Call;
 using ky::Rows;
 
-constexpr ky::RoiNames kNames = {{"source", "reference"}};
+constexpr ky::RoiNames kNames = {{"source", "reference"}, "source and reference differ in size"};
 
 // Rows of A and B are those of the elements that differences are taken of, each of which is
 // kUnit-ths of a level: bytes on colours are their components.

@@ -71,6 +71,10 @@ TEST(Status, MessagesNameRoutineParameterAndCode) {
   ImgUniformize(&image, &other, 9, &image);
   EXPECT_STREQ(KyGetErrorMessage(),
                "ImgUniformize: light differs in size from the other ROIs (KY_ERROR_SIZE_MISMATCH)");
+  ImgUniformize(&image, &image, 9, &other);
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "ImgUniformize: destination differs in size from the other ROIs "
+               "(KY_ERROR_SIZE_MISMATCH)");
   KyObjectsVector objects;
   ImgFindObjects(&image, 1, 255, static_cast<CONNEXITY>(2), &objects);
   EXPECT_STREQ(KyGetErrorMessage(),
