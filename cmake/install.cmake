@@ -39,12 +39,14 @@ endfunction()
 
 set(frequency_description "The frequency domain of images, on FFTW")
 set(drawing_description "Pictures, paths, profiles and histograms on Cairo")
+set(files_description "Pictures in PNG, PGM and PPM files")
 
 ky_install(base DESCRIPTION "Pixels, regions of interest, images and status")
 ky_install(color DESCRIPTION "Components and lookups of colour images" LIBRARIES base)
 ky_install(image DESCRIPTION "Image processing for machine vision" LIBRARIES base color)
 ky_install_optional(frequency DESCRIPTION ${frequency_description} LIBRARIES base)
 ky_install_optional(drawing DESCRIPTION ${drawing_description} LIBRARIES image MODULES cairo)
+ky_install_optional(files DESCRIPTION ${files_description} LIBRARIES image)
 
 set(others)
 foreach(name IN LISTS ky_optional)
@@ -115,7 +117,7 @@ a program that is distributed with this library, unless FFTW is licensed otherwi
     list(APPEND CPACK_COMPONENTS_ALL python)
     ky_python_package(python python3-ky runtime "The Python package ky: images are NumPy arrays.")
     foreach(name IN LISTS ky_optional)
-      if(TARGET ky_${name})
+      if(TARGET ky_python_${name})
         list(APPEND CPACK_COMPONENTS_ALL ${name}_python)
         ky_python_package(${name}_python python3-ky-${name} "python;${name}_runtime"
           "${${name}_description}: the Python module ky.${name}. ${${name}_license}")

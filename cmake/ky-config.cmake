@@ -1,6 +1,6 @@
 # find_package(ky COMPONENTS image) defines ky::image and what it is linked with. Without components:
-# all of the core libraries. The optional libraries frequency and drawing are installed by packages of
-# their own.
+# all of the core libraries. The optional libraries frequency, drawing and files are installed by
+# packages of their own.
 if(NOT ky_FIND_COMPONENTS)
   set(ky_FIND_COMPONENTS image)
 endif()
@@ -9,12 +9,13 @@ set(ky_color_needs base color)
 set(ky_image_needs base color image)
 set(ky_frequency_needs base frequency)
 set(ky_drawing_needs base color image drawing)
+set(ky_files_needs base color image files)
 set(ky_drawing_modules cairo)  # by the names that pkg-config knows, as targets PkgConfig::ky_MODULE
 
 foreach(component IN LISTS ky_FIND_COMPONENTS)
   set(ky_missing)
   if(NOT DEFINED ky_${component}_needs)
-    set(ky_missing "ky has no component ${component}; it has base, color, image, frequency and drawing")
+    set(ky_missing "ky has no component ${component}; it has base, color, image, frequency, drawing and files")
   elseif(NOT EXISTS ${CMAKE_CURRENT_LIST_DIR}/ky-${component}.cmake)
     set(ky_missing "ky's component ${component} is not installed")
   else()

@@ -1,6 +1,6 @@
 # The libraries. A folder of src/ that is named after one belongs to it; all others are foundation and
 # families of ky::image. Every .cpp in them is found.
-set(ky_siblings base color frequency drawing)
+set(ky_siblings base color frequency drawing files)
 configure_file(cmake/exports.map.in exports.map @ONLY)
 
 function(ky_library name)
@@ -60,7 +60,7 @@ ky_library(image LINKS ky_base ky_color PRIVATE_LINKS hwy)
 # in PACKAGE. Where that is missing the library is left out, with the tests, examples and benchmarks
 # that need it. The outside library is the target PkgConfig::ky_MODULE; BESIDE is one more of PACKAGE
 # that pkg-config does not tell of.
-set(ky_optional frequency drawing)
+set(ky_optional frequency drawing files)
 
 function(ky_optional_library name)
   cmake_parse_arguments(arg "" "MODULE;PACKAGE;BESIDE" "LINKS;PRIVATE_LINKS" ${ARGN})
@@ -122,3 +122,4 @@ endfunction()
 ky_optional_library(frequency MODULE fftw3f BESIDE fftw3f_threads PACKAGE libfftw3-dev
                     LINKS ky_base PRIVATE_LINKS hwy PkgConfig::ky_fftw3f)
 ky_optional_library(drawing MODULE cairo PACKAGE libcairo2-dev LINKS ky_image PkgConfig::ky_cairo)
+ky_optional_library(files MODULE libpng PACKAGE libpng-dev LINKS ky_image PRIVATE_LINKS PkgConfig::ky_libpng)

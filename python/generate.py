@@ -32,7 +32,7 @@ from headers import Enumeration, Function, Headers, Struct, read_headers
 NO_RECORDS = {"KyPixelBuffer", "KyC24", "KyC15", "KyC16", "KyC24A", "KyComplex64", "KyMaskRun",
               "VectorFileHeader"}
 
-OPTIONAL = {"frequency", "drawing"}  # libraries, and the names of their headers
+OPTIONAL = {"frequency", "drawing", "files"}  # libraries, and the names of their headers
 
 ARRAYS = {"BW1": "Bits", "BW8": "Gray8", "BW16": "Gray16", "BW32": "Gray32", "C24": "Color",
           "C24A": "ColorAlpha", "C15": "Packed15", "C16": "Packed16", "Complex64": "Complex"}

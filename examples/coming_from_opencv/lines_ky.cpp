@@ -1,12 +1,13 @@
 // Finds the lines of a page of text in uneven light: the box of each.
+#include "ky/files.h"
 #include "ky/ky.h"
-#include "support/picture_file.h"
 #include "support/program.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
-  KyImage<KyBW8> page = picture::Read<KyBW8>(argv[1]);
+  KyImage<KyBW8> page;
   KyObjectsVector lines;
+  Must(ImgLoad(argv[1], &page));
   // Ink is darker than its surroundings by 12 levels; letters of a line become one object.
   Must(ImgLocalThreshold(&page, &page, 20, 20, -11, 255, 0));
   Must(ImgCloseBox(&page, &page, 20, 2));

@@ -78,6 +78,12 @@ void Objects(const std::string& folder) {
   Must(ImgDrawObjects(&labels, &objects, 255, &drawn));
   const Color before = InColor(source), selected = InColor(drawn);
   Write(folder, "objects", 2, {&before, &painted, &measured, &selected});
+
+  Grey mask = Panel(), filled = Panel();
+  Must(ImgThreshold(&even, &mask, threshold));
+  Must(ImgFillHoles(&mask, &filled));
+  const Color open = InColor(mask), closed = InColor(filled);
+  Write(folder, "fill_holes", 2, {&open, &closed});
 }
 
 }  // namespace docs

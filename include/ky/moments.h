@@ -43,11 +43,11 @@ KY_API KY_ERRORS ImgGravityCenter(const KyROI<KyBW8>* source, KyBW8 threshold, f
 /// also when all levels are 0. Trace: "ImgCentroid".
 KY_API KY_ERRORS ImgCentroid(const KyROI<KyBW8>* source, float& x, float& y) noexcept;
 
-/// Writes the principal moments of inertia of the pixels of the threshold and above, divided by the
-/// area, and the direction of the long axis. With upq the sums of (x - x0)^p (y - y0)^q about the
-/// centre, divided by the area, `major` and `minor` are the larger and the smaller eigenvalue of
-/// the matrix (u20 u11; u11 u02), and `angle` is atan2(2 u11, u20 - u02) / 2, counted from the x
-/// axis towards the y axis, which points down, in the unit of KySetAngleUnit and above -90 to 90
+/// Writes the **variances** along the axes of the pixels of the threshold and above (an ellipse is
+/// 4 sqrt(major) pixels long), and the direction of the long axis. With upq the sums of products
+/// (x - x0)^p (y - y0)^q, divided by the area, `major` and `minor` are the eigenvalues of the
+/// matrix (u20 u11; u11 u02), and `angle` is atan2(2 u11, u20 - u02) / 2, counted from the x axis
+/// towards the y axis, which points down, in the unit of KySetAngleUnit and above -90 to 90
 /// degrees; 0 where no direction is longer. Pixels count as points, without an extent of their own.
 /// The numerators are exact, and `minor` is the determinant divided by `major`, so that lines give
 /// exactly 0. Error: `KY_ERROR_NO_PIXELS` (1051) also when there are none. Trace: "ImgInertia".

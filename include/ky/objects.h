@@ -83,6 +83,24 @@ KY_API KY_ERRORS ImgFindObjects(const KyROI<KyBW1>* source, CONNEXITY connexity,
                                 KyObjectsVector* objects, KyROI<KyBW32>* labels = nullptr,
                                 const KyROI<KyBW8>* levels = nullptr) noexcept;
 
+/// Fills the holes of a mask: what of its ground is not connected with the ground at the border of
+/// the ROI becomes `level`. The ground is all pixels of level 0; other pixels belong to objects and
+/// keep their levels, so that a grey picture is wanted as a mask first (ImgThreshold).
+///
+///     destination(p) = level      if source(p) = 0 and no path of ground joins p and the border,
+///                      source(p)  otherwise
+///
+/// Paths follow the other connexity than that of the objects: with `KY_CONNEXITY_8` they go along
+/// rows and columns only. In place: a null destination, or one on the source's pixels, replaces the
+/// source; one that overlaps it otherwise is written as if the source were a copy. The cost is that
+/// of one comparison a pixel and a few additions a run of ground.
+///
+/// Errors, checked in this order: `KY_ERROR_NO_IMAGE` (1400), `KY_ERROR_SIZE_MISMATCH` (1403),
+/// `KY_ERROR_UNSUPPORTED_OPERATION` (1003) for another connexity, `KY_ERROR_NOT_ENOUGH_MEMORY`
+/// (1303). Nothing has been written then. Trace: "ImgFillHoles".
+KY_API KY_ERRORS ImgFillHoles(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
+                              CONNEXITY connexity = KY_CONNEXITY_8, KyBW8 level = 255) noexcept;
+
 /// What objects must be to stay: each measure lies within its limits, both included.
 struct KyObjectLimits {
   KyBW32 minArea = 1;           ///< the least area
@@ -115,13 +133,16 @@ KY_API KY_ERRORS ImgDrawObjects(const KyROI<KyBW32>* labels, const KyObjectsVect
 /// What ImgGetObjectShape computes from an object. With area A, u20 = sumXX / A - x^2,
 /// u11 = sumXY / A - x y, u02 = sumYY / A - y^2:
 struct KyObjectShape {
-  double x;            ///< the centre's column, sumX / A
-  double y;            ///< the centre's row, sumY / A
-  double meanLevel;    ///< sumLevels / A
-  double major;        ///< the larger eigenvalue of the matrix (u20 u11; u11 u02), in pixels^2
-  double minor;        ///< the smaller one; 0 for a straight line
-  double angle;        ///< of the axis of the larger one, atan2(2 u11, u20 - u02) / 2, in the unit
-                       ///< of KySetAngleUnit, above -90 to 90 degrees; y points down
+  double x;          ///< the centre's column, sumX / A
+  double y;          ///< the centre's row, sumY / A
+  double meanLevel;  ///< sumLevels / A
+  /// The **variance** of its pixels' positions along its longer axis, in pixels^2: the larger
+  /// eigenvalue of the matrix (u20 u11; u11 u02). The length of the axis, that of an ellipse with
+  /// these variances, is 4 sqrt(major) pixels; that of a rectangle is sqrt(12 major).
+  double major;
+  double minor;  ///< the variance along the shorter axis, the smaller one; 0 for a straight line
+  double angle;  ///< of the axis of the larger one, atan2(2 u11, u20 - u02) / 2, in the unit
+                 ///< of KySetAngleUnit, above -90 to 90 degrees; y points down
   double elongation;   ///< sqrt(major / minor); infinite for a line, 1 for a single pixel
   double compactness;  ///< A / (width height)
   double perimeter;    ///< pi / 8 (straight + diagonal / sqrt(2))

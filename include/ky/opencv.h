@@ -52,7 +52,8 @@ constexpr int KyMatType() noexcept {
 /// The object shares the matrix, so that pixels that OpenCV has allocated live at least as long as
 /// the object; it may be made from a temporary. Pixels that a matrix only refers to must outlive
 /// the use of both. `cv::Mat::create` gives a matrix of another size other pixels, and the object
-/// keeps the old ones.
+/// keeps the old ones; likewise, `SetSize` gives the object pixels of its own, which are not those
+/// of the matrix any more.
 template <class T>
 class KyMatImage : public KyImage<T> {
  public:
@@ -75,8 +76,11 @@ class KyMatImage : public KyImage<T> {
     KyOk();
     if (mat.dims > 2 || (mat.type() != KyMatType<T>() && !mat.empty())) {
       KySetError(KY_ERROR_BAD_IMAGE_TYPE);
+      KyNameParameter(
+          "the matrix has another type than KyMatType<T>(), or more than two dimensions");
     } else if (mat.empty()) {
       KySetError(KY_ERROR_NO_IMAGE);
+      KyNameParameter("the matrix is empty");
     } else if (mat.step[0] > INT_MAX) {
       KySetError(KY_ERROR_PARAMETER_4_OUT_OF_RANGE);
     } else if (this->Attach(reinterpret_cast<typename KyImage<T>::Memory*>(mat.data), mat.cols,

@@ -143,10 +143,10 @@ class KY_API KyROI : public KyGenericROI {
   /// Returns the parent, or null for an image.
   KyROI<T>* GetParent() const noexcept { return static_cast<KyROI<T>*>(parent_); }
 
-  /// Reads or writes one pixel. A read that fails returns 0, and a write that fails does nothing.
-  /// Errors: `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for an x,
-  /// `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012) for a y outside the ROI; `KY_ERROR_NO_IMAGE` (1400)
-  /// for an ROI without pixels. Success does not clear the status.
+  /// Reads or writes one pixel, a write taking the **value first**: SetPixel(value, x, y). A read
+  /// that fails returns 0, a write does nothing. Errors: `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011)
+  /// for an x, `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012) for a y outside; `KY_ERROR_NO_IMAGE`
+  /// (1400) without pixels. Success does not clear the status.
   Value GetPixel(int x, int y) const noexcept;
   void SetPixel(Value value, int x, int y) noexcept;
 

@@ -45,20 +45,20 @@ enum KY_ERRORS : int {
   /// KyPyramid::Build: the source cannot be used, or is too small for the levels.
   KY_ERROR_PYRAMID_BUILD = 1024,
   /// A system without a solution. ImgRegister, KyFitCircle: points lie on one line. KyFitLine: all
-  /// are equal. KyIntersect: the lines are parallel. ImgLinearRegression: the first has one level.
+  /// are equal. KyIntersect: parallel lines. KyEdgeWidth: no step. ImgLinearRegression: one level.
   KY_ERROR_SINGULAR_SYSTEM = 1050,
   /// A statistic of an ROI of no columns or rows, also as part of ImgNormalize; a centre, inertia
-  /// or level statistics of no pixels; a fit of too few points.
+  /// or level statistics of no pixels; a fit of too few points, KyEdgeWidth of too few samples.
   KY_ERROR_NO_PIXELS = 1051,
-  /// Load, Save, Serialize: the file cannot be opened, or its name or stream is null.
+  /// Load, Save, Serialize, pictures: the file cannot be opened, or its name or stream is null.
   KY_ERROR_FILE_OPEN = 1102,
-  /// Load, Serialize: the file ends too early or cannot be read.
+  /// Load, Serialize, pictures: the file ends too early, is damaged or cannot be read.
   KY_ERROR_FILE_READ = 1103,
-  /// Save, Serialize: the file cannot be written.
+  /// Save, Serialize, pictures: the file cannot be written.
   KY_ERROR_FILE_WRITE = 1104,
-  /// Load: the file is of another kind.
+  /// Load, pictures: the file is of another kind; a name to save to has another ending.
   KY_ERROR_FILE_FORMAT = 1105,
-  /// Load, Save: the file cannot be closed.
+  /// Load, Save, pictures: the file cannot be closed.
   KY_ERROR_FILE_CLOSE = 1106,
   /// ImgWarp with a packed table: there is no memory for a scratch table.
   KY_ERROR_NO_RESULT = 1301,
@@ -163,8 +163,8 @@ KY_API int KyGetTraceCount() noexcept;
 /// 0..count - 1.
 KY_API const char* KyGetTrace(int index) noexcept;
 
-/// Names the parameter that the status is about, for KyGetErrorMessage, and returns the status. The
-/// pointer is kept, not the text. The name is forgotten together with the status.
+/// Names the parameter that the status is about, or says in several words what is wrong, for
+/// KyGetErrorMessage. Returns the status. The pointer is kept, not the text, with the status.
 KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
 
 /// Returns the status of the calling thread as one line: the routine that failed, what the code
@@ -172,7 +172,7 @@ KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
 /// routines, if any, through which the failure passed:
 ///
 ///     ImgConvolGaussian: sigmaX is out of range (KY_ERROR_PARAMETER_3_OUT_OF_RANGE)
-///     ImgNormalize: an ROI is missing or has no pixels (KY_ERROR_NO_IMAGE)
+///     ImgConvolSobelX: source and destination differ in size (KY_ERROR_SIZE_MISMATCH)
 ///
 /// The text is the thread's own, and stays until the thread calls this function again; never null.
 /// Long lines are cut after 255 characters; without memory for it, it is that of KyGetErrorText.

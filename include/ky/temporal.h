@@ -35,16 +35,18 @@ class KY_API KyMovingAverage {
  public:
   /// Makes an object without frames, with which every average fails.
   KyMovingAverage() noexcept;
-  /// Makes an object and prepares it by SetSize.
+  /// Makes an object and prepares it by SetSize, for **at most 257 frames**: totals of longer
+  /// periods wrap, and no error tells.
   KyMovingAverage(unsigned int period, int width, int height, int keepSource) noexcept;
   KyMovingAverage(const KyMovingAverage&) = delete;
   KyMovingAverage& operator=(const KyMovingAverage&) = delete;
   virtual ~KyMovingAverage();
 
-  /// Prepares for averages of `period` frames of `width` x `height` pixels, and forgets the frames
-  /// seen so far. `keepSource` other than 0 keeps the sources (see above). Error:
-  /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) for a negative size or when memory runs out; the object is
-  /// then as its default constructor makes it. Trace: "KyMovingAverage::SetSize".
+  /// Prepares for averages of `period` frames, at most 257 for right ones, of `width` x `height`
+  /// pixels, and forgets the frames seen so far. `keepSource` other than 0 keeps the sources (see
+  /// above). Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) for a negative size or when memory runs
+  /// out; the object is then as its default constructor makes it. Trace:
+  /// "KyMovingAverage::SetSize".
   KY_ERRORS SetSize(unsigned int period, int width, int height, int keepSource) noexcept;
   /// Writes what SetSize was given, or zeros before that.
   void GetSize(unsigned int& period, int& width, int& height, int& keepSource) const noexcept;

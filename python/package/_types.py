@@ -6,12 +6,13 @@ import numpy as np
 class Error(RuntimeError):
     """What a call of the library fails with.
 
-    code is the number of ky.Errors, trace the names of the routines that failed, innermost first.
+    code is the number of ky.Errors, text what is wrong and where, trace the names of the routines
+    that failed, innermost first.
     result is what the call returns where it fails after its work, by ky.ERROR_PATH_STOPPED (106).
     """
 
     def __init__(self, code, text, trace=(), result=None):
-        super().__init__(f"{text} [{' > '.join(trace)}]" if trace else text)
+        super().__init__(text)
         self.code = code
         self.text = text
         self.trace = tuple(trace)

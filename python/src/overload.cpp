@@ -265,16 +265,16 @@ PyObject* Finish(const Overload& overload, Argument* const* arguments, KY_ERRORS
 }
 
 PyObject* RaiseStatus(KY_ERRORS error, PyObject* result) {
+  const char* const text = KyGetError() == error ? KyGetErrorMessage() : KyGetErrorText(error);
   PyObject* const module = PyImport_ImportModule("ky._types");
   PyObject* const type = module == nullptr ? nullptr : PyObject_GetAttrString(module, "Error");
   PyObject* const trace = PyTuple_New(KyGetTraceCount());
   for (int i = 0; trace != nullptr && i < KyGetTraceCount(); ++i)
     PyTuple_SET_ITEM(trace, i, PyUnicode_FromString(KyGetTrace(i)));
-  PyObject* const exception =
-      type == nullptr || trace == nullptr
-          ? nullptr
-          : PyObject_CallFunction(type, "isOO", int(error), KyGetErrorText(error), trace,
-                                  result == nullptr ? Py_None : result);
+  PyObject* const exception = type == nullptr || trace == nullptr
+                                  ? nullptr
+                                  : PyObject_CallFunction(type, "isOO", int(error), text, trace,
+                                                          result == nullptr ? Py_None : result);
   if (exception != nullptr) PyErr_SetObject(type, exception);
   Py_XDECREF(exception);
   Py_XDECREF(trace);

@@ -24,7 +24,7 @@ double RadiansPerUnit() noexcept {
 KY_ERRORS KySetAngleUnit(KY_ANGLE_UNIT newUnit) noexcept {
   return ky::Call("KySetAngleUnit", [&] {
     if (newUnit < KY_ANGLE_DEGREES || newUnit > KY_ANGLE_GRADES)
-      return KY_ERROR_UNSUPPORTED_OPERATION;
+      return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "unit");
     unit.store(newUnit, std::memory_order_relaxed);
     return KY_OK;
   });

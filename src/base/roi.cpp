@@ -174,7 +174,8 @@ template <class T>
 KyBW8* KyROI<T>::Address(int x, int y) const noexcept {
   KyBW8* const address = static_cast<KyBW8*>(GetPixelPtr(0, 0));
   if (address == nullptr)
-    KySetError(KY_ERROR_NO_IMAGE);
+    ky::Explain(KY_ERROR_NO_IMAGE,
+                "the ROI has no pixels: call SetSize, or place it inside its parent");
   else if (x < 0 || x >= width_)
     ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "x");
   else if (y < 0 || y >= height_)

@@ -13,8 +13,8 @@ constexpr int kTraceLimit = 16;
 
 struct ThreadStatus {
   KY_ERRORS error;
-  int origin;             // how many routines older errors of the same code have left in the trace
-  const char* parameter;  // that the error is about, or null
+  int origin;         // how many routines older errors of the same code have left in the trace
+  const char* about;  // a parameter or a sentence, or null
   int traceCount;
   int traceCountBefore;  // when the error was set last
   const char* trace[kTraceLimit];
@@ -36,8 +36,7 @@ constexpr ErrorText kTexts[] = {
      "this object"},
     {KY_ERROR_BAD_INTERVAL,
      "KY_ERROR_BAD_INTERVAL: a lower limit exceeds its upper limit, an interval or group lies out "
-     "of "
-     "bounds, or there is no such interpolation"},
+     "of bounds, or there is no such interpolation"},
     {KY_ERROR_BAD_MODE, "KY_ERROR_BAD_MODE: no such contour mode"},
     {KY_ERROR_PARAMETER_OUT_OF_RANGE, "KY_ERROR_PARAMETER_OUT_OF_RANGE: an index is out of range"},
     {KY_ERROR_PARAMETER_1_OUT_OF_RANGE,
@@ -56,7 +55,8 @@ constexpr ErrorText kTexts[] = {
      "KY_ERROR_PYRAMID_BUILD: the source of a pyramid cannot be used, or is too small"},
     {KY_ERROR_SINGULAR_SYSTEM,
      "KY_ERROR_SINGULAR_SYSTEM: a system of equations has no single solution"},
-    {KY_ERROR_NO_PIXELS, "KY_ERROR_NO_PIXELS: there are no pixels to compute a statistic of"},
+    {KY_ERROR_NO_PIXELS,
+     "KY_ERROR_NO_PIXELS: there are no pixels or points to compute this from, or too few"},
     {KY_ERROR_FILE_OPEN, "KY_ERROR_FILE_OPEN: the file cannot be opened, or has no name"},
     {KY_ERROR_FILE_READ, "KY_ERROR_FILE_READ: the file ends too early or cannot be read"},
     {KY_ERROR_FILE_WRITE, "KY_ERROR_FILE_WRITE: the file cannot be written"},
@@ -66,13 +66,13 @@ constexpr ErrorText kTexts[] = {
     {KY_ERROR_NOT_ENOUGH_MEMORY,
      "KY_ERROR_NOT_ENOUGH_MEMORY: memory ran out, or a size is negative or too large"},
     {KY_ERROR_NO_IMAGE, "KY_ERROR_NO_IMAGE: an ROI is missing or has no pixels"},
-    {KY_ERROR_SIZE_MISMATCH, "KY_ERROR_SIZE_MISMATCH: two ROIs differ in size"},
+    {KY_ERROR_SIZE_MISMATCH, "KY_ERROR_SIZE_MISMATCH: ROIs differ in size"},
     {KY_ERROR_WARP_MAP, "KY_ERROR_WARP_MAP: a warp table points outside the source"},
     {KY_ERROR_TRANSFORM_LIMIT, "KY_ERROR_TRANSFORM_LIMIT: the affine transform cannot be inverted"},
     {KY_ERROR_COLOR_PLANES,
      "KY_ERROR_COLOR_PLANES: a destination must not share memory with the source here"},
     {KY_ERROR_PYRAMID_HALVE, "KY_ERROR_PYRAMID_HALVE: a pyramid cannot be halved"},
-    {KY_ERROR_BAD_IMAGE_TYPE, "KY_ERROR_BAD_IMAGE_TYPE: no such image type"},
+    {KY_ERROR_BAD_IMAGE_TYPE, "KY_ERROR_BAD_IMAGE_TYPE: an image or a matrix is of another type"},
     {KY_ERROR_CONTOUR_START, "KY_ERROR_CONTOUR_START: the contour starts at no object pixel"},
     {KY_ERROR_CONTOUR_NO_DIRECTION,
      "KY_ERROR_CONTOUR_NO_DIRECTION: the contour starts inside an object"},
@@ -158,6 +158,17 @@ class Lines {
 };
 Lines lines;
 
+// What an error says of the parameter that it is about.
+std::string_view FaultOf(KY_ERRORS error) noexcept {
+  switch (error) {
+    case KY_ERROR_NO_IMAGE:
+      return " is null or has no pixels: call SetSize, or place it inside its parent";
+    case KY_ERROR_SIZE_MISMATCH: return " differs in size from the other ROIs";
+    case KY_ERROR_UNSUPPORTED_OPERATION: return " is none of the values that it may have";
+    default: return " is out of range";
+  }
+}
+
 // A name of the trace without the types of the overload: "ImgOper (BW8)" is ImgOper.
 std::string_view RoutineOf(const char* name) noexcept {
   const std::string_view all = name;
@@ -172,7 +183,7 @@ void KyOk() noexcept {
   status.error = KY_OK;
   status.origin = 0;
   status.traceCountBefore = 0;
-  status.parameter = nullptr;
+  status.about = nullptr;
   status.traceCount = 0;
 }
 
@@ -180,7 +191,7 @@ void KySetError(KY_ERRORS error) noexcept {
   status.traceCountBefore = status.traceCount;
   if (error != status.error) {
     status.origin = status.traceCount;
-    status.parameter = nullptr;
+    status.about = nullptr;
   }
   status.error = error;
 }
@@ -190,7 +201,7 @@ KY_ERRORS KyNameParameter(const char* name) noexcept {
   // belongs to another error.
   if (status.error != KY_OK) {
     status.origin = status.traceCountBefore;
-    status.parameter = name;
+    status.about = name;
   }
   return status.error;
 }
@@ -223,10 +234,13 @@ const char* KyGetErrorMessage() noexcept {
   line.Empty();
   const int origin = status.origin;
   if (status.traceCount > origin) line << RoutineOf(status.trace[origin]) << kBetween;
-  if (status.parameter != nullptr)
-    line << status.parameter << " is out of range";
-  else
+  if (status.about == nullptr) {
     line << text.substr(name + kBetween.size());
+  } else {
+    const std::string_view about = status.about;
+    line << about;
+    if (about.find(' ') == std::string_view::npos) line << FaultOf(status.error);
+  }
   line << " (" << text.substr(0, name) << ")";
   for (int i = origin + 1; i < status.traceCount; ++i)
     line << ", in " << RoutineOf(status.trace[i]);

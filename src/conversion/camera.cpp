@@ -21,11 +21,11 @@ template <class T>
 KY_ERRORS Unpack(const void* pixels, int pitch, KY_PACKED_FORMAT format, KyROI<T>* destination,
                  ky::UnpackKernel<T> (ky::UnpackKernels::*kernels)[4]) noexcept {
   return Call("ImgUnpack", [&] {
-    if (pixels == nullptr) return KY_ERROR_NO_IMAGE;
+    if (pixels == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "pixels is null");
     Rows<T> out;
     if (const KY_ERRORS error = ky::Open(destination, out)) return error;
     if (format < KY_PACKED_MONO10P || format > KY_PACKED_MONO12_GIGE)
-      return KY_ERROR_UNSUPPORTED_OPERATION;
+      return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "format");
     const ptrdiff_t bytes = format == KY_PACKED_MONO10P   ? (out.width * 10 + 7) / 8
                             : format == KY_PACKED_MONO12P ? (out.width * 12 + 7) / 8
                                                           : (out.width + 1) / 2 * 3;
@@ -66,8 +66,11 @@ KY_ERRORS ImgConvertBayer(const KyROI<KyBW8>* source, KyROI<KyC24>* destination,
                           KY_BAYER_ORDER order) noexcept {
   return Call("ImgConvertBayer", [&] {
     const auto check = [&](const Rows<KyC24>& out) {
-      if (out.width < 2 || out.height < 2) return KY_ERROR_SIZE_MISMATCH;
-      return order < KY_BAYER_RG || order > KY_BAYER_BG ? KY_ERROR_UNSUPPORTED_OPERATION : KY_OK;
+      if (out.width < 2 || out.height < 2)
+        return ky::Explain(KY_ERROR_SIZE_MISMATCH, "a mosaic has 2 x 2 pixels at least");
+      return order < KY_BAYER_RG || order > KY_BAYER_BG
+                 ? ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "order")
+                 : KY_OK;
     };
     const auto demosaic = ky::ChooseBayerKernels().demosaic;
     const bool hasRed = order == KY_BAYER_RG || order == KY_BAYER_GR;

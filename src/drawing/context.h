@@ -9,7 +9,7 @@ namespace ky {
 
 inline KY_ERRORS CheckContext(cairo_t* context) noexcept {
   const bool usable = context != nullptr && cairo_status(context) == CAIRO_STATUS_SUCCESS;
-  return usable ? KY_OK : KY_ERROR_NO_IMAGE;
+  return usable ? KY_OK : Explain(KY_ERROR_NO_IMAGE, "context is null or in an error");
 }
 
 // Calls `draw`, which draws on the context, starting without a path, and restores the context's

@@ -49,17 +49,31 @@ inline KY_ERRORS FailIn(KY_ERRORS error, std::initializer_list<const char*> step
   return error;
 }
 
-// One of the codes KY_ERROR_PARAMETER..._OUT_OF_RANGE, with the name that the parameter has in the
-// header, for KyGetErrorMessage.
-inline KY_ERRORS OutOfRange(KY_ERRORS error, const char* parameter) noexcept {
+// An error with what KyGetErrorMessage says of it: the name that an ROI or a number has in the
+// header, or in several words what is wrong.
+inline KY_ERRORS Explain(KY_ERRORS error, const char* about) noexcept {
   SetStatus(error);
-  KyNameParameter(parameter);
+  KyNameParameter(about);
   return error;
 }
+// One of the codes KY_ERROR_PARAMETER..._OUT_OF_RANGE.
+inline KY_ERRORS OutOfRange(KY_ERRORS error, const char* parameter) noexcept {
+  return Explain(error, parameter);
+}
+
+// The names of a call's ROIs in the header, in their order; of two also what to say when they
+// differ in size.
+struct RoiNames {
+  const char* of[4];
+  const char* unequal = nullptr;
+};
+inline constexpr RoiNames kSourceAndDestination = {{"source", "destination"},
+                                                   "source and destination differ in size"};
 
 // KY_ERROR_NO_IMAGE (1400) when an ROI is missing or has no pixels.
-inline KY_ERRORS CheckImage(const KyGenericROI* roi) noexcept {
-  return roi != nullptr && roi->GetPixelPtr(0, 0) != nullptr ? KY_OK : KY_ERROR_NO_IMAGE;
+inline KY_ERRORS CheckImage(const KyGenericROI* roi, const char* name) noexcept {
+  const bool usable = roi != nullptr && roi->GetPixelPtr(0, 0) != nullptr;
+  return usable ? KY_OK : Explain(KY_ERROR_NO_IMAGE, name);
 }
 
 inline bool IsSameSize(const KyGenericROI* a, const KyGenericROI* b) noexcept {
@@ -69,53 +83,67 @@ inline bool IsSameSize(const KyGenericROI* a, const KyGenericROI* b) noexcept {
 // KY_ERROR_SIZE_MISMATCH (1403) unless each source has the size of the destination, which comes
 // last.
 template <class... Rois>
-KY_ERRORS CheckSizes(const Rois*... rois) noexcept {
+KY_ERRORS CheckSizes(const RoiNames& names, const Rois*... rois) noexcept {
+  constexpr std::size_t kLast = sizeof...(rois) - 1;
   const KyGenericROI* const all[] = {rois...};
-  const bool same = (IsSameSize(rois, all[sizeof...(rois) - 1]) && ...);
-  return same ? KY_OK : KY_ERROR_SIZE_MISMATCH;
+  std::size_t unequal = 0, first = kLast;
+  for (std::size_t i = kLast; i-- > 0;)
+    if (!IsSameSize(all[i], all[kLast])) {
+      ++unequal;
+      first = i;
+    }
+  if (unequal == 0) return KY_OK;
+  const char* const odd = names.of[unequal == kLast ? kLast : first];
+  return Explain(KY_ERROR_SIZE_MISMATCH, names.unequal != nullptr ? names.unequal : odd);
 }
 
 // The checks of every worker: the image of each source, that of the destination, which comes last,
 // then the sizes.
 template <class... Rois>
-KY_ERRORS CheckRois(const Rois*... rois) noexcept {
+KY_ERRORS CheckRois(const RoiNames& names, const Rois*... rois) noexcept {
+  const char* const* name = names.of;
   for (const KyGenericROI* roi : {static_cast<const KyGenericROI*>(rois)...})
-    if (const KY_ERRORS error = CheckImage(roi)) return error;
-  return CheckSizes(rois...);
+    if (const KY_ERRORS error = CheckImage(roi, *name++)) return error;
+  return CheckSizes(names, rois...);
 }
 
 // The checks of an operation whose source gives the size: a larger destination is written in the
 // source's area only (RowsIn), a smaller one is refused with 1403.
 inline KY_ERRORS CheckCovers(const KyGenericROI* source, const KyGenericROI* destination) noexcept {
-  if (const KY_ERRORS error = CheckImage(source)) return error;
-  if (const KY_ERRORS error = CheckImage(destination)) return error;
+  if (const KY_ERRORS error = CheckImage(source, "source")) return error;
+  if (const KY_ERRORS error = CheckImage(destination, "destination")) return error;
   const bool covers = destination->GetWidth() >= source->GetWidth() &&
                       destination->GetHeight() >= source->GetHeight();
-  return covers ? KY_OK : KY_ERROR_SIZE_MISMATCH;
+  return covers ? KY_OK : Explain(KY_ERROR_SIZE_MISMATCH, "destination is smaller than source");
 }
 
 // The rows of an ROI: 1400 when it is missing or has no pixels. Rows of bytes on a colour ROI are
 // rows of its components.
 template <class Roi, class T>
-KY_ERRORS Open(Roi* roi, Rows<T>& rows) noexcept {
-  if (roi == nullptr) return KY_ERROR_NO_IMAGE;
-  rows = RowsAs<T>(roi);
-  return rows.first != nullptr ? KY_OK : KY_ERROR_NO_IMAGE;
+KY_ERRORS Open(Roi* roi, Rows<T>& rows,
+               const char* name = std::is_const_v<Roi> ? "source" : "destination") noexcept {
+  if (roi != nullptr) rows = RowsAs<T>(roi);
+  return roi != nullptr && rows.first != nullptr ? KY_OK : Explain(KY_ERROR_NO_IMAGE, name);
 }
 
-// The checks of CheckRois and the rows of all ROIs in one: OpenAll(source, in, destination, out).
+// The checks of CheckRois and the rows of all ROIs in one: OpenAll(source, in, destination, out),
+// with the names before them where they are others.
 template <class... RoisAndRows>
-KY_ERRORS OpenAll(RoisAndRows&&... all) noexcept {
+KY_ERRORS OpenAll(const RoiNames& names, RoisAndRows&&... all) noexcept {
   constexpr std::size_t kRois = sizeof...(all) / 2;
   const std::tuple<RoisAndRows&...> pairs(all...);
   KY_ERRORS error = KY_OK;
   const auto openEach = [&]<std::size_t... kIndex>(std::index_sequence<kIndex...>) {
-    static_cast<void>(
-        (((error = Open(std::get<2 * kIndex>(pairs), std::get<2 * kIndex + 1>(pairs))) == KY_OK) &&
-         ...));
-    return error != KY_OK ? error : CheckSizes(std::get<2 * kIndex>(pairs)...);
+    static_cast<void>((((error = Open(std::get<2 * kIndex>(pairs), std::get<2 * kIndex + 1>(pairs),
+                                      names.of[kIndex])) == KY_OK) &&
+                       ...));
+    return error != KY_OK ? error : CheckSizes(names, std::get<2 * kIndex>(pairs)...);
   };
   return openEach(std::make_index_sequence<kRois>());
+}
+template <class In, class Out>
+KY_ERRORS OpenAll(const KyROI<In>* source, auto& in, KyROI<Out>* destination, auto& out) noexcept {
+  return OpenAll(kSourceAndDestination, source, in, destination, out);
 }
 
 // The frame of an operation with one source, or two, of the destination's size, and no other
@@ -138,7 +166,8 @@ KY_ERRORS CallOn(const char* name, const KyROI<A>* a, const KyROI<B>* b, KyROI<O
     Rows<const A> inA;
     Rows<const B> inB;
     Rows<Out> out;
-    const KY_ERRORS error = OpenAll(a, inA, b, inB, destination, out);
+    const KY_ERRORS error =
+        OpenAll(RoiNames{{"a", "b", "destination"}}, a, inA, b, inB, destination, out);
     return error != KY_OK ? error : work(inA, inB, out);
   });
 }

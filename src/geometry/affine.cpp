@@ -38,13 +38,14 @@ KY_ERRORS LinearTransform(const KyROI<T>* source, float a, float b, float c, flo
   return Call("ImgLinearTransform", [&] {
     ky::Rows<const T> in;
     if (const KY_ERRORS error = ky::Open(source, in)) return error;
-    if (destination == nullptr) return KY_ERROR_NO_IMAGE;
+    if (destination == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "destination");
     const ky::Rows<T> out = RowsOf(destination);
     if (out.first == nullptr) return KY_OK;
     InverseMap map;
     if (!Invert(a, b, c, d, e, f, map)) return KY_ERROR_TRANSFORM_LIMIT;
     Interpolation interpolation;
-    if (!ReadInterpolation(bits, interpolation)) return KY_ERROR_BAD_INTERVAL;
+    if (!ReadInterpolation(bits, interpolation))
+      return ky::Explain(KY_ERROR_BAD_INTERVAL, "interpolation is neither 0, 4 nor 8");
     return ky::Resample(out, in, map, interpolation);
   });
 }

@@ -52,7 +52,8 @@ KY_ERRORS ImgSetCircleWarp(float centerX, float centerY, int rows, float radius1
                            int columns, float startAngle, float endAngle, KyImage<KyBW16>* xTable,
                            KyImage<KyBW16>* yTable) noexcept {
   return ky::Call("ImgSetCircleWarp", [&] {
-    if (xTable == nullptr || yTable == nullptr) return KY_ERROR_NO_IMAGE;
+    if (xTable == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "xTable");
+    if (yTable == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "yTable");
     if (columns < 0 || rows < 0) return KY_ERROR_NOT_ENOUGH_MEMORY;
     // The points of each column on both circles.
     const std::ptrdiff_t n = columns;

@@ -14,7 +14,7 @@ template <class T>
 KY_ERRORS VerticalMirror(const char* name, KyROI<T>* image) noexcept {
   return Call(name, [&] {
     Rows<KyBW8> rows;  // of components
-    if (const KY_ERRORS error = ky::Open(image, rows)) return error;
+    if (const KY_ERRORS error = ky::Open(image, rows, "image")) return error;
     const MirrorKernels& kernels = ChooseMirrorKernels();
     for (std::ptrdiff_t top = 0, bottom = rows.height - 1; top < bottom; ++top, --bottom)
       kernels.exchange(rows.Row(top), rows.Row(bottom), static_cast<std::size_t>(rows.width));
@@ -27,7 +27,7 @@ KY_ERRORS HorizontalMirror(KyROI<T>* image,
                            void (*MirrorKernels::*reverse)(T*, std::size_t)) noexcept {
   return Call("ImgHorizontalMirror (gray-level)", [&] {
     Rows<T> rows;
-    if (const KY_ERRORS error = ky::Open(image, rows)) return error;
+    if (const KY_ERRORS error = ky::Open(image, rows, "image")) return error;
     const MirrorKernels& kernels = ChooseMirrorKernels();
     for (std::ptrdiff_t y = 0; y < rows.height; ++y)
       (kernels.*reverse)(rows.Row(y), static_cast<std::size_t>(rows.width));

@@ -43,7 +43,8 @@ KY_ERRORS KyPyramid::SetNumLevels(int levels, KY_IMAGE_TYPES type) noexcept {
     constexpr int kMost = 30;
     if (levels < 1 || levels > kMost)
       return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "levels");
-    if (type != KY_IMAGE_BW8 && type != KY_IMAGE_C24) return KY_ERROR_BAD_IMAGE_TYPE;
+    if (type != KY_IMAGE_BW8 && type != KY_IMAGE_C24)
+      return ky::Explain(KY_ERROR_BAD_IMAGE_TYPE, "type is neither KY_IMAGE_BW8 nor KY_IMAGE_C24");
     Release();
     levels_ = levels;
     type_ = type;
@@ -70,8 +71,8 @@ KY_ERRORS KyPyramid::BuildLevels(const KyROI<T>* source, KyImage<T>* images) noe
 
     bool fits = true;
     for (int i = 0; i < levels_; ++i)
-      fits = fits && ky::CheckImage(&images[i]) == KY_OK && images[i].GetWidth() == width >> i &&
-             images[i].GetHeight() == height >> i;
+      fits = fits && ky::CheckImage(&images[i], "source") == KY_OK &&
+             images[i].GetWidth() == width >> i && images[i].GetHeight() == height >> i;
     KyImage<T> fresh[kMostLevels];
     if (!fits && !MakeImages(fresh, levels_, width, height)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     KyImage<T>* const levels = fits ? images : fresh;
@@ -95,7 +96,8 @@ KY_ERRORS KyPyramid::AddLevel(KyImage<T>* images) noexcept {
   if (levels_ == 0 || levels_ == kMostLevels) return KY_ERROR_PYRAMID_HALVE;
   KyImage<T>& last = images[levels_ - 1];
   const int width = last.GetWidth() / 2, height = last.GetHeight() / 2;
-  if (ky::CheckImage(&last) != KY_OK || width == 0 || height == 0) return KY_ERROR_PYRAMID_HALVE;
+  if (ky::CheckImage(&last, "source") != KY_OK || width == 0 || height == 0)
+    return KY_ERROR_PYRAMID_HALVE;
   if (const KY_ERRORS error = ky::Resize(&images[levels_], width, height)) return error;
   HalveImage(last, images[levels_]);
   ++levels_;

@@ -20,13 +20,13 @@ void Halve(const Rows<T>& out, const Rows<const T>& in, HalveKernel<T> kernel) n
 // The frame of all changes of size: work(destination, source) on rows of pixels that share none.
 template <class T, class Suits, class Work>
 KY_ERRORS Scale(const char* name, const KyROI<T>* source, KyROI<T>* destination, const Suits& suits,
-                const Work& work) noexcept {
+                const char* unsuited, const Work& work) noexcept {
   return ky::Call(name, [&] {
     Rows<const T> in;
     Rows<T> out;
     if (const KY_ERRORS error = ky::Open(source, in)) return error;
     if (const KY_ERRORS error = ky::Open(destination, out)) return error;
-    if (!suits(out, in)) return KY_ERROR_SIZE_MISMATCH;
+    if (!suits(out, in)) return ky::Explain(KY_ERROR_SIZE_MISMATCH, unsuited);
     if (out.Empty()) return KY_OK;
     ky::Input<T> input;
     if (!input.OpenApart(in, out)) return KY_ERROR_NOT_ENOUGH_MEMORY;
@@ -41,6 +41,7 @@ KY_ERRORS Halve(const char* name, const KyROI<T>* source, KyROI<T>* destination)
       [](const auto& out, const auto& in) {
         return out.width == in.width / 2 && out.height == in.height / 2;
       },
+      "destination has not half of the width and height of source",
       [](const Rows<T>& out, const Rows<const T>& in) {
         ky::HalveRows(out, in);
         return KY_OK;
@@ -54,6 +55,7 @@ KY_ERRORS Shrink(const char* name, const KyROI<T>* source, KyROI<T>* destination
       [](const auto& out, const auto& in) {
         return !out.Empty() && out.width <= in.width && out.height <= in.height;
       },
+      "destination has no pixels, or is larger than source",
       [](const Rows<T>& out, const Rows<const T>& in) { return ky::ShrinkRows(out, in); });
 }
 
@@ -62,6 +64,7 @@ KY_ERRORS Resize(const char* name, const KyROI<T>* source, KyROI<T>* destination
   return Scale(
       name, source, destination,
       [](const auto& out, const auto& in) { return out.Empty() || !in.Empty(); },
+      "source has no columns or rows, but destination has",
       [](const Rows<T>& out, const Rows<const T>& in) { return ky::ResizeRows(out, in); });
 }
 

@@ -77,6 +77,8 @@ KY_ERRORS WarpByPacked(const Rows<const T>& original, const Rows<T>& destination
   return KY_OK;
 }
 
+constexpr ky::RoiNames kTables = {{"xTable", "yTable", "destination"}};
+
 template <class T>
 KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyROI<KyBW16>* xTable,
                const KyROI<KyBW16>* yTable, int shiftX, int shiftY) noexcept {
@@ -86,9 +88,9 @@ KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyROI<KyBW16
     Rows<const KyBW16> xs, ys;
     if (const KY_ERRORS error = ky::Open(source, in)) return error;
     if (const KY_ERRORS error = ky::Open(destination, out)) return error;
-    if (const KY_ERRORS error = ky::Open(xTable, xs)) return error;
-    if (const KY_ERRORS error = ky::Open(yTable, ys)) return error;
-    if (const KY_ERRORS error = ky::CheckSizes(xTable, yTable, destination)) return error;
+    if (const KY_ERRORS error = ky::Open(xTable, xs, "xTable")) return error;
+    if (const KY_ERRORS error = ky::Open(yTable, ys, "yTable")) return error;
+    if (const KY_ERRORS error = ky::CheckSizes(kTables, xTable, yTable, destination)) return error;
     return WarpByTables(in, out, xs, ys, shiftX, shiftY);
   });
 }
@@ -96,10 +98,12 @@ KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyROI<KyBW16
 template <class T>
 KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyROI<KyBW32>* table) noexcept {
   return Call("ImgWarp", [&] {
-    if (source == nullptr || destination == nullptr) return KY_ERROR_NO_IMAGE;
+    if (source == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "source");
+    if (destination == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "destination");
     // Of ROIs that differ in size the images are looked at first, of others the table.
-    if (!ky::IsSameSize(source, destination)) return ky::CheckRois(source, destination);
-    if (table == nullptr) return KY_ERROR_NO_IMAGE;
+    if (!ky::IsSameSize(source, destination))
+      return ky::CheckRois(ky::kSourceAndDestination, source, destination);
+    if (table == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "table");
     if (table->GetWidth() < destination->GetWidth() ||
         table->GetHeight() < destination->GetHeight())
       return KY_ERROR_WARP_2200;
@@ -107,7 +111,7 @@ KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyROI<KyBW32
     Rows<T> out;
     Rows<const KyBW32> positions;
     if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
-    if (const KY_ERRORS error = ky::Open(table, positions)) return error;
+    if (const KY_ERRORS error = ky::Open(table, positions, "table")) return error;
     return WarpByPacked(in, out, positions);
   });
 }

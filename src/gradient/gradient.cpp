@@ -31,8 +31,9 @@ template <class T, class Work>
 KY_ERRORS MapGradients(const KyROI<T>* source, KyROI<KyBW8>* destination,
                        const KyROI<KyBW8>* lookup, const Work& work) noexcept {
   return Call("ImgGradientScalar", [&] {
-    if (const KY_ERRORS error = ky::CheckRois(source, destination)) return error;
-    if (lookup == nullptr) return KY_ERROR_NO_IMAGE;
+    if (const KY_ERRORS error = ky::CheckRois(ky::kSourceAndDestination, source, destination))
+      return error;
+    if (lookup == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "lookup");
     const Rows<const KyBW8> rows = RowsOf(lookup);
     if (rows.first == nullptr || rows.width != kSide || rows.height != kSide)
       return ky::OutOfRange(KY_ERROR_PARAMETER_3_OUT_OF_RANGE, "lookup");
@@ -49,7 +50,7 @@ KY_ERRORS MapGradients(const KyROI<T>* source, KyROI<KyBW8>* destination,
 template <class EntryOf>
 KY_ERRORS MakeLookup(const char* name, KyImage<KyBW8>* lookup, const EntryOf& entryOf) noexcept {
   return Call(name, [&] {
-    if (lookup == nullptr) return KY_ERROR_NO_IMAGE;
+    if (lookup == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "lookup");
     if (const KY_ERRORS error = ky::Resize(lookup, kSide, kSide)) return error;
     const Rows<KyBW8> rows = RowsOf(lookup);
     for (int gy = -kMiddle; gy < kMiddle; ++gy)
@@ -69,7 +70,8 @@ KyBW8 LowByte(double value) noexcept {
 
 KY_ERRORS ImgGradientVector(const KyROI<KyBW8>* source, KyROI<KyBW32>* destination) noexcept {
   return Call("ImgGradientVector", [&] {
-    if (const KY_ERRORS error = ky::CheckRois(source, destination)) return error;
+    if (const KY_ERRORS error = ky::CheckRois(ky::kSourceAndDestination, source, destination))
+      return error;
     const ky::GradientKernels& kernels = ky::ChooseGradientKernels();
     return FilterNeighbours(destination, source, kernels, kernels.store);
   });

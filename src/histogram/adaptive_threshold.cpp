@@ -68,7 +68,7 @@ KY_ERRORS FitDestination(KyROI<KyBW8>* destination, int width, int height) noexc
   KyOk();
   destination->SetSize(width, height);
   if (const KY_ERRORS error = KyGetError()) return error;
-  const KY_ERRORS error = ky::CheckImage(destination);
+  const KY_ERRORS error = ky::CheckImage(destination, "destination");
   if (error != KY_OK) destination->SetSize(oldWidth, oldHeight);
   return error;
 }
@@ -78,8 +78,8 @@ KY_ERRORS FitDestination(KyROI<KyBW8>* destination, int width, int height) noexc
 KY_ERRORS ImgAutoAdaptiveThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                    IMG_THRESHOLD_MODES, int tileWidth, int tileHeight) noexcept {
   return ky::Call("ImgAutoAdaptiveThreshold", [&] {
-    if (const KY_ERRORS error = ky::CheckImage(source)) return error;
-    if (const KY_ERRORS error = ky::CheckImage(destination)) return error;
+    if (const KY_ERRORS error = ky::CheckImage(source, "source")) return error;
+    if (const KY_ERRORS error = ky::CheckImage(destination, "destination")) return error;
     if (tileHeight == 0) tileHeight = tileWidth;
     if (tileWidth < 1) return ky::OutOfRange(KY_ERROR_PARAMETER_4_OUT_OF_RANGE, "tileWidth");
     if (tileHeight < 1) return ky::OutOfRange(KY_ERROR_PARAMETER_5_OUT_OF_RANGE, "tileHeight");

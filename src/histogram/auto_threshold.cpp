@@ -69,7 +69,8 @@ KyBW8 ImgAutoThreshold(const KyROI<KyBW8>* source, IMG_THRESHOLD_MODES mode,
                        float relative) noexcept {
   KyBW8 level = 0;
   ky::CallUntraced([&] {
-    if (const KY_ERRORS error = ky::CheckImage(source)) return ky::FailIn(error, {"ImgHistogram"});
+    if (const KY_ERRORS error = ky::CheckImage(source, "source"))
+      return ky::FailIn(error, {"ImgHistogram"});
     ky::Counts counts;
     ky::CountLevels(source, counts);
     ThresholdChoice choice;

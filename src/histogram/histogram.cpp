@@ -56,7 +56,7 @@ class BinCounter {
 
 KY_ERRORS ImgHistogram(const KyROI<KyBW8>* source, KyBW8HistogramVector* histogram) noexcept {
   return Call("ImgHistogram", [&] {
-    if (const KY_ERRORS error = CheckImage(source)) return error;
+    if (const KY_ERRORS error = CheckImage(source, "source")) return error;
     if (histogram == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     ky::Counts counts;
     ky::CountLevels(source, counts);
@@ -92,7 +92,7 @@ KY_ERRORS ImgHistogram(const KyROI<KyBW16>* source, KyBW8HistogramVector* histog
 
 KY_ERRORS ImgHistogram(const KyROI<KyBW8>* source, KyVector* histogram) noexcept {
   return Call("ImgHistogram (KyVector)", [&] {
-    if (const KY_ERRORS error = CheckImage(source)) return error;
+    if (const KY_ERRORS error = CheckImage(source, "source")) return error;
     if (histogram != nullptr && !histogram->IsSameVectType(ky::kCountVector))
       histogram->SetType(ky::kCountVector, 0, 0);
     std::uint32_t* counts;

@@ -184,7 +184,7 @@ KY_ERRORS FitWithoutOutliers(const char* name, const Vector* vector, float outli
     if (vector == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (const KY_ERRORS error = ky::Parameters().Real("outlier", outlier, 0).Error()) return error;
     const ptrdiff_t n = vector->GetNumElements();
-    if (n < least) return KY_ERROR_NO_PIXELS;
+    if (n < least) return ky::Explain(KY_ERROR_NO_PIXELS, "points holds too few points");
     Scratch<Vector2> all, near;
     Scratch<bool> isNear;
     if (!all.Allocate(n) || !near.Allocate(n) || !isNear.Allocate(n))
@@ -194,7 +194,7 @@ KY_ERRORS FitWithoutOutliers(const char* name, const Vector* vector, float outli
     });
     for (const Vector2 p : Points{all.get(), n})
       if (!std::isfinite(p.x) || !std::isfinite(p.y)) return KY_ERROR_SINGULAR_SYSTEM;
-    Model model{};  // and its padding, which results take over
+    Model model = result;  // with its padding
     if (const KY_ERRORS error = Fit({all.get(), n}, model)) return error;
     std::fill_n(isNear.get(), n, true);
     for (int round = 0; outlier > 0 && round < kMostRounds; ++round) {
@@ -207,7 +207,8 @@ KY_ERRORS FitWithoutOutliers(const char* name, const Vector* vector, float outli
         if (isNear[i]) near[count++] = all[i];
       }
       if (!changed) break;
-      if (count < least) return KY_ERROR_NO_PIXELS;
+      if (count < least)
+        return ky::Explain(KY_ERROR_NO_PIXELS, "too few points lie within outlier of the fit");
       if (const KY_ERRORS error = Fit({near.get(), count}, model)) return error;
     }
     result = model;

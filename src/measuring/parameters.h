@@ -28,7 +28,7 @@ class Parameters {
   }
   Parameters& Polarity(TRANS_SCAN_EDGE value) noexcept {
     return Next(value >= TRANS_SCAN_RISING && value <= TRANS_SCAN_BOTH,
-                KY_ERROR_UNSUPPORTED_OPERATION);
+                KY_ERROR_UNSUPPORTED_OPERATION, "polarity");
   }
   // For the body of a call: numbers are named to KyGetErrorMessage.
   KY_ERRORS Error() const noexcept { return name_ == nullptr ? error_ : OutOfRange(error_, name_); }

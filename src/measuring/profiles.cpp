@@ -1,4 +1,7 @@
-// Smoothing of profiles, and their edges.
+// Smoothing of profiles, their edges, and how wide these are.
+#include <cmath>
+#include <numeric>
+
 #include "foundation/frame.h"
 #include "foundation/make_room.h"
 #include "ky/measuring.h"
@@ -39,6 +42,38 @@ KY_ERRORS KyFindEdges(const KyFloatVector* profile, TRANS_SCAN_EDGE polarity, fl
     slope.FindEdges(polarity, minStrength, [&](const ky::FoundEdge& edge) {
       *out++ = {static_cast<float>(edge.position), static_cast<float>(edge.strength)};
     });
+    return KY_OK;
+  });
+}
+
+KY_ERRORS KyEdgeWidth(const KyFloatVector* profile, float share, float& width) noexcept {
+  return ky::Call("KyEdgeWidth", [&] {
+    if (profile == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
+    if (const KY_ERRORS error = ky::Parameters().Real("share", share, 0.01f, 0.49f).Error())
+      return error;
+    const std::ptrdiff_t n = profile->GetNumElements(), quarter = n / 4;
+    if (quarter == 0) return ky::Explain(KY_ERROR_NO_PIXELS, "profile has fewer than 4 samples");
+    const float* const p = profile->GetDataPtr();
+    const auto mean = [=](const float* first) {
+      return std::accumulate(first, first + quarter, 0.0) / static_cast<double>(quarter);
+    };
+    const double before = mean(p), step = mean(p + n - quarter) - before;
+    if (!(std::abs(step) > 0) || !std::isfinite(step))
+      return ky::Explain(KY_ERROR_SINGULAR_SYSTEM, "profile ends at the level that it begins with");
+    const auto at = [=](std::ptrdiff_t i) { return (p[i] - before) / step; };
+    // Means lie between their samples, so that each search ends at one.
+    std::ptrdiff_t start = quarter - 1;
+    while (start > 0 && !(at(start) <= share)) --start;
+    std::ptrdiff_t upper = start + 1;
+    while (upper < n - 1 && !(at(upper) >= 1.0 - share)) ++upper;
+    std::ptrdiff_t lower = upper - 1;
+    while (lower > start && !(at(lower) <= share)) --lower;
+    const double u = static_cast<double>(upper) -
+                     (at(upper) - (1.0 - share)) / (at(upper) - at(upper - 1)),
+                 l = static_cast<double>(lower) + (share - at(lower)) / (at(lower + 1) - at(lower));
+    if (!std::isfinite(u - l))
+      return ky::Explain(KY_ERROR_SINGULAR_SYSTEM, "profile has samples that are not finite");
+    width = static_cast<float>(u - l);
     return KY_OK;
   });
 }

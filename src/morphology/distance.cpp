@@ -228,7 +228,7 @@ KY_ERRORS ImgDistance(const KyROI<KyBW8>* source, KyROI<KyBW16>* destination,
     ky::Input<KyBW8> input;
     if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;
     if (mode < IMG_DISTANCE_EUCLIDEAN || mode > IMG_DISTANCE_CHESSBOARD)
-      return KY_ERROR_UNSUPPORTED_OPERATION;
+      return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "mode");
     if (!(scale > 0) || !std::isfinite(scale))
       return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "scale");
     if (out.Empty()) return KY_OK;

@@ -107,10 +107,13 @@ KY_ERRORS TopHat(const Names& names, Extreme first, const Element& element, Sour
 KY_ERRORS Gradient(const Names& names, const Element& element, Source source,
                    Destination destination) noexcept {
   return ky::Call(names.gradient, [&]() -> KY_ERRORS {
-    if (const KY_ERRORS error = ky::CheckImage(source)) return error;
+    if (const KY_ERRORS error = ky::CheckImage(source, "source")) return error;
     if (destination != nullptr) {
       destination->CheckSameSize(source);
-      if (const KY_ERRORS error = KyGetError()) return error;
+      if (const KY_ERRORS error = KyGetError())
+        return ky::Explain(error, error == KY_ERROR_SIZE_MISMATCH
+                                      ? "source and destination differ in size"
+                                      : "destination");
     }
     Operands on;
     if (const KY_ERRORS error = on.Open(source, destination))

@@ -112,7 +112,7 @@ KY_ERRORS ThinOrThick(const char* name, Change change, Source source, Destinatio
     if (view.data == nullptr) return KY_ERROR_KERNEL_SIZE;
     if (view.sizeX != 3 || view.sizeY != 3) return KY_ERROR_KERNEL_1703;
     if (rotation < KERNEL_ROTATION_NONE || rotation > KERNEL_ROTATION_ANTICLOCKWISE)
-      return KY_ERROR_UNSUPPORTED_OPERATION;
+      return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "rotation");
     if (iterations < 0) return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "iterations");
     return Run(on, CycleOf(Pattern(view.data), rotation, change), iterations);
   });

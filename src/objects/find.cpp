@@ -5,6 +5,7 @@
 #include "foundation/frame.h"
 #include "foundation/make_room.h"
 #include "ky/objects.h"
+#include "objects/connexity.h"
 #include "objects/labelling.h"
 #include "objects/object_rows.h"
 
@@ -22,19 +23,16 @@ using ky::Scratch;
 template <class Roi>
 KY_ERRORS CheckFinding(const Roi* source, const KyObjectsVector* objects,
                        const KyROI<KyBW32>* labels, const KyROI<KyBW8>* levels) noexcept {
-  if (const KY_ERRORS error = ky::CheckImage(source)) return error;
+  if (const KY_ERRORS error = ky::CheckImage(source, "source")) return error;
   if (objects == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-  for (const KyGenericROI* given :
-       {static_cast<const KyGenericROI*>(labels), static_cast<const KyGenericROI*>(levels)}) {
-    if (given == nullptr) continue;
-    if (const KY_ERRORS error = ky::CheckImage(given)) return error;
-    if (const KY_ERRORS error = ky::CheckSizes(given, source)) return error;
-  }
-  return KY_OK;
-}
-
-bool IsConnexity(CONNEXITY connexity) noexcept {
-  return connexity == KY_CONNEXITY_4 || connexity == KY_CONNEXITY_8;
+  const auto check = [&](const KyGenericROI* given, const char* name, const char* unequal) {
+    if (given == nullptr) return KY_OK;
+    if (const KY_ERRORS error = ky::CheckImage(given, name)) return error;
+    return ky::IsSameSize(given, source) ? KY_OK : ky::Explain(KY_ERROR_SIZE_MISMATCH, unequal);
+  };
+  if (const KY_ERRORS error = check(labels, "labels", "source and labels differ in size"))
+    return error;
+  return check(levels, "levels", "source and levels differ in size");
 }
 
 // findRuns(y, ends) writes the ends of the runs of a row and returns their number,
@@ -136,8 +134,8 @@ KY_ERRORS ImgFindObjects(const KyROI<KyBW8>* source, KyBW8 low, KyBW8 high, CONN
     const auto rows = RowsOf(source);
     if (Share(rows, labels) || Share(levels, labels) || Share(ky::ArrayOf(*objects), labels))
       return KY_ERROR_COLOR_PLANES;
-    if (low > high) return KY_ERROR_BAD_INTERVAL;
-    if (!IsConnexity(connexity)) return KY_ERROR_UNSUPPORTED_OPERATION;
+    if (low > high) return ky::Explain(KY_ERROR_BAD_INTERVAL, "low exceeds high");
+    if (const KY_ERRORS error = ky::CheckConnexity(connexity)) return error;
     const auto findRuns = [&, kernel = ChooseObjectKernels().findRuns](std::ptrdiff_t y,
                                                                        std::int32_t* ends) {
       return kernel(rows.Row(y), static_cast<std::size_t>(rows.width), low, high, ends);
@@ -155,7 +153,7 @@ KY_ERRORS ImgFindObjects(const KyROI<KyBW1>* source, CONNEXITY connexity, KyObje
     if (Share(bits.bytes(), labels) || Share(levels, labels) ||
         Share(ky::ArrayOf(*objects), labels))
       return KY_ERROR_COLOR_PLANES;
-    if (!IsConnexity(connexity)) return KY_ERROR_UNSUPPORTED_OPERATION;
+    if (const KY_ERRORS error = ky::CheckConnexity(connexity)) return error;
     const auto find = [&](const auto& measure) {
       return Find(
           source->GetWidth(), source->GetHeight(), connexity, *objects, labels,

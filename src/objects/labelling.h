@@ -6,7 +6,7 @@
 
 #include "foundation/scratch.h"
 #include "ky/objects.h"
-#include "objects/growing.h"
+#include "foundation/growing.h"
 #include "objects/runs.h"
 
 namespace ky {

@@ -17,6 +17,9 @@ namespace {
 using ky::Call;
 using ky::Scratch;
 
+constexpr ky::RoiNames kDrawing = {{"labels", "destination"},
+                                   "labels and destination differ in size"};
+
 template <class T>
 struct Interval {
   T least, most;
@@ -99,7 +102,7 @@ KY_ERRORS ImgSelectObjects(KyObjectsVector* objects, const KyObjectLimits& limit
     const Interval<int> width{limits.minWidth, limits.maxWidth},
         height{limits.minHeight, limits.maxHeight}, holes{limits.minHoles, limits.maxHoles};
     if (area.IsEmpty() || width.IsEmpty() || height.IsEmpty() || holes.IsEmpty())
-      return KY_ERROR_BAD_INTERVAL;
+      return ky::Explain(KY_ERROR_BAD_INTERVAL, "a minimum of limits exceeds its maximum");
     const auto drop = [&](const KyObject& object) {
       return !area.Has(object.area) || !width.Has(object.width) || !height.Has(object.height) ||
              !holes.Has(object.holes) || (object.touches != 0 && !limits.touching);
@@ -112,11 +115,11 @@ KY_ERRORS ImgSelectObjects(KyObjectsVector* objects, const KyObjectLimits& limit
 KY_ERRORS ImgDrawObjects(const KyROI<KyBW32>* labels, const KyObjectsVector* objects, KyBW8 level,
                          KyROI<KyBW8>* destination) noexcept {
   return Call("ImgDrawObjects", [&] {
-    if (const KY_ERRORS error = ky::CheckImage(labels)) return error;
+    if (const KY_ERRORS error = ky::CheckImage(labels, "labels")) return error;
     if (objects == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     ky::Rows<const KyBW32> in;
     ky::Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(labels, in, destination, out)) return error;
+    if (const KY_ERRORS error = ky::OpenAll(kDrawing, labels, in, destination, out)) return error;
     ky::Input<KyBW32> input;
     LabelSet drawn;
     Scratch<std::int32_t> places;
@@ -142,8 +145,8 @@ KY_ERRORS ImgDrawObjects(const KyROI<KyBW32>* labels, const KyObjectsVector* obj
 
 KY_ERRORS ImgGetObjectShape(const KyObject* object, KyObjectShape& shape) noexcept {
   return Call("ImgGetObjectShape", [&] {
-    if (object == nullptr) return KY_ERROR_NO_IMAGE;
-    if (object->area == 0) return KY_ERROR_NO_PIXELS;
+    if (object == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "object is null");
+    if (object->area == 0) return ky::Explain(KY_ERROR_NO_PIXELS, "the area of object is 0");
     const double area = object->area;
     shape.x = static_cast<double>(object->sumX) / area;
     shape.y = static_cast<double>(object->sumY) / area;

@@ -36,11 +36,13 @@ bool HasRowBelow(const KyGenericROI* roi) noexcept {
 KY_ERRORS CheckInterlaced(const KyGenericROI* source, const KyGenericROI* destination,
                           const KyGenericROI* whole, const KyGenericROI* part,
                           ptrdiff_t first) noexcept {
-  if (const KY_ERRORS error = CheckImage(source)) return error;
-  if (const KY_ERRORS error = CheckImage(destination)) return error;
+  if (const KY_ERRORS error = CheckImage(source, "source")) return error;
+  if (const KY_ERRORS error = CheckImage(destination, "destination")) return error;
   const bool fits = part->GetWidth() == whole->GetWidth() &&
                     part->GetHeight() == (whole->GetHeight() + first) / 2;
-  return fits ? KY_OK : KY_ERROR_SIZE_MISMATCH;
+  return fits ? KY_OK
+              : ky::Explain(KY_ERROR_SIZE_MISMATCH,
+                            "the frame has not half of the rows, or another width than the image");
 }
 
 // Calls work(destination, source) on the rows of two ROIs of the same size, once the source can
@@ -80,9 +82,11 @@ KY_ERRORS Match(const char* name, const KyROI<T>* roi, int line, int minimum, in
                 int& bestOffset) noexcept {
   return Call(name, [&] {
     Rows<const KyBW8> rows;  // of components
-    if (const KY_ERRORS error = ky::Open(roi, rows)) return error;
+    if (const KY_ERRORS error = ky::Open(roi, rows, "roi")) return error;
     const ptrdiff_t first = minimum, last = maximum;
-    if (first > last || roi->GetWidth() < last - first) return KY_ERROR_BAD_INTERVAL;
+    if (first > last || roi->GetWidth() < last - first)
+      return ky::Explain(KY_ERROR_BAD_INTERVAL,
+                         "minimum to maximum is no interval within the width");
     if (line < 0 || line + ptrdiff_t{1} >= rows.height)
       return ky::OutOfRange(KY_ERROR_PARAMETER_2_OUT_OF_RANGE, "line");
 

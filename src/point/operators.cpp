@@ -16,6 +16,7 @@ using ky::FromConstant;
 using ky::FromGreyAsColor;
 using ky::FromRows;
 using ky::MapRows;
+using ky::RoiNames;
 using ky::RowsOf;
 using ky::ShiftOperand;
 using Operation = ARITH_LOGIC_OPERATIONS;
@@ -60,13 +61,19 @@ constexpr Operations kGrey16 =
     Operations::Only({KY_OPER_ADD, KY_OPER_SUBTRACT, KY_OPER_MULTIPLY, KY_OPER_DIVIDE,
                       KY_OPER_ADD_WRAP, KY_OPER_SUBTRACT_WRAP});
 
+constexpr RoiNames kDestination = {{"destination"}},
+                   kA = {{"a", "destination"}, "a and destination differ in size"},
+                   kB = {{"b", "destination"}, "b and destination differ in size"},
+                   kAAndB = {{"a", "b", "destination"}};
+
 // The frame that all overloads share: the operation against the accepted set, the ROIs, the work.
 template <class Work, class... Rois>
-KY_ERRORS Operate(const char* name, Operation operation, Operations accepted, Work work,
-                  const Rois*... rois) noexcept {
+KY_ERRORS Operate(const RoiNames& names, const char* name, Operation operation, Operations accepted,
+                  Work work, const Rois*... rois) noexcept {
   return Call(name, [&] {
-    if (!accepted.Accept(operation)) return KY_ERROR_UNSUPPORTED_OPERATION;
-    if (const KY_ERRORS error = ky::CheckRois(rois...)) return error;
+    if (!accepted.Accept(operation))
+      return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "operation");
+    if (const KY_ERRORS error = ky::CheckRois(names, rois...)) return error;
     return work(ChooseOperatorKernels());
   });
 }
@@ -106,7 +113,7 @@ KyC24 SecondOperand(Operation operation, KyC24 value) noexcept {
 template <class T>
 KY_ERRORS Fill(const char* name, Operation operation, T value, KyROI<T>* destination) noexcept {
   return Operate(
-      name, operation, kFill,
+      kDestination, name, operation, kFill,
       [&](const auto&) { return ky::CopyRows(ComponentRowsOf(destination), Constant(value)); },
       destination);
 }
@@ -121,7 +128,7 @@ template <class T>
 KY_ERRORS ConstantAndImage(const char* name, Operation operation, T a, const KyROI<T>* b,
                            KyROI<T>* destination) noexcept {
   return Operate(
-      name, operation, kConstantAndImage,
+      kB, name, operation, kConstantAndImage,
       [&](const auto& kernels) {
         return Combine(kernels.combine, operation, destination, Constant(a),
                        FromRows(ComponentRowsOf(b)));
@@ -132,7 +139,7 @@ template <class T>
 KY_ERRORS ImageAndConstant(const char* name, Operation operation, Operations accepted,
                            const KyROI<T>* a, T b, KyROI<T>* destination) noexcept {
   return Operate(
-      name, operation, accepted,
+      kA, name, operation, accepted,
       [&](const auto& kernels) {
         return Combine(kernels.combine, operation, destination, FromRows(ComponentRowsOf(a)),
                        Constant(SecondOperand(operation, b)));
@@ -166,7 +173,10 @@ KY_ERRORS ImgCopy(KyBW8 value, KyROI<KyBW8>* destination) noexcept {
 }
 
 KY_ERRORS ImgCopy(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept {
-  return ImgOper(KY_OPER_COPY, source, destination);
+  return Operate(
+      ky::kSourceAndDestination, "ImgOper (BW8 Image to Image)", KY_OPER_COPY, kUnary,
+      [&](const auto& kernels) { return CopyOrInvert(kernels, KY_OPER_COPY, source, destination); },
+      source, destination);
 }
 
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW8 a, KyROI<KyBW8>* destination) noexcept {
@@ -176,7 +186,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW8 a, KyROI<KyBW8>* desti
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                   KyROI<KyBW8>* destination) noexcept {
   return Operate(
-      "ImgOper (BW8 Image to Image)", operation, kUnary,
+      kA, "ImgOper (BW8 Image to Image)", operation, kUnary,
       [&](const auto& kernels) { return CopyOrInvert(kernels, operation, a, destination); }, a,
       destination);
 }
@@ -184,7 +194,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
                   KyROI<KyC24>* destination) noexcept {
   return Operate(
-      "ImgOper (BW8 Image to C24 Image)", operation, kUnaryOrOverlay,
+      kA, "ImgOper (BW8 Image to C24 Image)", operation, kUnaryOrOverlay,
       [&](const auto& kernels) {
         if (operation == KY_OPER_OVERLAY)
           return MapRows(kernels.combine[KY_OPER_SET_WHERE_NONZERO], ComponentRowsOf(destination),
@@ -209,7 +219,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, KyBW8
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const KyROI<KyBW8>* b,
                   KyROI<KyBW8>* destination) noexcept {
   return Operate(
-      "ImgOper (BW8 Image, Image to Image)", operation, kTwoImages,
+      kAAndB, "ImgOper (BW8 Image, Image to Image)", operation, kTwoImages,
       [&](const auto& kernels) {
         return Combine(kernels.combine, operation, destination, FromRows(RowsOf(a)),
                        FromRows(RowsOf(b)));
@@ -224,7 +234,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyC24 a, KyROI<KyC24>* desti
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a,
                   KyROI<KyC24>* destination) noexcept {
   return Operate(
-      "ImgOper (C24 Image to Image)", operation, kUnaryOrOverlay,
+      kA, "ImgOper (C24 Image to Image)", operation, kUnaryOrOverlay,
       [&](const auto& kernels) {
         if (operation != KY_OPER_OVERLAY) return CopyOrInvert(kernels, operation, a, destination);
         return MapRows(kernels.overlay, RowsOf(destination), FromRows(RowsOf(destination)),
@@ -247,7 +257,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, KyC24
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, const KyROI<KyC24>* b,
                   KyROI<KyC24>* destination) noexcept {
   return Operate(
-      "ImgOper (C24 Image, Image to Image)", operation, kTwoImages,
+      kAAndB, "ImgOper (C24 Image, Image to Image)", operation, kTwoImages,
       [&](const auto& kernels) {
         if (operation == KY_OPER_OVERLAY)
           return MapRows(kernels.overlay, RowsOf(destination), FromRows(RowsOf(a)),
@@ -261,7 +271,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, const
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const KyROI<KyC24>* b,
                   KyROI<KyC24>* destination) noexcept {
   return Operate(
-      "ImgOper (BW8 Image, C24 Image to C24 Image)", operation, kTwoImages,
+      kAAndB, "ImgOper (BW8 Image, C24 Image to C24 Image)", operation, kTwoImages,
       [&](const auto& kernels) {
         return Combine(kernels.combine, operation, destination, GreyAsColor(a, kernels),
                        FromRows(ComponentRowsOf(b)));
@@ -272,7 +282,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, const KyROI<KyBW8>* b,
                   KyROI<KyC24>* destination) noexcept {
   return Operate(
-      "ImgOper (C24 Image, BW8 Image to C24 Image)", operation, kTwoImages,
+      kAAndB, "ImgOper (C24 Image, BW8 Image to C24 Image)", operation, kTwoImages,
       [&](const auto& kernels) {
         return Combine(kernels.combine, operation, destination, FromRows(ComponentRowsOf(a)),
                        GreyAsColor(b, kernels));
@@ -283,7 +293,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, const
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const KyROI<KyBW8>* b,
                   KyROI<KyC24>* destination) noexcept {
   return Operate(
-      "ImgOper (BW8 Image, BW8 Image to C24 Image)", operation, kOverlay,
+      kAAndB, "ImgOper (BW8 Image, BW8 Image to C24 Image)", operation, kOverlay,
       [&](const auto& kernels) {
         return MapRows(kernels.overlayWhere, ComponentRowsOf(destination), GreyAsColor(a, kernels),
                        GreyAsColor(b, kernels), Constant(ImgGetOverlayColor()));
@@ -293,7 +303,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const
 
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW16 a, KyROI<KyBW16>* destination) noexcept {
   return Operate(
-      "ImgOper (BW16 Const to BW16 Image)", operation, kFill,
+      kDestination, "ImgOper (BW16 Const to BW16 Image)", operation, kFill,
       [&](const auto&) { return ky::CopyRows(RowsOf(destination), FromConstant<KyBW16>({a})); },
       destination);
 }
@@ -301,7 +311,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyBW16 a, KyROI<KyBW16>* des
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const KyROI<KyBW8>* b,
                   KyROI<KyBW16>* destination) noexcept {
   return Operate(
-      "ImgOper (BW8 Image and BW8 Image to BW16 Image)", operation, kGreyTo16,
+      kAAndB, "ImgOper (BW8 Image and BW8 Image to BW16 Image)", operation, kGreyTo16,
       [&](const auto& kernels) {
         return MapRows(KernelOf(kernels.combine8To16, operation), RowsOf(destination),
                        FromRows(RowsOf(a)), FromRows(RowsOf(b)));
@@ -312,7 +322,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW16>* a, const KyROI<KyBW8>* b,
                   KyROI<KyBW16>* destination) noexcept {
   return Operate(
-      "ImgOper (BW16 Image and BW8 Image to BW16 IMage)", operation, kGrey16,
+      kAAndB, "ImgOper (BW16 Image and BW8 Image to BW16 IMage)", operation, kGrey16,
       [&](const auto& kernels) {
         return MapRows(KernelOf(kernels.combine16, operation), RowsOf(destination),
                        FromRows(RowsOf(a)), FromRows(RowsOf(b)));

@@ -23,7 +23,7 @@ double TransformedLevel(IMG_TRANSFORM_MODES mode, double t, double p) noexcept {
 
 KY_ERRORS CheckLaw(IMG_TRANSFORM_MODES mode, float parameter) noexcept {
   if (mode < IMG_TRANSFORM_INVERT || mode > IMG_TRANSFORM_SIGMOID)
-    return KY_ERROR_UNSUPPORTED_OPERATION;
+    return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "mode");
   if (mode == IMG_TRANSFORM_INVERT) return KY_OK;
   const bool fits = std::isfinite(parameter) && parameter > 0 &&
                     (mode != IMG_TRANSFORM_EXPONENTIAL || parameter <= 700);

@@ -8,6 +8,9 @@ namespace {
 
 using ky::Rows;
 
+constexpr ky::RoiNames kWithLight = {{"source", "light", "destination"}},
+                       kWithBoth = {{"source", "light", "dark", "destination"}};
+
 // A level as a source: that of each component in turn.
 ky::FromConstant<KyBW8> FromLevel(KyBW8 level) noexcept { return ky::FromConstant<KyBW8>({level}); }
 ky::FromConstant<KyBW8, 3> FromLevel(KyC24 level) noexcept {
@@ -20,7 +23,8 @@ KY_ERRORS ByLight(const char* name, const KyROI<T>* source, const KyROI<T>* ligh
   return ky::Call(name, [&] {
     Rows<const KyBW8> in, inLight;
     Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, light, inLight, destination, out))
+    if (const KY_ERRORS error =
+            ky::OpenAll(kWithLight, source, in, light, inLight, destination, out))
       return error;
     return ky::MapRows(ky::ChooseUniformizeKernels().byLight, out, ky::FromRows(in),
                        ky::FromRows(inLight), FromLevel(lightLevel));
@@ -33,7 +37,7 @@ KY_ERRORS ByBoth(const char* name, const KyROI<T>* source, const KyROI<T>* light
     Rows<const KyBW8> in, inLight, inDark;
     Rows<KyBW8> out;
     if (const KY_ERRORS error =
-            ky::OpenAll(source, in, light, inLight, dark, inDark, destination, out))
+            ky::OpenAll(kWithBoth, source, in, light, inLight, dark, inDark, destination, out))
       return error;
     return ky::MapRows(ky::ChooseUniformizeKernels().byBoth, out, ky::FromRows(in),
                        ky::FromRows(inLight), FromLevel(lightLevel), ky::FromRows(inDark),

@@ -57,8 +57,8 @@ KY_ERRORS Count(const char* trace, const KyROI<KyBW8>* source, KyBW8 low, KyBW8 
   return Call(trace, [&] {
     Rows<const KyBW8> rows;
     if (const KY_ERRORS error = ky::Open(source, rows)) return error;
-    if (low > high) return KY_ERROR_BAD_INTERVAL;
-    if (rows.Empty()) return KY_ERROR_NO_PIXELS;
+    if (low > high) return ky::Explain(KY_ERROR_BAD_INTERVAL, "low exceeds high");
+    if (const KY_ERRORS error = ky::CheckPixels(rows)) return error;
     count = ky::LimitedCount(CountBetween(rows, low, high));
     return KY_OK;
   });
@@ -69,7 +69,7 @@ KY_ERRORS Compare(const char* trace, const KyROI<T>* a, const KyROI<T>* b,
                   ky::DifferenceKernel<T> kernel, KyBW32& different) noexcept {
   return Call(trace, [&] {
     Rows<const T> inA, inB;
-    if (const KY_ERRORS error = ky::OpenSome(a, inA, b, inB)) return error;
+    if (const KY_ERRORS error = ky::OpenSome(ky::kPair, a, inA, b, inB)) return error;
     std::uint64_t count = 0;
     ky::ReducePairs(kernel, inA, inB, [&](std::uint64_t row) { count += row; });
     different = ky::LimitedCount(count);
@@ -130,8 +130,8 @@ KY_ERRORS ImgPixelCount(const KyROI<KyBW8>* source, KyBW8 low, KyBW8 high, KyBW3
   return Call("ImgPixelCount", [&] {
     Rows<const KyBW8> rows;
     if (const KY_ERRORS error = ky::Open(source, rows)) return error;
-    if (low > high) return KY_ERROR_BAD_INTERVAL;
-    if (rows.Empty()) return KY_ERROR_NO_PIXELS;
+    if (low > high) return ky::Explain(KY_ERROR_BAD_INTERVAL, "low exceeds high");
+    if (const KY_ERRORS error = ky::CheckPixels(rows)) return error;
     const auto all = static_cast<std::uint64_t>(rows.width * rows.height);
     const std::uint64_t lower = CountBetween(rows, 0, low - 1);
     const std::uint64_t middle = CountBetween(rows, low, high);

@@ -22,7 +22,8 @@ KY_ERRORS ImgLevelStatistics(const KyBW8HistogramVector* histogram, int first, i
   return ky::Call("ImgLevelStatistics", [&] {
     if (histogram == nullptr || histogram->GetNumElements() != ky::kLevels)
       return KY_ERROR_NOT_256_ENTRIES;
-    if (first < 0 || first > last || last >= ky::kLevels) return KY_ERROR_BAD_INTERVAL;
+    if (first < 0 || first > last || last >= ky::kLevels)
+      return ky::Explain(KY_ERROR_BAD_INTERVAL, "first and last are no interval within 0 to 255");
     const unsigned int* const counts = histogram->GetDataPtr();
     std::uint64_t count = 0, sum = 0, squares = 0;
     int lowest = -1, highest = -1, most = first, least = first;
@@ -36,7 +37,8 @@ KY_ERRORS ImgLevelStatistics(const KyBW8HistogramVector* histogram, int first, i
       if (here > counts[most]) most = level;
       if (here < counts[least]) least = level;
     }
-    if (count == 0) return KY_ERROR_NO_PIXELS;
+    if (count == 0)
+      return ky::Explain(KY_ERROR_NO_PIXELS, "no pixel has a level from first to last");
     const ky::Unsigned128 n = count;
     statistics.count = count;
     statistics.lowest = lowest;

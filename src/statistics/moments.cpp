@@ -86,6 +86,8 @@ KY_ERRORS WriteMoments(const char* trace, const KyROI<KyBW8>* source, ky::Moment
   });
 }
 
+constexpr const char* kNothingCounts = "no pixel of source counts, so that there is no centre";
+
 KY_ERRORS WriteCenter(const char* trace, const KyROI<KyBW8>* source, ky::MomentKernel kernel,
                       KyBW8 threshold, float& x, float& y) noexcept {
   return Call(trace, [&] {
@@ -93,7 +95,7 @@ KY_ERRORS WriteCenter(const char* trace, const KyROI<KyBW8>* source, ky::MomentK
     if (const KY_ERRORS error = ky::OpenSome(source, rows)) return error;
     const Sums m = MomentsOf(rows, kernel, threshold);
     const double sum = m.m00.ToDouble();
-    if (sum == 0) return KY_ERROR_NO_PIXELS;
+    if (sum == 0) return ky::Explain(KY_ERROR_NO_PIXELS, kNothingCounts);
     x = static_cast<float>(m.m10.ToDouble() / sum);
     y = static_cast<float>(m.m01.ToDouble() / sum);
     return KY_OK;
@@ -131,7 +133,7 @@ KY_ERRORS ImgInertia(const KyROI<KyBW8>* source, KyBW8 threshold, float& major, 
     if (const KY_ERRORS error = ky::OpenSome(source, rows)) return error;
     const Sums m = MomentsOf(rows, ky::ChooseMomentKernels().binary, threshold);
     const ky::Int128 area = m.m00.Low();
-    if (area == 0) return KY_ERROR_NO_PIXELS;
+    if (area == 0) return ky::Explain(KY_ERROR_NO_PIXELS, kNothingCounts);
     // Differences that fit are right although products may not: unsigned ones wrap.
     const auto product = [](const WideSum& p, const WideSum& q) {
       return static_cast<ky::Unsigned128>(p.Low()) * static_cast<ky::Unsigned128>(q.Low());

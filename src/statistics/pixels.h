@@ -15,10 +15,13 @@ Rows<const T> Joined(const Rows<const T>& rows) noexcept {
   return rows.Joined() && rows.width * rows.height <= INT32_MAX ? rows.AsOneRow() : rows;
 }
 
+inline constexpr const char* kNoColumnsOrRows = "an ROI of no columns or rows has no statistics";
+inline constexpr RoiNames kPair = {{"a", "b"}, "a and b differ in size"};
+
 // KY_ERROR_NO_PIXELS (1051) for rows without elements.
 template <class T>
 KY_ERRORS CheckPixels(const Rows<const T>& rows) noexcept {
-  return rows.Empty() ? KY_ERROR_NO_PIXELS : KY_OK;
+  return rows.Empty() ? Explain(KY_ERROR_NO_PIXELS, kNoColumnsOrRows) : KY_OK;
 }
 template <class Roi, class T>
 KY_ERRORS OpenSome(const Roi* roi, Rows<const T>& rows) noexcept {
@@ -27,8 +30,9 @@ KY_ERRORS OpenSome(const Roi* roi, Rows<const T>& rows) noexcept {
 }
 // The same of two ROIs of one size.
 template <class RoiA, class A, class RoiB, class B>
-KY_ERRORS OpenSome(const RoiA* a, Rows<const A>& inA, const RoiB* b, Rows<const B>& inB) noexcept {
-  const KY_ERRORS error = OpenAll(a, inA, b, inB);
+KY_ERRORS OpenSome(const RoiNames& names, const RoiA* a, Rows<const A>& inA, const RoiB* b,
+                   Rows<const B>& inB) noexcept {
+  const KY_ERRORS error = OpenAll(names, a, inA, b, inB);
   return error != KY_OK ? error : CheckPixels(inA);
 }
 

@@ -15,6 +15,8 @@ namespace {
 using ky::Call;
 using ky::Rows;
 
+constexpr ky::RoiNames kNames = {{"source", "reference"}, "source and reference differ in size"};
+
 // Rows of A and B are those of the elements that differences are taken of, each of which is
 // kUnit-ths of a level: bytes on colours are their components.
 template <class A, class B, class RoiA, class RoiB>
@@ -23,7 +25,7 @@ KY_ERRORS RmsNoise(const char* trace, const RoiA* source, const RoiB* reference,
   return Call(trace, [&] {
     Rows<const A> in;
     Rows<const B> from;
-    if (const KY_ERRORS error = ky::OpenSome(source, in, reference, from)) return error;
+    if (const KY_ERRORS error = ky::OpenSome(kNames, source, in, reference, from)) return error;
     ky::Unsigned128 sum = 0;
     ky::ReducePairs(kernel, in, from, [&](std::uint64_t row) { sum += row; });
     constexpr double kUnit = sizeof(A) == sizeof(B) ? 1 : 256;
@@ -39,7 +41,7 @@ KY_ERRORS SignalNoiseRatio(const char* trace, const RoiA* source, const RoiB* re
   return Call(trace, [&] {
     Rows<const A> in;
     Rows<const B> from;
-    if (const KY_ERRORS error = ky::OpenSome(source, in, reference, from)) return error;
+    if (const KY_ERRORS error = ky::OpenSome(kNames, source, in, reference, from)) return error;
     ky::Unsigned128 signal = 0, noise = 0;
     ky::ReducePairs(kernel, in, from, [&](const ky::Energies& row) {
       signal += row.reference;
@@ -102,10 +104,10 @@ KY_ERRORS ImgCorrelogram(const KyROI<KyBW8>* a, const KyROI<KyBW8>* b,
   return Call("ImgCorrelogram", [&] {
     constexpr int kLevels = 256;
     Rows<const KyBW8> inA, inB;
-    if (const KY_ERRORS error = ky::Open(a, inA)) return error;
-    if (const KY_ERRORS error = ky::Open(b, inB)) return error;
-    if (counts == nullptr) return KY_ERROR_NO_IMAGE;
-    if (const KY_ERRORS error = ky::CheckSizes(a, b)) return error;
+    if (const KY_ERRORS error = ky::Open(a, inA, "a")) return error;
+    if (const KY_ERRORS error = ky::Open(b, inB, "b")) return error;
+    if (counts == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "counts");
+    if (const KY_ERRORS error = ky::CheckSizes(ky::kPair, a, b)) return error;
     ky::Scratch<KyBW32> table;
     if (!table.Allocate(kLevels * kLevels)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     std::fill_n(table.get(), kLevels * kLevels, 0u);
@@ -129,7 +131,7 @@ KY_ERRORS ImgLinearRegression(const KyROI<KyBW8>* a, const KyROI<KyBW8>* b, floa
                               float& offset, float& correlation) noexcept {
   return Call("ImgLinearRegression", [&] {
     Rows<const KyBW8> inA, inB;
-    if (const KY_ERRORS error = ky::OpenSome(a, inA, b, inB)) return error;
+    if (const KY_ERRORS error = ky::OpenSome(ky::kPair, a, inA, b, inB)) return error;
     ky::PairSums sums{};
     ky::ReducePairs(ky::ChooseQualityKernels().pairSums, inA, inB,
                     [&](const ky::PairSums& row) { sums += row; });
@@ -155,7 +157,8 @@ KY_ERRORS ImgFocusing(const KyROI<KyBW8>* source, float& sharpness) noexcept {
     Rows<const KyBW8> rows;
     if (const KY_ERRORS error = ky::Open(source, rows)) return error;
     const std::ptrdiff_t width = rows.width - 1, height = rows.height - 1;
-    if (width <= 0 || height <= 0) return KY_ERROR_NO_PIXELS;
+    if (width <= 0 || height <= 0)
+      return ky::Explain(KY_ERROR_NO_PIXELS, "source has fewer than 2 x 2 pixels");
     const auto kernel = ky::ChooseQualityKernels().sharpness;
     std::uint64_t sum = 0;
     for (std::ptrdiff_t y = 0; y < height; ++y)

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "foundation/frame.h"
+#include "statistics/pixels.h"
 #include "statistics/statistics_rows.h"
 
 namespace {
@@ -26,7 +27,7 @@ KY_ERRORS OpenPixels(const KyROI<T>* roi, Rows<const T>& rows, std::int32_t& pix
   if (const KY_ERRORS error = ky::Open(roi, rows)) return error;
   pixels = static_cast<std::int32_t>(static_cast<std::uint32_t>(rows.width) *
                                      static_cast<std::uint32_t>(rows.height));
-  return pixels == 0 ? KY_ERROR_NO_PIXELS : KY_OK;
+  return pixels == 0 ? ky::Explain(KY_ERROR_NO_PIXELS, ky::kNoColumnsOrRows) : KY_OK;
 }
 
 // The laws of 32-bit sums, for grey levels and for each component of colours.
@@ -140,7 +141,7 @@ KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximu
   return Call("ImgPixelStat", [&] {
     Rows<const KyBW8> rows;
     if (const KY_ERRORS error = ky::Open(source, rows)) return error;
-    if (rows.Empty()) return KY_ERROR_NO_PIXELS;
+    if (const KY_ERRORS error = ky::CheckPixels(rows)) return error;
     KyBW8 smallest = 255, largest = 0;
     float rowMeans = 0;
     const auto kernel = ky::ChooseStatisticsKernels().extremes;

@@ -24,6 +24,10 @@ ky::Reciprocal ReciprocalOf(unsigned int period) noexcept {
           std::max(bits - 1, 0)};
 }
 
+constexpr const char* kNotPrepared = "the object is not prepared: call SetSize";
+constexpr const char* kNotKept = "sources are not kept: call Average(source, destination)";
+constexpr ky::RoiNames kRois = {{"source", "source", "destination", "destination"}};
+
 // True when so much memory can be had at all. An absurd ring is refused before it has eaten up
 // what there is.
 bool CanBeHad(std::int64_t bytes) noexcept {
@@ -113,7 +117,7 @@ KyImage<KyBW8>* KyMovingAverage::GetSrcImage() noexcept {
   KyImage<KyBW8>* image = nullptr;
   ky::Call("KyMovingAverage::GetSrcImage", [&] {
     if (period_ == 0) return KY_OK;
-    if (keepSource_ == 0) return KY_ERROR_UNSUPPORTED_OPERATION;
+    if (keepSource_ == 0) return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, kNotKept);
     image = ring_[Current()];
     return KY_OK;
   });
@@ -122,15 +126,18 @@ KyImage<KyBW8>* KyMovingAverage::GetSrcImage() noexcept {
 
 KY_ERRORS KyMovingAverage::Average(KyROI<KyBW8>* destination) noexcept {
   return ky::Call("KyMovingAverage::Average", [&] {
-    if (keepSource_ == 0 || period_ == 0) return KY_ERROR_UNSUPPORTED_OPERATION;
+    if (keepSource_ == 0 || period_ == 0)
+      return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, period_ == 0 ? kNotPrepared : kNotKept);
     return Take(ring_[Current()], destination);
   });
 }
 
 KY_ERRORS KyMovingAverage::Average(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept {
   return ky::Call("KyMovingAverage::Average", [&] {
-    if (keepSource_ != 0) return KY_ERROR_UNSUPPORTED_OPERATION;
-    if (period_ == 0) return KY_ERROR_SIZE_MISMATCH;
+    if (keepSource_ != 0)
+      return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION,
+                         "sources are kept: call Average(destination) after GetSrcImage");
+    if (period_ == 0) return ky::Explain(KY_ERROR_SIZE_MISMATCH, kNotPrepared);
     return Take(source, destination);
   });
 }
@@ -154,7 +161,7 @@ KY_ERRORS KyMovingAverage::Take(const KyROI<KyBW8>* frame, KyROI<KyBW8>* destina
   ky::Rows<KyBW16> sum;
   KyROI<KyBW16>* const sums = &sum_;
   if (const KY_ERRORS error =
-          ky::OpenAll(frame, current, oldest, former, destination, out, sums, sum))
+          ky::OpenAll(kRois, frame, current, oldest, former, destination, out, sums, sum))
     return error;
   ky::Input<KyBW8> frameInput, oldestInput;
   if (!frameInput.Open(current, out) || !oldestInput.Open(former, out))

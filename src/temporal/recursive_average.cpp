@@ -61,7 +61,8 @@ KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
     ky::Rows<const KyBW8> in;
     ky::Rows<KyBW16> states;
     ky::Rows<KyBW8> out;
-    if (const KY_ERRORS error = ky::OpenAll(source, in, state, states, destination, out))
+    constexpr ky::RoiNames kRois = {{"source", "state", "destination"}};
+    if (const KY_ERRORS error = ky::OpenAll(kRois, source, in, state, states, destination, out))
       return error;
     if (table == nullptr || table->GetNumElements() != kChanges) return KY_ERROR_NOT_256_ENTRIES;
     // Where both share memory the destination is written last, and stands.

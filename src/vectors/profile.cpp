@@ -91,7 +91,8 @@ KY_ERRORS FindPeaks(const KyPixelVectorTemplate<T>* profile, KyPeaksVector* peak
                     const PeakLimits& limits) noexcept {
   return Call("ImgGetProfilePeaks", [&] {
     if (profile == nullptr || peaks == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (limits.lowThreshold > limits.highThreshold) return KY_ERROR_BAD_INTERVAL;
+    if (limits.lowThreshold > limits.highThreshold)
+      return ky::Explain(KY_ERROR_BAD_INTERVAL, "lowThreshold exceeds highThreshold");
     const T* const levels = profile->GetDataPtr();
     const std::int64_t n = profile->GetNumElements();
     unsigned count = 0;

@@ -16,9 +16,9 @@ inline constexpr int kSegmentType = 4, kGroup = 3;
 inline constexpr int kGroupBytes = kGroup * static_cast<int>(sizeof(std::int32_t));
 
 // The checks of both ends, whose codes go up by one from `code`.
-inline KY_ERRORS CheckEnds(const KyGenericROI* roi, int x0, int y0, int x1, int y1,
-                           KY_ERRORS code) noexcept {
-  if (roi == nullptr) return KY_ERROR_NO_IMAGE;
+inline KY_ERRORS CheckEnds(const char* name, const KyGenericROI* roi, int x0, int y0, int x1,
+                           int y1, KY_ERRORS code) noexcept {
+  if (roi == nullptr) return Explain(KY_ERROR_NO_IMAGE, name);
   const int values[] = {x0, y0, x1, y1};
   constexpr const char* kNames[] = {"x0", "y0", "x1", "y1"};
   for (int i = 0; i < 4; ++i)

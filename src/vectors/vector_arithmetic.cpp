@@ -103,7 +103,7 @@ KY_ERRORS TakeStructure(const KyVector& from, KyVector& to) {
 KY_ERRORS ImgVect1c2(ARITH_LOGIC_OPERATIONS operation, const KyVector* vector, int constant,
                      KyVector* result, int first, int last) noexcept {
   return Call("ImgVect1c2", [&] {
-    if (!IsKnown(operation)) return KY_ERROR_UNSUPPORTED_OPERATION;
+    if (!IsKnown(operation)) return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "operation");
     if (vector == nullptr || result == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     if (!ky::HasKnownSize(*vector)) return KY_ERROR_VECTOR_DATA_TYPE;
     if (vector->GetDataType() != ky::kUnsigned && vector->GetDataType() != ky::kSigned)

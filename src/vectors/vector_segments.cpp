@@ -36,10 +36,11 @@ KyBW8 WrittenLevel(std::int32_t level) { return level < 255 ? 255 : static_cast<
 KY_ERRORS ImgLineSegToVect(const KyROI<KyBW8>* source, KyVector* vector, int x0, int y0, int x1,
                            int y1) noexcept {
   return Call("ImgLineSegToVect", [&] {
-    if (const auto error = ky::CheckEnds(source, x0, y0, x1, y1, KY_ERROR_PARAMETER_3_OUT_OF_RANGE))
+    if (const auto error =
+            ky::CheckEnds("source", source, x0, y0, x1, y1, KY_ERROR_PARAMETER_3_OUT_OF_RANGE))
       return error;
     if (vector == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (const KY_ERRORS error = ky::CheckImage(source)) return error;
+    if (const KY_ERRORS error = ky::CheckImage(source, "source")) return error;
     const LineSegment line({x0, y0}, {x1, y1});
     ky::Input<KyBW8> in;
     if (!in.OpenApart(ky::RowsWithEdges(source), ky::ArrayOf(*vector)))
@@ -63,14 +64,15 @@ KY_ERRORS ImgVectToLineSeg(const KyVector* vector, KyROI<KyBW8>* destination) no
     if (vector->GetUse() != kUse || !HasGroups(*vector)) return KY_ERROR_VECTOR_1602;
     const std::int32_t* const groups = GroupsOf(*vector);
     if (groups == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (destination == nullptr) return KY_ERROR_NO_IMAGE;
+    if (destination == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "destination");
     const ptrdiff_t count = vector->GetNbGroup();
     const auto at = [&](ptrdiff_t i) {
       return Point{groups[i * kGroup + 1], groups[i * kGroup + 2]};
     };
     if (count > 0 && !(InBounds(*destination, at(0)) && InBounds(*destination, at(count - 1))))
-      return KY_ERROR_BAD_INTERVAL;
-    if (const KY_ERRORS error = ky::CheckImage(destination)) return error;
+      return ky::Explain(KY_ERROR_BAD_INTERVAL,
+                         "the first or last group of vector lies outside destination");
+    if (const KY_ERRORS error = ky::CheckImage(destination, "destination")) return error;
     const auto rows = RowsOf(destination);
     ptrdiff_t row = count > 0 ? at(0).y : 0;
     for (ptrdiff_t i = 0; i < count; ++i) {
@@ -91,8 +93,8 @@ KY_ERRORS ImgVectToLineSeg(const KyVector* vector, KyROI<KyBW8>* destination) no
 KY_ERRORS ImgVectToLineSeg(const KyVector* vector, int x0, int y0, int x1, int y1,
                            KyROI<KyBW8>* destination) noexcept {
   return Call("ImgVectToLineSeg", [&] {
-    if (const auto error =
-            ky::CheckEnds(destination, x0, y0, x1, y1, KY_ERROR_PARAMETER_2_OUT_OF_RANGE))
+    if (const auto error = ky::CheckEnds("destination", destination, x0, y0, x1, y1,
+                                         KY_ERROR_PARAMETER_2_OUT_OF_RANGE))
       return error;
     if (vector == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
     const LineSegment line({x0, y0}, {x1, y1});

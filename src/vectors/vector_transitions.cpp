@@ -83,11 +83,13 @@ KY_ERRORS ImgTransitionScan(TRANS_SCAN_EDGE edge, const KyROI<KyBW8>* source, in
                             KyVector* transitions) noexcept {
   static_assert(TRANS_SCAN_RISING == ky::kRising && TRANS_SCAN_FALLING == ky::kFalling);
   return Call("ImgTransitionScan", [&] {
-    if (edge < TRANS_SCAN_RISING || edge > TRANS_SCAN_BOTH) return KY_ERROR_UNSUPPORTED_OPERATION;
-    if (const auto error = ky::CheckEnds(source, x0, y0, x1, y1, KY_ERROR_PARAMETER_2_OUT_OF_RANGE))
+    if (edge < TRANS_SCAN_RISING || edge > TRANS_SCAN_BOTH)
+      return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "edge");
+    if (const auto error =
+            ky::CheckEnds("source", source, x0, y0, x1, y1, KY_ERROR_PARAMETER_2_OUT_OF_RANGE))
       return error;
     if (transitions == nullptr) return KY_ERROR_BAD_VECTOR_TYPE;
-    if (const KY_ERRORS error = ky::CheckImage(source)) return error;
+    if (const KY_ERRORS error = ky::CheckImage(source, "source")) return error;
     const LineSegment line({x0, y0}, {x1, y1});
     const ptrdiff_t most = maxCount < 1 ? PTRDIFF_MAX : maxCount;
     ky::Input<KyBW8> in;

@@ -59,12 +59,33 @@ TEST(Status, MessagesNameRoutineParameterAndCode) {
   EXPECT_EQ(KyGetTraceCount(), 2);
   EXPECT_STREQ(KyGetErrorMessage(),
                "KyVector::operator[]: index is out of range (KY_ERROR_PARAMETER_1_OUT_OF_RANGE)");
+  // What is known of an ROI, and of a single word, depends on the code.
+  KyImage<KyBW8> none, other(4, 3);
+  ImgMedian(&image, &none, 1);
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "ImgMedian: destination is null or has no pixels: call SetSize, or place it "
+               "inside its parent (KY_ERROR_NO_IMAGE)");
+  ImgMedian(&image, &other, 1);
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "ImgMedian: source and destination differ in size (KY_ERROR_SIZE_MISMATCH)");
+  ImgUniformize(&image, &other, 9, &image);
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "ImgUniformize: light differs in size from the other ROIs (KY_ERROR_SIZE_MISMATCH)");
+  ImgUniformize(&image, &image, 9, &other);
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "ImgUniformize: destination differs in size from the other ROIs "
+               "(KY_ERROR_SIZE_MISMATCH)");
+  KyObjectsVector objects;
+  ImgFindObjects(&image, 1, 255, static_cast<CONNEXITY>(2), &objects);
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "ImgFindObjects: connexity is none of the values that it may have "
+               "(KY_ERROR_UNSUPPORTED_OPERATION)");
   // The innermost routine first, then those through which the failure passed.
   float deviation, mean;
   KyROI<KyBW8> empty(&image, 0, 0, 0, 0);
   ImgPixelStdDev(&empty, deviation, mean);
   EXPECT_STREQ(KyGetErrorMessage(),
-               "ImgPixelVariance: there are no pixels to compute a statistic of "
+               "ImgPixelVariance: an ROI of no columns or rows has no statistics "
                "(KY_ERROR_NO_PIXELS), in ImgPixelStdDev");
   const std::string longName(300, 'x');
   KyTraceError(longName.c_str());

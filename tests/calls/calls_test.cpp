@@ -79,10 +79,15 @@ TEST(Calls, BadArgumentsAreRefused) {
           const KY_ERRORS code = CodeOf(*call, call->parameters[bad], fault);
           const std::vector<Bytes> before = arguments.State();
           const Outcome outcome = arguments.Run();
+          const std::string message = KyGetErrorMessage();
           EXPECT_EQ(outcome.status, code);
           EXPECT_EQ(arguments.Damage(before, outcome.status), "");
           if (code == KY_OK) break;
           ++refused;
+          if (code == KY_ERROR_NO_IMAGE) {
+            EXPECT_NE(message.find(call->parameters[bad].name + " is null"), message.npos)
+                << message;
+          }
           ExpectTrace(*call, outcome.trace);
           break;
         }

@@ -55,6 +55,9 @@ bool IsLeftOut(const std::string& header) {
 #ifndef KY_HAS_DRAWING
   if (header == "drawing.h") return true;
 #endif
+#ifndef KY_HAS_FILES
+  if (header == "files.h") return true;
+#endif
   return header.empty();
 }
 

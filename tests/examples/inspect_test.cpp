@@ -188,9 +188,9 @@ TEST(Inspect, TellsWhatIsWrong) {
     const char* text;
   } cases[] = {
       {"--help", 0, "Usage"},
-      {folder + "/missing.png", 1, "missing.png: cannot be opened"},
-      {folder + "/text.png", 1, "text.png: is not a PNG"},
-      {folder + "/short.png", 1, "short.png: is a damaged PNG file"},
+      {folder + "/missing.png", 1, "missing.png: ImgLoad: there is no such file"},
+      {folder + "/text.png", 1, "text.png: ImgLoad: the file is no PNG"},
+      {folder + "/short.png", 1, "short.png: ImgLoad: the file ends before"},
       {"-o /dev/null/folder", 1, "'/dev/null/folder' is to be the folder"},
       {"-o " + folder + "/text.png", 1, "and is a file; choose another with --output"},
       {folder + "/good.png " + folder + "/good.pgm", 2, "two pictures are named 'good'"},

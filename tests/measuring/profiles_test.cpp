@@ -238,6 +238,43 @@ TEST(Edges, OfKnownProfiles) {
   }
 }
 
+// What the definition says, for exact Gaussian edges of either direction, whose width is known, and
+// for what is no edge.
+TEST(Edges, AreAsWideAsTheirBlur) {
+  const auto widthOf = [](const std::vector<float>& samples, float share, float& width) {
+    KyFloatVector profile;
+    for (const float sample : samples) profile.AddElement(sample);
+    return KyEdgeWidth(&profile, share, width);
+  };
+  constexpr double kReach[] = {1.2815516, 0.6744898, 2.3263479};  // of a normal distribution
+  constexpr float kShares[] = {0.1f, 0.25f, 0.01f};
+  for (int i = 0; i < 3; ++i)
+    for (const double sigma : {4.0, 7.5})
+      for (const float step : {150.0f, -0.5f}) {
+        std::vector<float> samples;
+        for (int x = 0; x < 121; ++x)
+          samples.push_back(
+              100 + step / 2 * static_cast<float>(std::erf((x - 60.3) / sigma / std::sqrt(2.0))));
+        float width = 0;
+        ASSERT_EQ(widthOf(samples, kShares[i], width), KY_OK);
+        EXPECT_NEAR(width, 2 * kReach[i] * sigma, 0.02 * sigma);
+      }
+  float width = 7;
+  EXPECT_EQ(widthOf({0, 0, 0, 1, 2, 3, 4, 4, 4}, 0.25f, width), KY_OK);
+  EXPECT_FLOAT_EQ(width, 2);
+  // A dip in the flank: the last way up counts. Noise before the edge does not.
+  EXPECT_EQ(widthOf({0, 3, 0, 0, 2, 0, 4, 4, 4, 4, 4, 4}, 0.25f, width), KY_OK);
+  EXPECT_FLOAT_EQ(width, 0.375f);
+  width = 7;
+  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+  EXPECT_EQ(widthOf({1, 2, 3}, 0.1f, width), KY_ERROR_NO_PIXELS);
+  EXPECT_EQ(widthOf({5, 0, 9, 5}, 0.1f, width), KY_ERROR_SINGULAR_SYSTEM);
+  EXPECT_EQ(widthOf({kNaN, 0, 9, 5}, 0.1f, width), KY_ERROR_SINGULAR_SYSTEM);
+  EXPECT_EQ(widthOf({0, kNaN, kNaN, 5}, 0.1f, width), KY_ERROR_SINGULAR_SYSTEM);
+  EXPECT_EQ(widthOf({0, 1, 2, 3}, 0.5f, width), KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
+  EXPECT_EQ(width, 7);
+}
+
 TEST(Edges, OfNumbersThatAreNone) {
   constexpr float kOdd[] = {std::numeric_limits<float>::quiet_NaN(),
                             std::numeric_limits<float>::infinity(),

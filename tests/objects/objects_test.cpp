@@ -280,6 +280,47 @@ TEST(FindObjects, RefusalsLeaveEverythingAsItWas) {
   EXPECT_EQ(labels.GetPixel(0, 0), 77u);
 }
 
+// Against ground that is flooded from a margin around the mask, into another image, in place, and
+// onto pixels that overlap the source.
+TEST(FillHoles, LeavesTheGroundThatReachesTheBorder) {
+  Random random(6);
+  int filled = 0;
+  for (int turn = 0; turn < 300; ++turn) {
+    SCOPED_TRACE(turn);
+    const int width = static_cast<int>(random() % 40), height = static_cast<int>(random() % 30);
+    const bool eight = turn % 2 == 0;
+    Picture<KyBW8> mask(width, height);
+    Picture<KyBW32> ground(width + 2, height + 2, 1);
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < width; ++x) {
+        const bool object = random() % 100 < 30u + static_cast<unsigned>(turn % 50);
+        mask.At(x, y) = static_cast<KyBW8>(object ? 1 + random() % 255 : 0);
+        ground.At(x + 1, y + 1) = !object;
+      }
+    Flood(ground, 0, 0, 1, 2, !eight);
+    Picture<KyBW8> expected = mask;
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < width; ++x)
+        if (ground.At(x + 1, y + 1) == 1) expected.At(x, y) = 7, ++filled;
+    const CONNEXITY connexity = eight ? KY_CONNEXITY_8 : KY_CONNEXITY_4;
+    Canvas<KyBW8> source(mask, kPlacements[turn % 3], random),
+        apart(RandomPicture<KyBW8>(width, height, random), kPlacements[turn % 3], random);
+    EXPECT_EQ(ImgFillHoles(source.roi(), apart.roi(), connexity, 7), KY_OK);
+    EXPECT_TRUE(Same(expected, apart.Get()) && source.Unchanged());
+    EXPECT_TRUE(apart.OnlyChanged(*apart.roi()));
+    EXPECT_EQ(ImgFillHoles(source.roi(), nullptr, connexity, 7), KY_OK);
+    EXPECT_TRUE(Same(expected, source.Get()));
+    KyImage<KyBW8> image(width + 3, height + 2);
+    KyROI<KyBW8> from(&image, 1, 0, width, height), to(&image, turn % 4, turn % 3, width, height);
+    for (int i = 0; i < width * height; ++i)
+      from.SetPixel(mask.At(i % width, i / width), i % width, i / width);
+    EXPECT_EQ(ImgFillHoles(&from, &to, connexity, 7), KY_OK);
+    for (int i = 0; i < width * height; ++i)
+      ASSERT_EQ(to.GetPixel(i % width, i / width), expected.At(i % width, i / width));
+  }
+  EXPECT_GT(filled, 1000);
+}
+
 TEST(SelectObjects, EachLimit) {
   Objects all(5);
   for (unsigned i = 0; i < 5; ++i) {

@@ -23,6 +23,9 @@
 #ifdef KY_HAS_DRAWING
 #include "ky/drawing.h"
 #endif
+#ifdef KY_HAS_FILES
+#include "ky/files.h"
+#endif
 #ifdef KY_HAS_FREQUENCY
 #include "ky/frequency.h"
 #endif

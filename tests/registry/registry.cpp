@@ -178,6 +178,9 @@ const std::vector<Call>& Registry() {
 #ifdef KY_HAS_DRAWING
 #include "tests/registry/drawing.inc"
 #endif
+#ifdef KY_HAS_FILES
+#include "tests/registry/files.inc"
+#endif
     };
     return std::vector<Call>(std::make_move_iterator(std::begin(all)),
                              std::make_move_iterator(std::end(all)));

@@ -207,7 +207,8 @@ ThresholdChoice MostUpward(const std::uint32_t* bins, float best, const Score& s
 KY_ERRORS CheckRange(LevelRange range, KY_ERRORS badMin, KY_ERRORS badMax) noexcept {
   if (range.min >= kLevels) return OutOfRange(badMin, "minLevel");
   if (range.max >= kLevels) return OutOfRange(badMax, "maxLevel");
-  return range.min < range.max ? KY_OK : KY_ERROR_BAD_INTERVAL;
+  return range.min < range.max ? KY_OK
+                               : Explain(KY_ERROR_BAD_INTERVAL, "minLevel is not below maxLevel");
 }
 
 KY_ERRORS ChooseThreshold(const std::uint32_t* counts, LevelRange range, unsigned threshold,
