@@ -55,6 +55,8 @@ class Weights {
     return true;
   }
   std::ptrdiff_t half() const noexcept { return half_; }
+  // The weight of the outermost taps.
+  std::int32_t outer() const noexcept { return pairs_[0] & 0xFFFF; }
   // For windows that begin with the first, or with the second, of a pair.
   WeightPairs At(int first) const noexcept {
     return {pairs_.get() + first * (half_ + 1), half_ + 1, bits_};
@@ -164,6 +166,18 @@ class GaussianWalk {
   Scratch<KyBW8> split_, spare_;
 };
 
+KY_ERRORS SmallGaussian(Rows<const KyBW8> in, Rows<KyBW8> out, int step, const Weights& x,
+                        const Weights& y) noexcept {
+  const SmallGaussianKernels& kernels = ChooseSmallGaussianKernels();
+  const ThreeTaps taps = {static_cast<std::int16_t>(x.outer()),
+                          static_cast<std::int16_t>(y.outer())};
+  const auto run = [&](Rows<KyBW8> results, const KyBW8* const* rows, const Layout& layout) {
+    (step == 1 ? kernels.grey : kernels.color)(taps, results, rows, layout);
+  };
+  return FilterWindows(out, in, Border::Nearest(),
+                       WindowKernel<decltype(run)>{1, kernels.lanes, run, step});
+}
+
 template <class Pixel>
 KY_ERRORS Gaussian(const char* name, const KyROI<Pixel>* source, const KyROI<Pixel>* destination,
                    unsigned halfWidth, unsigned halfHeight, float sigmaX, float sigmaY) noexcept {
@@ -189,9 +203,11 @@ KY_ERRORS Gaussian(const char* name, const KyROI<Pixel>* source, const KyROI<Pix
     const double y = sigmaY > 0 ? double{sigmaY} : sigmaX > 0 ? double{sigmaX} : usual(halfHeight);
     Weights weightsX, weightsY;
     GaussianWalk walk;
-    if (!weightsX.Make(halfWidth, x) || !weightsY.Make(halfHeight, y) ||
-        !walk.Open(in, out, sizeof(Pixel), weightsX, weightsY))
+    if (!weightsX.Make(halfWidth, x) || !weightsY.Make(halfHeight, y))
       return KY_ERROR_NOT_ENOUGH_MEMORY;
+    if (weightsX.half() == 1 && weightsY.half() == 1)
+      return SmallGaussian(in, out, sizeof(Pixel), weightsX, weightsY);
+    if (!walk.Open(in, out, sizeof(Pixel), weightsX, weightsY)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     walk.Run();
     return KY_OK;
   });

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "foundation/window.h"
 #include "ky/pixels.h"
 
 namespace ky {
@@ -37,5 +38,20 @@ struct GaussianKernels {
 };
 inline constexpr std::ptrdiff_t kGaussianSlack = 160;
 const GaussianKernels& ChooseGaussianKernels() noexcept;
+
+// The weights of three taps, of which the outer ones weigh the same and all add up to 32768. An
+// outer one is not more than the centre, and so below 2^14.
+struct ThreeTaps {
+  std::int16_t outerX, outerY;
+};
+// Windows of 3 x 3 pixels, in rows of grey pixels and of the components of colours.
+struct SmallGaussianKernels {
+  std::size_t lanes;
+  void (*grey)(const ThreeTaps& taps, Rows<KyBW8> out, const KyBW8* const* rows,
+               const Layout& layout);
+  void (*color)(const ThreeTaps& taps, Rows<KyBW8> out, const KyBW8* const* rows,
+                const Layout& layout);
+};
+const SmallGaussianKernels& ChooseSmallGaussianKernels() noexcept;
 
 }  // namespace ky
