@@ -4,7 +4,6 @@
 
 #include "convolution/gaussian_rows.h"
 
-#include "convolution/phases-inl.h"
 #include "foundation/dispatch.h"
 #include "foundation/spans-inl.h"
 #include "foundation/window-inl.h"
