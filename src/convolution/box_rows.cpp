@@ -19,9 +19,14 @@ using VU32 = hn::Vec<DU32>;
 using DF32 = hn::Rebind<float, D32>;
 using VF32 = hn::Vec<DF32>;
 
-// The sums of a vector of windows, or what is made of them, for each phase.
+// The sums of windows, or what is made of them, for each phase: vectors of every fourth place.
+#if HWY_TARGET == HWY_SCALAR
+constexpr size_t kWindowPhases = 1;
+#else
+constexpr size_t kWindowPhases = 4;
+#endif
 struct WindowLanes {
-  VU32 of[kPhases];
+  VU32 of[kWindowPhases];
 };
 
 #if HWY_TARGET != HWY_SCALAR
@@ -43,36 +48,52 @@ HWY_INLINE VU32 PrefixSums(VU32 v) {
 }
 #endif
 
-// How windows at places x, x + 1 ... differ from the ones to their left: at odd places, and at an
-// even one and the odd one after it together.
+// How much windows at places x, x + 1 ... differ from the ones to their left: of[p] those of phase
+// p + 1, and `all` four phases together.
 struct Changes {
-  VU32 odd, both;
+  VU32 of[3], all;
 };
 struct FewRows {
   using Columns = NarrowColumns;
 #if HWY_TARGET != HWY_SCALAR
   static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
     const hn::RebindToUnsigned<D16> d;
-    const V16 changes = hn::BitCast(D16(), hn::Sub(hn::LoadU(d, windows.entering.all + x),
-                                                   hn::LoadU(d, windows.leaving.all + x)));
     const D32 d32;
+    V16 changes[2];
+    for (int p = 0; p < 2; ++p)
+      changes[p] = hn::BitCast(D16(), hn::Sub(hn::LoadU(d, windows.entering.of[p] + x / 2),
+                                              hn::LoadU(d, windows.leaving.of[p] + x / 2)));
+    const V32 even = MulAddPairs(changes[0], 0x10001, hn::Zero(d32));
+    const V32 odd = MulAddPairs(changes[1], 0x10001, hn::Zero(d32));
+    const V32 second = hn::ShiftRight<16>(hn::BitCast(d32, changes[0]));
+    const V32 third = hn::ShiftRight<16>(hn::BitCast(d32, changes[1]));
     const DU32 du;
-    return {hn::BitCast(du, hn::ShiftRight<16>(hn::BitCast(d32, changes))),
-            hn::BitCast(du, MulAddPairs(changes, 0x10001, hn::Zero(d32)))};
+    return {{hn::BitCast(du, hn::Sub(odd, third)), hn::BitCast(du, second), hn::BitCast(du, third)},
+            hn::BitCast(du, hn::Add(even, odd))};
   }
 #endif
 };
+#if HWY_TARGET != HWY_SCALAR
+HWY_INLINE Changes SumOfChanges(VU32 a, VU32 b, VU32 c, VU32 d) {
+  return {{b, c, d}, hn::Add(hn::Add(a, b), hn::Add(c, d))};
+}
+#endif
 struct NarrowRows {
   using Columns = NarrowColumns;
 #if HWY_TARGET != HWY_SCALAR
   static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
     const hn::RebindToUnsigned<D16> d;
     const DU32 du;
-    const VU32 in = hn::BitCast(du, hn::LoadU(d, windows.entering.all + x));
-    const VU32 out = hn::BitCast(du, hn::LoadU(d, windows.leaving.all + x));
     const VU32 lower = hn::Set(du, 0xFFFF);
-    const VU32 odd = hn::Sub(hn::ShiftRight<16>(in), hn::ShiftRight<16>(out));
-    return {odd, hn::Add(odd, hn::Sub(hn::And(in, lower), hn::And(out, lower)))};
+    VU32 in[2], out[2];
+    for (int p = 0; p < 2; ++p) {
+      in[p] = hn::BitCast(du, hn::LoadU(d, windows.entering.of[p] + x / 2));
+      out[p] = hn::BitCast(du, hn::LoadU(d, windows.leaving.of[p] + x / 2));
+    }
+    return SumOfChanges(hn::Sub(hn::And(in[0], lower), hn::And(out[0], lower)),
+                        hn::Sub(hn::And(in[1], lower), hn::And(out[1], lower)),
+                        hn::Sub(hn::ShiftRight<16>(in[0]), hn::ShiftRight<16>(out[0])),
+                        hn::Sub(hn::ShiftRight<16>(in[1]), hn::ShiftRight<16>(out[1])));
   }
 #endif
 };
@@ -81,10 +102,11 @@ struct WideRows {
 #if HWY_TARGET != HWY_SCALAR
   static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
     const DU32 d;
-    const VU32 odd = hn::Sub(hn::LoadU(d, windows.entering.odd + x / 2),
-                             hn::LoadU(d, windows.leaving.odd + x / 2));
-    return {odd, hn::Add(odd, hn::Sub(hn::LoadU(d, windows.entering.even + x / 2),
-                                      hn::LoadU(d, windows.leaving.even + x / 2)))};
+    const auto change = [&](int p) HWY_ATTR {
+      return hn::Sub(hn::LoadU(d, windows.entering.of[p] + x / 4),
+                     hn::LoadU(d, windows.leaving.of[p] + x / 4));
+    };
+    return SumOfChanges(change(0), change(1), change(2), change(3));
   }
 #endif
 };
@@ -111,9 +133,10 @@ class WindowScan {
     const auto last = hn::IndicesFromVec(
         d, hn::Set(hn::RebindToSigned<DU32>(), static_cast<int32_t>(hn::Lanes(d) - 1)));
     const Changes changes = Rows::At(windows_, x);
-    const VU32 here = PrefixSums(changes.both), sums = hn::Add(here, before_);
+    const VU32 here = PrefixSums(changes.all), third = hn::Add(here, before_);
     before_ = hn::Add(before_, hn::TableLookupLanes(here, last));
-    return {{hn::Sub(sums, changes.odd), sums}};
+    const VU32 second = hn::Sub(third, changes.of[2]), first = hn::Sub(second, changes.of[1]);
+    return {{hn::Sub(first, changes.of[0]), first, second, third}};
 #endif
   }
 
@@ -132,7 +155,7 @@ class SameAreas {
   HWY_INLINE explicit SameAreas(const WindowAreas& areas)
       : area_{hn::Set(DU32(), static_cast<uint32_t>(areas.area)),
               hn::Set(DF32(), areas.reciprocal)} {}
-  HWY_INLINE Area At(int, size_t) const { return area_; }
+  HWY_INLINE Area At(size_t, size_t) const { return area_; }
 
  private:
   Area area_;
@@ -140,43 +163,40 @@ class SameAreas {
 class VariousAreas {
  public:
   HWY_INLINE explicit VariousAreas(const WindowAreas& areas) : areas_(areas) {}
-  HWY_INLINE Area At(int phase, size_t x) const {
-#if HWY_TARGET == HWY_SCALAR
-    phase = static_cast<int>(x % 2);
-#endif
-    return {hn::BitCast(DU32(), hn::LoadU(D32(), areas_.areas[phase] + x / 2)),
-            hn::LoadU(DF32(), areas_.reciprocals[phase] + x / 2)};
+  HWY_INLINE Area At(size_t phase, size_t x) const {
+    const auto place = static_cast<ptrdiff_t>(x + phase);
+    return {hn::BitCast(DU32(), hn::LoadU(D32(), areas_.areas.At(place))),
+            hn::LoadU(DF32(), areas_.reciprocals.At(place))};
   }
 
  private:
   const WindowAreas& areas_;
 };
 
-// The lower bytes of the lanes, side by side.
-HWY_INLINE void StoreLevels(const WindowLanes& lanes, KyBW8* out, size_t n) {
-  const D16 d16;
-  const hn::Rebind<uint8_t, D16> d8;
+// The lowest bytes of the lanes, side by side. The next two are 0.
+HWY_INLINE void StoreLevels(const WindowLanes& lanes, KyBW8* out, [[maybe_unused]] size_t n) {
 #if HWY_TARGET == HWY_SCALAR
-  (void)n, (void)d16, (void)d8;
   *out = static_cast<KyBW8>(hn::GetLane(lanes.of[0]));
 #else
-  const V16 levels =
-      hn::OddEven(hn::BitCast(d16, hn::ShiftLeft<16>(lanes.of[1])), hn::BitCast(d16, lanes.of[0]));
-  const auto bytes = hn::DemoteTo(d8, levels);
-  if (n >= hn::Lanes(d16))
-    hn::StoreU(bytes, d8, out);
+  const D8 d8;
+  const DU32 d;
+  const VU32 lower = hn::Or(hn::And(lanes.of[0], hn::Set(d, 0xFF)), hn::ShiftLeft<8>(lanes.of[1]));
+  const VU32 upper = hn::Or(hn::ShiftLeft<16>(lanes.of[2]), hn::ShiftLeft<24>(lanes.of[3]));
+  const auto levels = hn::BitCast(d8, hn::Or(lower, upper));
+  if (HWY_LIKELY(n >= hn::Lanes(d8)))
+    hn::StoreU(levels, d8, out);
   else
-    StorePart(d8, bytes, out, n);
+    StorePart(d8, levels, out, n);
 #endif
 }
 
-// out[i] = op(areas, x, the lanes of each scan), whose lower 16 bits are levels, for all x.
+// out[i] = op(areas, x, the lanes of each scan) for all x.
 template <class Op, class... Scan>
 HWY_INLINE void MapSums(const Op& op, KyBW8* out, size_t n, const WindowAreas& areas,
                         Scan... scans) {
   size_t x = 0;
   const auto mapTo = [&](size_t end, const auto& areasHere) KY_INLINE_ATTR {
-    for (; x < end; x += hn::Lanes(D16()))
+    for (; x < end; x += hn::Lanes(D8()))
       StoreLevels(op(areasHere, x, scans.Next(x)...), out + x, n - x);
   };
   mapTo(HWY_MIN(areas.left, n), VariousAreas(areas));
@@ -197,7 +217,7 @@ struct AverageOp {
   HWY_INLINE WindowLanes operator()(const Areas& areas, size_t x, const WindowLanes& sums) const {
     const DF32 df;
     WindowLanes levels;
-    for (int p = 0; p < kPhases; ++p) {
+    for (size_t p = 0; p < kWindowPhases; ++p) {
       VF32 sum = hn::ConvertTo(df, hn::BitCast(D32(), sums.of[p]));
       if constexpr (!kOddAreas) sum = hn::Add(sum, hn::Set(df, 0.25f));
       const VF32 quotient = hn::Mul(sum, areas.At(p, x).reciprocal);
@@ -221,16 +241,17 @@ HWY_INLINE WindowLanes LevelsOf(const WindowLanes& estimates, const IsAbove& isA
   const DU32 d;
   const D32 di;
   WindowLanes levels;
-  V32 fractions[kPhases];
-  for (int p = 0; p < kPhases; ++p) {
+  V32 fractions[kWindowPhases];
+  for (size_t p = 0; p < kWindowPhases; ++p) {
     const VU32 fraction = hn::And(estimates.of[p], hn::Set(d, (1u << kFraction) - 1));
     fractions[p] = hn::BitCast(di, fraction);
     levels.of[p] = hn::And(hn::ShiftRight<kFraction>(estimates.of[p]), hn::Set(d, 0xFF));
   }
   const V32 unsure = hn::Set(di, 2 * kOff);
-  if (HWY_LIKELY(hn::AllFalse(di, hn::Lt(hn::Min(fractions[0], fractions[kPhases - 1]), unsure))))
-    return levels;
-  for (int p = 0; p < kPhases; ++p) {
+  V32 least = fractions[0];
+  for (size_t p = 1; p < kWindowPhases; ++p) least = hn::Min(least, fractions[p]);
+  if (HWY_LIKELY(hn::AllFalse(di, hn::Lt(least, unsure)))) return levels;
+  for (size_t p = 0; p < kWindowPhases; ++p) {
     const auto tooHigh = hn::And(hn::Lt(fractions[p], unsure), isAbove(p, levels.of[p]));
     const VU32 change = hn::BitCast(d, hn::VecFromMask(di, tooHigh));  // -1 where it is
     levels.of[p] = hn::Add(levels.of[p], change);
@@ -246,13 +267,13 @@ struct AverageOfLargeOp {
   HWY_INLINE WindowLanes operator()(const Areas& areas, size_t x, const WindowLanes& sums) const {
     const DF32 df;
     WindowLanes estimates;
-    for (int p = 0; p < kPhases; ++p) {
+    for (size_t p = 0; p < kWindowPhases; ++p) {
       const VF32 sum = hn::ConvertTo(df, hn::BitCast(D32(), sums.of[p]));
       estimates.of[p] =
           RoundedEstimate(hn::Mul(sum, hn::Mul(areas.At(p, x).reciprocal, hn::Set(df, kUnits))));
     }
     // A level k is too high where 2 S < (2 k - 1) n.
-    return LevelsOf(estimates, [&](int p, VU32 level) HWY_ATTR {
+    return LevelsOf(estimates, [&](size_t p, VU32 level) HWY_ATTR {
       const VU32 area = areas.At(p, x).area, rest = hn::Sub(sums.of[p], hn::Mul(level, area));
       return IsNegative(hn::Add(hn::Add(rest, rest), area));
     });
@@ -274,7 +295,7 @@ struct DeviationOp {
     const DU32 du;
     const D32 di;
     WindowLanes rests, centred, estimates;
-    for (int p = 0; p < kPhases; ++p) {
+    for (size_t p = 0; p < kWindowPhases; ++p) {
       const Area area = areas.At(p, x);
       const VF32 sum = hn::ConvertTo(df, hn::BitCast(di, sums.of[p]));
       const VF32 quotient = hn::Add(hn::Mul(sum, area.reciprocal), hn::Set(df, kInteger));
@@ -290,7 +311,7 @@ struct DeviationOp {
     // A level k is too high where n P - R^2 < ((2 k - 1) n)^2 / 4, or the integer above that. Half
     // of an odd (2 k - 1) n is half above one integer and half below another, whose product is that
     // square less 1/4. Near a change of rounding, both sides differ by less than 2^31.
-    return LevelsOf(estimates, [&](int p, VU32 level) HWY_ATTR {
+    return LevelsOf(estimates, [&](size_t p, VU32 level) HWY_ATTR {
       const VU32 area = areas.At(p, x).area;
       const VU32 odd = hn::Sub(hn::Mul(hn::Add(level, level), area), area);
       const VU32 lower = hn::BitCast(du, hn::ShiftRight<1>(hn::BitCast(di, odd)));

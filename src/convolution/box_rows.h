@@ -26,8 +26,8 @@ struct WindowAreas {
   std::size_t left, right;
   std::int32_t area;
   float reciprocal;
-  const std::int32_t* areas[2];
-  const float* reciprocals[2];
+  Phases<const std::int32_t, 4> areas;
+  Phases<const float, 4> reciprocals;
 };
 
 template <class Columns>

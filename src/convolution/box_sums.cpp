@@ -22,16 +22,16 @@ bool RowAreas::Allocate(const Box& box, std::ptrdiff_t width, std::ptrdiff_t hei
   if (!inside) return true;
   const auto places = static_cast<std::ptrdiff_t>(kAreaPlaces);
   const auto roundUp = [&](std::ptrdiff_t n) { return (n + places - 1) / places * places; };
-  pitch_ = roundUp(width) / 2;
-  if (!areas_.Allocate(2 * pitch_) || !reciprocals_.Allocate(2 * pitch_)) return false;
+  pitch_ = roundUp(width) / 4;
+  if (!areas_.Allocate(4 * pitch_) || !reciprocals_.Allocate(4 * pitch_)) return false;
   const std::ptrdiff_t left = roundUp(std::min(box.halfWidth, width));
   const std::ptrdiff_t right =
       std::max(left, (width - std::min(box.halfWidth, width)) / places * places);
   all_.left = static_cast<std::size_t>(left);
   all_.right = static_cast<std::size_t>(right);
-  for (int phase = 0; phase < 2; ++phase) {
-    all_.areas[phase] = areas_.get() + phase * pitch_;
-    all_.reciprocals[phase] = reciprocals_.get() + phase * pitch_;
+  for (int phase = 0; phase < 4; ++phase) {
+    all_.areas.of[phase] = areas_.get() + phase * pitch_;
+    all_.reciprocals.of[phase] = reciprocals_.get() + phase * pitch_;
   }
   return true;
 }
@@ -45,7 +45,7 @@ const WindowAreas& RowAreas::At(std::ptrdiff_t y) noexcept {
   all_.reciprocal = 1 / static_cast<float>(all_.area);
   if (!inside_) return all_;
   Set(0, static_cast<std::ptrdiff_t>(all_.left));
-  Set(static_cast<std::ptrdiff_t>(all_.right), 2 * pitch_);
+  Set(static_cast<std::ptrdiff_t>(all_.right), 4 * pitch_);
   return all_;
 }
 
@@ -53,7 +53,7 @@ const WindowAreas& RowAreas::At(std::ptrdiff_t y) noexcept {
 void RowAreas::Set(std::ptrdiff_t begin, std::ptrdiff_t end) noexcept {
   for (std::ptrdiff_t x = begin; x < end; ++x) {
     const std::ptrdiff_t columns = CountInside(std::min(x, width_ - 1), box_.halfWidth, width_);
-    const std::ptrdiff_t at = x % 2 * pitch_ + x / 2;
+    const std::ptrdiff_t at = x % 4 * pitch_ + x / 4;
     areas_[at] = static_cast<std::int32_t>(columns * rows_);
     reciprocals_[at] = 1 / static_cast<float>(areas_[at]);
   }

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <type_traits>
+#include <iterator>
 
 #include "convolution/box_rows.h"
 #include "convolution/planes.h"
@@ -47,7 +47,7 @@ class ColumnSums {
     beyond_ = static_cast<std::uint32_t>(box.halfWidth - half_);
     nearest_ = nearest;
     // Rows begin at a boundary that suits vectors.
-    constexpr std::ptrdiff_t kBoundary = 2 * kCacheLine;
+    constexpr std::ptrdiff_t kBoundary = 4 * kCacheLine;
     margin_ = (half_ + kBoundary) / kBoundary * kBoundary;
     pitch_ = (margin_ + width_ + half_ + kColumnSlack + kBoundary - 1) / kBoundary * kBoundary;
     if (!memory_.Allocate(planes * pitch_)) return false;
@@ -76,22 +76,25 @@ class ColumnSums {
  private:
   Columns ColumnsOf(int plane) const noexcept {
     Element* const at = memory_.get() + plane * pitch_;
-    if constexpr (std::is_same_v<Columns, NarrowColumns>)
-      return {at + margin_};
-    else
-      return {at + margin_ / 2, at + pitch_ / 2 + margin_ / 2};
+    Columns columns;
+    const auto phases = std::ssize(columns.of);
+    for (std::ptrdiff_t p = 0; p < phases; ++p)
+      columns.of[p] = at + (p * pitch_ + margin_) / phases;
+    return columns;
   }
   void Start(const Columns& columns, const PlaneRows& source, int plane) const noexcept {
-    const auto add = [&](std::ptrdiff_t y, std::ptrdiff_t times) {
-      if (times > 0)
-        kernels_.add(columns, static_cast<std::size_t>(width_), source.Row(y, plane),
-                     static_cast<std::uint32_t>(times));
-    };
+    const auto n = static_cast<std::size_t>(width_);
     const std::ptrdiff_t last = std::min(halfHeight_, source.height() - 1);
-    for (std::ptrdiff_t y = 0; y <= last; ++y) add(y, 1);
+    for (std::ptrdiff_t y = 0; y <= last; ++y) kernels_.add(columns, n, source.Row(y, plane));
     if (!nearest_) return;
-    add(-1, halfHeight_);
-    add(source.height(), halfHeight_ - last);
+    const auto times = [](std::ptrdiff_t rows, KyBW8 level) {
+      return static_cast<Element>(static_cast<std::uint64_t>(rows) * level);
+    };
+    const KyBW8* const above = source.Row(-1, plane);
+    const KyBW8* const below = source.Row(source.height(), plane);
+    for (std::ptrdiff_t x = 0; x < width_; ++x)
+      *columns.At(x) = static_cast<Element>(*columns.At(x) + times(halfHeight_, above[x]) +
+                                            times(halfHeight_ - last, below[x]));
   }
 
   ColumnKernels<Columns> kernels_ = {};

@@ -13,150 +13,156 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
+#if HWY_TARGET != HWY_SCALAR
+using DU16 = hn::RebindToUnsigned<D16>;
 using DU32 = hn::RebindToUnsigned<D32>;
 
-struct AddOp {
-  using Lane = uint16_t;
-  uint16_t times;
-
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V columns, V row) const {
-    return hn::Add(columns, hn::Mul(row, hn::Set(d, times)));
-  }
+// The elements of even places and of odd ones.
+struct Halves {
+  V16 even, odd;
 };
-struct SlideOp {
-  using Lane = uint16_t;
-
-  template <class D, class V>
-  HWY_INLINE V operator()(D, V columns, V entering, V leaving) const {
-    return hn::Add(columns, hn::Sub(entering, leaving));
-  }
-};
-void AddNarrow(const NarrowColumns& columns, size_t n, const KyBW8* row, uint32_t times) {
-  MapSpan(AddOp{static_cast<uint16_t>(times)}, columns.all, n, columns.all, row);
+HWY_INLINE Halves HalvesOf(hn::Vec<D8> v) {
+  const DU16 d;
+  const auto pairs = hn::BitCast(d, v);
+  return {hn::BitCast(D16(), hn::And(pairs, hn::Set(d, 0xFF))),
+          hn::BitCast(D16(), hn::ShiftRight<8>(pairs))};
 }
-void SlideNarrow(const NarrowColumns& columns, size_t n, const KyBW8* entering,
-                 const KyBW8* leaving) {
-  MapSpan(SlideOp(), columns.all, n, columns.all, entering, leaving);
-}
-
-#if HWY_TARGET != HWY_SCALAR
-// The lanes of either phase, where one of 16 bits has its sign.
+// The lanes of even and of odd places, with their signs.
 HWY_INLINE V32 EvenOf(V16 v) {
   return hn::ShiftRight<16>(hn::ShiftLeft<16>(hn::BitCast(D32(), v)));
 }
 HWY_INLINE V32 OddOf(V16 v) { return hn::ShiftRight<16>(hn::BitCast(D32(), v)); }
+
+HWY_INLINE void Add(uint16_t* to, V16 v) {
+  const DU16 d;
+  hn::StoreU(hn::Add(hn::LoadU(d, to), hn::BitCast(d, v)), d, to);
+}
+HWY_INLINE void Add(uint32_t* to, V32 v) {
+  const DU32 d;
+  hn::StoreU(hn::Add(hn::LoadU(d, to), hn::BitCast(d, v)), d, to);
+}
 #endif
 
-// Adds what op(d16, row[i]...) returns, 32-bit lanes of each phase, to the columns.
-template <class Op, class... Row>
-HWY_INLINE void AddToColumns(const Op& op, const WideColumns& columns, size_t n,
-                             const Row*... rows) {
+// columns(i) += op of row[i]..., for n places.
+template <class Op, class Columns, class... Row>
+HWY_INLINE void AddToColumns(const Op& op, const Columns& columns, size_t n, const Row*... rows) {
 #if HWY_TARGET == HWY_SCALAR
-  for (size_t i = 0; i < n; ++i)
-    *columns.At(static_cast<ptrdiff_t>(i)) += static_cast<uint32_t>(op.Of(rows[i]...));
+  using T = typename Columns::Element;
+  for (size_t i = 0; i < n; ++i) {
+    T& column = *columns.At(static_cast<ptrdiff_t>(i));
+    column = static_cast<T>(column + static_cast<T>(op.Of(rows[i]...)));
+  }
 #else
-  const D16 d16;
-  const DU32 du;
-  const size_t lanes = hn::Lanes(d16);
-  const auto add = [&](size_t i, const auto&... v) HWY_ATTR {
-    V32 changes[2];
-    op(v..., changes);
-    uint32_t* const to[2] = {columns.even + i / 2, columns.odd + i / 2};
-    for (int p = 0; p < 2; ++p)
-      hn::StoreU(hn::Add(hn::LoadU(du, to[p]), hn::BitCast(du, changes[p])), du, to[p]);
-  };
+  const D8 d;
+  const size_t lanes = hn::Lanes(d);
   size_t i = 0;
-  for (; i + lanes <= n; i += lanes) add(i, LoadLanes(d16, rows + i)...);
-  if (i < n) add(i, LoadPart(d16, rows + i, n - i)...);
+  for (; i + lanes <= n; i += lanes)
+    op.Add(columns.From(static_cast<ptrdiff_t>(i)), HalvesOf(hn::LoadU(d, rows + i))...);
+  if (i < n)
+    op.Add(columns.From(static_cast<ptrdiff_t>(i)), HalvesOf(LoadPart(d, rows + i, n - i))...);
 #endif
 }
 
-struct AddLevels {
-  int32_t times;
-  int32_t Of(KyBW8 v) const { return v * times; }
+// Adds one value for each lane, which are those of places 0, 2, 4 ... and 1, 3, 5 ...
 #if HWY_TARGET != HWY_SCALAR
-  HWY_INLINE void operator()(V16 v, V32 (&changes)[2]) const {
-    const V32 weight = hn::Set(D32(), times);
-    changes[0] = hn::Mul(EvenOf(v), weight);
-    changes[1] = hn::Mul(OddOf(v), weight);
+HWY_INLINE void AddHalves(const NarrowColumns& columns, V16 even, V16 odd) {
+  Add(columns.of[0], even);
+  Add(columns.of[1], odd);
+}
+HWY_INLINE void AddHalves(const WideColumns& columns, V16 even, V16 odd) {
+  Add(columns.of[0], EvenOf(even));
+  Add(columns.of[1], EvenOf(odd));
+  Add(columns.of[2], OddOf(even));
+  Add(columns.of[3], OddOf(odd));
+}
+// The products of the lanes of even, and of odd, places: those of the others would be added to
+// them.
+HWY_INLINE V32 ProductsOfEven(V16 a, V16 b) {
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
+  const D32 d;
+  const V16 lower = hn::BitCast(D16(), hn::Set(d, 0xFFFF));
+  V32 unused = hn::Zero(d);
+  return hn::ReorderWidenMulAccumulate(d, hn::And(a, lower), b, hn::Zero(d), unused);
+#else
+  return hn::Mul(EvenOf(a), EvenOf(b));
+#endif
+}
+HWY_INLINE V32 ProductsOfOdd(V16 a, V16 b) {
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
+  const D32 d;
+  const V16 lower = hn::BitCast(D16(), hn::Set(d, 0xFFFF));
+  V32 unused = hn::Zero(d);
+  return hn::ReorderWidenMulAccumulate(d, hn::AndNot(lower, a), b, hn::Zero(d), unused);
+#else
+  return hn::Mul(OddOf(a), OddOf(b));
+#endif
+}
+HWY_INLINE void AddProducts(const WideColumns& columns, Halves a, Halves b) {
+  Add(columns.of[0], ProductsOfEven(a.even, b.even));
+  Add(columns.of[1], ProductsOfEven(a.odd, b.odd));
+  Add(columns.of[2], ProductsOfOdd(a.even, b.even));
+  Add(columns.of[3], ProductsOfOdd(a.odd, b.odd));
+}
+#endif
+
+struct AddLevels {
+  static int32_t Of(KyBW8 v) { return v; }
+#if HWY_TARGET != HWY_SCALAR
+  template <class Columns>
+  HWY_INLINE void Add(const Columns& columns, Halves v) const {
+    AddHalves(columns, v.even, v.odd);
   }
 #endif
 };
 struct SlideLevels {
   static int32_t Of(KyBW8 a, KyBW8 b) { return a - b; }
 #if HWY_TARGET != HWY_SCALAR
-  HWY_INLINE void operator()(V16 a, V16 b, V32 (&changes)[2]) const {
-    const V16 v = hn::Sub(a, b);
-    changes[0] = EvenOf(v);
-    changes[1] = OddOf(v);
+  template <class Columns>
+  HWY_INLINE void Add(const Columns& columns, Halves a, Halves b) const {
+    AddHalves(columns, hn::Sub(a.even, b.even), hn::Sub(a.odd, b.odd));
   }
 #endif
 };
-
-#if HWY_TARGET != HWY_SCALAR
-// The products of the lanes of either phase. Those of the other would be added to them.
-HWY_INLINE void MultiplyPhases(V16 a, V16 b, V32 (&products)[2]) {
-#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
-  const D32 d32;
-  const V32 lower = hn::Set(d32, 0xFFFF);
-  const V32 lanes = hn::BitCast(d32, a);
-  const V16 even = hn::BitCast(D16(), hn::And(lanes, lower));
-  const V16 odd = hn::BitCast(D16(), hn::AndNot(lower, lanes));
-  V32 unused = hn::Zero(d32);
-  products[0] = hn::ReorderWidenMulAccumulate(d32, even, b, hn::Zero(d32), unused);
-  products[1] = hn::ReorderWidenMulAccumulate(d32, odd, b, hn::Zero(d32), unused);
-#else
-  products[0] = hn::Mul(EvenOf(a), EvenOf(b));
-  products[1] = hn::Mul(OddOf(a), OddOf(b));
-#endif
-}
-#endif
 struct AddSquares {
-  int32_t times;
-  int32_t Of(KyBW8 v) const { return v * v * times; }
+  static int32_t Of(KyBW8 v) { return v * v; }
 #if HWY_TARGET != HWY_SCALAR
-  HWY_INLINE void operator()(V16 v, V32 (&changes)[2]) const {
-    MultiplyPhases(v, v, changes);
-    for (V32& change : changes) change = hn::Mul(change, hn::Set(D32(), times));
-  }
+  HWY_INLINE void Add(const WideColumns& columns, Halves v) const { AddProducts(columns, v, v); }
 #endif
 };
 // a^2 - b^2 = (a - b) (a + b)
 struct SlideSquares {
   static int32_t Of(KyBW8 a, KyBW8 b) { return (a - b) * (a + b); }
 #if HWY_TARGET != HWY_SCALAR
-  HWY_INLINE void operator()(V16 a, V16 b, V32 (&changes)[2]) const {
-    MultiplyPhases(hn::Sub(a, b), hn::Add(a, b), changes);
+  HWY_INLINE void Add(const WideColumns& columns, Halves a, Halves b) const {
+    AddProducts(columns, {hn::Sub(a.even, b.even), hn::Sub(a.odd, b.odd)},
+                {hn::Add(a.even, b.even), hn::Add(a.odd, b.odd)});
   }
 #endif
 };
 
-template <class Op>
-void AddWide(const WideColumns& columns, size_t n, const KyBW8* row, uint32_t times) {
-  AddToColumns(Op{static_cast<int32_t>(times)}, columns, n, row);
+template <class Op, class Columns>
+void AddRow(const Columns& columns, size_t n, const KyBW8* row) {
+  AddToColumns(Op(), columns, n, row);
 }
-template <class Op>
-void SlideWide(const WideColumns& columns, size_t n, const KyBW8* entering, const KyBW8* leaving) {
+template <class Op, class Columns>
+void SlideRow(const Columns& columns, size_t n, const KyBW8* entering, const KyBW8* leaving) {
   AddToColumns(Op(), columns, n, entering, leaving);
 }
-
-template <class T>
-uint32_t Sum(const T* values, size_t n) {
+template <class T, int kPhases>
+uint32_t SumOf(const Phases<T, kPhases>& columns, size_t n) {
   uint32_t sum = 0;
-  for (size_t i = 0; i < n; ++i) sum += values[i];
+  for (size_t p = 0; p < kPhases; ++p)
+    for (size_t i = 0; kPhases * i + p < n; ++i) sum += columns.of[p][i];
   return sum;
 }
-uint32_t SumNarrow(const NarrowColumns& columns, size_t n) { return Sum(columns.all, n); }
-uint32_t SumWide(const WideColumns& columns, size_t n) {
-  return Sum(columns.even, (n + 1) / 2) + Sum(columns.odd, n / 2);
-}
 
-constexpr AllColumnKernels kKernels = {
-    {&AddNarrow, &SlideNarrow, &SumNarrow},
-    {&AddWide<AddLevels>, &SlideWide<SlideLevels>, &SumWide},
-    {&AddWide<AddSquares>, &SlideWide<SlideSquares>, &SumWide},
-};
+template <class Add, class Slide, class Columns>
+constexpr ColumnKernels<Columns> KernelsOf() {
+  return {&AddRow<Add, Columns>, &SlideRow<Slide, Columns>, &SumOf};
+}
+constexpr AllColumnKernels kKernels = {KernelsOf<AddLevels, SlideLevels, NarrowColumns>(),
+                                       KernelsOf<AddLevels, SlideLevels, WideColumns>(),
+                                       KernelsOf<AddSquares, SlideSquares, WideColumns>()};
 
 }  // namespace
 
