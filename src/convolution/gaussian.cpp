@@ -22,7 +22,7 @@ class Weights {
     Scratch<double> bells;
     Scratch<std::int32_t> weights;
     if (!bells.Allocate(half + 1) || !weights.Allocate(half + 1) ||
-        !pairs_.Allocate(2 * (half + 3) * WeightPairs::kCopies))
+        !pairs_.Allocate(2 * (half + 1) * WeightPairs::kCopies))
       return false;
     double sum = 0;
     for (std::ptrdiff_t i = 0; i <= half; ++i) {
@@ -48,7 +48,7 @@ class Weights {
       const std::ptrdiff_t i = std::abs(tap - half_);
       return i <= half_ ? static_cast<std::uint32_t>(weights[i]) : 0u;
     };
-    for (std::ptrdiff_t k = -1; k <= half_ + 1; ++k) {
+    for (std::ptrdiff_t k = 0; k <= half_; ++k) {
       for (int first = 0; first < 2; ++first)
         std::fill_n(First(first) + WeightPairs::kCopies * k, WeightPairs::kCopies,
                     static_cast<std::int32_t>(at(2 * k - first) | at(2 * k + 1 - first) << 16));
@@ -63,7 +63,7 @@ class Weights {
 
  private:
   std::int32_t* First(int first) const noexcept {
-    return pairs_.get() + WeightPairs::kCopies * (first * (half_ + 3) + 1);
+    return pairs_.get() + WeightPairs::kCopies * first * (half_ + 1);
   }
 
   std::ptrdiff_t half_ = 0;

@@ -137,23 +137,32 @@ HWY_INLINE void AcrossVector(KyBW8* const out[4], size_t x, size_t n, const Pair
   // The places of the even phase, and of the odd one, for each row.
   V32 even0 = half, even1 = half, even2 = half, even3 = half;
   V32 odd0 = half, odd1 = half, odd2 = half, odd3 = half;
-  for (ptrdiff_t k = 0; k <= weights[0].count; ++k) {
+  // The first pair of rows is that of the first two results alone, the last that of the others.
+  const ptrdiff_t last = weights[0].count;
+  const auto add = [&](ptrdiff_t k, auto toFirst, auto toOthers) KY_INLINE_ATTR {
     const uint32_t* const from = in.rows[k] + x / 2;
     const V16 even = hn::BitCast(d16, hn::LoadU(du, from));
     const V16 odd = hn::BitCast(d16, hn::LoadU(du, from + in.phase));
-    V16 weight = WeightsAt(weights[0], k);
-    Accumulate(even, weight, even0);
-    Accumulate(odd, weight, odd0);
-    weight = WeightsAt(weights[1], k);
-    Accumulate(even, weight, even1);
-    Accumulate(odd, weight, odd1);
-    weight = WeightsAt(weights[0], k - 1);
-    Accumulate(even, weight, even2);
-    Accumulate(odd, weight, odd2);
-    weight = WeightsAt(weights[1], k - 1);
-    Accumulate(even, weight, even3);
-    Accumulate(odd, weight, odd3);
-  }
+    if constexpr (toFirst) {
+      V16 weight = WeightsAt(weights[0], k);
+      Accumulate(even, weight, even0);
+      Accumulate(odd, weight, odd0);
+      weight = WeightsAt(weights[1], k);
+      Accumulate(even, weight, even1);
+      Accumulate(odd, weight, odd1);
+    }
+    if constexpr (toOthers) {
+      V16 weight = WeightsAt(weights[0], k - 1);
+      Accumulate(even, weight, even2);
+      Accumulate(odd, weight, odd2);
+      weight = WeightsAt(weights[1], k - 1);
+      Accumulate(even, weight, even3);
+      Accumulate(odd, weight, odd3);
+    }
+  };
+  add(0, std::true_type(), std::false_type());
+  for (ptrdiff_t k = 1; k < last; ++k) add(k, std::true_type(), std::true_type());
+  add(last, std::false_type(), std::true_type());
   const auto store = [&](KyBW8* to, V32 evenSum, V32 oddSum) KY_INLINE_ATTR {
     const V32 both = hn::Or(hn::ShiftRightSame(evenSum, shift),
                             hn::ShiftLeft<16>(hn::ShiftRightSame(oddSum, shift)));

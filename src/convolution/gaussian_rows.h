@@ -11,7 +11,7 @@
 namespace ky {
 
 // The weights of a window, which add up to 2^bits: those of taps 2 k and 2 k + 1 in the lower and
-// the upper half of *At(k), and of three more. Those at -1 and at `count` are 0.
+// the upper half of *At(k), and of three more.
 struct WeightPairs {
   const std::int32_t* first;
   std::ptrdiff_t count;
