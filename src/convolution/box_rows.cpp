@@ -4,71 +4,30 @@
 
 #include "convolution/box_rows.h"
 
-#include "convolution/phases-inl.h"
 #include "foundation/dispatch.h"
 #include "foundation/shifts-inl.h"
 #include "foundation/spans-inl.h"
+#include "foundation/window-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-// What a level counts: itself, or its square.
-struct Level {
-  template <class D, class V>
-  static HWY_INLINE V Of(D, V v) {
-    return v;
-  }
-  template <class D, class V>
-  static HWY_INLINE V Change(D, V entering, V leaving) {
-    return hn::Sub(entering, leaving);
-  }
-};
-struct Square {
-  template <class D, class V>
-  static HWY_INLINE V Of(D d, V v) {
-    const V centred = hn::Sub(v, hn::Set(d, kMiddleLevel));
-    return hn::Mul(centred, centred);
-  }
-  // (a - m)^2 - (b - m)^2 = (a - b) (a + b - 2 m)
-  template <class D, class V>
-  static HWY_INLINE V Change(D d, V entering, V leaving) {
-    return hn::Mul(hn::Sub(entering, leaving),
-                   hn::Sub(hn::Add(entering, leaving), hn::Set(d, 2 * kMiddleLevel)));
-  }
-};
-
-template <class Column, class Count>
-struct AddOp {
-  using Lane = Column;
-  Column times;
-
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V columns, V row) const {
-    return hn::Add(columns, hn::Mul(Count::Of(d, row), hn::Set(d, times)));
-  }
-};
-template <class Column, class Count>
-struct SlideOp {
-  using Lane = Column;
-
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V columns, V entering, V leaving) const {
-    return hn::Add(columns, Count::Change(d, entering, leaving));
-  }
-};
-template <class Column, class Count>
-void AddRow(Column* columns, size_t n, const KyBW8* row, Column times) {
-  MapSpan(AddOp<Column, Count>{times}, columns, n, columns, row);
-}
-template <class Column, class Count>
-void SlideRow(Column* columns, size_t n, const KyBW8* entering, const KyBW8* leaving) {
-  MapSpan(SlideOp<Column, Count>(), columns, n, columns, entering, leaving);
-}
-
-using DU32 = hn::ScalableTag<uint32_t>;
+using DU32 = hn::RebindToUnsigned<D32>;
 using VU32 = hn::Vec<DU32>;
+using DF32 = hn::Rebind<float, D32>;
+using VF32 = hn::Vec<DF32>;
+
+// The sums of windows, or what is made of them, for each phase: vectors of every fourth place.
+#if HWY_TARGET == HWY_SCALAR
+constexpr size_t kWindowPhases = 1;
+#else
+constexpr size_t kWindowPhases = 4;
+#endif
+struct WindowLanes {
+  VU32 of[kWindowPhases];
+};
 
 #if HWY_TARGET != HWY_SCALAR
 // Lane i is the sum of lanes 0 to i.
@@ -87,152 +46,318 @@ HWY_INLINE VU32 PrefixSums(VU32 v) {
   return v;
 #endif
 }
-// The columns of even and of odd places.
-HWY_INLINE void LoadPhases(const uint16_t* columns, VU32& even, VU32& odd) {
-  const DU32 d;
-  const VU32 both = hn::BitCast(d, hn::LoadU(hn::Repartition<uint16_t, DU32>(), columns));
-  even = hn::And(both, hn::Set(d, 0xFFFF));
-  odd = hn::ShiftRight<16>(both);
-}
-HWY_INLINE void LoadPhases(const uint32_t* columns, VU32& even, VU32& odd) {
-  hn::LoadInterleaved2(DU32(), columns, even, odd);
-}
 #endif
 
-template <class Column>
-void SumRow(Phases<uint32_t> sums, size_t n, const Column* columns) {
-#if HWY_TARGET == HWY_SCALAR
-  uint32_t sum = 0;
-  for (size_t i = 0; i < n; ++i) *sums.At(static_cast<ptrdiff_t>(i)) = sum += columns[i];
-#else
-  const DU32 d;
-  const size_t lanes = hn::Lanes(d);
-  const auto last =
-      hn::IndicesFromVec(d, hn::Set(hn::RebindToSigned<DU32>(), static_cast<int32_t>(lanes - 1)));
-  VU32 before = hn::Zero(d);
-  for (size_t i = 0; 2 * i < n; i += lanes) {
-    VU32 even, odd;
-    LoadPhases(columns + 2 * i, even, odd);
-    const VU32 here = PrefixSums(hn::Add(even, odd));
-    const VU32 all = hn::Add(here, before);
-    before = hn::Add(before, hn::TableLookupLanes(here, last));
-    hn::StoreU(all, d, sums.odd + i);
-    hn::StoreU(hn::Sub(all, odd), d, sums.even + i);
+// How much windows at places x, x + 1 ... differ from the ones to their left: of[p] those of phase
+// p + 1, and `all` four phases together.
+struct Changes {
+  VU32 of[3], all;
+};
+struct FewRows {
+  using Columns = NarrowColumns;
+#if HWY_TARGET != HWY_SCALAR
+  static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
+    const hn::RebindToUnsigned<D16> d;
+    const D32 d32;
+    V16 changes[2];
+    for (int p = 0; p < 2; ++p)
+      changes[p] = hn::BitCast(D16(), hn::Sub(hn::LoadU(d, windows.entering.of[p] + x / 2),
+                                              hn::LoadU(d, windows.leaving.of[p] + x / 2)));
+    const V32 even = MulAddPairs(changes[0], 0x10001, hn::Zero(d32));
+    const V32 odd = MulAddPairs(changes[1], 0x10001, hn::Zero(d32));
+    const V32 second = hn::ShiftRight<16>(hn::BitCast(d32, changes[0]));
+    const V32 third = hn::ShiftRight<16>(hn::BitCast(d32, changes[1]));
+    const DU32 du;
+    return {{hn::BitCast(du, hn::Sub(odd, third)), hn::BitCast(du, second), hn::BitCast(du, third)},
+            hn::BitCast(du, hn::Add(even, odd))};
   }
 #endif
+};
+#if HWY_TARGET != HWY_SCALAR
+HWY_INLINE Changes SumOfChanges(VU32 a, VU32 b, VU32 c, VU32 d) {
+  return {{b, c, d}, hn::Add(hn::Add(a, b), hn::Add(c, d))};
 }
+#endif
+struct NarrowRows {
+  using Columns = NarrowColumns;
+#if HWY_TARGET != HWY_SCALAR
+  static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
+    const hn::RebindToUnsigned<D16> d;
+    const DU32 du;
+    const VU32 lower = hn::Set(du, 0xFFFF);
+    VU32 in[2], out[2];
+    for (int p = 0; p < 2; ++p) {
+      in[p] = hn::BitCast(du, hn::LoadU(d, windows.entering.of[p] + x / 2));
+      out[p] = hn::BitCast(du, hn::LoadU(d, windows.leaving.of[p] + x / 2));
+    }
+    return SumOfChanges(hn::Sub(hn::And(in[0], lower), hn::And(out[0], lower)),
+                        hn::Sub(hn::And(in[1], lower), hn::And(out[1], lower)),
+                        hn::Sub(hn::ShiftRight<16>(in[0]), hn::ShiftRight<16>(out[0])),
+                        hn::Sub(hn::ShiftRight<16>(in[1]), hn::ShiftRight<16>(out[1])));
+  }
+#endif
+};
+struct WideRows {
+  using Columns = WideColumns;
+#if HWY_TARGET != HWY_SCALAR
+  static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
+    const DU32 d;
+    const auto change = [&](int p) HWY_ATTR {
+      return hn::Sub(hn::LoadU(d, windows.entering.of[p] + x / 4),
+                     hn::LoadU(d, windows.leaving.of[p] + x / 4));
+    };
+    return SumOfChanges(change(0), change(1), change(2), change(3));
+  }
+#endif
+};
 
-void Ramp(uint32_t* to, size_t n, uint32_t first, uint32_t step) {
+// The sums of windows, from the left to the right.
+template <class Rows>
+class WindowScan {
+ public:
+  using Columns = typename Rows::Columns;
+
+  HWY_INLINE explicit WindowScan(const Windows<Columns>& windows)
+      : windows_(windows), before_(hn::Set(DU32(), windows.before)) {}
+
+  // Those at the places from x on, which follows the places before.
+  HWY_INLINE WindowLanes Next(size_t x) {
+    const DU32 d;
+#if HWY_TARGET == HWY_SCALAR
+    const auto place = static_cast<ptrdiff_t>(x);
+    const auto change =
+        static_cast<uint32_t>(*windows_.entering.At(place) - *windows_.leaving.At(place));
+    before_ = hn::Add(before_, hn::Set(d, change));
+    return {{before_}};
+#else
+    const auto last = hn::IndicesFromVec(
+        d, hn::Set(hn::RebindToSigned<DU32>(), static_cast<int32_t>(hn::Lanes(d) - 1)));
+    const Changes changes = Rows::At(windows_, x);
+    const VU32 here = PrefixSums(changes.all), third = hn::Add(here, before_);
+    before_ = hn::Add(before_, hn::TableLookupLanes(here, last));
+    const VU32 second = hn::Sub(third, changes.of[2]), first = hn::Sub(second, changes.of[1]);
+    return {{hn::Sub(first, changes.of[0]), first, second, third}};
+#endif
+  }
+
+ private:
+  const Windows<Columns> windows_;
+  VU32 before_;
+};
+
+// The areas of a vector of windows of one phase.
+struct Area {
+  VU32 area;
+  VF32 reciprocal;
+};
+class SameAreas {
+ public:
+  HWY_INLINE explicit SameAreas(const WindowAreas& areas)
+      : area_{hn::Set(DU32(), static_cast<uint32_t>(areas.area)),
+              hn::Set(DF32(), areas.reciprocal)} {}
+  HWY_INLINE Area At(size_t, size_t) const { return area_; }
+
+ private:
+  Area area_;
+};
+class VariousAreas {
+ public:
+  HWY_INLINE explicit VariousAreas(const WindowAreas& areas) : areas_(areas) {}
+  HWY_INLINE Area At(size_t phase, size_t x) const {
+    const auto place = static_cast<ptrdiff_t>(x + phase);
+    return {hn::BitCast(DU32(), hn::LoadU(D32(), areas_.areas.At(place))),
+            hn::LoadU(DF32(), areas_.reciprocals.At(place))};
+  }
+
+ private:
+  const WindowAreas& areas_;
+};
+
+// The lowest bytes of the lanes, side by side. The next two are 0.
+HWY_INLINE void StoreLevels(const WindowLanes& lanes, KyBW8* out, [[maybe_unused]] size_t n) {
+#if HWY_TARGET == HWY_SCALAR
+  *out = static_cast<KyBW8>(hn::GetLane(lanes.of[0]));
+#else
+  const D8 d8;
   const DU32 d;
-  const size_t lanes = hn::Lanes(d);
-  const VU32 more = hn::Set(d, static_cast<uint32_t>(lanes) * step);
-  VU32 v = hn::Add(hn::Set(d, first), hn::Mul(hn::Iota(d, 0), hn::Set(d, step)));
-  for (size_t i = 0; i < n; i += lanes, v = hn::Add(v, more)) hn::StoreU(v, d, to + i);
+  const VU32 lower = hn::Or(hn::And(lanes.of[0], hn::Set(d, 0xFF)), hn::ShiftLeft<8>(lanes.of[1]));
+  const VU32 upper = hn::Or(hn::ShiftLeft<16>(lanes.of[2]), hn::ShiftLeft<24>(lanes.of[3]));
+  const auto levels = hn::BitCast(d8, hn::Or(lower, upper));
+  if (HWY_LIKELY(n >= hn::Lanes(d8)))
+    hn::StoreU(levels, d8, out);
+  else
+    StorePart(d8, levels, out, n);
+#endif
 }
 
-template <class D>
-HWY_INLINE hn::Vec<D> SumAt(D d, const WindowSums& sums, int phase, size_t i) {
-  const hn::RebindToUnsigned<D> du;
-  return hn::BitCast(
-      d, hn::Sub(hn::LoadU(du, sums.front[phase] + i), hn::LoadU(du, sums.back[phase] + i)));
+// out[i] = op(areas, x, the lanes of each scan) for all x.
+template <class Op, class... Scan>
+HWY_INLINE void MapSums(const Op& op, KyBW8* out, size_t n, const WindowAreas& areas,
+                        Scan... scans) {
+  size_t x = 0;
+  const auto mapTo = [&](size_t end, const auto& areasHere) KY_INLINE_ATTR {
+    for (; x < end; x += hn::Lanes(D8()))
+      StoreLevels(op(areasHere, x, scans.Next(x)...), out + x, n - x);
+  };
+  mapTo(HWY_MIN(areas.left, n), VariousAreas(areas));
+  mapTo(HWY_MIN(areas.right, n), SameAreas(areas));
+  mapTo(n, VariousAreas(areas));
 }
 
-using DI32 = hn::ScalableTag<int32_t>;
-using DF32 = hn::ScalableTag<float>;
-
-// The integer nearest to a quotient of 0 to 255: next to 1.5 * 2^23, floats are the integers.
-template <class V>
-HWY_INLINE hn::Vec<DI32> NearestLevel(V v) {
-  const DF32 df;
-  const DI32 d;
-  const auto bits = hn::BitCast(d, hn::Add(v, hn::Set(df, 12582912.0f)));
-  return hn::And(bits, hn::Set(d, 0xFFFF));
-}
+// Floats between 2^23 and 2^24 have the lower bits of the integer that they are.
+constexpr float kInteger = 8388608.0f;
 
 // Quotients S / n of sums up to 255 n. The product of S, which floats hold exactly, with the
 // rounded reciprocal is off by less than 2^-15. For odd n the quotient is at least 1 / 2n away from
 // where rounding changes: enough for n up to 2^14. For even n it may be right there, so that a
 // quarter of 1 / n is added, which is then the distance: enough for n up to 2^13.
 template <bool kOddAreas>
-void AverageRow(KyBW8* out, size_t n, const WindowSums& sums, const WindowAreas& areas) {
-  const DF32 df;
-  MapPhases<DI32>(
-      [&](DI32 d, int phase, size_t i) HWY_ATTR {
-        auto sum = hn::ConvertTo(df, SumAt(d, sums, phase, i));
-        if constexpr (!kOddAreas) sum = hn::Add(sum, hn::Set(df, 0.25f));
-        return NearestLevel(hn::Mul(sum, hn::LoadU(df, areas.reciprocal[phase] + i)));
-      },
-      out, n);
-}
-// For larger areas the estimate may be one off, either way, which the remainder tells.
-void AverageOfLarge(KyBW8* out, size_t n, const WindowSums& sums, const WindowAreas& areas) {
-  const DF32 df;
-  MapPhases<DI32>(
-      [&](DI32 d, int phase, size_t i) HWY_ATTR {
-        const auto sum = SumAt(d, sums, phase, i), area = hn::LoadU(d, areas.area[phase] + i);
-        const auto reciprocal = hn::LoadU(df, areas.reciprocal[phase] + i);
-        const auto estimate = NearestLevel(hn::Mul(hn::ConvertTo(df, sum), reciprocal));
-        const auto rest = hn::Sub(sum, hn::Mul(estimate, area)), twice = hn::Add(rest, rest);
-        const auto tooLarge = hn::VecFromMask(d, hn::Lt(twice, hn::Neg(area)));
-        const auto tooSmall = hn::VecFromMask(d, hn::Gt(hn::Add(twice, hn::Set(d, 1)), area));
-        return hn::Sub(hn::Add(estimate, tooLarge), tooSmall);
-      },
-      out, n);
-}
-
-// D = n Q - S^2 is an integer below 2^46. Rounding changes at m / 2 with odd m, and 4 D is (m n)^2
-// or differs from it by 1 or more. With an eighth added to D, it differs by a half or more, always
-// to its own side: sqrt(D) / n is 1 / (2044 n^2) > 2^-43 away from m / 2 then. The root and the
-// product with the rounded reciprocal are off by less than 2^-44.
-void DeviationRow(KyBW8* out, size_t n, const WindowSums& sums, const WindowSums& squares,
-                  const WindowAreas& areas) {
-  using D64 = hn::ScalableTag<double>;
-  const D64 df;
-  MapPhases<hn::Rebind<int32_t, D64>>(
-      [&](auto d, int phase, size_t i) HWY_ATTR {
-        const auto bias = hn::LoadU(d, areas.bias[phase] + i);
-        const auto sum = hn::PromoteTo(df, hn::Sub(SumAt(d, sums, phase, i), bias));
-        const auto square = hn::PromoteTo(df, SumAt(d, squares, phase, i));
-        const auto area = hn::PromoteTo(df, hn::LoadU(d, areas.area[phase] + i));
-        const auto variance =
-            hn::Add(hn::Sub(hn::Mul(area, square), hn::Mul(sum, sum)), hn::Set(df, 0.125));
-        // What lies beyond the end of the row may be negative.
-        const auto root = hn::Mul(hn::Sqrt(hn::Max(variance, hn::Zero(df))),
-                                  hn::LoadU(df, areas.precise[phase] + i));
-        return hn::DemoteTo(d, hn::Add(root, hn::Set(df, 0.5)));
-      },
-      out, n);
-}
-
-struct ThresholdOp {
-  using Lane = int16_t;
-  LocalThreshold parameters;
-
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V source, V average) const {
-    const V least = hn::Add(average, hn::Set(d, parameters.offset));
-    return hn::IfThenElse(hn::Lt(source, least), hn::Set(d, parameters.low),
-                          hn::Set(d, parameters.high));
+struct AverageOp {
+  template <class Areas>
+  HWY_INLINE WindowLanes operator()(const Areas& areas, size_t x, const WindowLanes& sums) const {
+    const DF32 df;
+    WindowLanes levels;
+    for (size_t p = 0; p < kWindowPhases; ++p) {
+      VF32 sum = hn::ConvertTo(df, hn::BitCast(D32(), sums.of[p]));
+      if constexpr (!kOddAreas) sum = hn::Add(sum, hn::Set(df, 0.25f));
+      const VF32 quotient = hn::Mul(sum, areas.At(p, x).reciprocal);
+      levels.of[p] = hn::BitCast(DU32(), hn::Add(quotient, hn::Set(df, kInteger)));
+    }
+    return levels;
   }
 };
-void ThresholdRow(KyBW8* out, size_t n, const KyBW8* source, const KyBW8* average,
-                  const LocalThreshold& parameters) {
-  MapSpan(ThresholdOp{parameters}, out, n, source, average);
+
+// Estimates in units of 2^-kFraction levels are off by less than kOff units. Half a level and kOff
+// units more, they are the level, or one above it where their fraction is below 2 kOff: there
+// isAbove(phase, level) computes who is right.
+constexpr int kFraction = 15, kOff = 4;
+constexpr float kUnits = 1 << kFraction;
+HWY_INLINE VU32 RoundedEstimate(VF32 v) {
+  const DF32 df;
+  return hn::BitCast(DU32(), hn::Add(v, hn::Set(df, kInteger + kUnits / 2 + kOff)));
+}
+template <class IsAbove>
+HWY_INLINE WindowLanes LevelsOf(const WindowLanes& estimates, const IsAbove& isAbove) {
+  const DU32 d;
+  const D32 di;
+  WindowLanes levels;
+  V32 fractions[kWindowPhases];
+  for (size_t p = 0; p < kWindowPhases; ++p) {
+    const VU32 fraction = hn::And(estimates.of[p], hn::Set(d, (1u << kFraction) - 1));
+    fractions[p] = hn::BitCast(di, fraction);
+    levels.of[p] = hn::And(hn::ShiftRight<kFraction>(estimates.of[p]), hn::Set(d, 0xFF));
+  }
+  const V32 unsure = hn::Set(di, 2 * kOff);
+  V32 least = fractions[0];
+  for (size_t p = 1; p < kWindowPhases; ++p) least = hn::Min(least, fractions[p]);
+  if (HWY_LIKELY(hn::AllFalse(di, hn::Lt(least, unsure)))) return levels;
+  for (size_t p = 0; p < kWindowPhases; ++p) {
+    const auto tooHigh = hn::And(hn::Lt(fractions[p], unsure), isAbove(p, levels.of[p]));
+    const VU32 change = hn::BitCast(d, hn::VecFromMask(di, tooHigh));  // -1 where it is
+    levels.of[p] = hn::Add(levels.of[p], change);
+  }
+  return levels;
+}
+HWY_INLINE auto IsNegative(VU32 v) { return hn::Lt(hn::BitCast(D32(), v), hn::Zero(D32())); }
+
+// Quotients of larger sums, which floats round: three roundings of up to 255 levels, each off by
+// 2^-24 of them, and that of the result make 2 units.
+struct AverageOfLargeOp {
+  template <class Areas>
+  HWY_INLINE WindowLanes operator()(const Areas& areas, size_t x, const WindowLanes& sums) const {
+    const DF32 df;
+    WindowLanes estimates;
+    for (size_t p = 0; p < kWindowPhases; ++p) {
+      const VF32 sum = hn::ConvertTo(df, hn::BitCast(D32(), sums.of[p]));
+      estimates.of[p] =
+          RoundedEstimate(hn::Mul(sum, hn::Mul(areas.At(p, x).reciprocal, hn::Set(df, kUnits))));
+    }
+    // A level k is too high where 2 S < (2 k - 1) n.
+    return LevelsOf(estimates, [&](size_t p, VU32 level) HWY_ATTR {
+      const VU32 area = areas.At(p, x).area, rest = hn::Sub(sums.of[p], hn::Mul(level, area));
+      return IsNegative(hn::Add(hn::Add(rest, rest), area));
+    });
+  }
+};
+
+// With an integer m next to the mean S / n, and R = S - m n and P = Q - m (S + R), the sums of the
+// levels less m and of their squares, the variance is P / n - (R / n)^2. All integers are computed
+// modulo 2^32; P is below 2^31, as no variance is above 127.5^2, and R no larger than about n / 2.
+//
+// With u = 2^-24, P / n is off by 3 u of itself and (R / n)^2, about 1/4 at most, by 5 u of itself.
+// Where rounding changes, roots are 1/2 or more, and therefore off by 3 u of themselves and 2 u, or
+// a unit, and half a unit once they are rounded.
+struct DeviationOp {
+  template <class Areas>
+  HWY_INLINE WindowLanes operator()(const Areas& areas, size_t x, const WindowLanes& sums,
+                                    const WindowLanes& squares) const {
+    const DF32 df;
+    const DU32 du;
+    const D32 di;
+    WindowLanes rests, centred, estimates;
+    for (size_t p = 0; p < kWindowPhases; ++p) {
+      const Area area = areas.At(p, x);
+      const VF32 sum = hn::ConvertTo(df, hn::BitCast(di, sums.of[p]));
+      const VF32 quotient = hn::Add(hn::Mul(sum, area.reciprocal), hn::Set(df, kInteger));
+      const VU32 mean = hn::And(hn::BitCast(du, quotient), hn::Set(du, 0xFF));
+      rests.of[p] = hn::Sub(sums.of[p], hn::Mul(mean, area.area));
+      centred.of[p] = hn::Sub(squares.of[p], hn::Mul(mean, hn::Add(sums.of[p], rests.of[p])));
+      const VF32 reciprocal = hn::Mul(area.reciprocal, hn::Set(df, kUnits));
+      const VF32 rest = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, rests.of[p])), reciprocal);
+      const VF32 square = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, centred.of[p])),
+                                  hn::Mul(reciprocal, hn::Set(df, kUnits)));
+      estimates.of[p] = RoundedEstimate(hn::Sqrt(hn::Sub(square, hn::Mul(rest, rest))));
+    }
+    // A level k is too high where n P - R^2 < ((2 k - 1) n)^2 / 4, or the integer above that. Half
+    // of an odd (2 k - 1) n is half above one integer and half below another, whose product is that
+    // square less 1/4. Near a change of rounding, both sides differ by less than 2^31.
+    return LevelsOf(estimates, [&](size_t p, VU32 level) HWY_ATTR {
+      const VU32 area = areas.At(p, x).area;
+      const VU32 odd = hn::Sub(hn::Mul(hn::Add(level, level), area), area);
+      const VU32 lower = hn::BitCast(du, hn::ShiftRight<1>(hn::BitCast(di, odd)));
+      const VU32 product = hn::Mul(lower, hn::Sub(odd, lower));
+      const VU32 variance =
+          hn::Sub(hn::Mul(area, centred.of[p]), hn::Mul(rests.of[p], rests.of[p]));
+      const VU32 above = hn::Sub(hn::Sub(variance, product), hn::And(area, hn::Set(du, 1)));
+      return IsNegative(above);
+    });
+  }
+};
+
+template <class Rows, class Op>
+void AverageRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& windows,
+                const WindowAreas& areas) {
+  MapSums(Op(), out, n, areas, WindowScan<Rows>(windows));
+}
+template <class Rows>
+void DeviationRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& levels,
+                  const Windows<WideColumns>& squares, const WindowAreas& areas) {
+  MapSums(DeviationOp(), out, n, areas, WindowScan<Rows>(levels), WindowScan<WideRows>(squares));
 }
 
-template <class Column, class Count>
-constexpr ColumnKernels<Column> ColumnsOf() {
-  return {&AddRow<Column, Count>, &SlideRow<Column, Count>, &SumRow<Column>};
+struct CompareOp {
+  using Lane = uint8_t;
+  Comparison comparison;
+
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V x, V y) const {
+    const V least = hn::SaturatedAdd(y, hn::Set(d, comparison.offset));
+    const auto isOther = hn::Eq(hn::SaturatedSub(x, least), hn::Zero(d));
+    return hn::IfThenElse(isOther, hn::Set(d, comparison.other), hn::Set(d, comparison.above));
+  }
+};
+void CompareRow(KyBW8* out, size_t n, const KyBW8* x, const KyBW8* y,
+                const Comparison& comparison) {
+  MapSpan(CompareOp{comparison}, out, n, x, y);
 }
-constexpr BoxKernels kKernels = {ColumnsOf<uint16_t, Level>(),
-                                 ColumnsOf<uint32_t, Level>(),
-                                 ColumnsOf<uint32_t, Square>(),
-                                 &Ramp,
-                                 &AverageRow<true>,
-                                 &AverageRow<false>,
-                                 &AverageOfLarge,
-                                 &DeviationRow,
-                                 &ThresholdRow};
+
+template <class Rows>
+constexpr ResultKernels<typename Rows::Columns> ResultsOf() {
+  return {&AverageRow<Rows, AverageOp<true>>, &AverageRow<Rows, AverageOp<false>>,
+          &AverageRow<Rows, AverageOfLargeOp>, &DeviationRow<Rows>};
+}
+constexpr BoxKernels kKernels = {ResultsOf<FewRows>(), ResultsOf<NarrowRows>(),
+                                 ResultsOf<WideRows>(), &CompareRow};
 
 }  // namespace
 

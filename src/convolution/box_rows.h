@@ -1,85 +1,68 @@
-// Row kernels of sums over boxes: sums of columns, sums of these along a row, and what is made of
-// the sum of a window.
+// Row kernels of sums over boxes: what is made of the sum of a window, which is that of its
+// columns.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-#include "foundation/map.h"
+#include "convolution/column_rows.h"
 #include "ky/pixels.h"
 
 namespace ky {
 
-// Elements of even and of odd places of a row apart, as sums of neighbours are computed in lanes
-// twice as wide as what they are made of. Places may be negative.
-template <class T>
-struct Phases {
-  T* even = nullptr;
-  T* odd = nullptr;
-
-  T* At(std::ptrdiff_t place) const noexcept {
-    return (place % 2 == 0 ? even : odd) + (place >> 1);
-  }
+// The sum of window i is that of window i - 1, and what entering.At(i) has more than
+// leaving.At(i). Columns are readable for a vector more.
+template <class Columns>
+struct Windows {
+  Columns entering, leaving;
+  std::uint32_t before;  // the sum of window -1
 };
 
-// The sums of each column over the rows of a window.
-template <class Column>
-struct ColumnKernels {
-  // columns[i] += times * (what row[i] counts)
-  void (*add)(Column* columns, std::size_t n, const KyBW8* row, Column times);
-  // columns[i] += (what entering[i] counts) - (what leaving[i] counts)
-  void (*slide)(Column* columns, std::size_t n, const KyBW8* entering, const KyBW8* leaving);
-  // sums(i) = columns[0] + ... + columns[i], modulo 2^32. Columns and sums are readable and
-  // writable for a vector more.
-  void (*sum)(Phases<std::uint32_t> sums, std::size_t n, const Column* columns);
-};
-
-// The sum of the window at place 2 i + p is front[p][i] - back[p][i].
-struct WindowSums {
-  const std::uint32_t *front[2], *back[2];
-};
-
-// What a window counts, at place 2 i + p in [p][i]. The arrays that a kernel does not need are
-// null.
+// How many pixels the windows count. Those of places `left` to `right` - 1 are all alike; left and
+// right are multiples of kAreaPlaces. Those of the other places stand, for place 2 i + p, in
+// [p][i]; these arrays may be null where there are no others.
+inline constexpr std::size_t kAreaPlaces = 64;
 struct WindowAreas {
-  const std::int32_t* area[2];
-  const float* reciprocal[2];
-  // Of deviations: 1 / area, and what has been added to the sum of every window.
-  const double* precise[2];
-  const std::int32_t* bias[2];
+  std::size_t left, right;
+  std::int32_t area;
+  float reciprocal;
+  Phases<const std::int32_t, 4> areas;
+  Phases<const float, 4> reciprocals;
 };
 
-using AverageKernel = void (*)(KyBW8* out, std::size_t n, const WindowSums& sums,
+template <class Columns>
+using AverageKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Columns>& windows,
                                const WindowAreas& areas);
-using DeviationKernel = void (*)(KyBW8* out, std::size_t n, const WindowSums& sums,
-                                 const WindowSums& squares, const WindowAreas& areas);
+template <class Columns>
+using DeviationKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Columns>& levels,
+                                 const Windows<WideColumns>& squares, const WindowAreas& areas);
 
-// round(sum / area), half a level upwards: for odd areas below kMostOddArea, for any below
-// kMostSmallArea, and for any up to kMostArea.
+// round(sum / area), half a level upwards: for an area that is odd and the same everywhere and is
+// below kMostOddArea, for any below kMostSmallArea, and for any up to kMostArea.
 inline constexpr std::int64_t kMostOddArea = 1 << 14, kMostSmallArea = 1 << 13;
 inline constexpr std::int64_t kMostArea = INT32_MAX / 255;
 // round(sqrt(area * squares - sum^2) / area) for areas up to this.
-inline constexpr std::int64_t kMostDeviationArea = 1 << 16;
-// Deviations are computed of levels less this, which leaves them as they are and makes squares
-// smaller.
-inline constexpr KyBW8 kMiddleLevel = 128;
+inline constexpr std::int64_t kMostDeviationArea = 1 << 17;
 
-struct LocalThreshold {
-  std::int16_t offset;  // -256 to 256
-  KyBW8 low, high;
+template <class Columns>
+struct ResultKernels {
+  AverageKernel<Columns> averageOdd, averageSmall, average;
+  DeviationKernel<Columns> deviation;
+};
+
+// Where x[i] > y[i] + offset, `above` is the result, elsewhere `other`.
+struct Comparison {
+  KyBW8 offset, above, other;
 };
 
 struct BoxKernels {
-  ColumnKernels<std::uint16_t> narrow;
-  ColumnKernels<std::uint32_t> wide;
-  ColumnKernels<std::uint32_t> squares;  // of levels less kMiddleLevel
-  // to[i] = first + i * step; a vector more may be written.
-  void (*ramp)(std::uint32_t* to, std::size_t n, std::uint32_t first, std::uint32_t step);
-  AverageKernel averageOdd, averageSmall, average;
-  DeviationKernel deviation;
-  void (*threshold)(KyBW8* out, std::size_t n, const KyBW8* source, const KyBW8* average,
-                    const LocalThreshold& parameters);
+  ResultKernels<NarrowColumns> few, narrow;  // of kFewRows rows, and of kNarrowRows
+  ResultKernels<WideColumns> wide;
+  void (*compare)(KyBW8* out, std::size_t n, const KyBW8* x, const KyBW8* y,
+                  const Comparison& comparison);
 };
+// The columns of so many rows differ by what fits 16 bits with a sign.
+inline constexpr std::int64_t kFewRows = INT16_MAX / 255;
 const BoxKernels& ChooseBoxKernels() noexcept;
 
 }  // namespace ky

@@ -1,9 +1,10 @@
 // Sums over boxes at a cost that does not depend on their size: columns slide down the image, and
-// the sum of a window is the difference of two prefix sums of its columns.
+// windows along their sums.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "convolution/box_rows.h"
 #include "convolution/planes.h"
@@ -22,115 +23,105 @@ struct Box {
   }
 };
 
-// What kernels read and write beyond a row, in elements.
-inline constexpr std::ptrdiff_t kSumSlack = 64;
+// `high` where a level is at least the average around it and `offset`, else `low`.
+struct LocalThreshold {
+  int offset;  // -256 to 256
+  KyBW8 low, high;
 
-// The sum of each column over the rows of the windows, for each plane.
-template <class Column>
+  void Apply(KyBW8* out, std::size_t n, const KyBW8* source, const KyBW8* averages) const noexcept;
+};
+
+// The sums of each column over the rows of the windows, for each plane. Outside, on both sides,
+// stands the first or the last of them, or 0.
+template <class Columns>
 class ColumnSums {
  public:
-  bool Allocate(const ColumnKernels<Column>& kernels, const PlaneRows& source, int planes,
-                std::ptrdiff_t halfHeight) noexcept {
+  using Element = typename Columns::Element;
+
+  bool Allocate(const ColumnKernels<Columns>& kernels, const PlaneRows& source, int planes,
+                const Box& box, bool nearest) noexcept {
     kernels_ = kernels;
-    width_ = static_cast<std::size_t>(source.width());
-    halfHeight_ = halfHeight;
-    pitch_ = source.width() + kSumSlack;
-    if (!columns_.Allocate(planes * pitch_)) return false;
-    std::fill_n(columns_.get(), planes * pitch_, Column{0});
+    width_ = source.width();
+    halfHeight_ = box.halfHeight;
+    half_ = std::min(box.halfWidth, width_);
+    beyond_ = static_cast<std::uint32_t>(box.halfWidth - half_);
+    nearest_ = nearest;
+    // Rows begin at a boundary that suits vectors.
+    constexpr std::ptrdiff_t kBoundary = 4 * kCacheLine;
+    margin_ = (half_ + kBoundary) / kBoundary * kBoundary;
+    pitch_ = (margin_ + width_ + half_ + kColumnSlack + kBoundary - 1) / kBoundary * kBoundary;
+    if (!memory_.Allocate(planes * pitch_)) return false;
+    std::fill_n(memory_.get(), planes * pitch_, Element{0});
     return true;
   }
   // Those of row y, after those of the row before it.
-  Column* Advance(const PlaneRows& source, std::ptrdiff_t y, int plane) noexcept {
-    Column* const columns = columns_.get() + plane * pitch_;
+  Windows<Columns> Advance(const PlaneRows& source, std::ptrdiff_t y, int plane) noexcept {
+    const Columns columns = ColumnsOf(plane);
+    const auto n = static_cast<std::size_t>(width_);
     if (y == 0)
       Start(columns, source, plane);
     else
-      kernels_.slide(columns, width_, source.Row(y + halfHeight_, plane),
+      kernels_.slide(columns, n, source.Row(y + halfHeight_, plane),
                      source.Row(y - halfHeight_ - 1, plane));
+    std::uint32_t before = kernels_.sum(columns, static_cast<std::size_t>(half_));
+    if (nearest_) {
+      const Element first = *columns.At(0), last = *columns.At(width_ - 1);
+      columns.Fill(-half_ - 1, 0, first);
+      columns.Fill(width_, width_ + half_, last);
+      before += (static_cast<std::uint32_t>(half_) + beyond_ + 1) * first + beyond_ * last;
+    }
+    return {columns.From(half_), columns.From(-half_ - 1), before};
+  }
+
+ private:
+  Columns ColumnsOf(int plane) const noexcept {
+    Element* const at = memory_.get() + plane * pitch_;
+    Columns columns;
+    const auto phases = std::ssize(columns.of);
+    for (std::ptrdiff_t p = 0; p < phases; ++p)
+      columns.of[p] = at + (p * pitch_ + margin_) / phases;
     return columns;
   }
-  const ColumnKernels<Column>& kernels() const noexcept { return kernels_; }
-
- private:
-  void Start(Column* columns, const PlaneRows& source, int plane) const noexcept {
-    const auto add = [&](std::ptrdiff_t y, std::ptrdiff_t times) {
-      if (times > 0)
-        kernels_.add(columns, width_, source.Row(y, plane), static_cast<Column>(times));
-    };
+  void Start(const Columns& columns, const PlaneRows& source, int plane) const noexcept {
+    const auto n = static_cast<std::size_t>(width_);
     const std::ptrdiff_t last = std::min(halfHeight_, source.height() - 1);
-    add(-1, halfHeight_);
-    for (std::ptrdiff_t y = 0; y <= last; ++y) add(y, 1);
-    add(source.height(), halfHeight_ - last);
+    for (std::ptrdiff_t y = 0; y <= last; ++y) kernels_.add(columns, n, source.Row(y, plane));
+    if (!nearest_) return;
+    const auto times = [](std::ptrdiff_t rows, KyBW8 level) {
+      return static_cast<Element>(static_cast<std::uint64_t>(rows) * level);
+    };
+    const KyBW8* const above = source.Row(-1, plane);
+    const KyBW8* const below = source.Row(source.height(), plane);
+    for (std::ptrdiff_t x = 0; x < width_; ++x)
+      *columns.At(x) = static_cast<Element>(*columns.At(x) + times(halfHeight_, above[x]) +
+                                            times(halfHeight_ - last, below[x]));
   }
 
-  ColumnKernels<Column> kernels_ = {};
-  std::size_t width_ = 0;
-  std::ptrdiff_t halfHeight_ = 0, pitch_ = 0;
-  Scratch<Column> columns_;
-};
-
-// The prefix sums of a row of columns, continued on both sides. What lies so far outside that no
-// window has anything else on that side is left to a constant.
-class RowSums {
- public:
-  bool Allocate(const BoxKernels& kernels, std::ptrdiff_t halfWidth,
-                std::ptrdiff_t width) noexcept {
-    kernels_ = &kernels;
-    width_ = width;
-    half_ = std::min(halfWidth, width);
-    beyond_ = static_cast<std::uint32_t>(halfWidth - half_);
-    margin_ = half_ / 2 + 1;
-    const std::ptrdiff_t phase = (width + 2 * half_) / 2 + 2 + kSumSlack;
-    if (!memory_.Allocate(2 * phase)) return false;
-    std::fill_n(memory_.get(), 2 * phase, 0u);
-    sums_ = {memory_.get() + margin_, memory_.get() + phase + margin_};
-    return true;
-  }
-  // The sums of all windows of a row. Outside stands the first or the last column, or 0.
-  template <class Column>
-  WindowSums Make(const ColumnKernels<Column>& kernels, const Column* columns,
-                  bool nearest) const noexcept {
-    const std::uint32_t first = nearest ? columns[0] : 0u;
-    const std::uint32_t last = nearest ? columns[width_ - 1] : 0u;
-    // Place -1 - k holds -k times the first column.
-    const auto before = static_cast<std::uint32_t>(2 * margin_);
-    const auto margin = static_cast<std::size_t>(margin_);
-    kernels_->ramp(sums_.even - margin_, margin, first * (1 - before), 2 * first);
-    kernels_->ramp(sums_.odd - margin_, margin, first * (2 - before), 2 * first);
-    kernels.sum(sums_, static_cast<std::size_t>(width_), columns);
-    const std::uint32_t all = *sums_.At(width_ - 1) + beyond_ * (first + last);
-    const auto after = static_cast<std::size_t>(half_ / 2 + 1);
-    kernels_->ramp(sums_.At(width_), after, all + last, 2 * last);
-    kernels_->ramp(sums_.At(width_ + 1), after, all + 2 * last, 2 * last);
-    return {{sums_.At(half_), sums_.At(half_ + 1)}, {sums_.At(-half_ - 1), sums_.At(-half_)}};
-  }
-
- private:
-  const BoxKernels* kernels_ = nullptr;
-  std::ptrdiff_t width_ = 0, half_ = 0, margin_ = 0;
+  ColumnKernels<Columns> kernels_ = {};
+  std::ptrdiff_t width_ = 0, halfHeight_ = 0;
+  // What lies so far outside that all windows have it, or none, is not kept: beyond_ columns.
+  std::ptrdiff_t half_ = 0;
   std::uint32_t beyond_ = 0;
-  Phases<std::uint32_t> sums_;
-  Scratch<std::uint32_t> memory_;
+  bool nearest_ = false;
+  std::ptrdiff_t margin_ = 0, pitch_ = 0;
+  Scratch<Element> memory_;
 };
 
 // What the windows of a row count: how many of their pixels lie inside the image, or all.
 class RowAreas {
  public:
-  // With deviations, rows outside the image are of kMiddleLevel.
-  bool Allocate(const Box& box, std::ptrdiff_t width, std::ptrdiff_t height, bool inside,
-                bool deviations) noexcept;
+  bool Allocate(const Box& box, std::ptrdiff_t width, std::ptrdiff_t height, bool inside) noexcept;
   const WindowAreas& At(std::ptrdiff_t y) noexcept;
 
  private:
-  void Set(std::ptrdiff_t begin, std::ptrdiff_t end, std::ptrdiff_t columns) noexcept;
+  void Set(std::ptrdiff_t begin, std::ptrdiff_t end) noexcept;
 
   Box box_ = {};
   std::ptrdiff_t width_ = 0, height_ = 0, rows_ = 0;
   bool inside_ = false;
   std::ptrdiff_t pitch_ = 0;
-  Scratch<std::int32_t> areas_, biases_;
+  Scratch<std::int32_t> areas_;
   Scratch<float> reciprocals_;
-  Scratch<double> precise_;
   WindowAreas all_ = {};
 };
 

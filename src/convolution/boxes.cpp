@@ -12,44 +12,52 @@ namespace {
 using namespace ky;  // NOLINT(google-build-using-namespace)
 
 constexpr unsigned kMostHalf = 1 << 20;
-// The sums of columns of more rows do not fit 16 bits.
-constexpr std::ptrdiff_t kMostNarrowHalf = 128;
 
-AverageKernel AverageKernelOf(const BoxKernels& kernels, const BoxJob& job) noexcept {
+template <class Columns>
+AverageKernel<Columns> AverageKernelOf(const ResultKernels<Columns>& kernels,
+                                       const BoxJob& job) noexcept {
   const std::int64_t area = job.box.Area();
   if (!job.inside && area < kMostOddArea) return kernels.averageOdd;
   return area < kMostSmallArea ? kernels.averageSmall : kernels.average;
 }
 
-template <class Column>
-KY_ERRORS AverageWith(const ColumnKernels<Column>& columnKernels, const BoxKernels& kernels,
-                      const BoxJob& job) noexcept {
+// Calls run(kernels of columns, kernels of results) for the rows of a window.
+template <class Run>
+KY_ERRORS ForColumns(std::ptrdiff_t halfHeight, const Run& run) noexcept {
+  const AllColumnKernels& columns = ChooseAllColumnKernels();
+  const BoxKernels& results = ChooseBoxKernels();
+  const std::ptrdiff_t rows = 2 * halfHeight + 1;
+  if (rows <= kFewRows) return run(columns.narrow, results.few);
+  if (rows <= kNarrowRows) return run(columns.narrow, results.narrow);
+  return run(columns.wide, results.wide);
+}
+
+template <class Columns>
+KY_ERRORS AverageWith(const ColumnKernels<Columns>& columnKernels,
+                      const ResultKernels<Columns>& kernels, const BoxJob& job) noexcept {
   const std::ptrdiff_t width = job.Width(), height = job.in.height;
   PlaneRows source;
   PlaneResults results;
-  ColumnSums<Column> columns;
-  RowSums rowSums;
+  ColumnSums<Columns> columns;
   RowAreas areas;
   Scratch<KyBW8> averages;
   if (!source.Open(job.in, job.out, job.planes,
                    job.inside ? Border::Constant(0) : Border::Nearest(), job.RowsAtOnce()) ||
       !results.Open(job.out, job.planes) ||
-      !columns.Allocate(columnKernels, source, job.planes, job.box.halfHeight) ||
-      !rowSums.Allocate(kernels, job.box.halfWidth, width) ||
-      !areas.Allocate(job.box, width, height, job.inside, false) ||
+      !columns.Allocate(columnKernels, source, job.planes, job.box, !job.inside) ||
+      !areas.Allocate(job.box, width, height, job.inside) ||
       !averages.Allocate(job.threshold != nullptr ? width : 0))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
-  const AverageKernel average = AverageKernelOf(kernels, job);
+  const AverageKernel<Columns> average = AverageKernelOf(kernels, job);
   const auto n = static_cast<std::size_t>(width);
   for (std::ptrdiff_t y = 0; y < height; ++y) {
     source.FetchTo(y + job.box.halfHeight + 1);
     for (int plane = 0; plane < job.planes; ++plane) {
-      const WindowSums sums =
-          rowSums.Make(columnKernels, columns.Advance(source, y, plane), !job.inside);
+      const Windows<Columns> windows = columns.Advance(source, y, plane);
       KyBW8* const row = results.Row(y, plane);
-      average(job.threshold != nullptr ? averages.get() : row, n, sums, areas.At(y));
+      average(job.threshold != nullptr ? averages.get() : row, n, windows, areas.At(y));
       if (job.threshold != nullptr)
-        kernels.threshold(row, n, source.whole().Row(y), averages.get(), *job.threshold);
+        job.threshold->Apply(row, n, source.whole().Row(y), averages.get());
     }
     results.Done(y);
   }
@@ -58,40 +66,45 @@ KY_ERRORS AverageWith(const ColumnKernels<Column>& columnKernels, const BoxKerne
 
 KY_ERRORS Average(const BoxJob& job) noexcept {
   if (job.box.Area() > kMostArea) return AverageOfLargeBoxes(job);
-  const BoxKernels& kernels = ChooseBoxKernels();
-  if (job.box.halfHeight <= kMostNarrowHalf) return AverageWith(kernels.narrow, kernels, job);
-  return AverageWith(kernels.wide, kernels, job);
+  return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results) {
+    return AverageWith(columns, results, job);
+  });
 }
 
-KY_ERRORS Deviation(const BoxJob& job) noexcept {
-  if (job.box.Area() > kMostDeviationArea) return DeviationOfLargeBoxes(job);
+template <class Columns>
+KY_ERRORS DeviationWith(const ColumnKernels<Columns>& columnKernels,
+                        const ResultKernels<Columns>& kernels, const BoxJob& job) noexcept {
   const std::ptrdiff_t width = job.Width(), height = job.in.height;
-  const BoxKernels& kernels = ChooseBoxKernels();
   PlaneRows source;
   PlaneResults results;
-  ColumnSums<std::uint32_t> columns, squareColumns;
-  RowSums rowSums, squareSums;
+  ColumnSums<Columns> columns;
+  ColumnSums<WideColumns> squareColumns;
   RowAreas areas;
-  if (!source.Open(job.in, job.out, job.planes, Border::Constant(kMiddleLevel), job.RowsAtOnce()) ||
+  if (!source.Open(job.in, job.out, job.planes, Border::Constant(0), job.RowsAtOnce()) ||
       !results.Open(job.out, job.planes) ||
-      !columns.Allocate(kernels.wide, source, job.planes, job.box.halfHeight) ||
-      !squareColumns.Allocate(kernels.squares, source, job.planes, job.box.halfHeight) ||
-      !rowSums.Allocate(kernels, job.box.halfWidth, width) ||
-      !squareSums.Allocate(kernels, job.box.halfWidth, width) ||
-      !areas.Allocate(job.box, width, height, true, true))
+      !columns.Allocate(columnKernels, source, job.planes, job.box, false) ||
+      !squareColumns.Allocate(ChooseAllColumnKernels().squares, source, job.planes, job.box,
+                              false) ||
+      !areas.Allocate(job.box, width, height, true))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
   for (std::ptrdiff_t y = 0; y < height; ++y) {
     source.FetchTo(y + job.box.halfHeight + 1);
     for (int plane = 0; plane < job.planes; ++plane) {
-      const WindowSums sums = rowSums.Make(kernels.wide, columns.Advance(source, y, plane), false);
-      const WindowSums squares =
-          squareSums.Make(kernels.squares, squareColumns.Advance(source, y, plane), false);
-      kernels.deviation(results.Row(y, plane), static_cast<std::size_t>(width), sums, squares,
+      const Windows<Columns> levels = columns.Advance(source, y, plane);
+      const Windows<WideColumns> squares = squareColumns.Advance(source, y, plane);
+      kernels.deviation(results.Row(y, plane), static_cast<std::size_t>(width), levels, squares,
                         areas.At(y));
     }
     results.Done(y);
   }
   return KY_OK;
+}
+
+KY_ERRORS Deviation(const BoxJob& job) noexcept {
+  if (job.box.Area() > kMostDeviationArea) return DeviationOfLargeBoxes(job);
+  return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results) {
+    return DeviationWith(columns, results, job);
+  });
 }
 
 // The frame of all functions: what stands outside, and what is made of the windows.
@@ -159,8 +172,7 @@ KY_ERRORS ImgLocalThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinatio
                             unsigned halfWidth, unsigned halfHeight, int offset, KyBW8 low,
                             KyBW8 high) noexcept {
   // No level is 256 above or below another.
-  const LocalThreshold threshold = {static_cast<std::int16_t>(std::clamp(offset, -256, 256)), low,
-                                    high};
+  const LocalThreshold threshold = {std::clamp(offset, -256, 256), low, high};
   return OverBoxes("ImgLocalThreshold", source, destination, halfWidth, halfHeight,
                    {true, &Average, &threshold});
 }

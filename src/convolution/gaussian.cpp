@@ -22,7 +22,7 @@ class Weights {
     Scratch<double> bells;
     Scratch<std::int32_t> weights;
     if (!bells.Allocate(half + 1) || !weights.Allocate(half + 1) ||
-        !pairs_.Allocate(2 * (half + 1)))
+        !pairs_.Allocate(2 * (half + 1) * WeightPairs::kCopies))
       return false;
     double sum = 0;
     for (std::ptrdiff_t i = 0; i <= half; ++i) {
@@ -49,25 +49,31 @@ class Weights {
       return i <= half_ ? static_cast<std::uint32_t>(weights[i]) : 0u;
     };
     for (std::ptrdiff_t k = 0; k <= half_; ++k) {
-      pairs_[k] = static_cast<std::int32_t>(at(2 * k) | at(2 * k + 1) << 16);
-      pairs_[half_ + 1 + k] = static_cast<std::int32_t>(at(2 * k - 1) | at(2 * k) << 16);
+      for (int first = 0; first < 2; ++first)
+        std::fill_n(First(first) + WeightPairs::kCopies * k, WeightPairs::kCopies,
+                    static_cast<std::int32_t>(at(2 * k - first) | at(2 * k + 1 - first) << 16));
     }
     return true;
   }
   std::ptrdiff_t half() const noexcept { return half_; }
+  // The weight of the outermost taps.
+  std::int32_t outer() const noexcept { return First(0)[0] & 0xFFFF; }
   // For windows that begin with the first, or with the second, of a pair.
-  WeightPairs At(int first) const noexcept {
-    return {pairs_.get() + first * (half_ + 1), half_ + 1, bits_};
-  }
+  WeightPairs At(int first) const noexcept { return {First(first), half_ + 1, bits_}; }
 
  private:
+  std::int32_t* First(int first) const noexcept {
+    return pairs_.get() + WeightPairs::kCopies * first * (half_ + 1);
+  }
+
   std::ptrdiff_t half_ = 0;
   int bits_ = 15;
   Scratch<std::int32_t> pairs_;
 };
 
-// Goes down an image two rows at a time. Row v of the intermediate values is made of source row v -
-// half; rows 2 j and 2 j + 1 are a pair.
+// Goes down strips of an image four rows at a time. Strips are so narrow that the intermediate
+// values of a window stay in a first cache. Row v of these is made of source row v - half; rows 2 j
+// and 2 j + 1 are a pair.
 class GaussianWalk {
  public:
   bool Open(Rows<const KyBW8> in, Rows<KyBW8> out, int planes, const Weights& x,
@@ -79,52 +85,96 @@ class GaussianWalk {
     out_ = out;
     if (!input_.Open(in, out)) return false;
     in_ = input_.rows();
-    widePitch_ = width_ + 2 * x.half() + kGaussianSlack;
-    phase_ = width_ / 2 + kGaussianSlack;
-    splitPitch_ = ScratchPitch(width_);
-    const std::ptrdiff_t slots = planes * Slots();
-    if (!wide_.Allocate(2 * widePitch_) || !pairs_.Allocate(2 * slots * phase_) ||
-        !window_.Allocate(Slots()) || !split_.Allocate(2 * planes * splitPitch_) ||
-        !spare_.Allocate(out.width))
+    const bool inPlace = SharingOf(in_, out_) == Sharing::kTheSame;
+    strip_ = StripWidth(inPlace);
+    const std::ptrdiff_t reach = strip_ + 2 * x.half();
+    widePitch_ = reach + kGaussianSlack;
+    phase_ = strip_ / 2 + kGaussianSlack;
+    splitPitch_ = ScratchPitch(reach);
+    const std::ptrdiff_t ends = inPlace && strip_ < width_ ? 2 * in_.height * EndBytes() : 0;
+    if (!wide_.Allocate(2 * widePitch_) || !pairs_.Allocate(2 * planes * Slots() * phase_) ||
+        !window_.Allocate(Slots()) || !split_.Allocate(4 * planes * splitPitch_) ||
+        !spare_.Allocate(planes * strip_) || !ends_.Allocate(ends) ||
+        !line_.Allocate(ends > 0 ? planes * reach : 0))
       return false;
+    keepsEnds_ = ends > 0;
     std::fill_n(wide_.get(), 2 * widePitch_, std::int16_t{0});
     return true;
   }
   void Run() noexcept {
     const GaussianKernels& kernels = ChooseGaussianKernels();
+    for (begin_ = 0; begin_ < width_; begin_ = end_) {
+      end_ = std::min(begin_ + strip_, width_);
+      RunStrip(kernels);
+      strips_++;
+    }
+  }
+
+ private:
+  std::ptrdiff_t StripWidth(bool inPlace) const {
+    constexpr std::ptrdiff_t kFirstCache = 24 << 10, kLeast = 256, kPlaces = 64;
+    const std::ptrdiff_t bytes = std::ptrdiff_t{sizeof(std::uint32_t)} * planeCount_ * Slots();
+    // In place, what a strip needs of the one before it is kept.
+    const std::ptrdiff_t least = inPlace ? std::max(kLeast, x_->half()) : kLeast;
+    const std::ptrdiff_t wanted = std::max(kFirstCache / bytes, least);
+    const std::ptrdiff_t count = std::max<std::ptrdiff_t>(width_ / wanted, 1);
+    return ((width_ - 1) / count / kPlaces + 1) * kPlaces;
+  }
+
+  void RunStrip(const GaussianKernels& kernels) noexcept {
     const WeightPairs weights[2] = {y_->At(0), y_->At(1)};
     std::ptrdiff_t made = 0;
-    for (std::ptrdiff_t y = 0; y < out_.height; y += 2) {
+    for (std::ptrdiff_t y = 0; y < out_.height; y += 4) {
       for (; made < y / 2 + Slots(); ++made) MakePair(kernels, made);
-      KyBW8* const rows[2] = {out_.Row(y), y + 1 < out_.height ? out_.Row(y + 1) : spare_.get()};
+      KyBW8* rows[4];
+      for (int r = 0; r < 4; ++r)
+        rows[r] = y + r < out_.height ? out_.Row(y + r) + begin_ * planeCount_ : spare_.get();
       for (int plane = 0; plane < planeCount_; ++plane) {
         for (std::ptrdiff_t k = 0; k < Slots(); ++k) window_[k] = Slot(y / 2 + k, plane);
-        KyBW8* const to[2] = {Result(rows[0], 0, plane), Result(rows[1], 1, plane)};
-        kernels.across(to, Columns(), window_.get(), weights);
+        KyBW8* to[4];
+        for (int r = 0; r < 4; ++r) to[r] = planeCount_ == 1 ? rows[r] : Split(r, plane);
+        kernels.across(to, Columns(), {window_.get(), phase_}, weights);
       }
       if (planeCount_ > 1)
-        for (int r = 0; r < 2; ++r)
+        for (int r = 0; r < 4; ++r)
           ChoosePlaneKernels().join(reinterpret_cast<KyC24*>(rows[r]), Columns(), Split(r, 0),
                                     static_cast<std::size_t>(splitPitch_));
     }
   }
 
- private:
-  std::ptrdiff_t Slots() const { return y_->half() + 1; }
-  std::size_t Columns() const { return static_cast<std::size_t>(width_); }
-  PairRow Slot(std::ptrdiff_t pair, int plane) const {
-    std::uint32_t* const at = pairs_.get() + 2 * (pair % Slots() * planeCount_ + plane) * phase_;
-    return {at, at + phase_};
+  // Pairs that are needed at once.
+  std::ptrdiff_t Slots() const { return y_->half() + 2; }
+  std::size_t Columns() const { return static_cast<std::size_t>(end_ - begin_); }
+  std::uint32_t* Slot(std::ptrdiff_t pair, int plane) const {
+    return pairs_.get() + 2 * (pair % Slots() * planeCount_ + plane) * phase_;
   }
-  // Two rows of planes, of the source or of results.
+  // Four rows of planes, of the source or of results.
   KyBW8* Split(int row, int plane) const {
     return split_.get() + (row * planeCount_ + plane) * splitPitch_;
   }
-  KyBW8* Result(KyBW8* row, int r, int plane) const {
-    return planeCount_ == 1 ? row : Split(r, plane);
-  }
   std::ptrdiff_t SourceRow(std::ptrdiff_t v) const {
     return std::clamp<std::ptrdiff_t>(v - y_->half(), 0, in_.height - 1);
+  }
+  // The last pixels of a strip's rows, which the next strip overwrites before the one after it
+  // reads them.
+  std::ptrdiff_t EndBytes() const { return x_->half() * planeCount_; }
+  KyBW8* Ends(std::ptrdiff_t strip, std::ptrdiff_t row) const {
+    return ends_.get() + (strip % 2 * in_.height + row) * EndBytes();
+  }
+
+  // The pixels from column `left` of a source row on, up to column `right`.
+  const KyBW8* Source(std::ptrdiff_t row, std::ptrdiff_t left, std::ptrdiff_t right) noexcept {
+    const KyBW8* const pixels = in_.Row(row);
+    if (!keepsEnds_) return pixels + left * planeCount_;
+    const auto copy = [](KyBW8* to, const KyBW8* from, std::ptrdiff_t n) {
+      std::memcpy(to, from, static_cast<std::size_t>(n));
+    };
+    const std::ptrdiff_t before = (begin_ - left) * planeCount_;
+    if (end_ < width_)
+      copy(Ends(strips_, row), pixels + end_ * planeCount_ - EndBytes(), EndBytes());
+    copy(line_.get(), Ends(strips_ + 1, row) + EndBytes() - before, before);
+    copy(line_.get() + before, pixels + begin_ * planeCount_, (right - begin_) * planeCount_);
+    return line_.get();
   }
 
   void MakePair(const GaussianKernels& kernels, std::ptrdiff_t pair) noexcept {
@@ -132,37 +182,65 @@ class GaussianWalk {
     // Beyond the image all pairs are the same.
     if (pair > 0 && SourceRow(2 * pair - 2) == rows[1]) {
       const auto bytes = static_cast<std::size_t>(2 * planeCount_ * phase_) * sizeof(std::uint32_t);
-      if (Slots() > 1) std::memcpy(Slot(pair, 0).even, Slot(pair - 1, 0).even, bytes);
+      std::memcpy(Slot(pair, 0), Slot(pair - 1, 0), bytes);
       return;
     }
-    if (planeCount_ > 1)
-      for (int r = 0; r < 2; ++r)
-        ChoosePlaneKernels().split(Split(r, 0), static_cast<std::size_t>(splitPitch_), Columns(),
-                                   reinterpret_cast<const KyC24*>(in_.Row(rows[r])));
+    const std::ptrdiff_t half = x_->half();
+    const std::ptrdiff_t left = std::max<std::ptrdiff_t>(begin_ - half, 0);
+    const std::ptrdiff_t right = std::min(end_ + half, width_);
+    const auto columns = static_cast<std::size_t>(right - left);
+    const KyBW8* source[2];
+    for (int r = 0; r < 2; ++r) {
+      source[r] = Source(rows[r], left, right);
+      if (planeCount_ > 1)
+        ChoosePlaneKernels().split(Split(r, 0), static_cast<std::size_t>(splitPitch_), columns,
+                                   reinterpret_cast<const KyC24*>(source[r]));
+      else if (keepsEnds_)
+        source[r] = static_cast<KyBW8*>(std::memcpy(Split(r, 0), source[r], columns));
+    }
     for (int plane = 0; plane < planeCount_; ++plane) {
       const std::int16_t* wide[2];
       for (int r = 0; r < 2; ++r) {
         std::int16_t* const row = wide_.get() + r * widePitch_;
-        kernels.widen(row + x_->half(), Columns(),
-                      planeCount_ == 1 ? in_.Row(rows[r]) : Split(r, plane));
-        Border::Nearest().Pad(row + x_->half(), width_, x_->half(), x_->half(), 1);
+        std::int16_t* const first = row + half - (begin_ - left);
+        std::int16_t* const last = first + columns - 1;
+        kernels.widen(first, columns, planeCount_ == 1 ? source[r] : Split(r, plane));
+        std::fill(row, first, *first);
+        std::fill_n(last + 1, end_ + half - right, *last);
         wide[r] = row;
       }
-      kernels.along(Slot(pair, plane), Columns(), wide, x_->At(0));
+      std::uint32_t* const slot = Slot(pair, plane);
+      const WeightPairs weights[2] = {x_->At(0), x_->At(1)};
+      kernels.along({&slot, phase_}, Columns(), wide, weights);
     }
   }
 
   int planeCount_ = 1;
   const Weights *x_ = nullptr, *y_ = nullptr;
-  std::ptrdiff_t width_ = 0, widePitch_ = 0, phase_ = 0, splitPitch_ = 0;
+  std::ptrdiff_t width_ = 0, strip_ = 0, widePitch_ = 0, phase_ = 0, splitPitch_ = 0;
+  bool keepsEnds_ = false;
+  // The strip at hand, and how many have been before it.
+  std::ptrdiff_t begin_ = 0, end_ = 0, strips_ = 0;
   Rows<const KyBW8> in_;
   Rows<KyBW8> out_;
   Input<KyBW8> input_;
   Scratch<std::int16_t> wide_;
   Scratch<std::uint32_t> pairs_;
-  Scratch<PairRow> window_;
-  Scratch<KyBW8> split_, spare_;
+  Scratch<std::uint32_t*> window_;
+  Scratch<KyBW8> split_, spare_, ends_, line_;
 };
+
+KY_ERRORS SmallGaussian(Rows<const KyBW8> in, Rows<KyBW8> out, int step, const Weights& x,
+                        const Weights& y) noexcept {
+  const SmallGaussianKernels& kernels = ChooseSmallGaussianKernels();
+  const ThreeTaps taps = {static_cast<std::int16_t>(x.outer()),
+                          static_cast<std::int16_t>(y.outer())};
+  const auto run = [&](Rows<KyBW8> results, const KyBW8* const* rows, const Layout& layout) {
+    (step == 1 ? kernels.grey : kernels.color)(taps, results, rows, layout);
+  };
+  return FilterWindows(out, in, Border::Nearest(),
+                       WindowKernel<decltype(run)>{1, kernels.lanes, run, step});
+}
 
 template <class Pixel>
 KY_ERRORS Gaussian(const char* name, const KyROI<Pixel>* source, const KyROI<Pixel>* destination,
@@ -189,9 +267,11 @@ KY_ERRORS Gaussian(const char* name, const KyROI<Pixel>* source, const KyROI<Pix
     const double y = sigmaY > 0 ? double{sigmaY} : sigmaX > 0 ? double{sigmaX} : usual(halfHeight);
     Weights weightsX, weightsY;
     GaussianWalk walk;
-    if (!weightsX.Make(halfWidth, x) || !weightsY.Make(halfHeight, y) ||
-        !walk.Open(in, out, sizeof(Pixel), weightsX, weightsY))
+    if (!weightsX.Make(halfWidth, x) || !weightsY.Make(halfHeight, y))
       return KY_ERROR_NOT_ENOUGH_MEMORY;
+    if (weightsX.half() == 1 && weightsY.half() == 1)
+      return SmallGaussian(in, out, sizeof(Pixel), weightsX, weightsY);
+    if (!walk.Open(in, out, sizeof(Pixel), weightsX, weightsY)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     walk.Run();
     return KY_OK;
   });

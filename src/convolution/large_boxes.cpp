@@ -68,8 +68,8 @@ class LargeBoxes {
         KyBW8* const row = results.Row(y, plane);
         MakeRow(job.threshold != nullptr ? averages_.get() : row, y, plane, result);
         if (job.threshold != nullptr)
-          ChooseBoxKernels().threshold(row, static_cast<std::size_t>(width_), source.whole().Row(y),
-                                       averages_.get(), *job.threshold);
+          job.threshold->Apply(row, static_cast<std::size_t>(width_), source.whole().Row(y),
+                               averages_.get());
       }
       results.Done(y);
     }

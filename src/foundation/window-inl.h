@@ -125,12 +125,30 @@ class Neighbours {
   V16 columns_[kColumns];
 };
 
+#if KY_HAVE_MUL_ADD_BYTES
+// Two vectors of 16-bit lanes as bytes, block by block of 16 bytes: what puts together again what
+// InterleaveLower and InterleaveUpper took apart. Lanes must be 0 to 255.
+HWY_INLINE hn::Vec<D8> PackBytes(V16 lower, V16 upper) {
+#if HWY_TARGET < HWY_AVX2
+  return hn::Vec<D8>{_mm512_packus_epi16(lower.raw, upper.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return hn::Vec<D8>{_mm256_packus_epi16(lower.raw, upper.raw)};
+#else
+  return hn::Vec<D8>{_mm_packus_epi16(lower.raw, upper.raw)};
+#endif
+}
+#endif
+
 // The phases as 8-bit places again. Their lanes must be 0 to 255.
+template <bool kInterleaved = false>
 HWY_INLINE hn::Vec<D8> JoinPhases(const V16 (&phases)[kPhases]) {
   const D8 d;
 #if HWY_TARGET == HWY_SCALAR
   return hn::DemoteTo(d, phases[0]);
 #else
+#if KY_HAVE_MUL_ADD_BYTES
+  if constexpr (kInterleaved) return PackBytes(phases[0], phases[1]);
+#endif
   return hn::BitCast(d, hn::Or(phases[0], hn::ShiftLeft<8>(phases[1])));
 #endif
 }
@@ -207,6 +225,8 @@ HWY_INLINE V16 WeighBytes(hn::Vec<D8> v) {
 template <class Op, int kStep>
 struct RowParts {
   using Part = decltype(std::declval<Op>().Row(D16(), nullptr));
+  // Whether the phases are the lower and the upper halves of blocks, not even and odd places.
+  static constexpr bool kInterleaved = KY_HAVE_MUL_ADD_BYTES && kStep != 1 && kHasSymmetricRow<Op>;
   Part part[kPhases];
 
   HWY_INLINE void Make(const Op& op, const uint8_t* places) {
@@ -216,6 +236,7 @@ struct RowParts {
         MakeOfBytes<(2 * k - Op::kRadius)...>(places);
       }
     (std::make_integer_sequence<int, Op::kRadius + 1>());
+    if constexpr (kInterleaved) return MakeOfPairs(places);
 #endif
     const Neighbours<Op::kRadius, kStep> neighbours(places);
     for (int p = 0; p < kPhases; ++p) part[p] = op.Row(D16(), neighbours.Phase(p));
@@ -233,6 +254,27 @@ struct RowParts {
     const auto at = [&](int column) KY_INLINE_ATTR { return hn::LoadU(D8(), places + column); };
     part[0] = sum(WeighBytes<Op::WeightOf(kColumns), Op::WeightOf(kColumns + 1)>(at(kColumns))...);
     part[1] = sum(WeighBytes<Op::WeightOf(kColumns - 1), Op::WeightOf(kColumns)>(at(kColumns))...);
+  }
+  // From products of neighbours that are interleaved first, as they do not lie side by side.
+  HWY_INLINE void MakeOfPairs(const uint8_t* places) {
+    const D8 d;
+    const auto at = [&](int column)
+                        KY_INLINE_ATTR { return hn::LoadU(d, places + kStep * column); };
+    constexpr int kRadius = Op::kRadius;
+    static_assert(Op::WeightOf(kRadius) == 1);
+    const auto last = at(kRadius), zero = hn::Zero(d);
+    part[0] = hn::BitCast(D16(), hn::InterleaveLower(d, last, zero));
+    part[1] = hn::BitCast(D16(), hn::InterleaveUpper(d, last, zero));
+    ForEach<kRadius>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
+      constexpr int kColumn = 2 * k - kRadius;
+      constexpr int kFirst = Op::WeightOf(kColumn), kSecond = Op::WeightOf(kColumn + 1);
+      const auto first = at(kColumn), second = at(kColumn + 1);
+      const auto add = [&](int p, hn::Vec<D8> pairs) KY_INLINE_ATTR {
+        part[p] = hn::Add(part[p], WeighBytes<kFirst, kSecond>(pairs));
+      };
+      add(0, hn::InterleaveLower(d, first, second));
+      add(1, hn::InterleaveUpper(d, first, second));
+    });
   }
 #endif
 };
@@ -272,7 +314,7 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
                                              std::integer_sequence<int, k...>) KY_INLINE_ATTR {
       V16 results[kPhases];
       for (int p = 0; p < kPhases; ++p) results[p] = op(D16(), parts[y + k].part[p]...);
-      hn::StoreU(JoinPhases(results), d, to[y] + x);
+      hn::StoreU(JoinPhases<RowParts<Op, kStep>::kInterleaved>(results), d, to[y] + x);
     };
     ForEach<kIn>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
       parts[k].Make(op, in[k] + x);
