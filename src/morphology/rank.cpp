@@ -7,6 +7,7 @@
 #include "foundation/rows.h"
 #include "foundation/window.h"
 #include "morphology/rank_rows.h"
+#include "morphology/select_rows.h"
 #include "morphology/small_rank_rows.h"
 
 namespace {
@@ -72,6 +73,18 @@ KY_ERRORS Run(Rows<const KyBW8> source, Rows<KyBW8> destination, int step, const
     const auto& pair = is3x3 ? small.ranks3x3[rank] : small.median5x5;
     return FilterWindows(destination, source, ky::Border::Nearest(),
                          step == 1 ? pair.grey : pair.color);
+  }
+  const ky::SelectKernels& select = ky::ChooseSelectKernels();
+  const std::ptrdiff_t radius = std::max(window.halfWidth, window.halfHeight);
+  if (radius <= ky::SelectWindow::kMostHalf && window.Pixels() <= select.most) {
+    const ky::SelectWindow selected = {window.halfWidth, window.halfHeight, static_cast<int>(rank)};
+    const auto kernel = (step == 1 ? select.grey : select.color)[window.halfWidth];
+    const auto run = [&](Rows<KyBW8> out, const KyBW8* const* rows) {
+      kernel(out, rows + (radius - window.halfHeight), selected);
+    };
+    return FilterWindows(
+        destination, source, ky::Border::Nearest(),
+        ky::WindowKernel<decltype(run)>{static_cast<int>(radius), select.lanes, run, step});
   }
   const ky::RankKernels& kernels = ky::ChooseRankKernels();
   ky::Input<KyBW8> input;

@@ -102,6 +102,10 @@ TEST(Rank, WindowsOfAnySize) {
                         {1, 1, 0},
                         {1, 1, 8},
                         {1, 2, 3},
+                        {5, 5, kMedian},
+                        {5, 1, 31},
+                        {1, 5, 0},
+                        {2, 3, 34},
                         {4, 6, 100},
                         {90, 90, 32760},
                         {90, 90, 32761 - 1},
@@ -109,7 +113,7 @@ TEST(Rank, WindowsOfAnySize) {
                         {100, 90, 3000},
                         {kLargest, kLargest, 0xFFFFFFFE}})
     Check<KyBW8>(c, sizes);
-  for (const Case& c : {Case{3, 3, kMedian}, {2, 1, 3}, {5, 140, kMedian}})
+  for (const Case& c : {Case{3, 3, kMedian}, {2, 1, 3}, {1, 5, 9}, {5, 140, kMedian}})
     Check<KyC24>(c, {{1, 1}, {2, 5}, {33, 7}, {200, 3}});
 }
 
