@@ -31,7 +31,7 @@ using ReduceKernel = Result (*)(const T* row, std::size_t n);
 
 // Adds `height` rows, at most kColumnRows and `pitch` bytes apart, to the sums of n columns, modulo
 // 2^32.
-inline constexpr std::ptrdiff_t kColumnRows = 16;
+inline constexpr std::ptrdiff_t kColumnRows = 256;
 template <class T>
 using ColumnKernel = void (*)(std::uint32_t* sums, std::size_t n, const T* first,
                               std::ptrdiff_t pitch, std::ptrdiff_t height);

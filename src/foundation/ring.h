@@ -37,6 +37,13 @@ struct Border {
   template <class T>
   void Pad(T* row, std::ptrdiff_t pixels, std::ptrdiff_t left, std::ptrdiff_t right,
            int step) const noexcept {
+    if (kind == kNearest) {
+      // Each element is the one a pixel further inside.
+      T* const end = row + pixels * step;
+      for (std::ptrdiff_t i = 1; i <= left * step; ++i) row[-i] = row[step - i];
+      for (std::ptrdiff_t i = 0; i < right * step; ++i) end[i] = end[i - step];
+      return;
+    }
     const auto put = [&](std::ptrdiff_t pixel) {
       const std::ptrdiff_t place = PlaceOf(pixel, pixels);
       for (int k = 0; k < step; ++k)
@@ -93,9 +100,11 @@ class RowRing {
     if (pitch > (PTRDIFF_MAX - outside) / count || !memory_.Allocate(count * pitch + outside))
       return false;
     std::fill_n(memory_.get(), count * pitch + outside, static_cast<T>(shape.border.value));
-    lines_ = {memory_.get() + shape.left * shape.step, pitch, count};
-    outside_ = lines_.first + count * pitch;
-    fetched_ = 0;
+    first_ = memory_.get() + shape.left * shape.step;
+    pitch_ = pitch;
+    count_ = count;
+    outside_ = first_ + count * pitch;
+    fetched_ = next_ = 0;
     return true;
   }
 
@@ -104,7 +113,8 @@ class RowRing {
   template <class Fetch>
   void FetchTo(std::ptrdiff_t end, const Fetch& fetch) noexcept {
     for (; fetched_ < std::min(end, shape_.height); ++fetched_) {
-      T* const slot = lines_(fetched_);
+      T* const slot = first_ + next_ * pitch_;
+      next_ = next_ + 1 < count_ ? next_ + 1 : 0;
       fetch(slot, fetched_);
       // What the slots were allocated with is the constant.
       if (shape_.border.kind != Border::kConstant)
@@ -113,20 +123,24 @@ class RowRing {
   }
 
   // Bytes from row to row.
-  std::ptrdiff_t pitch() const noexcept { return lines_.pitch * std::ptrdiff_t{sizeof(T)}; }
+  std::ptrdiff_t pitch() const noexcept { return pitch_ * std::ptrdiff_t{sizeof(T)}; }
 
   // What stands at row y, inside or outside. It must be among the rows that are needed at once.
   const T* operator()(std::ptrdiff_t y) const noexcept {
     const std::ptrdiff_t place = shape_.border.PlaceOf(y, shape_.height);
-    return place < 0 ? outside_ : lines_(place);
+    if (place < 0) return outside_;
+    // Counted back from the newest: divisions are slow.
+    const std::ptrdiff_t slot = next_ - (fetched_ - place);
+    return first_ + (slot < 0 ? slot + count_ : slot) * pitch_;
   }
 
  private:
   Shape shape_ = {};
   Scratch<T> memory_;
-  Lines<T> lines_ = {};
+  T* first_ = nullptr;
+  std::ptrdiff_t pitch_ = 0, count_ = 0;  // of the slots; pitch in elements
   const T* outside_ = nullptr;
-  std::ptrdiff_t fetched_ = 0;
+  std::ptrdiff_t fetched_ = 0, next_ = 0;  // rows, and the slot of the next
 };
 
 }  // namespace ky

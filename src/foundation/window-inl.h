@@ -16,6 +16,7 @@
 #include "foundation/lanes-inl.h"
 #include "foundation/pitch.h"
 #include "foundation/prefetch-inl.h"
+#include "foundation/widen-inl.h"
 #include "foundation/window.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -43,6 +44,7 @@ HWY_INLINE void ForEach(const F& f) {
 // The base of formulas over windows of 2 * radius + 1 rows and columns.
 template <int radius>
 struct WindowOp {
+  using Lane = int16_t;
   static constexpr int kRadius = radius;
 };
 
@@ -125,30 +127,12 @@ class Neighbours {
   V16 columns_[kColumns];
 };
 
-#if KY_HAVE_MUL_ADD_BYTES
-// Two vectors of 16-bit lanes as bytes, block by block of 16 bytes: what puts together again what
-// InterleaveLower and InterleaveUpper took apart. Lanes must be 0 to 255.
-HWY_INLINE hn::Vec<D8> PackBytes(V16 lower, V16 upper) {
-#if HWY_TARGET < HWY_AVX2
-  return hn::Vec<D8>{_mm512_packus_epi16(lower.raw, upper.raw)};
-#elif HWY_TARGET == HWY_AVX2
-  return hn::Vec<D8>{_mm256_packus_epi16(lower.raw, upper.raw)};
-#else
-  return hn::Vec<D8>{_mm_packus_epi16(lower.raw, upper.raw)};
-#endif
-}
-#endif
-
 // The phases as 8-bit places again. Their lanes must be 0 to 255.
-template <bool kInterleaved = false>
 HWY_INLINE hn::Vec<D8> JoinPhases(const V16 (&phases)[kPhases]) {
   const D8 d;
 #if HWY_TARGET == HWY_SCALAR
   return hn::DemoteTo(d, phases[0]);
 #else
-#if KY_HAVE_MUL_ADD_BYTES
-  if constexpr (kInterleaved) return PackBytes(phases[0], phases[1]);
-#endif
   return hn::BitCast(d, hn::Or(phases[0], hn::ShiftLeft<8>(phases[1])));
 #endif
 }
@@ -219,64 +203,126 @@ HWY_INLINE V16 WeighBytes(hn::Vec<D8> v) {
     return hn::BitCast(D16(), hn::ShiftRight<8>(hn::BitCast(d16, v)));
   return MulAddBytes(v, hn::BitCast(D8(), hn::Set(d16, uint16_t{kFirst + 256 * kSecond})));
 }
+HWY_INLINE V16 SumOf(V16 first) { return first; }
+template <class... V>
+HWY_INLINE V16 SumOf(V16 first, V... others) {
+  return hn::Add(first, SumOf(others...));
+}
+
+// What a SymmetricRow contributes, from products of bytes in pairs: to the even and the odd places
+// in rows of grey pixels, otherwise to the lower and the upper half of each block of 16 bytes.
+template <class Op, int kStep>
+struct ByteRow {
+  static constexpr int kRadius = Op::kRadius;
+  const uint8_t* places;
+
+  HWY_INLINE void Make(V16 (&part)[kPhases]) const {
+    using Count = std::make_integer_sequence<int, kRadius>;
+    if constexpr (kStep != 1)
+      MakeBlocks(part, Count());
+    else if constexpr (kIsUniform)
+      MakeUniform(part, std::make_integer_sequence<int, kRadius - 1>());
+    else if constexpr (kRadius == 1 && Op::WeightOf(0) == 2 && Op::WeightOf(1) == 1)
+      MakeBinomial(part);
+    else
+      MakePhases(part, std::make_integer_sequence<int, kRadius + 1>());
+  }
+
+ private:
+  static constexpr bool kIsUniform = [] {
+    for (int i = 0; i <= kRadius; ++i)
+      if (Op::WeightOf(i) != 1) return false;
+    return true;
+  }();
+
+  HWY_INLINE hn::Vec<D8> At(int column) const { return hn::LoadU(D8(), places + kStep * column); }
+
+  // The pairs lie so many columns to the right of the even places, and one column less to the right
+  // of the odd ones.
+  template <int... k>
+  HWY_INLINE void MakePhases(V16 (&part)[kPhases], std::integer_sequence<int, k...>) const {
+    part[0] = SumOf(WeighPair<2 * k - kRadius>(At(2 * k - kRadius))...);
+    part[1] = SumOf(WeighPair<2 * k - kRadius - 1>(At(2 * k - kRadius))...);
+  }
+  // Even and odd places have all but their outermost columns in common.
+  template <int... k>
+  HWY_INLINE void MakeUniform(V16 (&part)[kPhases], std::integer_sequence<int, k...>) const {
+    const V16 inner =
+        SumOf(WeighBytes<1, 1>(At(1 - kRadius)), WeighBytes<1, 1>(At(2 * k + 3 - kRadius))...);
+    part[0] = hn::Add(inner, WeighBytes<1, 0>(At(-kRadius)));
+    part[1] = hn::Add(inner, WeighBytes<0, 1>(At(kRadius)));
+  }
+  // Sums of neighbouring sums of two.
+  HWY_INLINE void MakeBinomial(V16 (&part)[kPhases]) const {
+    const V16 inner = WeighBytes<1, 1>(At(0));
+    part[0] = hn::Add(WeighBytes<1, 1>(At(-1)), inner);
+    part[1] = hn::Add(inner, WeighBytes<1, 1>(At(1)));
+  }
+  template <int... k>
+  HWY_INLINE void MakeBlocks(V16 (&part)[kPhases], std::integer_sequence<int, k...>) const {
+    static_assert(Op::WeightOf(kRadius) == 1);
+    const D8 d;
+    const auto last = At(kRadius), zero = hn::Zero(d);
+    part[0] = SumOf(hn::BitCast(D16(), hn::InterleaveLower(d, last, zero)),
+                    WeighPair<2 * k - kRadius>(
+                        hn::InterleaveLower(d, At(2 * k - kRadius), At(2 * k + 1 - kRadius)))...);
+    part[1] = SumOf(hn::BitCast(D16(), hn::InterleaveUpper(d, last, zero)),
+                    WeighPair<2 * k - kRadius>(
+                        hn::InterleaveUpper(d, At(2 * k - kRadius), At(2 * k + 1 - kRadius)))...);
+  }
+  // Under the weights of a column and of the next.
+  template <int kColumn>
+  HWY_INLINE static V16 WeighPair(hn::Vec<D8> pair) {
+    return WeighBytes<Op::WeightOf(kColumn), Op::WeightOf(kColumn + 1)>(pair);
+  }
+};
 #endif
 
-// What a row contributes, for each phase.
+// What a row contributes, for each phase, and results of it.
 template <class Op, int kStep>
 struct RowParts {
   using Part = decltype(std::declval<Op>().Row(D16(), nullptr));
-  // Whether the phases are the lower and the upper halves of blocks, not even and odd places.
-  static constexpr bool kInterleaved = KY_HAVE_MUL_ADD_BYTES && kStep != 1 && kHasSymmetricRow<Op>;
   Part part[kPhases];
+
+#if KY_HAVE_MUL_ADD_BYTES
+  static constexpr bool kOfBytes = kHasSymmetricRow<Op>;
+#else
+  static constexpr bool kOfBytes = false;
+#endif
 
   HWY_INLINE void Make(const Op& op, const uint8_t* places) {
 #if KY_HAVE_MUL_ADD_BYTES
-    if constexpr (kStep == 1 && kHasSymmetricRow<Op>)
-      return [&]<int... k>(std::integer_sequence<int, k...>) KY_INLINE_ATTR {
-        MakeOfBytes<(2 * k - Op::kRadius)...>(places);
-      }
-    (std::make_integer_sequence<int, Op::kRadius + 1>());
-    if constexpr (kInterleaved) return MakeOfPairs(places);
+    if constexpr (kOfBytes) return ByteRow<Op, kStep>{places}.Make(part);
 #endif
     const Neighbours<Op::kRadius, kStep> neighbours(places);
     for (int p = 0; p < kPhases; ++p) part[p] = op.Row(D16(), neighbours.Phase(p));
   }
-
+  template <class... RowPart>
+  HWY_INLINE static hn::Vec<D8> Result(const Op& op, const RowPart&... row) {
+    V16 results[kPhases];
+    for (int p = 0; p < kPhases; ++p) results[p] = op(D16(), row.part[p]...);
 #if KY_HAVE_MUL_ADD_BYTES
-  // From products of bytes in pairs, which lie kColumns to the right of the even places, and one
-  // column less to the right of the odd ones.
-  template <int... kColumns>
-  HWY_INLINE void MakeOfBytes(const uint8_t* places) {
-    const auto sum = [](auto first, auto... others) KY_INLINE_ATTR {
-      ((first = hn::Add(first, others)), ...);
-      return first;
-    };
-    const auto at = [&](int column) KY_INLINE_ATTR { return hn::LoadU(D8(), places + column); };
-    part[0] = sum(WeighBytes<Op::WeightOf(kColumns), Op::WeightOf(kColumns + 1)>(at(kColumns))...);
-    part[1] = sum(WeighBytes<Op::WeightOf(kColumns - 1), Op::WeightOf(kColumns)>(at(kColumns))...);
-  }
-  // From products of neighbours that are interleaved first, as they do not lie side by side.
-  HWY_INLINE void MakeOfPairs(const uint8_t* places) {
-    const D8 d;
-    const auto at = [&](int column)
-                        KY_INLINE_ATTR { return hn::LoadU(d, places + kStep * column); };
-    constexpr int kRadius = Op::kRadius;
-    static_assert(Op::WeightOf(kRadius) == 1);
-    const auto last = at(kRadius), zero = hn::Zero(d);
-    part[0] = hn::BitCast(D16(), hn::InterleaveLower(d, last, zero));
-    part[1] = hn::BitCast(D16(), hn::InterleaveUpper(d, last, zero));
-    ForEach<kRadius>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
-      constexpr int kColumn = 2 * k - kRadius;
-      constexpr int kFirst = Op::WeightOf(kColumn), kSecond = Op::WeightOf(kColumn + 1);
-      const auto first = at(kColumn), second = at(kColumn + 1);
-      const auto add = [&](int p, hn::Vec<D8> pairs) KY_INLINE_ATTR {
-        part[p] = hn::Add(part[p], WeighBytes<kFirst, kSecond>(pairs));
-      };
-      add(0, hn::InterleaveLower(d, first, second));
-      add(1, hn::InterleaveUpper(d, first, second));
-    });
-  }
+    if constexpr (kOfBytes && kStep != 1) return NarrowBlocks(D8(), results[0], results[1]);
 #endif
+    return JoinPhases(results);
+  }
+};
+
+// Formulas that work on bytes say so by `using Lane = uint8_t`: op.Row(d8, at) is what a row
+// contributes, with at(right) as above.
+template <class Op, int kStep>
+requires std::is_same_v<typename Op::Lane, uint8_t>
+struct RowParts<Op, kStep> {
+  hn::Vec<D8> part;
+
+  HWY_INLINE void Make(const Op& op, const uint8_t* places) {
+    part = op.Row(
+        D8(), [=](int right) KY_INLINE_ATTR { return hn::LoadU(D8(), places + kStep * right); });
+  }
+  template <class... RowPart>
+  HWY_INLINE static hn::Vec<D8> Result(const Op& op, const RowPart&... row) {
+    return op(D8(), row.part...);
+  }
 };
 
 // Where to what the next rows will read and write is prefetched: processors are late to see by
@@ -298,11 +344,11 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
   const ptrdiff_t inAhead = kRows * pitch;
   const ptrdiff_t outAhead = kRows * out.pitch;
   for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
-    if (kAhead != Ahead::kNowhere && prefetches) {
+    if (kAhead != Ahead::kNowhere && prefetches && x % 64 == 0) {
       for (int y = 0; y < kRows; ++y) {
         if constexpr (kAhead == Ahead::kToFirstCache) {
-          PrefetchAhead<hn::MaxLanes(d)>(in[kIn - kRows + y], inAhead + x);
-          PrefetchAhead<hn::MaxLanes(d)>(to[y], outAhead + x);
+          PrefetchAhead<64>(in[kIn - kRows + y], inAhead + x);
+          PrefetchAhead<64>(to[y], outAhead + x);
         } else {
           PrefetchToSecondCache(in[kIn - kRows + y], inAhead + x);
           PrefetchToSecondCache(to[y], outAhead + x);
@@ -312,9 +358,7 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
     RowParts<Op, kStep> parts[kIn];
     const auto result = [&]<int y, int... k>(std::integral_constant<int, y>,
                                              std::integer_sequence<int, k...>) KY_INLINE_ATTR {
-      V16 results[kPhases];
-      for (int p = 0; p < kPhases; ++p) results[p] = op(D16(), parts[y + k].part[p]...);
-      hn::StoreU(JoinPhases<RowParts<Op, kStep>::kInterleaved>(results), d, to[y] + x);
+      hn::StoreU(RowParts<Op, kStep>::Result(op, parts[y + k]...), d, to[y] + x);
     };
     ForEach<kIn>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
       parts[k].Make(op, in[k] + x);

@@ -83,6 +83,7 @@ class WindowWalk {
     if (!input_.Open(source, destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     in_ = input_.rows();
     ends_ = std::max(RoundUp(reach_), lanes_);
+    halfStrip_ = (ends_ + reach_ + step_ - 1) / step_ * step_;
     copies_ = in_.width < 2 * ends_ + lanes_ || Crowds() ||
               SharingOf(in_, destination) == Sharing::kTheSame;
     isLarge_ = !copies_ && in_.height * (in_.RowBytes() + out_.RowBytes()) > kSecondCache;
@@ -124,13 +125,13 @@ class WindowWalk {
   std::ptrdiff_t BandRows() const { return rowsAtOnce_ + 2 * radius_; }
   // Kernels go through three rows of results at once (see RollWindows).
   bool Crowds() const { return FightsCache(in_.pitch) && 3 + 2 * radius_ > kWays; }
-  // Elements of a strip, of whole pixels: what either end's results are made from.
-  std::ptrdiff_t HalfStrip() const { return (ends_ + reach_ + step_ - 1) / step_ * step_; }
+  // The first column of what is made from whole rows.
+  std::ptrdiff_t First() const { return copies_ ? 0 : ends_; }
 
   // A slot for each row that a band reads: a padded copy, else a strip with its ends. And a band of
   // results for what cannot be written at once.
   bool Allocate() noexcept {
-    const std::ptrdiff_t strip = 2 * HalfStrip(), width = copies_ ? in_.width : strip;
+    const std::ptrdiff_t strip = 2 * halfStrip_, width = copies_ ? in_.width : strip;
     return ring_.Allocate({width / step_, in_.height, radius_, radius_, BandRows(), step_,
                            2 * lanes_, border_, std::max(in_.width, strip) / step_}) &&
            results_.Allocate(rowsAtOnce_ * ends_) && pointers_.Allocate(3 * BandRows());
@@ -138,16 +139,27 @@ class WindowWalk {
 
   // Fills a slot: with the whole row, or with either end.
   void Fetch(const T* row, T* slot) const {
-    const auto copy = [](T* to, const T* from, std::ptrdiff_t n) {
+    if (copies_) {
+      std::memcpy(slot, row, static_cast<std::size_t>(in_.RowBytes()));
+    } else {
+      CopyFew(slot, row, halfStrip_);
+      CopyFew(slot + halfStrip_, row + in_.width - halfStrip_, halfStrip_);
+    }
+  }
+  // So few that the call of a function would take longer.
+  static void CopyFew(T* to, const T* from, std::ptrdiff_t n) {
+    constexpr std::size_t kBytes = 16;
+    constexpr std::ptrdiff_t kBlock = kBytes / sizeof(T);
+    if (n < kBlock) {
       std::memcpy(to, from, static_cast<std::size_t>(n) * sizeof(T));
-    };
-    if (copies_) return copy(slot, row, in_.width);
-    const std::ptrdiff_t n = HalfStrip();
-    copy(slot, row, n);
-    copy(slot + n, row + in_.width - n, n);
+      return;
+    }
+    for (std::ptrdiff_t i = 0; i < n - kBlock; i += kBlock) std::memcpy(to + i, from + i, kBytes);
+    std::memcpy(to + n - kBlock, from + n - kBlock, kBytes);
   }
 
-  // Finds the rows of the windows of results y.. y + count - 1.
+  // Finds the rows of the windows of results y.. y + count - 1: the whole ones from column First()
+  // on.
   void OpenBand(std::ptrdiff_t y, std::ptrdiff_t count) {
     const std::ptrdiff_t top = y - radius_;
     ring_.FetchTo(y + count + radius_,
@@ -155,7 +167,7 @@ class WindowWalk {
     for (std::ptrdiff_t k = 0; k < count + 2 * radius_; ++k) {
       const std::ptrdiff_t row = border_.PlaceOf(top + k, in_.height);
       Strips()[k] = ring_(top + k);
-      WholeRows()[k] = copies_ || row < 0 ? Strips()[k] : in_.Row(row);
+      WholeRows()[k] = (copies_ || row < 0 ? Strips()[k] : in_.Row(row)) + First();
     }
     band_ = {out_.Row(y), out_.pitch, out_.width, count};
   }
@@ -164,13 +176,13 @@ class WindowWalk {
   // may overlap.
   template <class Kernel>
   void MakeBand(const Kernel& kernel) {
-    const std::ptrdiff_t width = in_.width, first = copies_ ? 0 : ends_, end = width - first;
+    const std::ptrdiff_t width = in_.width, first = First(), end = width - first;
     const std::ptrdiff_t whole = (end - first) / lanes_ * lanes_, rest = end - first - whole;
-    if (whole > 0) MakeAt(kernel, WholeRows(), first, first, whole);
+    if (whole > 0) MakeAt(kernel, WholeRows(), 0, first, whole);
     if (copies_) return MakeApart(kernel, WholeRows(), whole, 0, rest, whole);
-    if (rest > 0) MakeAt(kernel, WholeRows(), end - lanes_, end - lanes_, lanes_);
+    if (rest > 0) MakeAt(kernel, WholeRows(), end - lanes_ - first, end - lanes_, lanes_);
     MakeAt(kernel, Strips(), 0, 0, ends_);
-    MakeAt(kernel, Strips(), 2 * HalfStrip() - ends_, end, ends_);
+    MakeAt(kernel, Strips(), 2 * halfStrip_ - ends_, end, ends_);
   }
 
   // The first and the last `n` results of every row.
@@ -179,7 +191,7 @@ class WindowWalk {
     const std::ptrdiff_t last = in_.width - n;
     MakeApart(kernel, Strips(), 0, 0, n, 0);
     if (copies_) return MakeApart(kernel, Strips(), last, 0, n, last);
-    MakeApart(kernel, Strips(), 2 * HalfStrip() - ends_, ends_ - n, n, last);
+    MakeApart(kernel, Strips(), 2 * halfStrip_ - ends_, ends_ - n, n, last);
   }
 
   // n results, whole vectors, from the given column of the rows on; they go to column `to`.
@@ -203,13 +215,16 @@ class WindowWalk {
   template <class Kernel>
   void Make(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column,
             const Rows<Out>& out) {
-    const T** const at = pointers_.get() + 2 * BandRows();
     const std::ptrdiff_t pitch = rows == Strips() || copies_ ? ring_.pitch() : in_.pitch;
-    for (std::ptrdiff_t k = 0; k < band_.height + 2 * radius_; ++k) at[k] = rows[k] + column;
+    if (column != 0) {
+      const T** const at = pointers_.get() + 2 * BandRows();
+      for (std::ptrdiff_t k = 0; k < band_.height + 2 * radius_; ++k) at[k] = rows[k] + column;
+      rows = at;
+    }
     if constexpr (std::is_invocable_v<decltype(kernel.run), Rows<Out>, const T* const*, Layout>)
-      kernel.run(out, static_cast<const T* const*>(at), Layout{pitch, isLarge_});
+      kernel.run(out, rows, Layout{pitch, isLarge_});
     else
-      kernel.run(out, static_cast<const T* const*>(at));
+      kernel.run(out, rows);
   }
 
   const T** WholeRows() const { return pointers_.get(); }
@@ -218,8 +233,9 @@ class WindowWalk {
   std::ptrdiff_t radius_;         // rows
   std::ptrdiff_t reach_, lanes_;  // elements
   int step_;
-  // Results at either end of a row that are made from strips: whole vectors.
-  std::ptrdiff_t ends_ = 0;
+  // Results at either end of a row that are made from strips: whole vectors; and elements of a
+  // strip that one end's are made from: whole pixels.
+  std::ptrdiff_t ends_ = 0, halfStrip_ = 0;
   std::ptrdiff_t rowsAtOnce_ = 0;
   bool isLarge_ = false;
   Border border_;

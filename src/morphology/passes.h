@@ -35,6 +35,10 @@ struct Element {
   }
   bool HasBox() const noexcept { return halfWidth > 0 || halfHeight > 0; }
   bool IsPoint() const noexcept { return !HasBox() && crosses == 0; }
+  // 3 x 3 pixels.
+  bool IsSquare() const noexcept {
+    return halfWidth == 1 && halfHeight == 1 && crosses == 0 && shape == nullptr;
+  }
   // The smallest element that does the same on an image of this size, in pixels.
   Element On(std::ptrdiff_t width, std::ptrdiff_t height) const noexcept;
 };

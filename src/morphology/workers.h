@@ -7,7 +7,9 @@
 #include "foundation/frame.h"
 #include "foundation/kernels/operators_rows.h"
 #include "foundation/rows.h"
+#include "foundation/window.h"
 #include "morphology/passes.h"
+#include "morphology/square_rows.h"
 
 namespace ky {
 
@@ -49,6 +51,12 @@ void GoDown(std::ptrdiff_t height, const Advance& advance) noexcept {
 
 inline bool RunExtreme(const Operands& on, Extreme extreme, const Element& element) noexcept {
   const std::ptrdiff_t width = on.source.width, height = on.source.height;
+  if (element.IsSquare()) {
+    const SquareKernels& squares = ChooseSquareKernels();
+    const WindowKernels& kernels = extreme == kDilation ? squares.maximum : squares.minimum;
+    return FilterWindows(on.destination, on.source, Border::Nearest(),
+                         element.step == 1 ? kernels.grey : kernels.color) == KY_OK;
+  }
   Input<KyBW8> input;
   ExtremePass pass;
   if (on.source.Empty()) return true;

@@ -6,6 +6,7 @@
 
 #include "foundation/bits-inl.h"
 #include "foundation/dispatch.h"
+#include "foundation/prefetch-inl.h"
 #include "foundation/reduce-inl.h"
 
 HWY_BEFORE_NAMESPACE();

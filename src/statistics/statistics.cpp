@@ -35,11 +35,19 @@ float MeanOf(std::uint32_t sum, std::int32_t pixels) noexcept {
   return static_cast<float>(static_cast<Extended>(sum) / static_cast<Extended>(pixels));
 }
 
+// Takes the moments of rows, the squares of each modulo 2^32. The squares of narrow rows fit, so
+// that those without gaps are one row.
 class Variance {
  public:
+  explicit Variance(std::ptrdiff_t width) noexcept : isNarrow_(IsNarrow(width)) {}
+
+  template <class T>
+  static Rows<const T> Joined(const Rows<const T>& rows) noexcept {
+    return rows.Joined() && IsNarrow(rows.width) ? rows.AsOneRow() : rows;
+  }
   void AddRow(const ky::Moments& row) noexcept {
     sum_ += static_cast<std::uint32_t>(row.sum);
-    squares_ += static_cast<std::uint32_t>(row.squares);
+    squares_ += static_cast<double>(isNarrow_ ? row.squares : row.squares & UINT32_MAX);
   }
   void Write(std::int32_t pixels, float& variance, float& mean) const noexcept {
     const Extended n = static_cast<Extended>(pixels), s = sum_;
@@ -48,6 +56,9 @@ class Variance {
   }
 
  private:
+  static bool IsNarrow(std::ptrdiff_t width) noexcept { return width <= UINT32_MAX / (255 * 255); }
+
+  bool isNarrow_;
   std::uint32_t sum_ = 0;
   double squares_ = 0;
 };
@@ -62,8 +73,8 @@ KY_ERRORS ComponentVariances(const KyROI<KyC24>* source, float (&variance)[3],
   Rows<const KyC24> rows;
   std::int32_t pixels;
   if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
-  Variance components[3];
-  ky::ReduceRows(ky::ChooseStatisticsKernels().componentMoments, rows,
+  Variance components[3] = {Variance(rows.width), Variance(rows.width), Variance(rows.width)};
+  ky::ReduceRows(ky::ChooseStatisticsKernels().componentMoments, Variance::Joined(rows),
                  [&](const ky::OfComponents<ky::Moments>& row, std::ptrdiff_t) {
                    for (int i = 0; i < 3; ++i) components[i].AddRow(row.of[i]);
                  });
@@ -106,8 +117,8 @@ KY_ERRORS ImgPixelVariance(const KyROI<KyBW8>* source, float& variance, float& m
     Rows<const KyBW8> rows;
     std::int32_t pixels;
     if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
-    Variance sums;
-    ky::ReduceRows(ky::ChooseStatisticsKernels().moments, rows,
+    Variance sums(rows.width);
+    ky::ReduceRows(ky::ChooseStatisticsKernels().moments, Variance::Joined(rows),
                    [&](const ky::Moments& row, std::ptrdiff_t) { sums.AddRow(row); });
     sums.Write(pixels, variance, mean);
     return KY_OK;
@@ -145,7 +156,7 @@ KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximu
     KyBW8 smallest = 255, largest = 0;
     float rowMeans = 0;
     const auto kernel = ky::ChooseStatisticsKernels().extremes;
-    constexpr std::ptrdiff_t kAtOnce = 64;
+    constexpr std::ptrdiff_t kAtOnce = 16;
     std::uint64_t sums[kAtOnce];
     for (std::ptrdiff_t y = 0; y < rows.height; y += kAtOnce) {
       const std::ptrdiff_t count = std::min(kAtOnce, rows.height - y);
