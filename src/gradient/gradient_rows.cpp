@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
+#include "foundation/look_up-inl.h"
 #include "foundation/spans-inl.h"
 #include "foundation/window-inl.h"
 
@@ -60,7 +61,7 @@ void LookUpStored(KyBW8* out, size_t n, const KyBW32* gradients, const GradientT
   for (size_t i = 0; i < n; i += kPiece) {
     const size_t length = std::min(kPiece, n - i);
     MapSpan(Offset{table.pitch}, offsets, length, reinterpret_cast<const int32_t*>(gradients + i));
-    LookUpEach(out + i, length, offsets, table.first);
+    LookUpBytes(out + i, length, offsets, table.first);
   }
 }
 HWY_NOINLINE void LookUpAll(KyBW8* out, size_t n, const KyBW8* const* rows,
@@ -98,7 +99,7 @@ HWY_INLINE void LookUpNear(KyBW8* out, size_t n, const KyBW8* const* rows,
                           reinterpret_cast<uint8_t*>(places + i));
   }
   if (count > kPiece / 16) return LookUpAll(out, n, rows, table);
-  LookUpEach(out, n, places, table.near);
+  LookUpBytes(out, n, places, table.near);
   for (size_t word = 0; count != 0; ++word)
     for (uint64_t bits = far[word]; bits != 0; bits &= bits - 1, --count) {
       const size_t x = 64 * word + hwy::Num0BitsBelowLS1Bit_Nonzero64(bits);
