@@ -35,6 +35,17 @@ class Windows {
   // Window i starts at a pixel.
   HWY_INLINE void Start(size_t i, const KyBW8* pixel) { first_[i] = pixel; }
 
+  // A number for the lanes of each window.
+  static HWY_INLINE V16 PerWindow(const uint16_t (&numbers)[kWindows]) {
+    const D16 d;
+    if constexpr (kWindows == 1) {
+      return hn::Set(d, numbers[0]);
+    } else {
+      const hn::Half<D16> half;
+      return hn::Combine(d, hn::Set(half, numbers[1]), hn::Set(half, numbers[0]));
+    }
+  }
+
   // A pixel in the low byte of each lane and its right neighbour in the high one.
   struct Pixels {
     V16 above, below;
