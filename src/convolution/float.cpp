@@ -55,8 +55,8 @@ bool FindExactWeights(const KernelView& kernel, const float* coefficients,
   constexpr int kPrecision = 24;
   if (kernel.sizeX != kernel.sizeY || kernel.rectifier != 0) return false;
   if (kernel.sizeX != 3 && kernel.sizeX != 5 && kernel.sizeX != 7) return false;
-  if (kernel.outsideValue < 0 || kernel.outsideValue > 255 || std::abs(kernel.offset) > 255)
-    return false;
+  if (kernel.outsideValue < 0 || kernel.outsideValue > 255) return false;
+  if (kernel.offset < -255 || kernel.offset > 255) return false;
   const float* const end = coefficients + kernel.sizeX * kernel.sizeY;
   const bool hasNegative = std::any_of(coefficients, end, [](float c) { return c < 0; });
   if (hasNegative && kernel.offset > 0) return false;
@@ -99,7 +99,7 @@ KY_ERRORS ConvolveFloat(Rows<KyBW8> destination, Rows<const KyBW8> source, int s
     return KY_ERROR_NOT_ENOUGH_MEMORY;
   // Rounding adds less than a half as long as that many coefficients are not a hundred thousand.
   const double furthest = std::max(255.0, std::fabs(static_cast<double>(kernel.outsideValue)));
-  const bool fits = sizeX * sizeY < 100'000 && reach * furthest < 1e9;
+  const bool fits = sizeX * sizeY < 100'000 && reach * furthest + std::fabs(kernel.offset) < 1e9;
   const auto to32Bits = [](std::int64_t v) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(v, INT32_MIN, INT32_MAX));
   };
