@@ -9,6 +9,7 @@
 
 #include <benchmark/benchmark.h>
 #include <hwy/highway.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -17,6 +18,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <iterator>
 #include <limits>
 #include <map>
@@ -50,13 +52,14 @@ std::vector<Operation>& Table() {
 }
 
 // The contenders, by the names of their counters.
-enum { kPlain, kAccelerated, kOpenCv, kLimit, kContenders };
-constexpr const char* kNames[kContenders] = {"plain", "accelerated", "opencv", "limit"};
+enum { kPlain, kAccelerated, kOpenCv, kSimd, kLimit, kContenders };
+constexpr const char* kNames[kContenders] = {"plain", "accelerated", "opencv", "simd", "limit"};
+constexpr int kPeers[] = {kOpenCv, kSimd};
 // The seconds that a contender calls its work for in one round, and in all.
 constexpr double kTurn = 0.004;
 constexpr double kPlainInAll = 0.02;
 // Ratios up to this one are taken for 1.
-constexpr double kNoise = 1.02;
+constexpr double kNoise = 1.05;
 
 // One operation on one size.
 class Comparison {
@@ -65,6 +68,7 @@ class Comparison {
     const auto ours = operation.ours.Prepare(pictures);
     works_[kAccelerated] = ours;
     works_[kOpenCv] = operation.opencv.Prepare(pictures);
+    works_[kSimd] = operation.simd.Prepare(pictures);
     works_[kLimit] = MemoryLimit(operation.limit, operation.pixel, pictures);
     if (!plain) return;
     works_[kPlain] = ours;
@@ -95,9 +99,9 @@ class Comparison {
 
  private:
   Contender::Work works_[kContenders];
-  double inAll_[kContenders] = {kForever, kForever, kForever, kForever};
+  double inAll_[kContenders] = {kForever, kForever, kForever, kForever, kForever};
   double spent_[kContenders] = {};
-  double least_[kContenders] = {kForever, kForever, kForever, kForever};
+  double least_[kContenders] = {kForever, kForever, kForever, kForever, kForever};
 };
 
 // What our work leaves behind on one of the paths, from a destination in a known state.
@@ -182,15 +186,21 @@ void Run(benchmark::State& state, const Operation& operation, const Size& size,
 // Prints the table while the benchmarks run, and what follows from it.
 class Reporter : public benchmark::BenchmarkReporter {
  public:
-  explicit Reporter(std::FILE* csv) : csv_(csv) {}
+  explicit Reporter(std::FILE* csv) : csv_(csv) {
+    for (const Operation& operation : Table()) families_[operation.name] = operation.family;
+  }
 
   bool ReportContext(const Context&) override {
     std::printf("Nanoseconds a pixel, least of all calls; one thread.\n\n%-44s %-10s", "operation",
                 "size");
     for (const char* name : kNames) std::printf(" %11s", name);
-    std::printf(" %9s %9s\n", "/opencv", "/limit");
-    if (csv_ != nullptr)
-      std::fprintf(csv_, "operation,size,plain,accelerated,opencv,limit,to_opencv,to_limit\n");
+    for (const int peer : kPeers) std::printf("   /%-7s", kNames[peer]);
+    std::printf("\n");
+    if (csv_ != nullptr) {
+      std::fprintf(csv_, "family,operation,size");
+      for (const char* name : kNames) std::fprintf(csv_, ",%s", name);
+      std::fprintf(csv_, "\n");
+    }
     return true;
   }
 
@@ -200,22 +210,30 @@ class Reporter : public benchmark::BenchmarkReporter {
   }
 
   void Finalize() override {
-    if (compared_ > 0)
-      std::printf("\nFaster than OpenCV by %.2f (geometric mean of %d comparisons).\n",
-                  std::exp(-sumOfLogs_ / compared_), compared_);
-    if (!slower_.empty()) std::printf("Slower than OpenCV, by more than the noise:\n");
-    for (const auto& [operation, ratio] : slower_)
-      std::printf("  %-55s %9.2f\n", operation.c_str(), ratio);
+    for (const int peer : kPeers) {
+      if (comparisons_[peer].empty()) continue;
+      std::printf("\nTimes as fast as %s, in the geometric mean:\n", kNames[peer]);
+      for (const auto& [size, all] : comparisons_[peer])
+        std::printf("  %-10s %6.2f  (%d operations)\n", size.c_str(),
+                    std::exp(-all.sumOfLogs / all.count), all.count);
+    }
+    if (!behind_.empty()) std::printf("\nOur time over that of a peer that is faster:\n");
+    for (const auto& line : behind_) std::printf("  %s\n", line.c_str());
     if (wrong_ > 0) std::printf("WRONG: %d, see above.\n", wrong_);
   }
 
   bool AllRight() const { return wrong_ == 0; }
 
  private:
+  struct Comparisons {
+    double sumOfLogs = 0;
+    int count = 0;
+  };
+
   void Report(const Run& run) {
-    // Operations' names hold no slash.
+    // The size is what follows the last slash.
     const std::string& full = run.run_name.function_name;
-    const std::size_t slash = full.find('/');
+    const std::size_t slash = full.rfind('/');
     const std::string name = full.substr(0, slash), size = full.substr(slash + 1);
     std::printf("%-44s %-10s", name.c_str(), size.c_str());
     if (run.error_occurred) {
@@ -223,44 +241,69 @@ class Reporter : public benchmark::BenchmarkReporter {
       ++wrong_;
       return;
     }
-    if (csv_ != nullptr) std::fprintf(csv_, "\"%s\",%s", name.c_str(), size.c_str());
-    for (const char* contender : kNames) Print(11, 4, Value(run, contender));
-    const auto toOpenCv = Ratio(run, kNames[kOpenCv]);
-    Print(9, 2, toOpenCv);
-    Print(9, 2, Ratio(run, kNames[kLimit]));
-    std::printf("\n");
+    if (csv_ != nullptr)
+      std::fprintf(csv_, "%s,\"%s\",%s", families_[name].c_str(), name.c_str(), size.c_str());
+    for (const char* contender : kNames) {
+      const auto value = Value(run, contender);
+      Print(11, 4, value);
+      if (csv_ != nullptr) std::fprintf(csv_, value ? ",%.6f" : ",", value.value_or(0));
+    }
     if (csv_ != nullptr) std::fprintf(csv_, "\n");
-    if (!toOpenCv) return;
-    ++compared_;
-    sumOfLogs_ += std::log(*toOpenCv);
-    if (*toOpenCv > kNoise) slower_.emplace_back(name + ", " + size, *toOpenCv);
+    for (const int peer : kPeers) Compare(run, peer, name, size);
+    std::printf("\n");
   }
 
-  void Print(int width, int decimals, std::optional<double> value) const {
+  void Compare(const Run& run, int peer, const std::string& name, const std::string& size) {
+    const auto theirs = Value(run, kNames[peer]);
+    const auto ratio =
+        theirs ? std::optional(*Value(run, kNames[kAccelerated]) / *theirs) : std::nullopt;
+    Print(10, 2, ratio);
+    if (!ratio) return;
+    Comparisons& all = comparisons_[peer][size];
+    all.sumOfLogs += std::log(*ratio);
+    ++all.count;
+    if (*ratio <= kNoise) return;
+    char number[16];
+    std::snprintf(number, sizeof number, "%5.2f  ", *ratio);
+    behind_.push_back(number + name + ", " + size + ", " + kNames[peer]);
+  }
+
+  static void Print(int width, int decimals, std::optional<double> value) {
     if (value)
       std::printf(" %*.*f", width, decimals, *value);
     else
       std::printf(" %*s", width, "-");
-    if (csv_ == nullptr) return;
-    std::fprintf(csv_, ",");
-    if (value) std::fprintf(csv_, "%.6f", *value);
   }
 
   static std::optional<double> Value(const Run& run, const char* counter) {
     const auto found = run.counters.find(counter);
     return found != run.counters.end() ? std::optional<double>(found->second.value) : std::nullopt;
   }
-  // Our accelerated time over that of another contender.
-  static std::optional<double> Ratio(const Run& run, const char* other) {
-    const auto theirs = Value(run, other);
-    return theirs ? std::optional(*Value(run, kNames[kAccelerated]) / *theirs) : std::nullopt;
-  }
 
   std::FILE* csv_;
-  int compared_ = 0, wrong_ = 0;
-  double sumOfLogs_ = 0;
-  std::vector<std::pair<std::string, double>> slower_;
+  int wrong_ = 0;
+  std::map<std::string, std::string> families_;
+  std::map<std::string, Comparisons> comparisons_[kContenders];
+  std::vector<std::string> behind_;
 };
+
+// OpenCV asks the environment, when it is loaded, what it may not use: the program starts again.
+void LimitOpenCv(std::int64_t target, char** argv) {
+  constexpr const char* kVariable = "OPENCV_CPU_DISABLE";
+  if (target < HWY_AVX2 || std::getenv(kVariable) != nullptr) return;
+  setenv(kVariable, "AVX512F,AVX512-SKX,AVX512-ICL", 1);
+  execv("/proc/self/exe", argv);
+}
+
+// Gives operations their contenders of the Simd library; false when there is one for no operation.
+bool AddSimd() {
+  for (auto& [name, contender] : SimdContenders()) {
+    const auto operation = std::ranges::find(Table(), name, &Operation::name);
+    if (operation == Table().end()) return false;
+    operation->simd = contender;
+  }
+  return true;
+}
 
 constexpr const char* kUsage =
     "ky_bench [--filter=REGEX] [--size=WxH]... [--pitch=BYTES] [--target=NAME] [--rounds=N]\n"
@@ -314,7 +357,12 @@ int Main(int argc, char** argv) {
     std::fputs("This processor does not have the target.\n", stderr);
     return 2;
   }
+  if (!AddSimd()) {
+    std::fputs("simd_bench.cpp names an operation that there is not.\n", stderr);
+    return 1;
+  }
 #if KY_BENCH_OPENCV
+  LimitOpenCv(options->target, argv);
   cv::setNumThreads(1);
 #endif
   std::FILE* const csv = options->csv.empty() ? nullptr : std::fopen(options->csv.c_str(), "w");
@@ -335,7 +383,9 @@ int Main(int argc, char** argv) {
 
 }  // namespace
 
-bool Register(std::vector<Operation> operations) {
+bool Register(std::vector<Operation> operations, std::source_location where) {
+  const std::string file = std::filesystem::path(where.file_name()).stem().string();
+  for (Operation& operation : operations) operation.family = file.substr(0, file.rfind("_bench"));
   std::move(operations.begin(), operations.end(), std::back_inserter(Table()));
   return true;
 }

@@ -5,15 +5,18 @@
 //        OPENCV(cv::bitwise_not(v.a, v.out)), Limit::kCopy},
 //   });
 //
-// that is, its name, our call, OpenCV's nearest equivalent (or nullptr) and what memory allows. A
-// call that needs more than the pictures prepares it and returns the work to be timed:
+// that is, its name, our call, OpenCV's nearest equivalent (or nullptr) and what memory allows. The
+// Simd library's equivalents stand in simd_bench.cpp. A call that needs more than the pictures
+// prepares it and returns the work to be timed:
 //
 //   [](Pictures& p) { return [&p, kernel = MakeKernel()] { ImgConvolKernel(...); }; }
 #pragma once
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <memory>
+#include <source_location>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -89,16 +92,24 @@ class Contender {
   std::function<Work(Pictures&)> prepare_;
 };
 
+// Operations are registered without `simd` and `family`.
 struct Operation {
   std::string name;
   Contender ours;
   Contender opencv = nullptr;
   Limit limit = Limit::kNone;
   Pixel pixel = Pixel::kGrey;
+  Contender simd = nullptr;
+  std::string family = {};
 };
 
-// Appends to the table. Returns true, for the initialisation of a constant.
-bool Register(std::vector<Operation> operations);
+// Appends to the table operations of the family that the file is named after. Returns true, for the
+// initialisation of a constant.
+bool Register(std::vector<Operation> operations,
+              std::source_location where = std::source_location::current());
+
+// The contenders of the Simd library, by the names of operations. Empty without it.
+std::map<std::string, Contender> SimdContenders();
 
 // The contender that stands for a limit.
 Contender::Work MemoryLimit(Limit limit, Pixel pixel, Pictures& pictures);

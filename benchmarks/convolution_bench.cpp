@@ -167,6 +167,13 @@ std::vector<Operation> Kernels() {
     add(name + ", symmetric", ImgConvolSymmetricKernel, size, true, 3);
     add(name + ", float", ImgConvolKernel, size, false, 0);
   }
+  // Coefficients whose sums are not rounded.
+  const auto binomial = [](Pictures& p) {
+    const auto kernel = std::make_shared<KyKernel>(KERNEL_BINOMIAL_3X3);
+    kernel->SetRectifier(0);
+    return [=, &p] { ImgConvolKernel(&p.a, &p.out, kernel.get()); };
+  };
+  table.push_back({"kernel 3x3, float, binomial", binomial, Filter2D(3, true), Limit::kCopy});
   return table;
 }
 

@@ -1,4 +1,5 @@
 // Averages over time, in their steady state.
+#include <algorithm>
 #include <memory>
 
 #include "benchmarks/bench.h"
@@ -37,16 +38,31 @@ Contender Moving(unsigned period, bool keep) {
   };
 }
 
-// A step from a state that is about as far from the frame as noise.
+// Steps through two frames in turn, which differ by noise of up to four levels.
 Contender Recursive(float noise) {
   return [noise](Pictures& p) {
-    const auto table = std::make_shared<KyBW16Vector>();
-    ImgSetRecursiveAverageLUT(table.get(), 3, noise);
-    const auto state = std::make_shared<KyImage<KyBW16>>(p.a.GetWidth(), p.a.GetHeight());
-    for (int y = 0; y < p.a.GetHeight(); ++y)
-      for (int x = 0; x < p.a.GetWidth(); ++x)
-        state->SetPixel(static_cast<KyBW16>(16 * p.b.GetPixel(x, y)), x, y);
-    return [&p, table, state] { ImgRecursiveAverage(&p.a, state.get(), &p.out, table.get()); };
+    struct Sequence {
+      KyBW16Vector table;
+      KyImage<KyBW16> state;
+      KyImage<KyBW8> other;
+      bool isOther = false;
+    };
+    const auto sequence = std::make_shared<Sequence>();
+    const int width = p.a.GetWidth(), height = p.a.GetHeight();
+    sequence->state.SetSize(width, height);
+    sequence->other.SetSize(width, height);
+    ImgSetRecursiveAverageLUT(&sequence->table, 3, noise);
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < width; ++x) {
+        const int level = p.a.GetPixel(x, y), different = level + p.b.GetPixel(x, y) % 9 - 4;
+        sequence->state.SetPixel(static_cast<KyBW16>(16 * level), x, y);
+        sequence->other.SetPixel(static_cast<KyBW8>(std::clamp(different, 0, 255)), x, y);
+      }
+    return [&p, sequence] {
+      auto& [table, state, other, isOther] = *sequence;
+      isOther = !isOther;
+      ImgRecursiveAverage(isOther ? &other : &p.a, &state, &p.out, &table);
+    };
   };
 }
 

@@ -112,11 +112,11 @@ void WeighWide(const FixedWeights& w, int step, Rows<KyBW8> out, const KyBW8* co
 }  // namespace
 
 KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source, int step,
-                        const FixedWeights& weights) noexcept {
+                        const FixedWeights& weights, const Border& border) noexcept {
   const FixedWeights w = Reduced(weights);
   const Reach reach(w);
   const auto run = [&](std::size_t lanes, const auto& rowsOf) {
-    return FilterWindows(destination, source, Border::Nearest(),
+    return FilterWindows(destination, source, border,
                          WindowKernel<decltype(rowsOf)>{w.radius, lanes, rowsOf, step});
   };
   if (reach.below + reach.above > (1 << 30) || std::abs(w.offset) > kFurthestOffset)

@@ -1,6 +1,7 @@
-// Convolution in integers, with the nearest pixel outside the source.
+// Convolution in integers.
 #pragma once
 
+#include "foundation/ring.h"
 #include "foundation/rows.h"
 #include "ky/status.h"
 
@@ -19,6 +20,7 @@ struct FixedWeights {
 // or limited to 0..255. 1303 when there is no scratch memory.
 // Neighbours in a row are `step` elements apart, 1 or 3.
 KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source, int step,
-                        const FixedWeights& weights) noexcept;
+                        const FixedWeights& weights,
+                        const Border& border = Border::Nearest()) noexcept;
 
 }  // namespace ky

@@ -4,6 +4,8 @@
 
 #include "convolution/float_rows.h"
 
+#include <algorithm>
+
 #include "foundation/dispatch.h"
 #include "foundation/widen-inl.h"
 
@@ -53,21 +55,20 @@ constexpr ptrdiff_t kLanes = hn::MaxLanes(DF());
 constexpr ptrdiff_t kPlaces = kVectors * kLanes;
 static_assert(kPlaces <= kFloatSlack);
 
-// Stores lanes of 0 to 255 as bytes.
+// Stores lanes, limited to 0 to 255, as bytes.
 HWY_INLINE void StoreLevels(const VI (&levels)[kVectors], KyBW8* out) {
 #if HWY_TARGET == HWY_SCALAR
-  for (int v = 0; v < kVectors; ++v) out[v] = static_cast<KyBW8>(hn::GetLane(levels[v]));
+  for (int v = 0; v < kVectors; ++v)
+    out[v] = static_cast<KyBW8>(std::clamp(hn::GetLane(levels[v]), 0, 255));
 #else
-  // The four bytes of each lane come from the four vectors. They are put together by vector in each
-  // block, and the blocks by vector.
+  // Limited to 16 bits first. Each block then holds the lanes that it has in the four vectors, by
+  // vector, and the blocks are put together by vector.
   const hn::Repartition<uint8_t, DI> d8;
+  const hn::Repartition<int16_t, DI> d16;
   const DI d;
-  const auto all =
-      hn::BitCast(d8, hn::Or(hn::Or(levels[0], hn::ShiftLeft<8>(levels[1])),
-                             hn::Or(hn::ShiftLeft<16>(levels[2]), hn::ShiftLeft<24>(levels[3]))));
-  alignas(16) static constexpr uint8_t kByVector[16] = {0, 4, 8,  12, 1, 5, 9,  13,
-                                                        2, 6, 10, 14, 3, 7, 11, 15};
-  const auto blocks = hn::BitCast(d, hn::TableLookupBytes(all, hn::LoadDup128(d8, kByVector)));
+  const auto blocks =
+      hn::BitCast(d, NarrowBlocks(d8, hn::ReorderDemote2To(d16, levels[0], levels[1]),
+                                  hn::ReorderDemote2To(d16, levels[2], levels[3])));
   HWY_ALIGN int32_t from[kLanes];
   for (int i = 0; i < kLanes; ++i)
     from[i] = static_cast<int32_t>(i % (kLanes / 4) * 4 + i / (kLanes / 4));
@@ -135,9 +136,9 @@ HWY_INLINE void WeighAt(const FloatKernel& kernel, KyBW8* const* out, ptrdiff_t 
   for (int y = 0; y < Size::kRows; ++y) {
     VI levels[kVectors];
     for (int v = 0; v < kVectors; ++v) {
-      const VI r = Rectify<kRectifier>(Truncate<kFits>(sums[y][v]));
-      const VI limited = hn::Min(hn::Max(r, hn::Set(d, kernel.least)), hn::Set(d, kernel.greatest));
-      levels[v] = hn::Add(limited, hn::Set(d, kernel.offset));
+      VI r = Rectify<kRectifier>(Truncate<kFits>(sums[y][v]));
+      if (!kFits) r = hn::Min(hn::Max(r, hn::Set(d, kernel.least)), hn::Set(d, kernel.greatest));
+      levels[v] = hn::Add(r, hn::Set(d, kernel.offset));
     }
     StoreLevels(levels, out[y]);
   }

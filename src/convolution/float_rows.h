@@ -23,8 +23,8 @@ inline constexpr std::ptrdiff_t kFloatRowsAtOnce = 2;
 
 struct FloatRowKernels {
   void (*convert)(float* out, std::size_t n, const KyBW8* in);
-  // By rectifier, and whether all sums are known to be numbers that 32-bit integers hold. Rows of
-  // results at once, up to kFloatRowsAtOnce, share what they read.
+  // By rectifier, and whether all sums are known to be numbers that 32-bit integers hold, also with
+  // the offset. Rows of results at once, up to kFloatRowsAtOnce, share what they read.
   void (*weigh[kRectifiers][2])(const FloatKernel& kernel, Rows<KyBW8> out,
                                 const float* const* rows);
 };

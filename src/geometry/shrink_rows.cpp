@@ -11,6 +11,7 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
+#include "foundation/prefetch-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -45,6 +46,14 @@ HWY_INLINE void SumDown(T* HWY_RESTRICT sums, ptrdiff_t n, const KyBW8* top, ptr
                sums + i);
     if (i == n - lanes) return;
   }
+}
+
+// Strips are too short for processors to foresee, and rows too many: those of the next strip are
+// prefetched.
+HWY_INLINE void PrefetchNext(const KyBW8* top, ptrdiff_t n, ptrdiff_t pitch, ptrdiff_t rows) {
+  constexpr ptrdiff_t kLine = 64;
+  for (ptrdiff_t i = 0; i < rows; ++i)
+    for (ptrdiff_t x = 0; x < n; x += kLine) PrefetchToSecondCache(top + i * pitch, n + x);
 }
 
 #if HWY_TARGET != HWY_SCALAR
@@ -175,8 +184,10 @@ void Shrink(const ShrinkBand& band) {
   // Rows beyond the last are summed as if they were the last.
   for (ptrdiff_t y = 0; y < kLanes; ++y) {
     const Cover cover = band.down.At(band.row + std::min(y, band.rows - 1));
-    SumDown(sums + y * band.columns, band.columns, band.source.Row(cover.start) + band.from,
-            band.source.pitch, cover, static_cast<T>(band.down.middle));
+    const KyBW8* const top = band.source.Row(cover.start) + band.from;
+    PrefetchNext(top, band.columns, band.source.pitch, cover.count);
+    SumDown(sums + y * band.columns, band.columns, top, band.source.pitch, cover,
+            static_cast<T>(band.down.middle));
   }
   Turn(turned, sums, band.columns);
   const Divide<T> divide(band.across.total * band.down.total);

@@ -1,10 +1,12 @@
 #include "ky/gradient.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 
 #include "foundation/frame.h"
 #include "foundation/resize.h"
+#include "foundation/scratch.h"
 #include "foundation/window.h"
 #include "gradient/gradient_rows.h"
 #include "ky/angle.h"
@@ -41,9 +43,23 @@ KY_ERRORS MapGradients(const KyROI<T>* source, KyROI<KyBW8>* destination,
     const bool fits = rows.pitch <= INT_MAX / kSide;
     if (!(fits ? table.OpenApart(rows, RowsOf(destination)) : table.OpenCopy(rows)))
       return KY_ERROR_NOT_ENOUGH_MEMORY;
-    return work(ky::ChooseGradientKernels(),
-                ky::GradientTable{table.rows().first, static_cast<int>(table.rows().pitch)});
+    return work(
+        ky::ChooseGradientKernels(),
+        ky::GradientTable{table.rows().first, static_cast<int>(table.rows().pitch), nullptr});
   });
+}
+
+// The entries of differences from -128 to 127 as the table's near ones. The rows of a whole lookup
+// image stand so far apart that those of usual gradients drive each other out of a first cache.
+KY_ERRORS CopyNear(ky::GradientTable& table, ky::Scratch<KyBW8>& near) noexcept {
+  constexpr int kNear = kMiddle / 2, kNearSide = 2 * kNear;
+  if (!near.Allocate(kNearSide * kNearSide)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  const Rows<const KyBW8> all = {table.first, table.pitch, kSide, kSide};
+  for (int y = 0; y < kNearSide; ++y)
+    std::copy_n(all.Row(kMiddle - kNear + y) + kMiddle - kNear, kNearSide,
+                near.get() + y * kNearSide);
+  table.near = near.get();
+  return KY_OK;
 }
 
 // Gives a lookup image its size and entries: entryOf(gx, gy).
@@ -79,7 +95,11 @@ KY_ERRORS ImgGradientVector(const KyROI<KyBW8>* source, KyROI<KyBW32>* destinati
 
 KY_ERRORS ImgGradientScalar(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                             const KyROI<KyBW8>* lookup) noexcept {
-  return MapGradients(source, destination, lookup, [&](const auto& kernels, const auto& table) {
+  return MapGradients(source, destination, lookup, [&](const auto& kernels, auto table) {
+    constexpr std::int64_t kWorthCopying = 1 << 14;
+    ky::Scratch<KyBW8> near;
+    if (std::int64_t{source->GetWidth()} * source->GetHeight() >= kWorthCopying)
+      if (const KY_ERRORS error = CopyNear(table, near)) return error;
     return FilterNeighbours(
         destination, source, kernels,
         [&](Rows<KyBW8> out, const KyBW8* const* rows) { kernels.lookUp(out, rows, table); });

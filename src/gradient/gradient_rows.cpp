@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
+#include "foundation/look_up-inl.h"
 #include "foundation/spans-inl.h"
 #include "foundation/window-inl.h"
 
@@ -60,17 +61,68 @@ void LookUpStored(KyBW8* out, size_t n, const KyBW32* gradients, const GradientT
   for (size_t i = 0; i < n; i += kPiece) {
     const size_t length = std::min(kPiece, n - i);
     MapSpan(Offset{table.pitch}, offsets, length, reinterpret_cast<const int32_t*>(gradients + i));
-    LookUpEach(out + i, length, offsets, table.first);
+    LookUpBytes(out + i, length, offsets, table.first);
   }
 }
-void LookUp(Rows<KyBW8> out, const KyBW8* const* rows, const GradientTable& table) {
+HWY_NOINLINE void LookUpAll(KyBW8* out, size_t n, const KyBW8* const* rows,
+                            const GradientTable& table) {
   HWY_ALIGN KyBW32 gradients[kPiece];
+  StoreRow(gradients, n, rows[0], rows[1], rows[2]);
+  LookUpStored(out, n, gradients, table);
+}
+
+#if HWY_TARGET != HWY_SCALAR
+// The same from the near entries, for whole vectors; the results of differences that are not near,
+// which are few, are replaced.
+HWY_INLINE void LookUpNear(KyBW8* out, size_t n, const KyBW8* const* rows,
+                           const GradientTable& table) {
+  const hn::ScalableTag<uint8_t> d;
+  const hn::RebindToSigned<decltype(d)> signed8;
+  const size_t lanes = hn::Lanes(d);
+  HWY_ALIGN uint16_t places[kPiece];
+  uint64_t far[kPiece / 64] = {};
+  size_t count = 0;
+  for (size_t i = 0; i < n; i += lanes) {
+    const auto at = [=](const KyBW8* from) HWY_ATTR { return hn::LoadU(d, from + i); };
+    const auto left = at(rows[1] - 1), right = at(rows[1] + 1), up = at(rows[0]),
+               down = at(rows[2]);
+    const auto sizeOf = [](auto a, auto b) HWY_ATTR {
+      return hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));
+    };
+    const auto sizes = hn::BitCast(signed8, hn::Or(sizeOf(left, right), sizeOf(up, down)));
+    const auto isFar = hn::Lt(sizes, hn::Zero(signed8));
+    hn::StoreMaskBits(signed8, isFar, reinterpret_cast<uint8_t*>(far) + i / 8);
+    count += hn::CountTrue(signed8, isFar);
+    const auto placeOf = [=](auto a, auto b)
+                             HWY_ATTR { return hn::Xor(hn::Sub(a, b), hn::Set(d, 128)); };
+    hn::StoreInterleaved2(placeOf(left, right), placeOf(up, down), d,
+                          reinterpret_cast<uint8_t*>(places + i));
+  }
+  if (count > kPiece / 16) return LookUpAll(out, n, rows, table);
+  LookUpBytes(out, n, places, table.near);
+  for (size_t word = 0; count != 0; ++word)
+    for (uint64_t bits = far[word]; bits != 0; bits &= bits - 1, --count) {
+      const size_t x = 64 * word + hwy::Num0BitsBelowLS1Bit_Nonzero64(bits);
+      const int gx = rows[1][static_cast<ptrdiff_t>(x) - 1] - rows[1][x + 1];
+      const int gy = rows[0][x] - rows[2][x];
+      out[x] = table.first[(gy + 256) * table.pitch + gx + 256];
+    }
+}
+#endif
+
+void LookUp(Rows<KyBW8> out, const KyBW8* const* rows, const GradientTable& table) {
   const size_t width = static_cast<size_t>(out.width);
   for (ptrdiff_t y = 0; y < out.height; ++y) {
     for (size_t i = 0; i < width; i += kPiece) {
       const size_t length = std::min(kPiece, width - i);
-      StoreRow(gradients, length, rows[y] + i, rows[y + 1] + i, rows[y + 2] + i);
-      LookUpStored(out.Row(y) + i, length, gradients, table);
+      const KyBW8* const from[3] = {rows[y] + i, rows[y + 1] + i, rows[y + 2] + i};
+#if HWY_TARGET != HWY_SCALAR
+      if (table.near != nullptr) {
+        LookUpNear(out.Row(y) + i, length, from, table);
+        continue;
+      }
+#endif
+      LookUpAll(out.Row(y) + i, length, from, table);
     }
   }
 }

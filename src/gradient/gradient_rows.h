@@ -5,10 +5,12 @@
 
 namespace ky {
 
-// A lookup image. Offsets into it fit 32 bits.
+// A lookup image. Offsets into it fit 32 bits. `near`, unless it is null, holds the entries of
+// differences from -128 to 127 once more, in rows of 256.
 struct GradientTable {
   const KyBW8* first;
   std::int32_t pitch;
+  const KyBW8* near;
 };
 
 struct GradientKernels {

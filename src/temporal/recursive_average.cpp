@@ -36,6 +36,17 @@ void AdaptiveChanges(double reduction, double noise, const Set& set) noexcept {
     set(d, d + gain * (std::isfinite(t) ? (t - 1) / (t + 1) : 1));
 }
 
+ky::Changes ChangesOf(const KyBW16* table) noexcept {
+  const auto change = [table](int d) { return static_cast<std::int16_t>(table[kFarthest + d]); };
+  ky::Changes changes = {table, true, {}};
+  for (int d = 0; d < ky::kNearChanges; ++d) {
+    const int value = change(d);
+    changes.areOdd = changes.areOdd && value >= 0 && value <= UINT8_MAX && change(-d) == -value;
+    changes.near[d] = static_cast<KyBW8>(value);
+  }
+  return changes;
+}
+
 }  // namespace
 
 KY_ERRORS ImgSetRecursiveAverageLUT(KyBW16Vector* table, float reduction, float noise) noexcept {
@@ -68,6 +79,6 @@ KY_ERRORS ImgRecursiveAverage(const KyROI<KyBW8>* source, KyROI<KyBW16>* state,
     // Where both share memory the destination is written last, and stands.
     return ky::MapRows(ky::ChooseTemporalKernels().recur, ky::Several{states, out},
                        ky::FromRows(in), ky::FromRows(states),
-                       ky::FromParameters<const KyBW16*>(table->GetDataPtr()));
+                       ky::FromParameters(ChangesOf(table->GetDataPtr())));
   });
 }

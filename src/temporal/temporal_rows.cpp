@@ -8,6 +8,8 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/spans-inl.h"
+#include "foundation/table-inl.h"
+#include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -94,17 +96,103 @@ struct Change {
 };
 
 // The table is read between vector loops over a piece that stays in the first cache.
-void Recur(Several<KyBW16*, KyBW8*> out, size_t n, const KyBW8* source, const KyBW16* state,
-           const KyBW16* const* changes) {
-  constexpr size_t kPiece = 512;
+constexpr size_t kPiece = 256;
+HWY_INLINE void RecurByTable(Several<int16_t*, KyBW8*> out, size_t n, const KyBW8* source,
+                             const int16_t* state, const KyBW16* table) {
   HWY_ALIGN int16_t piece[kPiece];
-  for (size_t i = 0; i < n; i += kPiece) {
+  MapSpan(Place(), piece, n, source, state);
+  LookUpEach(reinterpret_cast<uint16_t*>(piece), n, piece, table);
+  MapSpan(Change(), out, n, state, piece);
+}
+
+// In a filtered sequence differences are small, except where something moves: most changes are
+// found by shuffles, the fewer the smaller the differences are.
+class NearChanges {
+ public:
+  explicit NearChanges(const KyBW8* near) : nearest_(near), nearer_(near), near_(near) {}
+
+  // Gives the number of pixels up to the first vector with a difference that is not near.
+  HWY_INLINE size_t Recur(Several<int16_t*, KyBW8*> out, size_t n, const KyBW8* source,
+                          const int16_t* state) const {
+#if HWY_TARGET == HWY_SCALAR
+    (void)out, (void)n, (void)source, (void)state;
+    return 0;
+#else
+    const hn::ScalableTag<int16_t> d16;
+    const size_t lanes = hn::Lanes(D8()), half = hn::Lanes(d16);
+    size_t i = 0;
+    for (; i + lanes <= n; i += lanes) {
+      const auto oldA = hn::LoadU(d16, state + i), oldB = hn::LoadU(d16, state + i + half);
+      const auto difference = [=](const KyBW8* level, auto old) HWY_ATTR {
+        return hn::SaturatedSub(hn::ShiftLeft<4>(LoadLanes(d16, level)), old);
+      };
+      const auto a = difference(source + i, oldA), b = difference(source + i + half, oldB);
+      V8 changes = NarrowBlocks(D8(), hn::Abs(a), hn::Abs(b));
+      if (!LookUp(changes)) break;
+      const auto changed = [=](auto old, auto direction, V8 size) HWY_ATTR {
+        return hn::Add(old, WithSign(hn::BitCast(d16, size), direction));
+      };
+      const auto newA = changed(oldA, a, hn::InterleaveLower(D8(), changes, hn::Zero(D8())));
+      const auto newB = changed(oldB, b, hn::InterleaveUpper(D8(), changes, hn::Zero(D8())));
+      hn::StoreU(newA, d16, out.first + i);
+      hn::StoreU(newB, d16, out.first + i + half);
+      StoreLanes(hn::ShiftRight<4>(newA), out.more.first + i);
+      StoreLanes(hn::ShiftRight<4>(newB), out.more.first + i + half);
+    }
+    return i;
+#endif
+  }
+
+ private:
+  using D8 = hn::ScalableTag<uint8_t>;
+  using V8 = hn::Vec<D8>;
+
+  // The sizes of changes for those of differences, which are limited to 255; false when one is as
+  // large.
+  HWY_INLINE bool LookUp(V8& sizes) const {
+    const D8 d;
+    const auto areBelow = [&](uint8_t limit) HWY_ATTR {
+      const V8 most = hn::Set(d, static_cast<uint8_t>(limit - 1));
+      return hn::AllTrue(d, hn::Eq(hn::Max(sizes, most), most));
+    };
+    if (areBelow(64))
+      sizes = nearest_(d, sizes);
+    else if (areBelow(128))
+      sizes = nearer_(d, sizes);
+    else if (areBelow(255))
+      sizes = near_(d, sizes);
+    else
+      return false;
+    return true;
+  }
+#if HWY_TARGET != HWY_SCALAR
+  // Sizes, which are 0 where the direction is, with the sign of the direction.
+  template <class V>
+  static HWY_INLINE V WithSign(V size, V direction) {
+#if HWY_TARGET == HWY_AVX2
+    return V{_mm256_sign_epi16(size.raw, direction.raw)};
+#else
+    const V sign = hn::BroadcastSignBit(direction);
+    return hn::Sub(hn::Xor(size, sign), sign);
+#endif
+  }
+#endif
+
+  LowTable<64> nearest_;
+  LowTable<128> nearer_;
+  Table256 near_;
+};
+
+void Recur(Several<KyBW16*, KyBW8*> out, size_t n, const KyBW8* source, const KyBW16* state,
+           const Changes* changes) {
+  const auto* const old = reinterpret_cast<const int16_t*>(state);
+  const Several<int16_t*, KyBW8*> to = {reinterpret_cast<int16_t*>(out.first), out.more};
+  const NearChanges near(changes->near);
+  for (size_t i = 0; i < n;) {
+    if (changes->areOdd) i += near.Recur(to + i, n - i, source + i, old + i);
     const size_t length = std::min(kPiece, n - i);
-    const auto* const old = reinterpret_cast<const int16_t*>(state + i);
-    MapSpan(Place(), piece, length, source + i, old);
-    LookUpEach(reinterpret_cast<uint16_t*>(piece), length, piece, *changes);
-    MapSpan(Change(), Several{reinterpret_cast<int16_t*>(out.first + i), out.more.first + i},
-            length, old, piece);
+    RecurByTable(to + i, length, source + i, old + i, changes->all);
+    i += length;
   }
 }
 

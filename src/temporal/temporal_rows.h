@@ -33,6 +33,15 @@ struct MovingRow {
 inline constexpr int kFarthest = 4095;
 inline constexpr int kChanges = 2 * kFarthest + 1;
 
+// Those changes, and the ones near the middle where they are odd: change(d) = -change(-d), and at
+// least 0 for d >= 0.
+inline constexpr int kNearChanges = 256;
+struct Changes {
+  const KyBW16* all;
+  bool areOdd;
+  KyBW8 near[kNearChanges];  // those of d = 0, 1, ...; each below 256
+};
+
 struct TemporalKernels {
   // The first frame of a sequence: it stands for `others` frames before it.
   void (*start)(const MovingRow& row, KyBW16 others);
@@ -40,8 +49,8 @@ struct TemporalKernels {
   void (*stepByShift)(const MovingRow& row, int shift);
   void (*stepByReciprocal)(const MovingRow& row, const Reciprocal& reciprocal);
   // A step of a recursive average: the new state and its level, from a pixel, its state, and the
-  // changes for the differences from -kFarthest to kFarthest.
-  SeveralKernel<Several<KyBW16, KyBW8>, KyBW8, KyBW16, const KyBW16*> recur;
+  // changes.
+  SeveralKernel<Several<KyBW16, KyBW8>, KyBW8, KyBW16, Changes> recur;
 };
 
 // The kernels of the instruction set that this call may use.

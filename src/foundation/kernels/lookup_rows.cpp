@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "foundation/dispatch.h"
+#include "foundation/look_up-inl.h"
 #include "foundation/spans-inl.h"
 #include "foundation/table-inl.h"
 #include "foundation/widen-inl.h"
@@ -106,7 +107,7 @@ void LookUpDeepRow(KyBW8* out, size_t n, const KyBW16* in, const DeepTable* tabl
     } else {
       KyBW16 places[kPieceOfRow];
       MapSpan(place, places, count, in + i);
-      LookUpEach(out + i, count, places, table->levels);
+      LookUpBytes(out + i, count, places, table->levels);
     }
   }
 }
