@@ -65,9 +65,13 @@ KY_ERRORS KyPyramid::BuildLevels(const KyROI<T>* source, KyImage<T>* images) noe
   return ky::Call("KyPyramid::Build", [&] {
     ky::Rows<const T> in;
     const bool rightType = (type_ == KY_IMAGE_BW8) == (sizeof(T) == 1);
-    if (ky::Open(source, in) != KY_OK || !rightType || levels_ == 0) return KY_ERROR_PYRAMID_BUILD;
+    const auto fail = [](const char* why) { return ky::Explain(KY_ERROR_PYRAMID_BUILD, why); };
+    if (levels_ == 0) return fail("the pyramid has no levels: call SetNumLevels");
+    if (!rightType) return fail("the pyramid is of the other type of pixels");
+    if (ky::Open(source, in) != KY_OK) return fail("source is null or has no pixels");
     const int width = source->GetWidth(), height = source->GetHeight();
-    if (std::min(width, height) >> (levels_ - 1) == 0) return KY_ERROR_PYRAMID_BUILD;
+    if (std::min(width, height) >> (levels_ - 1) == 0)
+      return fail("source is too small for the levels");
 
     bool fits = true;
     for (int i = 0; i < levels_; ++i)
@@ -93,11 +97,12 @@ KY_ERRORS KyPyramid::Build(const KyROI<KyC24>* source) noexcept {
 
 template <class T>
 KY_ERRORS KyPyramid::AddLevel(KyImage<T>* images) noexcept {
-  if (levels_ == 0 || levels_ == kMostLevels) return KY_ERROR_PYRAMID_HALVE;
+  if (levels_ == 0 || levels_ == kMostLevels)
+    return ky::Explain(KY_ERROR_PYRAMID_HALVE, "the pyramid has no level, or all that it may");
   KyImage<T>& last = images[levels_ - 1];
   const int width = last.GetWidth() / 2, height = last.GetHeight() / 2;
   if (ky::CheckImage(&last, "source") != KY_OK || width == 0 || height == 0)
-    return KY_ERROR_PYRAMID_HALVE;
+    return ky::Explain(KY_ERROR_PYRAMID_HALVE, "the last level is too small, or not built");
   if (const KY_ERRORS error = ky::Resize(&images[levels_], width, height)) return error;
   HalveImage(last, images[levels_]);
   ++levels_;

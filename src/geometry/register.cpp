@@ -46,7 +46,8 @@ KY_ERRORS RegisterTriples(const char* name, const KyROI<T>* source, KyROI<T>* de
         {from[0].x, from[1].x, from[2].x}, {from[0].y, from[1].y, from[2].y}, {1, 1, 1}};
     float x[3] = {to[0].x, to[1].x, to[2].x}, y[3] = {to[0].y, to[1].y, to[2].y};
     for (auto* solution : {&x, &y})
-      if (const KY_ERRORS error = ky::SolveCramer3(pivots[0], 3, *solution)) return error;
+      if (const KY_ERRORS error = ky::SolveCramer3(pivots[0], 3, *solution))
+        return ky::Explain(error, "the pivots lie on one line");
     return ImgLinearTransform(source, x[0], x[1], x[2], y[0], y[1], y[2], destination,
                               interpolation);
   });

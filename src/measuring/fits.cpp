@@ -64,7 +64,7 @@ KY_ERRORS Fit(const Points& points, KyLine& line) noexcept {
   const bool equal = std::all_of(points.begin(), points.end(), [&](Vector2 p) {
     return p.x == points.first->x && p.y == points.first->y;
   });
-  if (equal) return KY_ERROR_SINGULAR_SYSTEM;
+  if (equal) return ky::Explain(KY_ERROR_SINGULAR_SYSTEM, "all points are equal");
   const Spread spread(points);
   const Vector2 direction = DirectionOf(spread);
   line.x = spread.center.x;
@@ -159,7 +159,8 @@ KY_ERRORS Fit(const Points& points, KyCircle& circle) noexcept {
   KyLine line{};
   if (const KY_ERRORS error = Fit(points, line)) return error;
   const Spread spread(points);
-  if (line.residual <= kStraight * spread.reach) return KY_ERROR_SINGULAR_SYSTEM;
+  if (line.residual <= kStraight * spread.reach)
+    return ky::Explain(KY_ERROR_SINGULAR_SYSTEM, "the points lie on a line");
   Scratch<Vector2> scaled;
   if (!scaled.Allocate(points.count)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   std::transform(points.begin(), points.end(), scaled.get(),
@@ -193,7 +194,8 @@ KY_ERRORS FitWithoutOutliers(const char* name, const Vector* vector, float outli
       return Vector2{point.x, point.y};
     });
     for (const Vector2 p : Points{all.get(), n})
-      if (!std::isfinite(p.x) || !std::isfinite(p.y)) return KY_ERROR_SINGULAR_SYSTEM;
+      if (!std::isfinite(p.x) || !std::isfinite(p.y))
+        return ky::Explain(KY_ERROR_SINGULAR_SYSTEM, "a point is not finite");
     Model model = result;  // with its padding
     if (const KY_ERRORS error = Fit({all.get(), n}, model)) return error;
     std::fill_n(isNear.get(), n, true);

@@ -18,7 +18,8 @@ Vector2 DirectionOf(const KyLine& line) noexcept { return {line.directionX, line
 KY_ERRORS KyIntersect(const KyLine& a, const KyLine& b, double& x, double& y) noexcept {
   return ky::Call("KyIntersect", [&] {
     const double cross = Cross(DirectionOf(a), DirectionOf(b));
-    if (!(std::abs(cross) > 0)) return KY_ERROR_SINGULAR_SYSTEM;
+    if (!(std::abs(cross) > 0))
+      return ky::Explain(KY_ERROR_SINGULAR_SYSTEM, "the lines are parallel");
     const double along = Cross(Vector2{b.x - a.x, b.y - a.y}, DirectionOf(b)) / cross;
     x = a.x + along * a.directionX;
     y = a.y + along * a.directionY;

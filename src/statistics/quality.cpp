@@ -141,7 +141,8 @@ KY_ERRORS ImgLinearRegression(const KyROI<KyBW8>* a, const KyROI<KyBW8>* b, floa
     const auto n = static_cast<std::uint64_t>(inA.width * inA.height);
     const ky::Int128 varianceA = product(n, sums.aa) - product(sums.a, sums.a);
     const ky::Int128 varianceB = product(n, sums.bb) - product(sums.b, sums.b);
-    if (varianceA == 0) return KY_ERROR_SINGULAR_SYSTEM;
+    if (varianceA == 0)
+      return ky::Explain(KY_ERROR_SINGULAR_SYSTEM, "all pixels of a have one level");
     const double common = ky::ToDouble(product(n, sums.ab) - product(sums.a, sums.b));
     const double across = ky::ToDouble(product(sums.aa, sums.b) - product(sums.a, sums.ab));
     const double spreadA = ky::ToDouble(varianceA), spreadB = ky::ToDouble(varianceB);
