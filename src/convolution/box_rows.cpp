@@ -71,6 +71,8 @@ struct FewRows {
     return {{hn::BitCast(du, hn::Sub(odd, third)), hn::BitCast(du, second), hn::BitCast(du, third)},
             hn::BitCast(du, hn::Add(even, odd))};
   }
+#else
+  static uint32_t Of(uint32_t column) { return column; }
 #endif
 };
 #if HWY_TARGET != HWY_SCALAR
@@ -95,6 +97,8 @@ struct NarrowRows {
                         hn::Sub(hn::ShiftRight<16>(in[0]), hn::ShiftRight<16>(out[0])),
                         hn::Sub(hn::ShiftRight<16>(in[1]), hn::ShiftRight<16>(out[1])));
   }
+#else
+  static uint32_t Of(uint32_t column) { return column; }
 #endif
 };
 struct WideRows {
@@ -108,6 +112,25 @@ struct WideRows {
     };
     return SumOfChanges(change(0), change(1), change(2), change(3));
   }
+#else
+  static uint32_t Of(uint32_t column) { return column; }
+#endif
+};
+
+// The sums of columns in units of 2^kCoarse, each rounded down.
+struct CoarseRows {
+  using Columns = WideColumns;
+#if HWY_TARGET != HWY_SCALAR
+  static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
+    const DU32 d;
+    const auto change = [&](int p) HWY_ATTR {
+      return hn::Sub(hn::ShiftRight<kCoarse>(hn::LoadU(d, windows.entering.of[p] + x / 4)),
+                     hn::ShiftRight<kCoarse>(hn::LoadU(d, windows.leaving.of[p] + x / 4)));
+    };
+    return SumOfChanges(change(0), change(1), change(2), change(3));
+  }
+#else
+  static uint32_t Of(uint32_t column) { return column >> kCoarse; }
 #endif
 };
 
@@ -125,9 +148,8 @@ class WindowScan {
     const DU32 d;
 #if HWY_TARGET == HWY_SCALAR
     const auto place = static_cast<ptrdiff_t>(x);
-    const auto change =
-        static_cast<uint32_t>(*windows_.entering.At(place) - *windows_.leaving.At(place));
-    before_ = hn::Add(before_, hn::Set(d, change));
+    const uint32_t entering = Rows::Of(*windows_.entering.At(place));
+    before_ = hn::Add(before_, hn::Set(d, entering - Rows::Of(*windows_.leaving.At(place))));
     return {{before_}};
 #else
     const auto last = hn::IndicesFromVec(
@@ -324,6 +346,64 @@ struct DeviationOp {
   }
 };
 
+// The same for larger areas. P has up to 36 bits: those above 32 follow from a rough value, which
+// the sums of squares in coarse units give. Variances may come out just below 0.
+struct DeviationOfLargeOp {
+  template <class Areas>
+  HWY_INLINE WindowLanes operator()(const Areas& areas, size_t x, const WindowLanes& sums,
+                                    const WindowLanes& squares, const WindowLanes& coarse) const {
+    const DF32 df;
+    const DU32 du;
+    const D32 di;
+    constexpr float kTwo32 = 4294967296.0f;
+    const VF32 integer = hn::Set(df, 1.5f * kInteger);
+    const auto asFloat = [&](VU32 v) HWY_ATTR { return hn::ConvertTo(df, hn::BitCast(di, v)); };
+    WindowLanes rests, centred, estimates;
+    VF32 high[kWindowPhases];
+    for (size_t p = 0; p < kWindowPhases; ++p) {
+      const Area area = areas.At(p, x);
+      const VF32 quotient =
+          hn::Add(hn::Mul(asFloat(sums.of[p]), area.reciprocal), hn::Set(df, kInteger));
+      const VU32 mean = hn::And(hn::BitCast(du, quotient), hn::Set(du, 0xFF));
+      rests.of[p] = hn::Sub(sums.of[p], hn::Mul(mean, area.area));
+      const VU32 both = hn::Add(sums.of[p], rests.of[p]);
+      centred.of[p] = hn::Sub(squares.of[p], hn::Mul(mean, both));
+      const VF32 rough = hn::Sub(hn::Mul(asFloat(coarse.of[p]), hn::Set(df, 1 << kCoarse)),
+                                 hn::Mul(asFloat(mean), asFloat(both)));
+      const VF32 low = asFloat(centred.of[p]);
+      const VF32 more = hn::Mul(hn::Sub(rough, low), hn::Set(df, 1 / kTwo32));
+      high[p] = hn::Sub(hn::Add(more, integer), integer);
+      const VF32 sum = hn::Add(low, hn::Mul(high[p], hn::Set(df, kTwo32)));
+      const VF32 reciprocal = hn::Mul(area.reciprocal, hn::Set(df, kUnits));
+      const VF32 rest = hn::Mul(asFloat(rests.of[p]), reciprocal);
+      const VF32 square = hn::Mul(sum, hn::Mul(reciprocal, hn::Set(df, kUnits)));
+      const VF32 variance = hn::Max(hn::Sub(square, hn::Mul(rest, rest)), hn::Zero(df));
+      estimates.of[p] = RoundedEstimate(hn::Sqrt(variance));
+    }
+    // A level k is too high where 4 (n P - R^2) < ((2 k - 1) n)^2, one place after the other.
+    return LevelsOf(estimates, [&](size_t p, VU32 level) HWY_ATTR {
+      constexpr size_t kLanes = hn::MaxLanes(du);
+      HWY_ALIGN uint32_t levels[kLanes], lower[kLanes], rest[kLanes], area[kLanes];
+      HWY_ALIGN float upper[kLanes];
+      HWY_ALIGN int32_t above[kLanes];
+      hn::Store(level, du, levels);
+      hn::Store(centred.of[p], du, lower);
+      hn::Store(rests.of[p], du, rest);
+      hn::Store(areas.At(p, x).area, du, area);
+      hn::Store(high[p], df, upper);
+      for (size_t i = 0; i < kLanes; ++i) {
+        const int64_t n = area[i], r = static_cast<int32_t>(rest[i]);
+        const uint64_t sum = static_cast<uint64_t>(int64_t{static_cast<int32_t>(lower[i])}) +
+                             (static_cast<uint64_t>(static_cast<int64_t>(upper[i])) << 32);
+        const uint64_t variance = static_cast<uint64_t>(n) * sum - static_cast<uint64_t>(r * r);
+        const int64_t odd = (2 * int64_t{levels[i]} - 1) * n;
+        above[i] = static_cast<int64_t>(4 * variance) < odd * odd ? -1 : 0;
+      }
+      return hn::Lt(hn::Load(di, above), hn::Zero(di));
+    });
+  }
+};
+
 template <class Rows, class Op>
 void AverageRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& windows,
                 const WindowAreas& areas) {
@@ -333,6 +413,14 @@ template <class Rows>
 void DeviationRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& levels,
                   const Windows<WideColumns>& squares, const WindowAreas& areas) {
   MapSums(DeviationOp(), out, n, areas, WindowScan<Rows>(levels), WindowScan<WideRows>(squares));
+}
+
+void DeviationOfLargeRow(KyBW8* out, size_t n, const Windows<WideColumns>& levels,
+                         const Windows<WideColumns>& squares, uint32_t coarseBefore,
+                         const WindowAreas& areas) {
+  const Windows<WideColumns> coarse = {squares.entering, squares.leaving, coarseBefore};
+  MapSums(DeviationOfLargeOp(), out, n, areas, WindowScan<WideRows>(levels),
+          WindowScan<WideRows>(squares), WindowScan<CoarseRows>(coarse));
 }
 
 struct CompareOp {
@@ -357,7 +445,7 @@ constexpr ResultKernels<typename Rows::Columns> ResultsOf() {
           &AverageRow<Rows, AverageOfLargeOp>, &DeviationRow<Rows>};
 }
 constexpr BoxKernels kKernels = {ResultsOf<FewRows>(), ResultsOf<NarrowRows>(),
-                                 ResultsOf<WideRows>(), &CompareRow};
+                                 ResultsOf<WideRows>(), &DeviationOfLargeRow, &CompareRow};
 
 }  // namespace
 

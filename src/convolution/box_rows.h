@@ -41,8 +41,11 @@ using DeviationKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Column
 // below kMostOddArea, for any below kMostSmallArea, and for any up to kMostArea.
 inline constexpr std::int64_t kMostOddArea = 1 << 14, kMostSmallArea = 1 << 13;
 inline constexpr std::int64_t kMostArea = INT32_MAX / 255;
-// round(sqrt(area * squares - sum^2) / area) for areas up to this.
-inline constexpr std::int64_t kMostDeviationArea = 1 << 17;
+// round(sqrt(area * squares - sum^2) / area) for areas up to the first of these, and up to the
+// other. Sums of squares are in units of 2^kCoarse where their lower 32 bits do not tell enough of
+// them.
+inline constexpr std::int64_t kMostDeviationArea = 1 << 17, kMostLargeDeviationArea = 1 << 22;
+inline constexpr int kCoarse = 8;
 
 template <class Columns>
 struct ResultKernels {
@@ -58,6 +61,10 @@ struct Comparison {
 struct BoxKernels {
   ResultKernels<NarrowColumns> few, narrow;  // of kFewRows rows, and of kNarrowRows
   ResultKernels<WideColumns> wide;
+  // The sum of window -1 in coarse units is that of its columns, each rounded down to these.
+  void (*deviationOfLarge)(KyBW8* out, std::size_t n, const Windows<WideColumns>& levels,
+                           const Windows<WideColumns>& squares, std::uint32_t coarseBefore,
+                           const WindowAreas& areas);
   void (*compare)(KyBW8* out, std::size_t n, const KyBW8* x, const KyBW8* y,
                   const Comparison& comparison);
 };

@@ -56,7 +56,7 @@ class ColumnSums {
   }
   // Those of row y, after those of the row before it.
   Windows<Columns> Advance(const PlaneRows& source, std::ptrdiff_t y, int plane) noexcept {
-    const Columns columns = ColumnsOf(plane);
+    const Columns columns = At(plane);
     const auto n = static_cast<std::size_t>(width_);
     if (y == 0)
       Start(columns, source, plane);
@@ -72,9 +72,8 @@ class ColumnSums {
     }
     return {columns.From(half_), columns.From(-half_ - 1), before};
   }
-
- private:
-  Columns ColumnsOf(int plane) const noexcept {
+  // From the first column of the image on.
+  Columns At(int plane) const noexcept {
     Element* const at = memory_.get() + plane * pitch_;
     Columns columns;
     const auto phases = std::ssize(columns.of);
@@ -82,6 +81,8 @@ class ColumnSums {
       columns.of[p] = at + (p * pitch_ + margin_) / phases;
     return columns;
   }
+
+ private:
   void Start(const Columns& columns, const PlaneRows& source, int plane) const noexcept {
     const auto n = static_cast<std::size_t>(width_);
     const std::ptrdiff_t last = std::min(halfHeight_, source.height() - 1);

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "convolution/box_sums.h"
+#include "convolution/filters_rows.h"
 #include "convolution/large_boxes.h"
 #include "foundation/frame.h"
 #include "ky/neighbourhoods.h"
@@ -64,16 +65,30 @@ KY_ERRORS AverageWith(const ColumnKernels<Columns>& columnKernels,
   return KY_OK;
 }
 
+// The kernels of the windows that a function of their own serves faster; null for others.
+const WindowKernels* SmallWindows(const BoxJob& job) noexcept {
+  const LargeSmoothingKernels& kernels = ChooseLargeSmoothingKernels();
+  if (job.inside || job.box.halfWidth != job.box.halfHeight) return nullptr;
+  return job.box.halfWidth == 2   ? &kernels.uniform5x5
+         : job.box.halfWidth == 3 ? &kernels.uniform7x7
+                                  : nullptr;
+}
+
 KY_ERRORS Average(const BoxJob& job) noexcept {
+  if (const WindowKernels* const small = SmallWindows(job))
+    return FilterWindows(job.out, job.in, Border::Nearest(),
+                         job.planes == 1 ? small->grey : small->color);
   if (job.box.Area() > kMostArea) return AverageOfLargeBoxes(job);
   return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results) {
     return AverageWith(columns, results, job);
   });
 }
 
-template <class Columns>
+// make(out, n, windows of levels, those of squares, these squares' columns, areas) makes a row.
+template <class Columns, class Make>
 KY_ERRORS DeviationWith(const ColumnKernels<Columns>& columnKernels,
-                        const ResultKernels<Columns>& kernels, const BoxJob& job) noexcept {
+                        const ColumnKernels<WideColumns>& squareKernels, const BoxJob& job,
+                        const Make& make) noexcept {
   const std::ptrdiff_t width = job.Width(), height = job.in.height;
   PlaneRows source;
   PlaneResults results;
@@ -83,8 +98,7 @@ KY_ERRORS DeviationWith(const ColumnKernels<Columns>& columnKernels,
   if (!source.Open(job.in, job.out, job.planes, Border::Constant(0), job.RowsAtOnce()) ||
       !results.Open(job.out, job.planes) ||
       !columns.Allocate(columnKernels, source, job.planes, job.box, false) ||
-      !squareColumns.Allocate(ChooseAllColumnKernels().squares, source, job.planes, job.box,
-                              false) ||
+      !squareColumns.Allocate(squareKernels, source, job.planes, job.box, false) ||
       !areas.Allocate(job.box, width, height, true))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
   for (std::ptrdiff_t y = 0; y < height; ++y) {
@@ -92,8 +106,8 @@ KY_ERRORS DeviationWith(const ColumnKernels<Columns>& columnKernels,
     for (int plane = 0; plane < job.planes; ++plane) {
       const Windows<Columns> levels = columns.Advance(source, y, plane);
       const Windows<WideColumns> squares = squareColumns.Advance(source, y, plane);
-      kernels.deviation(results.Row(y, plane), static_cast<std::size_t>(width), levels, squares,
-                        areas.At(y));
+      make(results.Row(y, plane), static_cast<std::size_t>(width), levels, squares,
+           squareColumns.At(plane), areas.At(y));
     }
     results.Done(y);
   }
@@ -101,9 +115,25 @@ KY_ERRORS DeviationWith(const ColumnKernels<Columns>& columnKernels,
 }
 
 KY_ERRORS Deviation(const BoxJob& job) noexcept {
-  if (job.box.Area() > kMostDeviationArea) return DeviationOfLargeBoxes(job);
+  const std::int64_t area = job.box.Area();
+  if (area > kMostLargeDeviationArea || 2 * job.box.halfHeight + 1 > kSquareRows)
+    return DeviationOfLargeBoxes(job);
+  const AllColumnKernels& all = ChooseAllColumnKernels();
+  if (area > kMostDeviationArea) {
+    const BoxKernels& results = ChooseBoxKernels();
+    const auto half = static_cast<std::size_t>(job.box.halfWidth);
+    return DeviationWith(all.wide, all.squares, job,
+                         [&](KyBW8* out, std::size_t n, const auto& levels, const auto& squares,
+                             const WideColumns& columns, const WindowAreas& areas) {
+                           const std::uint32_t before = all.sumShifted(columns, half, kCoarse);
+                           results.deviationOfLarge(out, n, levels, squares, before, areas);
+                         });
+  }
   return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results) {
-    return DeviationWith(columns, results, job);
+    return DeviationWith(
+        columns, all.squares, job,
+        [&](KyBW8* out, std::size_t n, const auto& levels, const auto& squares, const WideColumns&,
+            const WindowAreas& areas) { results.deviation(out, n, levels, squares, areas); });
   });
 }
 

@@ -4,6 +4,8 @@
 
 #include "convolution/column_rows.h"
 
+#include <iterator>
+
 #include "foundation/dispatch.h"
 #include "foundation/spans-inl.h"
 #include "foundation/window-inl.h"
@@ -148,21 +150,27 @@ template <class Op, class Columns>
 void SlideRow(const Columns& columns, size_t n, const KyBW8* entering, const KyBW8* leaving) {
   AddToColumns(Op(), columns, n, entering, leaving);
 }
-template <class T, int kPhases>
-uint32_t SumOf(const Phases<T, kPhases>& columns, size_t n) {
+template <class Columns>
+uint32_t SumShifted(const Columns& columns, size_t n, int shift) {
+  const size_t phases = std::size(columns.of);
   uint32_t sum = 0;
-  for (size_t p = 0; p < kPhases; ++p)
-    for (size_t i = 0; kPhases * i + p < n; ++i) sum += columns.of[p][i];
+  for (size_t p = 0; p < phases; ++p)
+    for (size_t i = 0; phases * i + p < n; ++i) sum += uint32_t{columns.of[p][i]} >> shift;
   return sum;
+}
+template <class Columns>
+uint32_t SumOf(const Columns& columns, size_t n) {
+  return SumShifted(columns, n, 0);
 }
 
 template <class Add, class Slide, class Columns>
 constexpr ColumnKernels<Columns> KernelsOf() {
-  return {&AddRow<Add, Columns>, &SlideRow<Slide, Columns>, &SumOf};
+  return {&AddRow<Add, Columns>, &SlideRow<Slide, Columns>, &SumOf<Columns>};
 }
 constexpr AllColumnKernels kKernels = {KernelsOf<AddLevels, SlideLevels, NarrowColumns>(),
                                        KernelsOf<AddLevels, SlideLevels, WideColumns>(),
-                                       KernelsOf<AddSquares, SlideSquares, WideColumns>()};
+                                       KernelsOf<AddSquares, SlideSquares, WideColumns>(),
+                                       &SumShifted<WideColumns>};
 
 }  // namespace
 

@@ -41,8 +41,9 @@ using WideColumns = Phases<std::uint32_t, 4>;
 
 // All columns have room for kColumnSlack places more, which may be written.
 inline constexpr std::ptrdiff_t kColumnSlack = 256;
-// The sums of so many rows fit narrow columns.
+// The sums of so many rows fit narrow columns, and those of so many squares wide ones.
 inline constexpr std::int64_t kNarrowRows = UINT16_MAX / 255;
+inline constexpr std::int64_t kSquareRows = UINT32_MAX / (255 * 255);
 
 template <class Columns>
 struct ColumnKernels {
@@ -57,6 +58,8 @@ struct ColumnKernels {
 struct AllColumnKernels {
   ColumnKernels<NarrowColumns> narrow;
   ColumnKernels<WideColumns> wide, squares;
+  // The sum of columns(0) >> shift to columns(n - 1) >> shift.
+  std::uint32_t (*sumShifted)(const WideColumns& columns, std::size_t n, int shift);
 };
 const AllColumnKernels& ChooseAllColumnKernels() noexcept;
 

@@ -205,7 +205,7 @@ class GaussianWalk {
         std::int16_t* const first = row + half - (begin_ - left);
         std::int16_t* const last = first + columns - 1;
         kernels.widen(first, columns, planeCount_ == 1 ? source[r] : Split(r, plane));
-        std::fill(row, first, *first);
+        std::fill_n(row, first - row, *first);
         std::fill_n(last + 1, end_ + half - right, *last);
         wide[r] = row;
       }

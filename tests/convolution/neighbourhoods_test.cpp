@@ -92,7 +92,9 @@ const Halves kHalves[] = {{0, 0},
                           {1, 0},
                           {0, 2},
                           {1, 1},
+                          {2, 2},
                           {2, 3},
+                          {3, 3},
                           {5, 4},
                           {16, 9},
                           {45, 45},
@@ -151,33 +153,59 @@ TEST(Boxes, LocalThresholdComparesWithTheAverage) {
         kSizes);
 }
 
-// Sums whose quotient lies next to where rounding changes, and right there. The windows cover the
-// whole image.
-TEST(Boxes, QuotientsThatAreNearlyAHalf) {
+// Averages and deviations next to where rounding changes, and right there. The windows cover the
+// whole image, of which about half is of one level, half of another.
+TEST(Boxes, ResultsThatAreNearlyAHalf) {
   ForEachPath([](const std::string&) {
     Random random(1);
-    for (const auto [width, height] : {Size{2, 1},
-                                       {3, 3},
-                                       {8, 4},
-                                       {45, 45},
-                                       {46, 44},
-                                       {63, 65},
-                                       {90, 91},
-                                       {127, 129},
-                                       {510, 130}}) {
-      SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
-      const int area = width * height;
-      for (const int level : {0, 1, 2, 100, 127, 128, 253, 254}) {
-        for (int ones = (area - 1) / 2; ones <= area / 2 + 1; ++ones) {
-          Picture<KyBW8> picture(width, height, static_cast<KyBW8>(level));
-          std::fill_n(picture.pixels.begin(), ones, static_cast<KyBW8>(level + 1));
-          Canvas<KyBW8> canvas(picture, {}, random);
-          ASSERT_EQ(ImgLocalAverage(canvas.roi(), nullptr, 600), KY_OK);
-          const auto expected = static_cast<KyBW8>(level + (2 * ones >= area));
-          ASSERT_TRUE(Same(Picture<KyBW8>(width, height, expected), canvas.Get()));
+    for (const Size size : {Size{2, 1},
+                            {3, 3},
+                            {8, 4},
+                            {45, 45},
+                            {46, 44},
+                            {63, 65},
+                            {90, 91},
+                            {127, 129},
+                            {510, 130},
+                            {512, 300}}) {
+      SCOPED_TRACE(std::to_string(size.width) + " x " + std::to_string(size.height));
+      const int area = size.width * size.height;
+      const auto check = [&](int level, int step, int others, GreyBox box, auto result) {
+        const int other = level + step;
+        Grey picture(size.width, size.height, static_cast<KyBW8>(level));
+        std::fill_n(picture.pixels.begin(), others, static_cast<KyBW8>(other));
+        Sums sums;
+        sums.Add({1, level, level * level}, area - others);
+        sums.Add({1, other, other * other}, others);
+        Canvas<KyBW8> canvas(picture, {}, random);
+        ASSERT_EQ(box(canvas.roi(), nullptr, 600, KY_HALF_HEIGHT_AS_WIDTH), KY_OK);
+        ASSERT_TRUE(Same(Grey(size.width, size.height, result(sums)), canvas.Get()));
+      };
+      for (int others = (area - 1) / 2; others <= area / 2 + 1; ++others) {
+        for (const int level : {0, 1, 2, 100, 127, 128, 253, 254})
+          check(level, 1, others, ImgLocalAverage, AverageOf);
+        for (const int step : {1, 3, 101, 255}) {
+          check(0, step, others, ImgLocalDeviation, DeviationOf);
+          check(255 - step, step, others, ImgLocalDeviation, DeviationOf);
         }
       }
     }
+  });
+}
+
+// Sums of squares beyond 32 bits.
+TEST(Boxes, DeviationsOfLargeWindows) {
+  Random random(1);
+  auto picture = RandomPicture<KyBW8>(480, 410, random);
+  for (int y = 0; y < picture.height; ++y)  // light at the right
+    for (int x = 0; x < picture.width; ++x)
+      picture.At(x, y) = static_cast<KyBW8>(picture.At(x, y) / 4 + 190 * (x > 300 + y / 4));
+  Grey expected(picture.width, picture.height);
+  Over<true, DeviationOf>(250, 200)(picture, expected);
+  ForEachPath([&](const std::string&) {
+    Canvas<KyBW8> canvas(picture, {}, random);
+    ASSERT_EQ(ImgLocalDeviation(canvas.roi(), nullptr, 250, 200), KY_OK);
+    ASSERT_TRUE(Same(expected, canvas.Get()));
   });
 }
 
@@ -243,6 +271,10 @@ TEST(Gaussians, FixedPointAlongRowsAndColumns) {
     };
     CheckOperation<KyBW8, KyBW8>(call, model, kSizes);
     CheckOperation<KyC24, KyC24>(call, InColors(model), {{1, 1}, {5, 2}, {33, 7}, {70, 9}});
+    if (c.halfHeight < 7) continue;
+    // Several strips.
+    CheckOperation<KyBW8, KyBW8>(call, model, {{1100, 6}});
+    CheckOperation<KyC24, KyC24>(call, InColors(model), {{700, 3}});
   }
 }
 
