@@ -117,21 +117,20 @@ HWY_INLINE void UnpackVector(T* out, const uint8_t* row, size_t i) {
 
 template <class Format, class T>
 void UnpackRow(T* out, size_t n, const uint8_t* row) {
-  const size_t bytes = Format::BytesOf(n);
-  size_t i = 0;
-  for (;
-       i + kLanes <= n && (i + kLanes + 7) / 8 * Format::kBytes + kSlack <= bytes + Format::kBytes;
-       i += kLanes) {
-    UnpackVector<Format>(out + i, row, i);
-  }
-  // The rest, of less than two vectors, from a copy that may be read beyond its end.
-  const size_t start = i / 8 * Format::kBytes;
-  if (i == n) return;
+  constexpr size_t kGroup = std::max<size_t>(kLanes, 8), kGroupBytes = kGroup / 8 * Format::kBytes;
+  const size_t bytes = Format::BytesOf(n), readable = bytes + Format::kBytes;
+  const size_t groups =
+      std::min(n / kGroup, readable < kSlack ? 0 : (readable - kSlack) / kGroupBytes);
+  for (size_t k = 0; k < groups; ++k, out += kGroup, row += kGroupBytes)
+    for (size_t i = 0; i < kGroup; i += kLanes) UnpackVector<Format>(out + i, row, i);
+  // The rest, of less than two groups, from a copy that may be read beyond its end.
+  const size_t rest = n - groups * kGroup;
+  if (rest == 0) return;
   uint8_t copy[(2 * kLanes / 8 + 3) * 16 + kSlack] = {};
   T results[2 * kLanes + 32];
-  std::memcpy(copy, row + start, std::min(bytes - start, sizeof copy));
-  for (size_t k = 0; i + k < n; k += kLanes) UnpackVector<Format>(results + k, copy, k);
-  std::copy_n(results, n - i, out + i);
+  std::memcpy(copy, row, std::min(bytes - groups * kGroupBytes, sizeof copy));
+  for (size_t i = 0; i < rest; i += kLanes) UnpackVector<Format>(results + i, copy, i);
+  std::copy_n(results, rest, out);
 }
 
 constexpr UnpackKernels kKernels = {

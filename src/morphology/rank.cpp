@@ -9,6 +9,7 @@
 #include "morphology/rank_rows.h"
 #include "morphology/select_rows.h"
 #include "morphology/small_rank_rows.h"
+#include "morphology/strip_ranks.h"
 
 namespace {
 
@@ -90,6 +91,12 @@ KY_ERRORS Run(Rows<const KyBW8> source, Rows<KyBW8> destination, int step, const
   ky::Input<KyBW8> input;
   if (destination.Empty()) return KY_OK;
   if (!input.OpenApart(source, destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  if (ky::ChooseStripKernels().isFast && rank < 128 && above < 128) {
+    ky::StripRanks ranks(input.rows(), destination, step);
+    return ranks.Run(window.halfWidth, window.halfHeight, static_cast<int>(rank))
+               ? KY_OK
+               : KY_ERROR_NOT_ENOUGH_MEMORY;
+  }
   const bool isSmall = window.Rows() <= 255 && rank < 1 << 15 && above < 1 << 15;
   const bool done = isSmall
                         ? RunCounts(kernels.small, input.rows(), destination, step, window, rank)

@@ -154,6 +154,45 @@ HWY_INLINE V8 RankOfColumns(std::integral_constant<int, 2>, const At& at) {
   return Median3(least, Median5(a4, b3, c2, d1, e0), greatest);
 }
 
+// Kept from being loaded again by each instruction that may have an operand in memory.
+HWY_INLINE V8 LoadOnce(const uint8_t* from) {
+  V8 v = hn::LoadU(D8(), from);
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR && (HWY_COMPILER_GCC || HWY_COMPILER_CLANG)
+  __asm__("" : "+x"(v.raw));
+#endif
+  return v;
+}
+
+// Long vectors that cross lines of a cache take twice as long to load, and so are made of whole
+// ones by shuffles; some are loaded, as both can be done at once.
+constexpr bool kShifts = hn::MaxLanes(D8()) >= 32;
+constexpr int kLoaded = 0;
+
+#if HWY_TARGET == HWY_SCALAR
+HWY_INLINE V8 LoadShifted(const uint8_t* from, int by) { return hn::LoadU(D8(), from + by); }
+#else
+// From an aligned place and a few bytes further on.
+HWY_INLINE V8 LoadShifted(const uint8_t* from, int by) {
+  const D8 d;
+  const V8 first = hn::Load(d, from), second = hn::Load(d, from + hn::MaxLanes(d));
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+  const V8 next = {_mm512_alignr_epi64(second.raw, first.raw, 2)};  // blocks
+#else
+  const V8 next = hn::ConcatLowerUpper(d, second, first);
+#endif
+  switch (by) {
+    case 1: return hn::CombineShiftRightBytes<1>(d, next, first);
+    case 2: return hn::CombineShiftRightBytes<2>(d, next, first);
+    case 3: return hn::CombineShiftRightBytes<3>(d, next, first);
+    case 4: return hn::CombineShiftRightBytes<4>(d, next, first);
+    case 6: return hn::CombineShiftRightBytes<6>(d, next, first);
+    case 9: return hn::CombineShiftRightBytes<9>(d, next, first);
+    case 12: return hn::CombineShiftRightBytes<12>(d, next, first);
+    default: return first;
+  }
+}
+#endif
+
 // Results of one or two rows, `rows` being the first of their windows. A chunk of columns is sorted
 // first, so that neighbours share the work.
 template <int kRadius, int kStep, int kRank>
@@ -170,8 +209,7 @@ HWY_INLINE void RankOfRows(Rows<uint8_t> out, const uint8_t* const* rows) {
   for (ptrdiff_t first = 0; first < out.width; first += kChunk) {
     const ptrdiff_t n = std::min(kChunk, out.width - first), end = n + 2 * kReach;
     const auto sort = [&](ptrdiff_t x) HWY_ATTR {
-      const ColumnPair<kRadius> sorted([&](int k)
-                                           HWY_ATTR { return hn::LoadU(d, in[k] + first + x); });
+      const ColumnPair<kRadius> sorted([&](int k) HWY_ATTR { return LoadOnce(in[k] + first + x); });
       const auto put = [&]<int... k>(std::integer_sequence<int, k...>) HWY_ATTR {
         (hn::StoreU(sorted.upper[k], d, columns[0][k] + x), ...);
         (hn::StoreU(sorted.lower[k], d, columns[1][k] + x), ...);
@@ -183,8 +221,11 @@ HWY_INLINE void RankOfRows(Rows<uint8_t> out, const uint8_t* const* rows) {
     for (int y = 0; y < (isPair ? 2 : 1); ++y) {
       uint8_t* const to = out.Row(y) + first;
       for (ptrdiff_t x = 0; x < n; x += kLanes) {
-        const auto at = [&](int i, int k)
-                            HWY_ATTR { return hn::LoadU(d, columns[y][i] + x + k * kStep); };
+        const auto at = [&](int i, int k) HWY_ATTR {
+          const uint8_t* const column = columns[y][i] + x;
+          return kShifts && i % 2 != 0 ? LoadShifted(column, k * kStep)
+                                       : hn::LoadU(d, column + k * kStep);
+        };
         hn::StoreU(RankOfColumns<kRank>(std::integral_constant<int, kRadius>(), at), d, to + x);
       }
     }

@@ -90,6 +90,8 @@ TEST(Rank, WindowsOfAnySize) {
                         {1, 0, kMedian},
                         {3, kAsWidth, kMedian},
                         {7, 2, kMedian},
+                        {7, 7, kMedian},
+                        {127, 0, kMedian},
                         {2, 25, kMedian},
                         {90, 90, kMedian},
                         {25, 127, kMedian},
@@ -115,6 +117,7 @@ TEST(Rank, WindowsOfAnySize) {
     Check<KyBW8>(c, sizes);
   for (const Case& c : {Case{3, 3, kMedian}, {2, 1, 3}, {1, 5, 9}, {5, 140, kMedian}})
     Check<KyC24>(c, {{1, 1}, {2, 5}, {33, 7}, {200, 3}});
+  Check<KyC24>({7, 7, kMedian}, {{1, 1}, {20, 30}, {530, 2}});
 }
 
 // Smooth pictures stay at one upper level for long and come back to it later; what is known of a

@@ -1,0 +1,46 @@
+// The row kernels of ranks in strips of an image, whose columns have histograms in two levels: how
+// many pixels are below each multiple of 32, and cumulative counts between two of these.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "ky/pixels.h"
+
+namespace ky {
+
+// One strip of results, `half` columns wider on either side. The memory is the caller's.
+struct RankStrip {
+  // A column's 8 times 32 counts; 32 bytes more keep columns from competing in a first cache.
+  static constexpr std::ptrdiff_t kColumn = 256 + 32;
+  static constexpr std::ptrdiff_t kBounds = 7;
+  // Rows are whole vectors.
+  static constexpr std::ptrdiff_t PitchOf(std::ptrdiff_t columns) noexcept {
+    return (columns + 63) / 64 * 64;
+  }
+
+  static constexpr std::ptrdiff_t WorkOf(std::ptrdiff_t pitch) noexcept {
+    return 2 * pitch + kBounds * (pitch + 64);
+  }
+
+  std::ptrdiff_t width, half, columns, pitch;
+  std::uint8_t* histograms;  // after a column of zeros
+  std::uint8_t* below;       // kBounds rows
+};
+
+struct StripKernels {
+  // Whether this is faster than without strips.
+  bool isFast;
+  // A row's pixels come to the columns so many times.
+  void (*add)(const RankStrip& strip, const KyBW8* row, std::uint8_t times);
+  // One row leaves them and another comes.
+  void (*slide)(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming);
+  // The results. Windows have up to 255 pixels and ranks below 128 from either end. `work` is
+  // RankStrip::WorkOf(pitch) bytes of scratch.
+  void (*run)(const RankStrip& strip, int rank, std::uint8_t* work, KyBW8* results);
+};
+
+// The kernels of the instruction set that this call may use.
+const StripKernels& ChooseStripKernels() noexcept;
+
+}  // namespace ky
