@@ -38,8 +38,13 @@ struct Border {
   void Pad(T* row, std::ptrdiff_t pixels, std::ptrdiff_t left, std::ptrdiff_t right,
            int step) const noexcept {
     if (kind == kNearest) {
-      // Each element is the one a pixel further inside.
       T* const end = row + pixels * step;
+      if (step == 1 && left == 1 && right == 1) {  // most often
+        row[-1] = row[0];
+        end[0] = end[-1];
+        return;
+      }
+      // Each element is the one a pixel further inside.
       for (std::ptrdiff_t i = 1; i <= left * step; ++i) row[-i] = row[step - i];
       for (std::ptrdiff_t i = 0; i < right * step; ++i) end[i] = end[i - step];
       return;
@@ -112,13 +117,17 @@ class RowRing {
   // take the places of the oldest.
   template <class Fetch>
   void FetchTo(std::ptrdiff_t end, const Fetch& fetch) noexcept {
-    for (; fetched_ < std::min(end, shape_.height); ++fetched_) {
-      T* const slot = first_ + next_ * pitch_;
-      next_ = next_ + 1 < count_ ? next_ + 1 : 0;
+    const Shape shape = shape_;  // what is fetched may not change it
+    T* slot = first_ + next_ * pitch_;
+    for (end = std::min(end, shape.height); fetched_ < end; ++fetched_) {
       fetch(slot, fetched_);
       // What the slots were allocated with is the constant.
-      if (shape_.border.kind != Border::kConstant)
-        shape_.border.Pad(slot, shape_.width, shape_.left, shape_.right, shape_.step);
+      if (shape.border.kind != Border::kConstant)
+        shape.border.Pad(slot, shape.width, shape.left, shape.right, shape.step);
+      slot += pitch_;
+      if (++next_ < count_) continue;
+      next_ = 0;
+      slot = first_;
     }
   }
 
@@ -127,7 +136,10 @@ class RowRing {
 
   // What stands at row y, inside or outside. It must be among the rows that are needed at once.
   const T* operator()(std::ptrdiff_t y) const noexcept {
-    const std::ptrdiff_t place = shape_.border.PlaceOf(y, shape_.height);
+    return At(shape_.border.PlaceOf(y, shape_.height));
+  }
+  // The same by its PlaceOf.
+  const T* At(std::ptrdiff_t place) const noexcept {
     if (place < 0) return outside_;
     // Counted back from the newest: divisions are slow.
     const std::ptrdiff_t slot = next_ - (fetched_ - place);
