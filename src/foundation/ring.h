@@ -38,13 +38,8 @@ struct Border {
   void Pad(T* row, std::ptrdiff_t pixels, std::ptrdiff_t left, std::ptrdiff_t right,
            int step) const noexcept {
     if (kind == kNearest) {
-      T* const end = row + pixels * step;
-      if (step == 1 && left == 1 && right == 1) {  // most often
-        row[-1] = row[0];
-        end[0] = end[-1];
-        return;
-      }
       // Each element is the one a pixel further inside.
+      T* const end = row + pixels * step;
       for (std::ptrdiff_t i = 1; i <= left * step; ++i) row[-i] = row[step - i];
       for (std::ptrdiff_t i = 0; i < right * step; ++i) end[i] = end[i - step];
       return;
@@ -117,18 +112,29 @@ class RowRing {
   // take the places of the oldest.
   template <class Fetch>
   void FetchTo(std::ptrdiff_t end, const Fetch& fetch) noexcept {
-    const Shape shape = shape_;  // what is fetched may not change it
-    T* slot = first_ + next_ * pitch_;
-    for (end = std::min(end, shape.height); fetched_ < end; ++fetched_) {
-      fetch(slot, fetched_);
-      // What the slots were allocated with is the constant.
-      if (shape.border.kind != Border::kConstant)
-        shape.border.Pad(slot, shape.width, shape.left, shape.right, shape.step);
-      slot += pitch_;
-      if (++next_ < count_) continue;
-      next_ = 0;
+    // Copies, which no store of an element can change, stay in registers.
+    const Shape shape = shape_;
+    const Border border = shape.border;
+    const bool repeatsOne = border.kind == Border::kNearest && shape.left * shape.step == 1 &&
+                            shape.right * shape.step == 1;
+    const std::ptrdiff_t width = shape.width, pitch = pitch_, count = count_;
+    std::ptrdiff_t row = fetched_, next = next_;
+    T* slot = first_ + next * pitch;
+    for (end = std::min(end, shape.height); row < end; ++row) {
+      fetch(slot, row);
+      if (repeatsOne) {  // most often
+        slot[-1] = slot[0];
+        slot[width] = slot[width - 1];
+      } else if (border.kind != Border::kConstant) {  // which slots were allocated with
+        border.Pad(slot, width, shape.left, shape.right, shape.step);
+      }
+      slot += pitch;
+      if (++next < count) continue;
+      next = 0;
       slot = first_;
     }
+    fetched_ = row;
+    next_ = next;
   }
 
   // Bytes from row to row.
