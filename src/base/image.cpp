@@ -1,5 +1,9 @@
 #include "ky/image.h"
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 #include <algorithm>
 #include <climits>
 #include <cstdint>
@@ -18,6 +22,19 @@ std::int64_t RowBytes(int width, int bitsPerPixel) noexcept {
   return (std::int64_t{width} * bitsPerPixel + 7) / 8;
 }
 
+// Asks the system to map each piece of 2 MB within new memory as one page: large images otherwise
+// spend up to a third of their time on the translation of addresses. This is advice, and takes no
+// more memory.
+void PreferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::int64_t bytes) noexcept {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+  constexpr std::uintptr_t kPage = 2 << 20;
+  const auto from = reinterpret_cast<std::uintptr_t>(memory);
+  const std::uintptr_t first = (from + kPage - 1) / kPage * kPage;
+  const std::uintptr_t end = (from + static_cast<std::uintptr_t>(bytes)) / kPage * kPage;
+  if (first < end) (void)madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+#endif
+}
+
 // Zeroed memory for rows of `pitch` bytes and the spare row; no pixels when it cannot be had.
 KyPixelBuffer AllocateRows(std::int64_t pitch, int width, int height) noexcept {
   if (width < 0 || height < 0 || pitch > INT_MAX) return {};
@@ -25,6 +42,7 @@ KyPixelBuffer AllocateRows(std::int64_t pitch, int width, int height) noexcept {
   if (bytes > PTRDIFF_MAX / 2) return {};
   void* const memory = ::operator new(static_cast<std::size_t>(bytes), kAlignment, std::nothrow);
   if (memory == nullptr) return {};
+  PreferLargePages(memory, bytes);
   std::memset(memory, 0, static_cast<std::size_t>(bytes));
   return {static_cast<KyBW8*>(memory), memory, static_cast<int>(pitch), width, height};
 }

@@ -112,14 +112,29 @@ class RowRing {
   // take the places of the oldest.
   template <class Fetch>
   void FetchTo(std::ptrdiff_t end, const Fetch& fetch) noexcept {
-    for (; fetched_ < std::min(end, shape_.height); ++fetched_) {
-      T* const slot = first_ + next_ * pitch_;
-      next_ = next_ + 1 < count_ ? next_ + 1 : 0;
-      fetch(slot, fetched_);
-      // What the slots were allocated with is the constant.
-      if (shape_.border.kind != Border::kConstant)
-        shape_.border.Pad(slot, shape_.width, shape_.left, shape_.right, shape_.step);
+    // Copies, which no store of an element can change, stay in registers.
+    const Shape shape = shape_;
+    const Border border = shape.border;
+    const bool repeatsOne = border.kind == Border::kNearest && shape.left * shape.step == 1 &&
+                            shape.right * shape.step == 1;
+    const std::ptrdiff_t width = shape.width, pitch = pitch_, count = count_;
+    std::ptrdiff_t row = fetched_, next = next_;
+    T* slot = first_ + next * pitch;
+    for (end = std::min(end, shape.height); row < end; ++row) {
+      fetch(slot, row);
+      if (repeatsOne) {  // most often
+        slot[-1] = slot[0];
+        slot[width] = slot[width - 1];
+      } else if (border.kind != Border::kConstant) {  // which slots were allocated with
+        border.Pad(slot, width, shape.left, shape.right, shape.step);
+      }
+      slot += pitch;
+      if (++next < count) continue;
+      next = 0;
+      slot = first_;
     }
+    fetched_ = row;
+    next_ = next;
   }
 
   // Bytes from row to row.
@@ -127,7 +142,10 @@ class RowRing {
 
   // What stands at row y, inside or outside. It must be among the rows that are needed at once.
   const T* operator()(std::ptrdiff_t y) const noexcept {
-    const std::ptrdiff_t place = shape_.border.PlaceOf(y, shape_.height);
+    return At(shape_.border.PlaceOf(y, shape_.height));
+  }
+  // The same by its PlaceOf.
+  const T* At(std::ptrdiff_t place) const noexcept {
     if (place < 0) return outside_;
     // Counted back from the newest: divisions are slow.
     const std::ptrdiff_t slot = next_ - (fetched_ - place);

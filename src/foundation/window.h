@@ -13,7 +13,7 @@
 namespace ky {
 
 // How the source rows of a kernel lie: the bytes from one to the next, but where the border
-// interferes, and whether more is read and written than a second cache holds, so that prefetches
+// interferes, and whether more is read and written than a third cache holds, so that prefetches
 // pay.
 struct Layout {
   std::ptrdiff_t pitch;
@@ -86,7 +86,7 @@ class WindowWalk {
     halfStrip_ = (ends_ + reach_ + step_ - 1) / step_ * step_;
     copies_ = in_.width < 2 * ends_ + lanes_ || Crowds() ||
               SharingOf(in_, destination) == Sharing::kTheSame;
-    isLarge_ = !copies_ && in_.height * (in_.RowBytes() + out_.RowBytes()) > kSecondCache;
+    isLarge_ = !copies_ && in_.height * (in_.RowBytes() + out_.RowBytes()) > kThirdCache;
     rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, kMost) : kMost;
     if (!Allocate()) return KY_ERROR_NOT_ENOUGH_MEMORY;
     const auto run = [&](std::ptrdiff_t y, std::ptrdiff_t end, bool isBorder) {
@@ -112,8 +112,8 @@ class WindowWalk {
  private:
   // Rows of a band, so many that what is done once a band costs little. Copies of rows are to stay
   // in a first cache.
-  static constexpr std::ptrdiff_t kMost = 12, kCopied = 12 << 10;
-  static constexpr std::ptrdiff_t kSecondCache = 1 << 20;
+  static constexpr std::ptrdiff_t kMost = 24, kCopied = 12 << 10;
+  static constexpr std::ptrdiff_t kThirdCache = 8 << 20;
   // The lines of one address that a first cache has room for, mostly.
   static constexpr std::ptrdiff_t kWays = 8;
 
@@ -137,37 +137,43 @@ class WindowWalk {
            results_.Allocate(rowsAtOnce_ * ends_) && pointers_.Allocate(3 * BandRows());
   }
 
-  // Fills a slot: with the whole row, or with either end.
-  void Fetch(const T* row, T* slot) const {
-    if (copies_) {
-      std::memcpy(slot, row, static_cast<std::size_t>(in_.RowBytes()));
-    } else {
-      CopyFew(slot, row, halfStrip_);
-      CopyFew(slot + halfStrip_, row + in_.width - halfStrip_, halfStrip_);
-    }
-  }
-  // So few that the call of a function would take longer.
+  // So few that the call of a function would take longer: mostly two blocks, which may overlap.
   static void CopyFew(T* to, const T* from, std::ptrdiff_t n) {
-    constexpr std::size_t kBytes = 16;
-    constexpr std::ptrdiff_t kBlock = kBytes / sizeof(T);
-    if (n < kBlock) {
-      std::memcpy(to, from, static_cast<std::size_t>(n) * sizeof(T));
-      return;
-    }
-    for (std::ptrdiff_t i = 0; i < n - kBlock; i += kBlock) std::memcpy(to + i, from + i, kBytes);
-    std::memcpy(to + n - kBlock, from + n - kBlock, kBytes);
+    const std::ptrdiff_t bytes = n * std::ptrdiff_t{sizeof(T)};
+    if (!CopyBlocks<32>(to, from, bytes) && !CopyBlocks<16>(to, from, bytes) &&
+        !CopyBlocks<64>(to, from, bytes))
+      std::memcpy(to, from, static_cast<std::size_t>(bytes));
+  }
+  template <std::ptrdiff_t kBytes>
+  static bool CopyBlocks(T* to, const T* from, std::ptrdiff_t bytes) {
+    if (bytes < kBytes || bytes > 2 * kBytes) return false;
+    const std::ptrdiff_t last = bytes - kBytes;
+    std::memcpy(to, from, kBytes);
+    std::memcpy(reinterpret_cast<KyBW8*>(to) + last, reinterpret_cast<const KyBW8*>(from) + last,
+                kBytes);
+    return true;
   }
 
   // Finds the rows of the windows of results y.. y + count - 1: the whole ones from column First()
   // on.
   void OpenBand(std::ptrdiff_t y, std::ptrdiff_t count) {
-    const std::ptrdiff_t top = y - radius_;
-    ring_.FetchTo(y + count + radius_,
-                  [&](T* slot, std::ptrdiff_t row) { Fetch(in_.Row(row), slot); });
-    for (std::ptrdiff_t k = 0; k < count + 2 * radius_; ++k) {
-      const std::ptrdiff_t row = border_.PlaceOf(top + k, in_.height);
-      Strips()[k] = ring_(top + k);
-      WholeRows()[k] = (copies_ || row < 0 ? Strips()[k] : in_.Row(row)) + First();
+    const std::ptrdiff_t top = y - radius_, rows = count + 2 * radius_, first = First();
+    const Rows<const T> in = in_;
+    // Slots get the whole row, or either end.
+    ring_.FetchTo(top + rows, [in, copies = copies_, n = halfStrip_](T* slot, std::ptrdiff_t row) {
+      if (copies) {
+        std::memcpy(slot, in.Row(row), static_cast<std::size_t>(in.RowBytes()));
+      } else {
+        CopyFew(slot, in.Row(row), n);
+        CopyFew(slot + n, in.Row(row) + in.width - n, n);
+      }
+    });
+    const T **const whole = WholeRows(), **const strips = Strips();
+    const bool isInside = top >= 0 && top + rows <= in.height;
+    for (std::ptrdiff_t k = 0; k < rows; ++k) {
+      const std::ptrdiff_t row = isInside ? top + k : border_.PlaceOf(top + k, in.height);
+      strips[k] = ring_.At(row);
+      whole[k] = (copies_ || row < 0 ? strips[k] : in.Row(row)) + first;
     }
     band_ = {out_.Row(y), out_.pitch, out_.width, count};
   }

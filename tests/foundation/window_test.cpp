@@ -106,7 +106,7 @@ TEST(Window, RadiiStepsBordersAndVectorLengths) {
                                               {77, 8},
                                               {140, 27},
                                               {141, 1},
-                                              {209, 13},
+                                              {209, 53},
                                               {0, 4}})
       sizes.push_back({c.step * (size.width / c.step), size.height});
     CheckOperation<KyBW8, KyBW8>(call, model, sizes);

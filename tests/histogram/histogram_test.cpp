@@ -260,7 +260,7 @@ void CheckProjections() {
     return ImgProjectOnAColumn(roi, sums);
   };
   std::vector<Size> sizes = AwkwardSizes();
-  for (const Size size : {Size{70, 15}, {70, 16}, {70, 33}, {65, 300}}) sizes.push_back(size);
+  for (const Size size : {Size{70, 15}, {70, 33}, {65, 300}, {4200, 9}}) sizes.push_back(size);
   CheckReading<T>(Into<Vector>(row), ColumnSums<T>, sizes);
   CheckReading<T>(Into<Vector>(column), RowSums<T>, sizes);
   Vector sums;
@@ -273,6 +273,18 @@ TEST(Projections, AsDefined) {
   CheckProjections<KyBW8, KyBW32Vector>();
   CheckProjections<KyBW16, KyBW32Vector>();
   CheckProjections<KyBW8, KyVector>();
+}
+
+TEST(Projections, White) {
+  const int kWidth = 70, kHeight = 600;
+  std::vector<KyBW8> white(kWidth * kHeight, 255);
+  KyImage<KyBW8> image;
+  ASSERT_EQ(image.Attach(white.data(), kWidth, kHeight, kWidth), KY_OK);
+  ForEachPath([&](const std::string&) {
+    KyBW32Vector sums(5);
+    ASSERT_EQ(ImgProjectOnARow(&image, &sums), KY_OK);
+    EXPECT_EQ(Values(sums), Numbers(kWidth, 255 * kHeight));
+  });
 }
 
 TEST(Projections, SumsWrap) {
