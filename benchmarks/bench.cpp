@@ -287,6 +287,7 @@ class Reporter : public benchmark::BenchmarkReporter {
   std::vector<std::string> behind_;
 };
 
+#if KY_BENCH_OPENCV
 // OpenCV asks the environment, when it is loaded, what it may not use: the program starts again.
 void LimitOpenCv(std::int64_t target, char** argv) {
   constexpr const char* kVariable = "OPENCV_CPU_DISABLE";
@@ -294,6 +295,7 @@ void LimitOpenCv(std::int64_t target, char** argv) {
   setenv(kVariable, "AVX512F,AVX512-SKX,AVX512-ICL", 1);
   execv("/proc/self/exe", argv);
 }
+#endif
 
 // Gives operations their contenders of the Simd library; false when there is one for no operation.
 bool AddSimd() {
@@ -383,9 +385,9 @@ int Main(int argc, char** argv) {
 
 }  // namespace
 
-bool Register(std::vector<Operation> operations, std::source_location where) {
-  const std::string file = std::filesystem::path(where.file_name()).stem().string();
-  for (Operation& operation : operations) operation.family = file.substr(0, file.rfind("_bench"));
+bool Register(std::vector<Operation> operations, const char* file) {
+  const std::string stem = std::filesystem::path(file).stem().string();
+  for (Operation& operation : operations) operation.family = stem.substr(0, stem.rfind("_bench"));
   std::move(operations.begin(), operations.end(), std::back_inserter(Table()));
   return true;
 }

@@ -16,7 +16,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <source_location>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -105,8 +104,7 @@ struct Operation {
 
 // Appends to the table operations of the family that the file is named after. Returns true, for the
 // initialisation of a constant.
-bool Register(std::vector<Operation> operations,
-              std::source_location where = std::source_location::current());
+bool Register(std::vector<Operation> operations, const char* file = __builtin_FILE());
 
 // The contenders of the Simd library, by the names of operations. Empty without it.
 std::map<std::string, Contender> SimdContenders();

@@ -134,7 +134,7 @@ HWY_INLINE size_t SampleWindows(KyBW8* out, size_t n, const Rows<const KyBW8>& s
   constexpr size_t kPlaces = Windows::kWindows * kWindowPlaces;
   // Windows start at the least place, or where they end with the source.
   const auto lowestOf = [](uint32_t step) {
-    return static_cast<int32_t>(step) < 0 ? kFarthest * step : 0u;
+    return static_cast<int32_t>(step) < 0 ? uint32_t{kFarthest} * step : 0u;
   };
   const auto lastOf = [](ptrdiff_t size, ptrdiff_t window) {
     return static_cast<uint32_t>(std::min<ptrdiff_t>(size - window, INT16_MAX));
@@ -148,7 +148,7 @@ HWY_INLINE size_t SampleWindows(KyBW8* out, size_t n, const Rows<const KyBW8>& s
   };
   const auto axisOf = [=](uint32_t start, uint32_t step, uint32_t last) HWY_ATTR {
     const auto i = hn::Iota(d, 0);
-    const auto column = hn::Add(i, hn::And(i, hn::Set(d, 4)));
+    const auto column = hn::Add(i, hn::And(i, hn::Set(d, 4u)));
     const auto first = hn::Add(hn::Set(d, start), hn::Mul(column, hn::Set(d, step)));
     return Axis{first, hn::Add(first, hn::Set(d, 4 * step)),
                 hn::Set(d, static_cast<uint32_t>(kPlaces) * step), hn::Set(d, lowestOf(step)),
@@ -174,8 +174,8 @@ HWY_INLINE size_t SampleWindows(KyBW8* out, size_t n, const Rows<const KyBW8>& s
   for (; i + kPlaces <= n; i += kPlaces) {
     for (size_t k = 0; k < Windows::kWindows; ++k) {
       windows.Start(k, source.Row(std::min(v / kOnePixel, lastY)) + std::min(u / kOnePixel, lastX));
-      u += kWindowPlaces * line.du;
-      v += kWindowPlaces * line.dv;
+      u += uint32_t{kWindowPlaces} * line.du;
+      v += uint32_t{kWindowPlaces} * line.dv;
     }
     const auto x = advance(across), y = advance(down);
     const auto pixels = windows.At<Op::kBelow>(x, y, rows);

@@ -24,28 +24,31 @@ HWY_INLINE hn::Vec<D> HalvesOf(D d, const hn::Vec<D> (&upper)[2], const hn::Vec<
 #else
 template <class D>
 HWY_INLINE hn::Vec<D> HalvesOf(D d, const hn::Vec<D> (&upper)[2], const hn::Vec<D> (&lower)[2]) {
-  const hn::Repartition<int16_t, D> d16;
-  hn::Vec<hn::Repartition<int16_t, D>> halves[2];
+  const hn::Repartition<uint16_t, D> d16;
+  const hn::RebindToSigned<decltype(d16)> signed16;
+  hn::Vec<decltype(signed16)> halves[2];
   for (int i = 0; i < 2; ++i) {
 #if KY_HAVE_MUL_ADD_BYTES
     const auto ones = hn::Set(d, 1);
-    const auto sum = hn::Add(MulAddBytes(upper[i], ones), MulAddBytes(lower[i], ones));
-    halves[i] = hn::MulFixedPoint15(sum, hn::Set(d16, 1 << 13));  // rounds
+    const auto sum =
+        hn::BitCast(d16, hn::Add(MulAddBytes(upper[i], ones), MulAddBytes(lower[i], ones)));
 #else
     const auto pairs = [&](auto v) HWY_ATTR {
-      const auto wide = hn::BitCast(hn::Repartition<uint16_t, D>(), v);
-      return hn::BitCast(d16, hn::Add(hn::And(wide, hn::Set(hn::DFromV<decltype(wide)>(), 0xFF)),
-                                      hn::ShiftRight<8>(wide)));
+      const auto wide = hn::BitCast(d16, v);
+      return hn::Add(hn::And(wide, hn::Set(d16, 0xFF)), hn::ShiftRight<8>(wide));
     };
     const auto sum = hn::Add(pairs(upper[i]), pairs(lower[i]));
-    halves[i] = hn::ShiftRight<2>(hn::Add(sum, hn::Set(d16, 2)));
 #endif
+    // This is (sum + 2) >> 2, in one instruction.
+    halves[i] = hn::MulFixedPoint15(hn::BitCast(signed16, sum), hn::Set(signed16, 1 << 13));
   }
-#if HWY_TARGET == HWY_AVX2  // without what ConcatEven does about odd lanes, which are 0
-  return hn::Vec<D>{_mm256_permute4x64_epi64(NarrowBlocks(d, halves[0], halves[1]).raw, 0xD8)};
-#else
-  return hn::ConcatEven(d, hn::BitCast(d, halves[1]), hn::BitCast(d, halves[0]));
+#if HWY_TARGET == HWY_AVX2
+  if constexpr (hn::MaxLanes(D()) == 32) {
+    const auto blocks = NarrowBlocks(d, halves[0], halves[1]);
+    return hn::Vec<D>{_mm256_permute4x64_epi64(blocks.raw, _MM_SHUFFLE(3, 1, 2, 0))};
+  }
 #endif
+  return hn::ConcatEven(d, hn::BitCast(d, halves[1]), hn::BitCast(d, halves[0]));
 }
 #endif
 

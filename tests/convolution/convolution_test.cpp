@@ -215,7 +215,7 @@ TEST(ConvolKernel, IntegersAndSymmetricGrids) {
                                       {1, 1, 1, 1, -8, 1, 1, 1, 1}};
   for (const auto& coefficients : grids)
     for (const int rectifier : {0, 1, 2, 3})
-      for (const int offset : {0, 128, -70000, 70000}) {
+      for (const int offset : {0, 128, -90, -70000, 70000}) {
         const Grid g = {3, 3, coefficients, 1, rectifier, offset, 255};
         Check(g);
         if (rectifier > 0) CheckSymmetric(g);
@@ -225,6 +225,8 @@ TEST(ConvolKernel, IntegersAndSymmetricGrids) {
   for (const int row : {1, 4, 6, 4, 1})
     for (const int column : {1, 4, 6, 4, 1})
       binomial.coefficients.push_back(static_cast<float>(row * column));
+  Check(binomial);
+  binomial.rectifier = 0;  // in integers, too
   Check(binomial);
 }
 

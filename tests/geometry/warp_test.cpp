@@ -14,16 +14,24 @@ T Black() {
   return pixel;
 }
 
-// Tables for a destination that point into a source and a little beside it.
+// Tables for a destination that point into a source and a little beside it: anywhere, or from
+// neighbours to neighbours.
 struct Tables {
   Tables(Size out, Size in, int beside, Random& random)
       : x(out.width, out.height), y(out.width, out.height), packed(out.width + 2, out.height + 1) {
     const auto position = [&](int limit) {
       return static_cast<int>(random() % static_cast<unsigned>(limit + 2 * beside)) - beside;
     };
+    const bool smooth = random() % 2 != 0, back = random() % 2 != 0;
+    const int steep = static_cast<int>(random() % 12);
+    const auto along = [&](int i, int limit) {
+      const int n = limit + 2 * beside, noise = static_cast<int>(random() % 2);
+      return (back ? 8 * n - i % n + noise : i + noise) % n - beside;
+    };
     for (int row = 0; row < out.height; ++row) {
       for (int column = 0; column < out.width; ++column) {
-        const int atX = position(in.width), atY = position(in.height);
+        const int atX = smooth ? along(column, in.width) : position(in.width);
+        const int atY = smooth ? along(row + column * steep / 10, in.height) : position(in.height);
         x.SetPixel(static_cast<KyBW16>(atX), column, row);
         y.SetPixel(static_cast<KyBW16>(atY), column, row);
         packed.SetPixel(static_cast<KyBW32>(atX) | static_cast<KyBW32>(atY) << 16, column, row);

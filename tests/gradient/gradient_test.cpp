@@ -63,6 +63,27 @@ TEST(Gradient, Scalar) {
   }
 }
 
+// A picture so large that the entries of usual differences are copied, with a few differences that
+// are not among them, and with many.
+TEST(Gradient, LargeScalar) {
+  Random random(4);
+  Lookup lookup(random);
+  for (const unsigned edges : {0u, 200u, 3u}) {
+    Picture<KyBW8> in = RandomPicture<KyBW8>(1100, 20, random);
+    for (KyBW8& level : in.pixels)
+      level = static_cast<KyBW8>(edges != 0 && random() % edges == 0 ? level : 60 + level / 2);
+    Picture<KyBW8> expected(in.width, in.height);
+    ModelScalar(lookup, in, expected);
+    ForEachPath([&](const std::string&) {
+      Canvas<KyBW8> source(in, {}, random), out(in.width, in.height, {}, random);
+      ASSERT_EQ(ImgGradientScalar(source.roi(), out.roi(), lookup.canvas.roi()), KY_OK);
+      EXPECT_TRUE(Same(expected, out.Get()));
+      ASSERT_EQ(ImgGradientScalar(source.roi(), source.roi(), lookup.canvas.roi()), KY_OK);
+      EXPECT_TRUE(Same(expected, source.Get()));
+    });
+  }
+}
+
 // A lookup that the destination lies on, wholly or in part, is used as it was.
 TEST(Gradient, DestinationOnTheLookup) {
   Random random(2);

@@ -26,7 +26,8 @@ void ModelStep(const Picture<KyBW8>& source, Picture<KyBW16>& state, Picture<KyB
     }
 }
 
-// Source and destination apart, in place and overlapping; tables and states of any kind.
+// Source and destination apart, in place and overlapping; tables and states of any kind, also close
+// to the source.
 TEST(RecursiveAverage, Steps) {
   ForEachPath([](const std::string&) {
     Random random(1);
@@ -41,6 +42,12 @@ TEST(RecursiveAverage, Steps) {
       Picture<KyBW16> state = RandomPicture<KyBW16>(size.width, size.height, random);
       if (random() % 2 != 0)
         for (KyBW16& s : state.pixels) s = static_cast<KyBW16>(s % 4600 - 200);
+      if (const int farthest = std::vector{0, 60, 120, 250, 300}[random() % 5])
+        for (int y = 0; y < size.height; ++y)
+          for (int x = 0; x < size.width; ++x)
+            state.At(x, y) =
+                static_cast<KyBW16>(16 * canvas.roi()->GetPixel(x + 1, y + 1) - farthest +
+                                    random() % static_cast<unsigned>(2 * farthest));
       states.Put(state);
       const int right = static_cast<int>(random() % 3), down = static_cast<int>(random() % 3);
       KyROI<KyBW8> in(canvas.roi(), 1, 1, size.width, size.height);
