@@ -21,7 +21,7 @@ namespace {
 constexpr float kInSixteenths = 1.5f * (1 << 19) + 11 / 16.0f;
 template <class DF, class VF>
 HWY_INLINE VF EstimateQuotient(DF df, VF n, VF m) {
-  const VF quotient = hn::Mul(n, hn::ApproximateReciprocal(m));
+  const VF quotient = hn::Mul(n, RoughReciprocal(m));
   const VF limited = hn::Max(hn::Min(quotient, hn::Set(df, 256)), hn::Set(df, -256));
   return hn::Add(limited, hn::Set(df, kInSixteenths));
 }
@@ -40,7 +40,7 @@ HWY_INLINE V CorrectQuotient(D16 d16, V estimate, V n, V m) {
 // 1/255 or more, so that its integer part is right.
 template <class DF, class VF>
 HWY_INLINE VF QuotientBelow256(DF df, VF a, VF l) {
-  const VF estimate = hn::ApproximateReciprocal(l);
+  const VF estimate = RoughReciprocal(l);
   const VF factor = hn::Sub(hn::Set(df, 2 + 1.0f / (1 << 18)), hn::Mul(l, estimate));
   return hn::Mul(a, hn::Mul(estimate, factor));
 }
