@@ -8,7 +8,6 @@
 #include "benchmarks/bench.h"
 
 #include <benchmark/benchmark.h>
-#include <hwy/highway.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -40,9 +39,8 @@ struct Size {
 
 struct Options {
   std::vector<Size> sizes;
-  std::string filter = ".", csv;
+  std::string filter = ".", csv, target;  // the widest path that calls may take
   int rounds = 10, pitch = 0;
-  std::int64_t target = 0;  // the widest instruction set that may run
   bool plain = true;
 };
 
@@ -144,27 +142,6 @@ const char* Check(const Operation& operation, Pictures& p) {
 Pictures& PicturesOf(const Size& size, int pitch) {
   static std::map<std::pair<int, int>, Pictures> all;
   return all.try_emplace({size.width, size.height}, size.width, size.height, pitch).first->second;
-}
-
-// The instruction set of a name, 0 for none.
-std::int64_t TargetOf(std::string_view name) {
-  const std::pair<std::string_view, std::int64_t> kTargets[] = {
-      {"avx512", HWY_AVX3_DL}, {"avx3", HWY_AVX3},   {"avx2", HWY_AVX2},
-      {"sse4", HWY_SSE4},      {"ssse3", HWY_SSSE3}, {"plain", HWY_SCALAR}};
-  for (const auto& [known, target] : kTargets)
-    if (known == name) return target;
-  return 0;
-}
-
-// Keeps the library from what is wider. False when the processor has no such instructions.
-bool LimitTo(std::int64_t target) {
-  constexpr std::int64_t kPlainTargets = HWY_SCALAR | HWY_EMU128;
-  hwy::SetSupportedTargetsForTest(0);
-  // The wider a set of instructions, the lower its bit.
-  const std::int64_t allowed = hwy::SupportedTargets() & ~(target - 1);
-  if (target != HWY_SCALAR && (allowed & target) == 0) return false;
-  hwy::SetSupportedTargetsForTest(target == HWY_SCALAR ? kPlainTargets : allowed);
-  return true;
 }
 
 void Run(benchmark::State& state, const Operation& operation, const Size& size,
@@ -311,9 +288,8 @@ constexpr const char* kUsage =
     "ky_bench [--filter=REGEX] [--size=WxH]... [--pitch=BYTES] [--target=NAME] [--rounds=N]\n"
     "         [--plain=off] [--csv=FILE]\n"
     "The filter is matched against OPERATION/WxH. Rows of grey images are BYTES apart, those of\n"
-    "others in proportion; sizes that are wider are left out. The target, avx512, avx3, avx2, "
-    "sse4, ssse3 or plain, is the widest\n"
-    "instruction set that runs.\n";
+    "others in proportion; sizes that are wider are left out. The target is the widest path that\n"
+    "calls may take, such as avx2; it takes the place of KY_PATH in the environment.\n";
 
 std::optional<Options> Parse(int argc, char** argv) {
   Options options;
@@ -333,8 +309,8 @@ std::optional<Options> Parse(int argc, char** argv) {
       options.rounds = std::atoi(value.c_str());
     } else if (key == "--pitch" && std::atoi(value.c_str()) > 0) {
       options.pitch = std::atoi(value.c_str());
-    } else if (key == "--target" && TargetOf(value) != 0) {
-      options.target = TargetOf(value);
+    } else if (key == "--target" && !value.empty()) {
+      options.target = value;
     } else if (key == "--plain" && (value == "off" || value == "on")) {
       options.plain = value == "on";
     } else if (key == "--csv" && !value.empty()) {
@@ -355,8 +331,9 @@ int Main(int argc, char** argv) {
     std::fputs(kUsage, stderr);
     return 2;
   }
-  if (options->target != 0 && !LimitTo(options->target)) {
-    std::fputs("This processor does not have the target.\n", stderr);
+  if (!options->target.empty()) setenv("KY_PATH", options->target.c_str(), 1);
+  if (!options->target.empty() && KyGetPath() != options->target) {
+    std::fprintf(stderr, "This processor has no path %s.\n", options->target.c_str());
     return 2;
   }
   if (!AddSimd()) {

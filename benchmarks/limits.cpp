@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "benchmarks/bench.h"
+#include "foundation/dispatch.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky::bench {
@@ -56,8 +57,7 @@ Contender::Work OnStreams(Limit limit, const KyImage<T>& a, const KyImage<T>& b,
     case Limit::kNone: break;
     case Limit::kFill: return [=] { std::memset(to, 1, bytes); };
     case Limit::kCopy: return [=] { std::memcpy(to, from, bytes); };
-    case Limit::kTwoStreams:
-      return [=] { HWY_DYNAMIC_DISPATCH(CombineStreams)(from, other, to, bytes); };
+    case Limit::kTwoStreams: return [=] { KY_DISPATCH(CombineStreams)(from, other, to, bytes); };
   }
   return nullptr;
 }

@@ -23,7 +23,17 @@ find_package(hwy 1.0 REQUIRED)
 # slow down under it and run AVX2. Builds for sanitizers, which take compilers long, leave out what
 # differs little from another target.
 add_library(ky_build_options INTERFACE)
-list(JOIN KY_DISABLED_TARGETS "|" disabled)
+set(disabled ${KY_DISABLED_TARGETS})
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+  # Every 64-bit Arm processor has NEON. As long as Highway believes that it cannot ask the processor,
+  # it compiles NEON without attributes of functions, and without instructions for AES that some lack.
+  # SVE does not tell compilers the size of a vector, which kernels have to know.
+  target_compile_definitions(ky_build_options INTERFACE TOOLCHAIN_MISS_SYS_AUXV_H)
+  list(APPEND disabled HWY_SVE HWY_SVE2 HWY_SVE_256 HWY_SVE2_128)
+  # g++ 12.2 turns the number of true comparisons in straight-line code into its negative there.
+  target_compile_options(ky_build_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize>)
+endif()
+list(JOIN disabled "|" disabled)
 target_compile_definitions(ky_build_options INTERFACE
   HWY_COMPILE_ALL_ATTAINABLE HWY_WANT_AVX3_DL "HWY_DISABLED_TARGETS=(${disabled})")
 # No contraction: a fused a * b + c differs from one processor to another. clang would have braces

@@ -21,9 +21,9 @@
 /// width * height, as a signed 32-bit integer: `KY_ERROR_NO_PIXELS` (1051) also when N wraps to 0.
 /// Colours have their components treated as grey levels, each on its own.
 
-/// Writes the mean S / N, divided in extended precision and rounded to single. Extended precision
-/// is that of `long double`: the last bits are the same everywhere only among builds where it is
-/// wider than double, as on x86-64. Traces: "ImgPixelAverage (BW8)", "ImgPixelAverage (C24)".
+/// Writes the mean S / N, divided in extended precision and rounded to single. In extended
+/// precision each result is rounded to 64 significant bits. Traces: "ImgPixelAverage (BW8)",
+/// "ImgPixelAverage (C24)".
 KY_API KY_ERRORS ImgPixelAverage(const KyROI<KyBW8>* source, float& mean) noexcept;
 KY_API KY_ERRORS ImgPixelAverage(const KyROI<KyC24>* source, float (&mean)[3]) noexcept;
 

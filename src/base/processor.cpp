@@ -1,21 +1,53 @@
 #include "ky/processor.h"
 
 #include <atomic>
+#include <cstdlib>
+#include <string_view>
+
+#include "foundation/path_names.h"
 
 namespace {
 
-std::atomic<int> allowed{1};
+// The path that KyGetMMX returns; nobody has asked yet while it is below 0.
+std::atomic<int> widest{-1};
 
+// What the processor has, as far as it need be known here: of x86 the choice between wider sets is
+// left to what is compiled for them.
 int Capable() noexcept {
-#if defined(__x86_64__) || defined(__i386__)
-  return __builtin_cpu_supports("ssse3") ? 1 : 0;
+#if defined(__x86_64__)
+  return __builtin_cpu_supports("ssse3") ? KY_PATH_AVX512 : KY_PATH_PLAIN;
+#elif defined(__aarch64__)
+  return KY_PATH_NEON;  // it is part of every such processor
 #else
-  return 1;  // elsewhere the vector unit is part of every processor that the library is built for
+  return KY_PATH_PLAIN;
 #endif
+}
+
+// What the processor has, limited by KY_PATH when that names something less.
+int Limit() noexcept {
+  static const int kLimit = [] {
+    const int capable = Capable();
+    const char* const name = std::getenv("KY_PATH");
+    if (name == nullptr) return capable;
+    // Sets that are narrower, but of the same kind of processor.
+    const int narrower = capable == KY_PATH_NEON ? KY_PATH_SSSE3 : capable;
+    for (int path = KY_PATH_PLAIN; path < narrower; ++path)
+      if (std::string_view(name) == ky::kPathNames[path]) return path;
+    return capable;
+  }();
+  return kLimit;
 }
 
 }  // namespace
 
-int KyGetMMX() noexcept { return allowed.load(std::memory_order_relaxed) & Capable(); }
+int KyGetMMX() noexcept {
+  int now = widest.load(std::memory_order_relaxed);
+  // A choice that another thread makes meanwhile stands.
+  if (now < 0 && widest.compare_exchange_strong(now, Limit(), std::memory_order_relaxed))
+    now = Limit();
+  return now;
+}
 
-void KySetMMX(int allow) noexcept { allowed.store(allow != 0, std::memory_order_relaxed); }
+void KySetMMX(int allowed) noexcept {
+  widest.store(allowed != 0 ? Limit() : KY_PATH_PLAIN, std::memory_order_relaxed);
+}

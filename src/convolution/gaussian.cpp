@@ -5,6 +5,7 @@
 
 #include "convolution/gaussian_rows.h"
 #include "convolution/planes.h"
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "foundation/pitch.h"
 #include "ky/neighbourhoods.h"
@@ -27,7 +28,7 @@ class Weights {
     double sum = 0;
     for (std::ptrdiff_t i = 0; i <= half; ++i) {
       const auto distance = static_cast<double>(i);
-      bells[i] = std::exp(-distance * distance / (2 * sigma * sigma));
+      bells[i] = ky::Exp(-distance * distance / (2 * sigma * sigma));
       sum += i == 0 ? bells[i] : 2 * bells[i];
     }
     double tail = 0;

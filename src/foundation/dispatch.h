@@ -12,11 +12,51 @@
 
 #include <hwy/highway.h>
 
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
 #include "ky/processor.h"
 
+namespace ky {
+
+// Where the tables that HWY_EXPORT makes hold the function of a target, or of the next narrower one
+// that is compiled. Wider targets stand before narrower ones, and the plain path stands last.
+constexpr std::size_t PlaceOf(std::int64_t target) {
+  return static_cast<std::size_t>(std::countr_zero(static_cast<std::uint64_t>(
+      HWY_CHOSEN_TARGET_SHIFT(HWY_TARGETS & ~(target - 1)) | HWY_CHOSEN_TARGET_MASK_SCALAR)));
+}
+inline constexpr std::size_t kPlainPlace = HWY_MAX_DYNAMIC_TARGETS + 1;
+
+// That of the function that calls take at present.
+inline std::size_t PlaceOfPath() noexcept {
+#if HWY_ARCH_X86
+  constexpr std::size_t kWidest[] = {kPlainPlace, PlaceOf(HWY_SSSE3), PlaceOf(HWY_SSE4),
+                                     PlaceOf(HWY_AVX2), PlaceOf(HWY_AVX3_DL)};
+  const int widest = KyGetMMX();
+  if (widest == KY_PATH_PLAIN) return kPlainPlace;
+  std::size_t place = hwy::GetChosenTarget().GetIndex();
+  if (place == 0) {  // the first of all calls
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    place = hwy::GetChosenTarget().GetIndex();
+  }
+  return std::max(place, kWidest[widest]);
+#else
+  // Highway 1.0.3 would take NEON on processors with instructions for AES only, which nothing here
+  // needs.
+  return KyGetMMX() == KY_PATH_NEON ? PlaceOf(HWY_NEON) : kPlainPlace;
+#endif
+}
+
+}  // namespace ky
+
 #define KY_PLAIN(Function) (*HWY_CHOOSE_FALLBACK(Function))
-#define KY_DISPATCH(Function) \
-  (KyGetMMX() != 0 ? HWY_DYNAMIC_DISPATCH(Function) : KY_PLAIN(Function))
+#if (HWY_TARGETS & (HWY_TARGETS - 1)) == 0  // a single target has no table
+#define KY_DISPATCH(Function) HWY_DYNAMIC_DISPATCH(Function)
+#else
+#define KY_DISPATCH(Function) (*HWY_DISPATCH_TABLE(Function)[ky::PlaceOfPath()])
+#endif
 
 #define KY_TABLE_OF_TARGET(Type)                    \
   namespace ky {                                    \

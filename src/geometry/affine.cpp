@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "geometry/resample.h"
 #include "ky/angle.h"
@@ -56,10 +57,10 @@ KY_ERRORS ScaleRotate(const KyROI<T>* source, float sourceX, float sourceY, floa
                       KyROI<T>* destination, int interpolation) noexcept {
   return Call("ImgScaleRotate", [&] {
     const double theta = KyToRadians(angle);
-    const auto a = static_cast<float>(std::cos(theta) * scaleX);
-    const auto b = static_cast<float>(std::sin(theta) * scaleY);
-    const auto d = static_cast<float>(-std::sin(theta) * scaleX);
-    const auto e = static_cast<float>(std::cos(theta) * scaleY);
+    const auto a = static_cast<float>(ky::Cos(theta) * scaleX);
+    const auto b = static_cast<float>(ky::Sin(theta) * scaleY);
+    const auto d = static_cast<float>(-ky::Sin(theta) * scaleX);
+    const auto e = static_cast<float>(ky::Cos(theta) * scaleY);
     const float c = destinationX - (a * sourceX + b * sourceY);
     const float f = destinationY - (d * sourceX + e * sourceY);
     return ImgLinearTransform(source, a, b, c, d, e, f, destination, interpolation);

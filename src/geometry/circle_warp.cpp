@@ -1,7 +1,7 @@
-#include <cmath>
 #include <cstdint>
 #include <utility>
 
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "foundation/resize.h"
 #include "foundation/rows.h"
@@ -68,7 +68,7 @@ KY_ERRORS ImgSetCircleWarp(float centerX, float centerY, int rows, float radius1
     for (std::ptrdiff_t i = 0; i < n; ++i) {
       const auto turned = static_cast<double>(i);
       const double theta = last == 0 ? start : ((last - turned) * start + turned * end) / last;
-      const double cosine = std::cos(theta), sine = std::sin(theta);
+      const double cosine = ky::Cos(theta), sine = ky::Sin(theta);
       x1[i] = static_cast<float>(cosine * radius1 + centerX);
       y1[i] = static_cast<float>(sine * radius1 + centerY);
       x2[i] = static_cast<float>(cosine * radius2 + centerX);

@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "geometry/solve.h"
 #include "ky/angle.h"
@@ -12,7 +13,7 @@ struct Point {
 };
 
 double Direction(Point from, Point to) noexcept {
-  return std::atan2(double{to.y} - from.y, double{to.x} - from.x);
+  return ky::Atan2(double{to.y} - from.y, double{to.x} - from.x);
 }
 double Distance(Point from, Point to) noexcept {
   const double dx = double{to.x} - from.x, dy = double{to.y} - from.y;

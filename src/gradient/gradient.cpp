@@ -4,6 +4,7 @@
 #include <climits>
 #include <cmath>
 
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "foundation/resize.h"
 #include "foundation/scratch.h"
@@ -130,6 +131,6 @@ KY_ERRORS ImgArgumentImage(KyImage<KyBW8>* lookup, KyBW8 origin, float angleSpan
   const double scale = angleSpan != 0 ? 256.0 / KyToRadians(angleSpan) : 0;
   const double offset = origin + 256.5;
   return MakeLookup("ImgArgumentImage", lookup, [=](int gx, int gy) {
-    return gx == 0 && gy == 0 ? KyBW8{0} : LowByte(std::atan2(gy, gx) * scale + offset);
+    return gx == 0 && gy == 0 ? KyBW8{0} : LowByte(ky::Atan2(gy, gx) * scale + offset);
   });
 }

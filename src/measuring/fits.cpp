@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "ky/measuring.h"
 #include "measuring/parameters.h"
@@ -49,7 +50,7 @@ struct Spread {
 Vector2 DirectionOf(const Spread& spread) noexcept {
   constexpr double kRounding = 1e-13;
   const double difference = spread.xx - spread.yy, product = 2 * spread.xy,
-               anisotropy = std::hypot(difference, product);
+               anisotropy = ky::Hypot(difference, product);
   if (!(anisotropy > kRounding * (spread.xx + spread.yy))) return {1, 0};
   // Half of the angle of (difference, product), from the sum that does not cancel.
   Vector2 direction = difference >= 0 ? Vector2{anisotropy + difference, product}

@@ -4,13 +4,15 @@
 #include <cmath>
 #include <numbers>
 
+#include "foundation/elementary.h"
+
 namespace ky {
 namespace {
 
 double WeightAt(double sigma, std::ptrdiff_t distance) noexcept {
   if (distance == 0) return 1;
   const double ratio = static_cast<double>(distance) / sigma;
-  return std::exp(-0.5 * ratio * ratio);
+  return ky::Exp(-0.5 * ratio * ratio);
 }
 
 // The sum of the weights from `first` to `last` away.

@@ -3,6 +3,7 @@
 #include <numbers>
 
 #include "foundation/angle.h"
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "ky/measuring.h"
 #include "measuring/vector2.h"
@@ -35,6 +36,6 @@ double KyAngleBetween(const KyLine& a, const KyLine& b) noexcept {
   const double cross = Cross(DirectionOf(a), DirectionOf(b)),
                dot = Dot(DirectionOf(a), DirectionOf(b));
   // Lines have no sense of direction: the one with an acute angle is taken.
-  const double angle = dot < 0 ? std::atan2(-cross, -dot) : std::atan2(cross, dot);
+  const double angle = dot < 0 ? ky::Atan2(-cross, -dot) : ky::Atan2(cross, dot);
   return ky::FromRadians(angle <= -std::numbers::pi / 2 ? std::numbers::pi / 2 : angle);
 }

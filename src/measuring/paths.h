@@ -1,9 +1,8 @@
 // The paths that samples and calipers stand along: segments and arcs.
 #pragma once
 
-#include <cmath>
-
 #include "foundation/angle.h"
+#include "foundation/elementary.h"
 #include "measuring/vector2.h"
 
 namespace ky {
@@ -35,7 +34,7 @@ class Arc {
         end_(ToRadians(endAngle)) {}
   Station At(double t) const noexcept {
     const double angle = (1 - t) * start_ + t * end_;
-    const Vector2 outwards{std::cos(angle), std::sin(angle)};
+    const Vector2 outwards{ky::Cos(angle), ky::Sin(angle)};
     return {center_ + radius_ * outwards, outwards};
   }
 

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "foundation/angle.h"
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "ky/typed_vector-inl.h"
 #include "objects/object_rows.h"
@@ -82,13 +84,15 @@ void ComputeAxes(const KyObject& object, KyObjectShape& shape) noexcept {
   const CentralSums sums(object);
   const auto xx = static_cast<double>(sums.xx), xy = static_cast<double>(sums.xy),
              yy = static_cast<double>(sums.yy);
-  const double major = (xx + yy + std::hypot(xx - yy, 2 * xy)) / 2;
+  const double major = (xx + yy + ky::Hypot(xx - yy, 2 * xy)) / 2;
   const double minor = major != 0 ? sums.Determinant() / major : 0;
   const double square = static_cast<double>(object.area) * object.area;
   shape.major = major / square;
   shape.minor = minor / square;
   shape.elongation = major != 0 ? std::sqrt(major / minor) : 1;
-  double direction = std::atan2(2 * xy, xx - yy);
+  // The sign of what is not a number differs from one processor to another.
+  if (std::isnan(shape.elongation)) shape.elongation = std::numeric_limits<double>::quiet_NaN();
+  double direction = ky::Atan2(2 * xy, xx - yy);
   if (direction <= -std::numbers::pi) direction = std::numbers::pi;
   shape.angle = ky::FromRadians(direction / 2);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "foundation/kernels/lookup_rows.h"
 
@@ -12,13 +13,13 @@ namespace {
 double TransformedLevel(IMG_TRANSFORM_MODES mode, double t, double p) noexcept {
   switch (mode) {
     case IMG_TRANSFORM_INVERT: return 1 - t;
-    case IMG_TRANSFORM_POWER: return std::pow(t, p);
-    case IMG_TRANSFORM_LOGARITHM: return std::log1p(p * t) / std::log1p(p);
-    case IMG_TRANSFORM_EXPONENTIAL: return std::expm1(p * t) / std::expm1(p);
+    case IMG_TRANSFORM_POWER: return ky::Pow(t, p);
+    case IMG_TRANSFORM_LOGARITHM: return ky::Log1p(p * t) / ky::Log1p(p);
+    case IMG_TRANSFORM_EXPONENTIAL: return ky::Expm1(p * t) / ky::Expm1(p);
     case IMG_TRANSFORM_SIGMOID: break;
   }
-  const double atEnds = std::tanh(p / 4);
-  return (std::tanh(p * (t - 0.5) / 2) + atEnds) / (2 * atEnds);
+  const double atEnds = ky::Tanh(p / 4);
+  return (ky::Tanh(p * (t - 0.5) / 2) + atEnds) / (2 * atEnds);
 }
 
 KY_ERRORS CheckLaw(IMG_TRANSFORM_MODES mode, float parameter) noexcept {

@@ -18,7 +18,7 @@ namespace {
 // 1/255 or more, so that its integer part is right.
 template <class DF, class VF>
 HWY_INLINE VF QuotientBelow256(DF df, VF a, VF l) {
-  const VF estimate = hn::ApproximateReciprocal(l);
+  const VF estimate = RoughReciprocal(l);
   const VF factor = hn::Sub(hn::Set(df, 2 + 1.0f / (1 << 18)), hn::Mul(l, estimate));
   return hn::Mul(a, hn::Mul(estimate, factor));
 }

@@ -1,9 +1,9 @@
 #include "ky/moments.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 
+#include "foundation/elementary.h"
 #include "ky/angle.h"
 #include "statistics/moments_rows.h"
 #include "statistics/pixels.h"
@@ -145,7 +145,7 @@ KY_ERRORS ImgInertia(const KyROI<KyBW8>* source, KyBW8 threshold, float& major, 
                       central(m.m02, m.m01, m.m01)};
     const double across = 2 * ky::ToDouble(u.u11), along = ky::ToDouble(u.u20 - u.u02);
     const double larger =
-        (ky::ToDouble(u.u20) + ky::ToDouble(u.u02) + std::hypot(along, across)) / 2;
+        (ky::ToDouble(u.u20) + ky::ToDouble(u.u02) + ky::Hypot(along, across)) / 2;
     const ky::Unsigned128 mixed = static_cast<ky::Unsigned128>(u.u11 < 0 ? -u.u11 : u.u11);
     const double determinant = ky::Difference(
         ky::Product(static_cast<ky::Unsigned128>(u.u20), static_cast<ky::Unsigned128>(u.u02)),
@@ -153,7 +153,7 @@ KY_ERRORS ImgInertia(const KyROI<KyBW8>* source, KyBW8 threshold, float& major, 
     const double n = ky::ToDouble(area);
     major = static_cast<float>(larger / n / n);
     minor = larger == 0 ? 0.0f : static_cast<float>(determinant / larger / n / n);
-    angle = KyFromRadians(static_cast<float>(std::atan2(across, along) / 2));
+    angle = KyFromRadians(static_cast<float>(ky::Atan2(across, along) / 2));
     return KY_OK;
   });
 }

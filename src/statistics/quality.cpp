@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "foundation/elementary.h"
 #include "foundation/resize.h"
 #include "statistics/pixels.h"
 #include "statistics/quality_rows.h"
@@ -48,11 +49,10 @@ KY_ERRORS SignalNoiseRatio(const char* trace, const RoiA* source, const RoiB* re
       noise += row.error;
     });
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    decibels =
-        noise == 0 ? kInfinity
-        : signal == 0
-            ? -kInfinity
-            : static_cast<float>(10 * std::log10(ky::ToDouble(signal) / ky::ToDouble(noise)));
+    decibels = noise == 0 ? kInfinity
+               : signal == 0
+                   ? -kInfinity
+                   : static_cast<float>(10 * ky::Log10(ky::ToDouble(signal) / ky::ToDouble(noise)));
     return KY_OK;
   });
 }

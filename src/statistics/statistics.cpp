@@ -1,24 +1,19 @@
 #include "ky/statistics.h"
 
 #include <algorithm>
-#include <cfloat>
 #include <cmath>
 #include <cstdint>
 
 #include "foundation/frame.h"
+#include "statistics/extended.h"
 #include "statistics/pixels.h"
 #include "statistics/statistics_rows.h"
 
 namespace {
 
 using ky::Call;
+using ky::Extended;
 using ky::Rows;
-
-// Results are the same to the last bit only where this is wider than double.
-using Extended = long double;
-#if defined(__x86_64__)
-static_assert(LDBL_MANT_DIG > DBL_MANT_DIG);
-#endif
 
 // Opens an ROI and gives the number of its pixels as a signed 32-bit product;
 // KY_ERROR_NO_PIXELS (1051) when that is 0.
@@ -32,7 +27,7 @@ KY_ERRORS OpenPixels(const KyROI<T>* roi, Rows<const T>& rows, std::int32_t& pix
 
 // The laws of 32-bit sums, for grey levels and for each component of colours.
 float MeanOf(std::uint32_t sum, std::int32_t pixels) noexcept {
-  return static_cast<float>(static_cast<Extended>(sum) / static_cast<Extended>(pixels));
+  return (Extended(std::uint64_t{sum}) / Extended(pixels)).ToFloat();
 }
 
 // Takes the moments of rows, the squares of each modulo 2^32. The squares of narrow rows fit, so
@@ -50,9 +45,9 @@ class Variance {
     squares_ += static_cast<double>(isNarrow_ ? row.squares : row.squares & UINT32_MAX);
   }
   void Write(std::int32_t pixels, float& variance, float& mean) const noexcept {
-    const Extended n = static_cast<Extended>(pixels), s = sum_;
+    const Extended n(pixels), s(std::uint64_t{sum_}), q(static_cast<std::uint64_t>(squares_));
     mean = static_cast<float>(sum_) / static_cast<float>(pixels);
-    variance = std::max(static_cast<float>((squares_ * n - s * s) / (n * n)), 0.0f);
+    variance = std::max(((q * n - s * s) / (n * n)).ToFloat(), 0.0f);
   }
 
  private:

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "foundation/map.h"
 #include "foundation/rows.h"
@@ -30,7 +31,7 @@ void AdaptiveChanges(double reduction, double noise, const Set& set) noexcept {
   const double squared = reduction * reduction;
   const double range = 16 * noise;
   const double gain = range * (1 - squared) / (1 + squared);
-  const double factor = std::exp(2 / range);
+  const double factor = ky::Exp(2 / range);
   double t = 1;
   for (int d = 0; d <= kFarthest; ++d, t *= factor)
     set(d, d + gain * (std::isfinite(t) ? (t - 1) / (t + 1) : 1));

@@ -1,9 +1,9 @@
 #include "ky/histogram_vector.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 
 KyBW8HistogramVector::KyBW8HistogramVector(unsigned int bins) noexcept { Reserve(bins); }
@@ -25,11 +25,11 @@ float KyBW8HistogramVector::Entropy(unsigned int first, unsigned int last) const
       const unsigned int h = (*this)[k];
       if (h == 0) continue;
       count += h;
-      sum += static_cast<float>(h) * std::log(static_cast<float>(h));
+      sum += static_cast<float>(h) * static_cast<float>(ky::Log(static_cast<float>(h)));
     }
     if (count == 0) return KY_OK;
     const double n = count;
-    result = static_cast<float>((std::log(n) - double(sum) / n) / std::log(2.0));
+    result = static_cast<float>((ky::Log(n) - double(sum) / n) / ky::Log(2.0));
     return KY_OK;
   });
   return result;

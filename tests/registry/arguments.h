@@ -10,7 +10,8 @@
 
 namespace ky::test {
 
-// Where random numbers come from. Equal draws make equal arguments.
+// Where random numbers come from. Equal draws make equal arguments, on any processor where no
+// expression draws twice: compilers choose the order.
 class Draw {
  public:
   virtual ~Draw() = default;

@@ -32,9 +32,11 @@ class Holder<cairo_t*> : public ObjectHolder<cairo_t> {
   Holder(Context& context, cairo_surface_t* surface, cairo_t* cairo)
       : ObjectHolder<cairo_t>(context, cairo), surface_(surface), context_(cairo) {
     cairo_set_source_rgba(cairo, 0.2, 0.4, 0.6, 0.5);
-    cairo_translate(cairo, context.draw.In(-20, 60), context.draw.In(-20, 40));
+    const int x = context.draw.In(-20, 60), y = context.draw.In(-20, 40);
+    cairo_translate(cairo, x, y);
     cairo_rotate(cairo, context.draw.In(0, 6));
-    cairo_scale(cairo, context.draw.In(1, 12) / 4.0, context.draw.In(1, 12) / 4.0);
+    const int quarters = context.draw.In(1, 12), quartersDown = context.draw.In(1, 12);
+    cairo_scale(cairo, quarters / 4.0, quartersDown / 4.0);
     cairo_set_line_width(cairo, context.draw.In(0, 5));
     if (context.draw.OneIn(3)) {
       const double dashes[] = {3, 2};

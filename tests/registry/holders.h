@@ -156,9 +156,7 @@ template <class T, class Image>
 class ImageHolder : public ObjectHolder<Image> {
  public:
   explicit ImageHolder(Context& context)
-      : ObjectHolder<Image>(context, &image_),
-        sheet_(context.plan.width + (context.Hostile(16) ? 1 : 0),
-               context.plan.height + (context.Hostile(16) ? 1 : 0), context) {
+      : ObjectHolder<Image>(context, &image_), sheet_(MakeSheet(context)) {
     image_.CopyFrom(sheet_.image);
   }
   void* Array(std::size_t bytes) override {
@@ -177,6 +175,11 @@ class ImageHolder : public ObjectHolder<Image> {
   }
 
  private:
+  static Sheet<T> MakeSheet(Context& context) {
+    const int wider = context.Hostile(16) ? 1 : 0, higher = context.Hostile(16) ? 1 : 0;
+    return Sheet<T>(context.plan.width + wider, context.plan.height + higher, context);
+  }
+
   Sheet<T> sheet_;
   KyImage<T> image_;
 };
@@ -259,10 +262,11 @@ class Holder<V*> : public ObjectHolder<V> {
       use = static_cast<int>(option->c);
     if (type == 0) {
       constexpr int kSizes[] = {2, 4, 8};
+      const int kind = context.draw.In(1, 2);
       // A single group may hold all elements.
-      vector_.SetStructure(kSizes[context.draw.Below(3)], option != nullptr ? 1 : groups,
-                           option != nullptr ? groups : context.draw.In(1, 3),
-                           context.draw.In(1, 2));
+      const int length = option != nullptr ? groups : context.draw.In(1, 3);
+      const int size = kSizes[context.draw.Below(3)];
+      vector_.SetStructure(size, option != nullptr ? 1 : groups, length, kind);
       groups = vector_.GetNbMaxGroup();
     } else if (type == kFloats) {
       vector_.SetStructure(8, groups, 1, 4);
@@ -335,8 +339,11 @@ class Holder<const KyObject*> : public ObjectHolder<const KyObject> {
         object_(DrawElement<KyObject>(context.draw)) {
     object_.area = context.Hostile(8) ? 0 : static_cast<KyBW32>(context.draw.In(1, 9000));
     SeededDraw random(context.draw.Below(65536));
-    for (std::uint64_t* const sum : {&object_.sumX, &object_.sumY, &object_.sumXX, &object_.sumXY})
-      *sum = random.Below(65536) * (context.Hostile(8) ? ~std::uint64_t{0} : random.Below(65536));
+    for (std::uint64_t* const sum :
+         {&object_.sumX, &object_.sumY, &object_.sumXX, &object_.sumXY}) {
+      *sum = random.Below(65536);
+      *sum *= context.Hostile(8) ? ~std::uint64_t{0} : random.Below(65536);
+    }
   }
   Bytes State() const override {
     Bytes bytes;

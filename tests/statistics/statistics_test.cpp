@@ -3,14 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <cmath>
 #include <tuple>
 
+#include "statistics/extended.h"
 #include "tests/support/reading.h"
 
 namespace {
 
 using namespace ky::test;  // NOLINT
+using ky::Extended;
 
 constexpr float kUntouched = -7;
 
@@ -93,6 +96,28 @@ TEST(Statistics, WhiteBeyond32Bits) {
     ASSERT_EQ(image.Attach(memory.data(), size.width, size.height, size.width), KY_OK);
     const Numbers expected = Model(size.width, size.height, [](int, int) { return KyBW8(255); });
     ForEachPath([&](const std::string&) { EXPECT_EQ(Measure(&image), expected); });
+  }
+}
+
+// Where long double is what x86 calls so, for operands whose results need more bits than there are.
+TEST(Extended, RoundsAsX87Does) {
+  if (LDBL_MANT_DIG != 64) GTEST_SKIP() << "long double has another width here";
+  std::uint64_t state = 1;
+  const auto draw = [&] {
+    state = state * 6364136223846793005u + 1442695040888963407u;
+    return state >> 13 % 64;
+  };
+  for (int i = 0; i < 100000; ++i) {
+    // Halves of sums, so that ties occur.
+    const std::uint64_t a = draw() >> i % 63, b = draw() >> i % 61 | 1, c = i % 3 ? draw() : a + 1;
+    const auto n = static_cast<std::int32_t>(draw() >> 20);
+    const Extended x(a), y(b), z(c), m(n != 0 ? n : 1);
+    const long double lx = a, ly = b, lz = c, lm = n != 0 ? n : 1;
+    ASSERT_EQ((x / y).ToFloat(), static_cast<float>(lx / ly)) << a << " " << b;
+    ASSERT_EQ((x * m - z * y).ToFloat(), static_cast<float>(lx * lm - lz * ly)) << a << " " << n;
+    ASSERT_EQ(((x / y - x / m) * y - x).ToFloat(),
+              static_cast<float>((lx / ly - lx / lm) * ly - lx));
+    ASSERT_EQ((x * z / y - x / y).ToFloat(), static_cast<float>(lx * lz / ly - lx / ly));
   }
 }
 

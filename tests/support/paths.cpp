@@ -2,7 +2,7 @@
 
 #include <hwy/highway.h>
 
-#include <cctype>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -11,13 +11,19 @@
 namespace ky::test {
 
 std::vector<Path> Paths() {
-  std::vector<Path> paths = {{"plain", 0}};
-  for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-    if (target == HWY_SCALAR) continue;  // it is the plain path
-    Path path{hwy::TargetName(target), target};
-    for (char& c : path.name) c = static_cast<char>(std::tolower(c));
-    paths.push_back(path);
-  }
+  std::vector<Path> paths;
+  const auto add = [&](std::int64_t target) {
+    const OnPath on({"", target});
+    const std::string name = KyGetPath();
+    // Under KY_PATH several targets may be the same path.
+    if (std::none_of(paths.begin(), paths.end(), [&](const Path& p) { return p.name == name; }))
+      paths.push_back({name, target});
+  };
+  add(0);
+  for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) add(target);
+#if HWY_ARCH_ARM
+  add(HWY_NEON);  // Highway takes processors without instructions for AES not to have it
+#endif
   if (const char* const only = std::getenv("KY_TEST_PATH"))
     std::erase_if(paths, [&](const Path& path) { return path.name != only; });
   if (paths.empty()) {
@@ -28,13 +34,14 @@ std::vector<Path> Paths() {
 }
 
 OnPath::OnPath(const Path& path) {
-  KySetMMX(path.target != 0);
+  KySetMMX((path.target & ~(HWY_SCALAR | HWY_EMU128)) != 0);
   hwy::SetSupportedTargetsForTest(path.target);
 }
 OnPath::~OnPath() {
   hwy::SetSupportedTargetsForTest(0);
   KySetMMX(1);
 }
-bool OnPath::Dispatched() const { return hwy::GetChosenTarget().IsInitialized(); }
+// On Arm there is nothing to choose from, and Highway is not asked.
+bool OnPath::Dispatched() const { return HWY_ARCH_ARM || hwy::GetChosenTarget().IsInitialized(); }
 
 }  // namespace ky::test

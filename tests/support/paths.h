@@ -8,12 +8,12 @@
 namespace ky::test {
 
 struct Path {
-  std::string name;     // "plain", "SSSE3", ... in lower case
+  std::string name;     // KyGetPath's
   std::int64_t target;  // Highway's; 0 for the plain path
 };
 
-// The plain path and those of the instruction sets that the processor has. KY_TEST_PATH=NAME in the
-// environment leaves one.
+// The plain path and those of the instruction sets that the processor has and KY_PATH allows.
+// KY_TEST_PATH=NAME in the environment leaves one.
 std::vector<Path> Paths();
 
 // While it lives, calls take this path.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "ky/auto_threshold.h"
 
@@ -11,7 +12,7 @@ namespace ky {
 namespace {
 
 float Log(std::uint32_t count) noexcept {
-  return static_cast<float>(std::log(static_cast<double>(count)));
+  return static_cast<float>(ky::Log(static_cast<double>(count)));
 }
 // h ln h, 0 for an empty bin.
 float LogTerm(std::uint32_t count) noexcept {

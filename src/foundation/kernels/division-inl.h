@@ -13,14 +13,25 @@ HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 
-// 2^kBits / b - kLess in 16-bit lanes, for b of 1 to 255, within 1/2 + 2^(kBits - 11.4) / b:
-// processors approximate reciprocals to 1.5 * 2^-12. 0 for b = 0; a result of 2^16 wraps.
+// 1 / v within 1.5 * 2^-12 of it; infinite for 0.
+template <class VF>
+HWY_INLINE VF RoughReciprocal(VF v) {
+  const VF rough = hn::ApproximateReciprocal(v);
+#if HWY_TARGET == HWY_NEON  // within 2^-8 only, so that one step of Newton's method follows
+  return hn::Mul(rough, VF{vrecpsq_f32(rough.raw, v.raw)});
+#else
+  return rough;
+#endif
+}
+
+// 2^kBits / b - kLess in 16-bit lanes, for b of 1 to 255, within 1/2 + 2^(kBits - 11.4) / b. 0 for
+// b = 0; a result of 2^16 wraps.
 template <int kBits, int kLess>
 struct Reciprocal {
   template <class DF, class VF>
   HWY_INLINE VF operator()(DF df, VF b) const {
     constexpr float kShift = (1 << (23 - kBits)) - kLess / float{1 << kBits};
-    return hn::Add(hn::ApproximateReciprocal(b), hn::Set(df, kShift));
+    return hn::Add(RoughReciprocal(b), hn::Set(df, kShift));
   }
 };
 // -1 where the difference a - b of 16-bit lanes, of a size below 2^15, is negative, else 0.

@@ -236,7 +236,7 @@ struct Divide16 : Op16 {
     template <class DF, class VF>
     HWY_INLINE VF operator()(DF df, VF a, VF b) const {
       const VF half = hn::Set(df, 0.5f);
-      const VF near = hn::ApproximateReciprocal(b);
+      const VF near = RoughReciprocal(b);
       const VF reciprocal = hn::Mul(near, hn::Sub(hn::Set(df, 2.0f), hn::Mul(b, near)));
       const VF quotient = hn::Mul(hn::Add(a, half), reciprocal);
       return hn::Add(hn::Sub(quotient, half), hn::Set(df, 1.5f * (1 << 23)));
