@@ -38,14 +38,17 @@ int Limit() noexcept {
   return kLimit;
 }
 
+// A choice that another thread makes meanwhile stands.
+[[gnu::noinline, gnu::cold]] int FirstChoice() noexcept {
+  int now = -1;
+  return widest.compare_exchange_strong(now, Limit(), std::memory_order_relaxed) ? Limit() : now;
+}
+
 }  // namespace
 
 int KyGetMMX() noexcept {
-  int now = widest.load(std::memory_order_relaxed);
-  // A choice that another thread makes meanwhile stands.
-  if (now < 0 && widest.compare_exchange_strong(now, Limit(), std::memory_order_relaxed))
-    now = Limit();
-  return now;
+  const int now = widest.load(std::memory_order_relaxed);
+  return now >= 0 ? now : FirstChoice();
 }
 
 void KySetMMX(int allowed) noexcept {

@@ -29,23 +29,30 @@ constexpr std::size_t PlaceOf(std::int64_t target) {
 }
 inline constexpr std::size_t kPlainPlace = HWY_MAX_DYNAMIC_TARGETS + 1;
 
+#if HWY_ARCH_X86
+// Where a path's functions stand, by KY_PATHS.
+inline constexpr std::size_t kPlaces[] = {kPlainPlace, PlaceOf(HWY_SSSE3), PlaceOf(HWY_SSE4),
+                                          PlaceOf(HWY_AVX2), PlaceOf(HWY_AVX3_DL)};
+// Has Highway ask the processor, in the first of all calls.
+[[gnu::noinline, gnu::cold]] inline std::size_t FirstChoice() noexcept {
+  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+  return hwy::GetChosenTarget().GetIndex();
+}
+#endif
+
 // That of the function that calls take at present.
 inline std::size_t PlaceOfPath() noexcept {
-#if HWY_ARCH_X86
-  constexpr std::size_t kWidest[] = {kPlainPlace, PlaceOf(HWY_SSSE3), PlaceOf(HWY_SSE4),
-                                     PlaceOf(HWY_AVX2), PlaceOf(HWY_AVX3_DL)};
   const int widest = KyGetMMX();
+#if HWY_ARCH_X86
   if (widest == KY_PATH_PLAIN) return kPlainPlace;
   std::size_t place = hwy::GetChosenTarget().GetIndex();
-  if (place == 0) {  // the first of all calls
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-    place = hwy::GetChosenTarget().GetIndex();
-  }
-  return std::max(place, kWidest[widest]);
+  if (place == 0) [[unlikely]]
+    place = FirstChoice();
+  return std::max(place, kPlaces[widest]);
 #else
   // Highway 1.0.3 would take NEON on processors with instructions for AES only, which nothing here
   // needs.
-  return KyGetMMX() == KY_PATH_NEON ? PlaceOf(HWY_NEON) : kPlainPlace;
+  return widest == KY_PATH_NEON ? PlaceOf(HWY_NEON) : kPlainPlace;
 #endif
 }
 

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <numbers>
 
@@ -148,6 +150,40 @@ double Nearest(double x) noexcept {
   return (x + kShift) - kShift;
 }
 
+// mantissa * 2^exponent, from the root of 1/2 to that of 2, of a finite number above 0.
+struct Scaled {
+  double mantissa;
+  int exponent;
+};
+Scaled Split(double x) noexcept {
+  int below = 0;
+  if (x < std::numeric_limits<double>::min()) {
+    x *= 0x1p54;
+    below = 54;
+  }
+  // The exponent changes at the root of 1/2.
+  constexpr std::uint64_t kRoot = std::bit_cast<std::uint64_t>(std::numbers::sqrt2 / 2);
+  constexpr std::uint64_t kExponent = std::uint64_t{0xFFF} << 52;
+  const auto bits = std::bit_cast<std::uint64_t>(x);
+  const std::uint64_t exponent = (bits - kRoot) & kExponent;
+  return {std::bit_cast<double>(bits - exponent),
+          static_cast<int>(static_cast<std::int64_t>(exponent) >> 52) - below};
+}
+// x * 2^exponent, as std::ldexp gives it, of an x of 1/4 to 4.
+double Scale(double x, int exponent) noexcept {
+  if (exponent < -1000 || exponent > 1000) return std::ldexp(x, exponent);
+  return x * std::bit_cast<double>(static_cast<std::uint64_t>(exponent + 1023) << 52);
+}
+// A constant's leading 33 bits, whose product with an integer below 2^20 is exact, and the others.
+struct Parts {
+  double leading, others;
+};
+constexpr Parts PartsOf(Twice x) noexcept {
+  constexpr std::uint64_t kCut = (std::uint64_t{1} << 20) - 1;
+  const double leading = std::bit_cast<double>(std::bit_cast<std::uint64_t>(x.high) & ~kCut);
+  return {leading, (x.high - leading) + x.low};
+}
+
 // exp(x) = 2^exponent power (1 + less1), where the power is an entry of the table: for |x| < 2^20.
 struct Exponent {
   Twice power, less1;
@@ -155,8 +191,10 @@ struct Exponent {
 };
 Exponent Expand(Twice x) noexcept {
   constexpr Twice kStep = kLog2 / Twice{kPowers};
-  const double steps = Nearest(x.high / kStep.high);
-  const Twice rest = x + -(kStep * Twice{steps});
+  constexpr Parts kParts = PartsOf(kStep);
+  const double steps = Nearest(x.high * (1 / kStep.high));
+  // The first difference is exact.
+  const Twice rest = QuickSum(x.high - steps * kParts.leading, x.low - steps * kParts.others);
   const double r = rest.high;
   const double tail =
       r * r * (1.0 / 2 + r * (1.0 / 6 + r * (1.0 / 24 + r * (1.0 / 120 + r * (1.0 / 720)))));
@@ -169,34 +207,41 @@ double ExpOf(Twice x) noexcept {
   if (x.high > 710) return kInfinity;
   if (x.high < -746) return 0;
   const Exponent e = Expand(x);
-  const Twice sum = e.power + e.power * e.less1;
-  return std::ldexp(sum.high, e.exponent);
+  const Twice more = e.power * e.less1;
+  return Scale(e.power.high + (more.high + (e.power.low + more.low)), e.exponent);
 }
+
+// log(m) = log(entry) + 2 artanh s, where s is the ratio of difference and sum, and artanh s is s +
+// tail.
+double TailOf(double s) noexcept {
+  const double square = s * s;
+  return s * square * (1.0 / 3 + square * (1.0 / 5 + square * (1.0 / 7 + square * (1.0 / 9))));
+}
+constexpr Parts kLog2Parts = PartsOf(kLog2);
 
 // log(x) of a finite x above 0.
 Twice LogOf(Twice x) noexcept {
-  int exponent;
-  double mantissa = std::frexp(x.high, &exponent);
-  if (mantissa < std::numbers::sqrt2 / 2) {
-    mantissa *= 2;
-    --exponent;
-  }
+  const auto [mantissa, exponent] = Split(x.high);
   const double nearest = Nearest(mantissa * kLogs), entry = nearest / kLogs;
-  const Twice low{std::ldexp(x.low, -exponent)};
-  // 2 artanh s, where s is the ratio of difference and sum.
-  const Twice s = Sum(mantissa - entry, low.high) / (Sum(mantissa, entry) + low);
-  const double square = s.high * s.high;
-  const double tail =
-      s.high * square * (2.0 / 3 + square * (2.0 / 5 + square * (2.0 / 7 + square * (2.0 / 9))));
-  const Twice small = QuickSum(2 * s.high, 2 * s.low + tail);
-  const auto k = static_cast<int>(nearest) - kFirstLog;
-  return kLog2 * Twice{static_cast<double>(exponent)} + At(kLogOf, k) + small;
+  const double low = x.low == 0 ? 0 : std::ldexp(x.low, -exponent);
+  const Twice s = Sum(mantissa - entry, low) / (Sum(mantissa, entry) + Twice{low});
+  const Twice small = QuickSum(2 * s.high, 2 * (s.low + TailOf(s.high)));
+  const Twice whole{exponent * kLog2Parts.leading, exponent * kLog2Parts.others};
+  return whole + At(kLogOf, static_cast<int>(nearest) - kFirstLog) + small;
 }
-// log(x) for any x, which is x.high for those beyond all limits.
-Twice LogOfAny(Twice x) noexcept {
-  if (x.high > 0 && x.high < kInfinity) return LogOf(x);
-  return {x.high == 0 ? -kInfinity : x.high > 0 ? kInfinity : kNaN};
+// Within 3 units in the last place.
+double QuickLogOf(double x) noexcept {
+  const auto [mantissa, exponent] = Split(x);
+  const double nearest = Nearest(mantissa * kLogs), entry = nearest / kLogs;
+  const double s = (mantissa - entry) / (mantissa + entry);
+  const Twice of = At(kLogOf, static_cast<int>(nearest) - kFirstLog);
+  const Twice large = QuickSum(exponent * kLog2Parts.leading, of.high);
+  const double low = exponent * kLog2Parts.others + (large.low + of.low);
+  return large.high + (2 * s + (2 * TailOf(s) + low));
 }
+// log(x) of other numbers.
+double LogBeyond(double x) noexcept { return x == 0 ? -kInfinity : x > 0 ? kInfinity : kNaN; }
+bool HasLog(double x) noexcept { return x > 0 && x < kInfinity; }
 
 // An angle as a multiple of a table's step, and what is left over.
 struct Reduced {
@@ -240,14 +285,14 @@ double Tanh(double x) noexcept {
   return twice / (twice + 2);
 }
 
-double Log(double x) noexcept { return LogOfAny({x}).high; }
+double Log(double x) noexcept { return HasLog(x) ? QuickLogOf(x) : LogBeyond(x); }
 double Log1p(double x) noexcept {
-  return x == kInfinity || std::abs(x) < 0x1p-60 ? x : LogOfAny(Sum(1, x)).high;
+  if (std::abs(x) < 0x1p-60) return x;
+  return HasLog(1 + x) ? LogOf(Sum(1, x)).high : LogBeyond(1 + x);
 }
 double Log10(double x) noexcept {
   constexpr Twice kLog10 = kLog2 * Twice{3} + Twice{2} * InverseTangent(Ratio(1, 9), false);
-  const Twice log = LogOfAny({x});
-  return std::isfinite(log.high) ? (log / kLog10).high : log.high;
+  return HasLog(x) ? (LogOf({x}) / kLog10).high : LogBeyond(x);
 }
 
 double Pow(double x, double y) noexcept {
@@ -309,15 +354,13 @@ double Hypot(double x, double y) noexcept {
   if (std::isinf(x) || std::isinf(y)) return kInfinity;
   const double most = std::max(std::abs(x), std::abs(y));
   if (!(most > 0)) return most + std::abs(y);
+  if (most > 0x1p-500 && most < 0x1p500) return std::sqrt(x * x + y * y);
   // Squares that neither overflow nor lose what matters.
   int exponent;
   std::frexp(most, &exponent);
   x = std::ldexp(x, -exponent);
   y = std::ldexp(y, -exponent);
-  const Twice sum = Product(x, x) + Product(y, y);
-  const double root = std::sqrt(sum.high);
-  const Twice rest = sum + -Product(root, root);
-  return std::ldexp(root + rest.high / (2 * root), exponent);
+  return std::ldexp(std::sqrt(x * x + y * y), exponent);
 }
 
 }  // namespace ky

@@ -1,9 +1,9 @@
 // Exponentials, logarithms and functions of angles that are the same to the bit on every processor.
 // The C library's differ in their last bits between processors and versions; these consist of sums,
 // products, quotients and roots, which IEEE 754 defines. Results are within 0.6 units in the last
-// place, those of Expm1 and Tanh within 3, or within 2^-75 of a sine or cosine next to 0. NaN,
-// infinities and zeros give what the C library's functions give. Angles beyond 2^30 are first
-// reduced by multiples of the double next to 2 pi.
+// place, those of Log, Hypot, Expm1 and Tanh within 3, or within 2^-75 of a sine or cosine next to
+// 0. NaN, infinities and zeros give what the C library's functions give. Angles beyond 2^30 are
+// first reduced by multiples of the double next to 2 pi.
 #pragma once
 
 namespace ky {

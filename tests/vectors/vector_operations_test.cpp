@@ -1,6 +1,7 @@
 // Operations on generic vectors against models written from the definitions.
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -34,10 +35,16 @@ std::vector<T> ElementsOf(const KyVector& vector) {
   return {first, first + vector.GetNbMaxGroup() * vector.GetGroupLength()};
 }
 
+// Holds every sum, product and quotient exactly enough to truncate.
+#if LDBL_MANT_DIG >= 113
+using Number = long double;
+#else
+using Number = __float128;
+#endif
+
 // The table of the operators, on numbers without bounds.
 template <class T>
 T Model(int operation, T x, T y, T old) {
-  using Number = __float128;  // holds every sum, product and quotient exactly enough to truncate
   using Limits = std::numeric_limits<T>;
   constexpr T kMax = Limits::max();
   const std::int64_t a = x, b = y;
