@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "foundation/growing.h"
 #include "foundation/scratch.h"
 #include "ky/objects.h"
-#include "foundation/growing.h"
 #include "objects/runs.h"
 
 namespace ky {
