@@ -166,7 +166,6 @@ HWY_INLINE V8 LoadOnce(const uint8_t* from) {
 // Long vectors that cross lines of a cache take twice as long to load, and so are made of whole
 // ones by shuffles; some are loaded, as both can be done at once.
 constexpr bool kShifts = hn::MaxLanes(D8()) >= 32;
-constexpr int kLoaded = 0;
 
 #if HWY_TARGET == HWY_SCALAR
 HWY_INLINE V8 LoadShifted(const uint8_t* from, int by) { return hn::LoadU(D8(), from + by); }
