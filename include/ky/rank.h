@@ -17,9 +17,9 @@
 ///
 /// - Border: a position outside the source has the value of the nearest pixel inside.
 /// - Colours: each component by itself, as a grey image of its own.
-/// - Size: half sizes are 0 to 2^20. The cost does not depend on them, apart from all ranks of 3 x
-/// 3
-///   pixels and the median of 5 x 5, which are faster.
+/// - Size: half sizes are 0 to 2^20. All ranks of 3 x 3 and the median of 5 x 5 are the fastest;
+///   windows of up to 11 x 11 take time in proportion to their pixels; the cost of larger ones does
+///   not depend on their size.
 /// - In place: a null destination, or one on the source's pixels, replaces the source. An area that
 ///   overlaps the source otherwise is written as if the source were a copy.
 /// - Errors, which leave the destination as it was: `KY_ERROR_NO_IMAGE` (1400) for an ROI without
@@ -30,9 +30,9 @@
 ///   error.
 /// - Trace: the function's name followed by " (BW8)" or " (C24)", as in "ImgMedian (BW8)".
 ///
-/// Those small ones go through networks of exchanges on sorted columns. All others go through
-/// histograms of columns in two levels, as described by S. Perreault, P. Hebert, "Median filtering
-/// in constant time", IEEE Transactions on Image Processing 16, 2007.
+/// The smallest go through networks of exchanges on sorted columns, the next ones through a search
+/// for each bit, large ones through histograms of columns in two levels: S. Perreault, P. Hebert,
+/// "Median filtering in constant time", IEEE Transactions on Image Processing 16, 2007.
 
 /// The median: rank (n - 1) / 2. It removes what is smaller than half of the window, such as salt
 /// and pepper, and leaves straight edges as they are.

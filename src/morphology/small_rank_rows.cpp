@@ -157,7 +157,7 @@ HWY_INLINE V8 RankOfColumns(std::integral_constant<int, 2>, const At& at) {
 // Kept from being loaded again by each instruction that may have an operand in memory.
 HWY_INLINE V8 LoadOnce(const uint8_t* from) {
   V8 v = hn::LoadU(D8(), from);
-#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR && (HWY_COMPILER_GCC || HWY_COMPILER_CLANG)
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR && HWY_COMPILER_GCC_ACTUAL
   __asm__("" : "+x"(v.raw));
 #endif
   return v;
@@ -166,7 +166,6 @@ HWY_INLINE V8 LoadOnce(const uint8_t* from) {
 // Long vectors that cross lines of a cache take twice as long to load, and so are made of whole
 // ones by shuffles; some are loaded, as both can be done at once.
 constexpr bool kShifts = hn::MaxLanes(D8()) >= 32;
-constexpr int kLoaded = 0;
 
 #if HWY_TARGET == HWY_SCALAR
 HWY_INLINE V8 LoadShifted(const uint8_t* from, int by) { return hn::LoadU(D8(), from + by); }
