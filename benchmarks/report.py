@@ -71,7 +71,6 @@ WHY = {
     "labels.",
     r"^local deviation": "OpenCV adds up integral images in double precision; ours are exact.",
     r"^ImgNormalize": "The levels go through a table; OpenCV's product of each pixel gives others.",
-    r"^(C24 )?shrink": "Sides whose ratio has large terms need sums of 64 bits, one after the other.",
     r"^recursive average": "OpenCV blends with one weight; here the change depends on the "
     "difference, so that what moves is not blurred.",
 }
