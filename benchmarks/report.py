@@ -70,6 +70,7 @@ WHY = {
     r"^objects and labels": "OpenCV's labels alone are compared with objects, their measures and "
     "labels.",
     r"^local deviation": "OpenCV adds up integral images in double precision; ours are exact.",
+    r"^ImgNormalize": "The levels go through a table; OpenCV's product of each pixel gives others.",
     r"^recursive average": "OpenCV blends with one weight; here the change depends on the "
     "difference, so that what moves is not blurred.",
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <numeric>
+#include <utility>
 
 #include "foundation/scratch.h"
 #include "geometry/shrink_rows.h"
@@ -15,8 +16,8 @@ Side SideOf(std::ptrdiff_t from, std::ptrdiff_t to) noexcept {
   return {from / common, to / common};
 }
 
-// Sums that 32 bits do not hold: one row of results at a time, in 64 bits, which hold those of any
-// image that memory can.
+// The longest sides: one row of results at a time, in 64 bits, which hold the sums of any image
+// that memory can.
 KY_ERRORS ShrinkWide(ShrinkBand band) noexcept {
   const std::ptrdiff_t columns = band.source.width;
   Scratch<std::uint64_t> sums;
@@ -63,13 +64,12 @@ KY_ERRORS Shrink(const Rows<KyBW8>& out, const Rows<const KyBW8>& in,
   for (std::ptrdiff_t x = 0; x < width; ++x) covers[x] = band.across.At(x);
 
   constexpr std::ptrdiff_t kLongest = 1 << 16, kMost16 = 256, kMost32 = 1 << 23;
-  const bool isLong = band.across.total > kLongest || band.down.total > kLongest;
-  const std::ptrdiff_t area = isLong ? kMost32 + 1 : band.across.total * band.down.total;
-  if (area > kMost32) return ShrinkWide(band);
+  if (std::max(band.across.total, band.down.total) > kLongest) return ShrinkWide(band);
+  const std::ptrdiff_t area = band.across.total * band.down.total;
   const ShrinkKernels& kernels = ChooseShrinkKernels();
-  const bool fits16 = area <= kMost16;
-  const ShrinkKernel kernel = fits16 ? kernels.sums16 : kernels.sums32;
-  const std::ptrdiff_t rowsAtOnce = fits16 ? kernels.rows16 : kernels.rows32;
+  const auto [kernel, rowsAtOnce] = area <= kMost16   ? std::pair(kernels.sums16, kernels.rows16)
+                                    : area <= kMost32 ? std::pair(kernels.sums32, kernels.rows32)
+                                                      : std::pair(kernels.sums53, kernels.rows53);
 
   // Strips whose sums stay in a first cache: of so many source columns, or of one pixel.
   constexpr std::ptrdiff_t kColumnsAtOnce = 512;

@@ -8,6 +8,7 @@
 #include "geometry/shrink_rows.h"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
@@ -77,10 +78,9 @@ struct Block {
 };
 #endif
 
-// turned[x * lanes + y] = sums[y * n + x] for n columns and as many rows as there are lanes.
-template <class T>
+// turned[x * kLanes + y] = sums[y * n + x] for n columns and kLanes rows.
+template <ptrdiff_t kLanes, class T>
 HWY_INLINE void Turn(T* HWY_RESTRICT turned, const T* HWY_RESTRICT sums, ptrdiff_t n) {
-  constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
   ptrdiff_t x = 0;
 #if HWY_TARGET != HWY_SCALAR
   if constexpr (sizeof(T) == 2) {
@@ -125,7 +125,7 @@ HWY_INLINE void TurnBack(const Rows<KyBW8>& out, const uint16_t* HWY_RESTRICT me
       out.Row(y)[x] = static_cast<KyBW8>(means[x * kLanes + y]);
 }
 
-// round(sum / area) of sums of 16 and of 32 bits.
+// round(sum / area) of sums of 16 and of 32 bits, and of whole numbers in double precision.
 template <class T>
 class Divide;
 template <>
@@ -174,9 +174,28 @@ class Divide<uint32_t> {
   float reciprocal_;
 };
 
-template <class T>
+template <>
+class Divide<double> {
+ public:
+  using D = hn::ScalableTag<double>;
+  explicit HWY_INLINE Divide(ptrdiff_t area)
+      : area_(static_cast<double>(area)), half_(static_cast<double>(area / 2)) {}
+  // Rounding moves a quotient by less than its distance from the next whole number.
+  HWY_INLINE hn::Vec<hn::Rebind<uint16_t, D>> operator()(hn::Vec<D> sum) const {
+    const D d;
+    const auto quotient = hn::Div(hn::Add(sum, hn::Set(d, half_)), hn::Set(d, area_));
+    return hn::DemoteTo(hn::Rebind<uint16_t, D>(),
+                        hn::DemoteTo(hn::Rebind<int32_t, D>(), quotient));
+  }
+
+ private:
+  double area_, half_;
+};
+
+// Sums down the columns have lanes of type T, those across lanes of type Across.
+template <class T, class Across = T>
 void Shrink(const ShrinkBand& band) {
-  const hn::ScalableTag<T> d;
+  const hn::ScalableTag<Across> d;
   constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(d));
   T* const sums = static_cast<T*>(band.scratch);
   T* const turned = sums + band.columns * kLanes;
@@ -189,20 +208,28 @@ void Shrink(const ShrinkBand& band) {
     SumDown(sums + y * band.columns, band.columns, top, band.source.pitch, cover,
             static_cast<T>(band.down.middle));
   }
-  Turn(turned, sums, band.columns);
-  const Divide<T> divide(band.across.total * band.down.total);
+  Turn<kLanes>(turned, sums, band.columns);
+  const Divide<Across> divide(band.across.total * band.down.total);
   const hn::Rebind<uint16_t, decltype(d)> d16;
-  const auto others = hn::Set(d, static_cast<T>(band.across.middle));
+  const auto others = hn::Set(d, static_cast<Across>(band.across.middle));
   uint16_t* out = means;
   for (ptrdiff_t x = 0; x < band.results; x += band.step) {
     const Cover cover = band.covers[(band.to + x) / band.step];
     const T* const left = turned + (cover.start * band.step - band.from) * kLanes;
     for (ptrdiff_t c = 0; c < band.step; ++c, out += kLanes) {
-      const auto at = [&](ptrdiff_t i)
-                          HWY_ATTR { return hn::LoadU(d, left + (i * band.step + c) * kLanes); };
-      auto sum = hn::Mul(at(0), hn::Set(d, static_cast<T>(cover.first)));
+      const auto at = [&](ptrdiff_t i) HWY_ATTR {
+        const T* const column = left + (i * band.step + c) * kLanes;
+        if constexpr (std::is_same_v<T, Across>) {
+          return hn::LoadU(d, column);
+        } else {
+          const hn::Rebind<int32_t, decltype(d)> narrow;
+          return hn::PromoteTo(d, hn::LoadU(narrow, reinterpret_cast<const int32_t*>(column)));
+        }
+      };
+      auto sum = hn::Mul(at(0), hn::Set(d, static_cast<Across>(cover.first)));
       if (cover.count > 1) {
-        sum = hn::Add(sum, hn::Mul(at(cover.count - 1), hn::Set(d, static_cast<T>(cover.last))));
+        sum =
+            hn::Add(sum, hn::Mul(at(cover.count - 1), hn::Set(d, static_cast<Across>(cover.last))));
         if (cover.count > 2) {
           auto between = at(1);
           for (ptrdiff_t i = 2; i < cover.count - 1; ++i) between = hn::Add(between, at(i));
@@ -218,8 +245,9 @@ void Shrink(const ShrinkBand& band) {
 }
 
 constexpr ptrdiff_t LanesOf(auto d) { return static_cast<ptrdiff_t>(hn::MaxLanes(d)); }
-constexpr ShrinkKernels kKernels = {&Shrink<uint16_t>, LanesOf(hn::ScalableTag<uint16_t>()),
-                                    &Shrink<uint32_t>, LanesOf(hn::ScalableTag<uint32_t>())};
+constexpr ShrinkKernels kKernels = {&Shrink<uint16_t>,         LanesOf(hn::ScalableTag<uint16_t>()),
+                                    &Shrink<uint32_t>,         LanesOf(hn::ScalableTag<uint32_t>()),
+                                    &Shrink<uint32_t, double>, LanesOf(hn::ScalableTag<double>())};
 
 }  // namespace
 

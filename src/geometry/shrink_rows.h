@@ -56,6 +56,9 @@ struct ShrinkKernels {
   // Sums below 2^31: areas of up to 2^23 parts.
   ShrinkKernel sums32;
   std::ptrdiff_t rows32;
+  // Sums down the columns below 2^31, those across below 2^53.
+  ShrinkKernel sums53;
+  std::ptrdiff_t rows53;
 };
 
 // The kernels of the instruction set that this call may use.

@@ -145,9 +145,9 @@ TEST(Sizes, ShrinkWithLongSums) {
   Random random(3);
   const struct {
     Size from, to;
-  } cases[] = {{{257, 131}, {100, 77}}, {{2895, 2897}, {2, 2}},  {{1900, 901}, {7, 4}},
-               {{4099, 2049}, {7, 5}},  {{70001, 3}, {13, 2}},   {{3, 66000}, {2, 7}},
-               {{2895, 2897}, {1, 1}},  {{100000, 90}, {33, 89}}};
+  } cases[] = {{{257, 131}, {100, 77}}, {{2895, 2897}, {2, 2}},   {{1900, 901}, {7, 4}},
+               {{4099, 2049}, {7, 5}},  {{70001, 3}, {13, 2}},    {{3, 66000}, {2, 7}},
+               {{2895, 2897}, {1, 1}},  {{100000, 90}, {33, 89}}, {{4099, 2051}, {2, 2}}};
   for (const auto& [from, to] : cases) {
     SCOPED_TRACE(std::to_string(from.width) + " x " + std::to_string(from.height));
     Picture<KyBW8> in(from.width, from.height, 255), out(to.width, to.height);
