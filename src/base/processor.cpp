@@ -27,6 +27,7 @@ int Capable() noexcept {
 int Limit() noexcept {
   static const int kLimit = [] {
     const int capable = Capable();
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): it is, beside a thread that changes the environment
     const char* const name = std::getenv("KY_PATH");
     if (name == nullptr) return capable;
     // Sets that are narrower, but of the same kind of processor.
