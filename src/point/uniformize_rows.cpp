@@ -5,6 +5,7 @@
 #include "point/uniformize_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/kernels/division-inl.h"
 #include "foundation/spans-inl.h"
 #include "foundation/widen-inl.h"
 
