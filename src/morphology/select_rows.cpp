@@ -106,7 +106,11 @@ HWY_INLINE void Select(const Rows<KyBW8>& out, ptrdiff_t y, ptrdiff_t x, const i
 template <int kHalfWidth, int kStep>
 void RunBand(const Rows<KyBW8>& out, const KyBW8* const* rows, const SelectWindow& window) {
   constexpr ptrdiff_t kReach = kHalfWidth * kStep;
+#if KY_SANITIZED  // compilers take minutes over long code that they instrument
+  constexpr int kMany = 2;
+#else
   constexpr int kMany = 4;
+#endif
   Chunk chunk;
   for (ptrdiff_t x = 0; x < out.width; x += kChunk) {
     const ptrdiff_t n = std::min(kChunk, out.width - x);
