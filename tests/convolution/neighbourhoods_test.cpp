@@ -88,27 +88,13 @@ struct Halves {
 };
 // Of every way to divide and to sum: areas up to 2^13, 2^14 and beyond, columns of up to 16 bits
 // and beyond, sums of up to 31 bits and beyond; windows above the image's sides.
-const Halves kHalves[] = {{0, 0},
-                          {1, 0},
-                          {0, 2},
-                          {1, 1},
-                          {2, 2},
-                          {2, 3},
-                          {3, 3},
-                          {5, 4},
-                          {16, 9},
-                          {45, 45},
-                          {60, 60},
-                          {70, 70},
-                          {3, 128},
-                          {3, 129},
-                          {300, 11},
-                          {1, 400},
-                          {700, 80},
-                          {1448, 1448},
-                          {5, 1u << 20},
-                          {1u << 20, 1},
-                          {1u << 20, 1u << 20}};
+const Halves kHalves[] = {{0, 0},        {1, 0},        {0, 2},
+                          {1, 1},        {2, 2},        {2, 3},
+                          {3, 3},        {5, 4},        {16, 9},
+                          {45, 45},      {60, 60},      {70, 70},
+                          {3, 128},      {3, 129},      {300, 11},
+                          {1, 400},      {700, 80},     {1448, 1448},
+                          {5, 1u << 20}, {1u << 20, 1}, {1u << 20, 1u << 20}};
 
 template <class Model>
 void CheckBoxes(GreyBox grey, ColorBox color, Model (*modelOf)(unsigned, unsigned)) {

@@ -129,7 +129,8 @@ TEST(Dispatch, EveryPathIsTheOneAskedFor) {
   });
   RecordProperty("paths", paths);
   EXPECT_EQ(paths.find("plain "), 0u);
-  const bool isLimited = std::getenv("KY_PATH") != nullptr || std::getenv("KY_TEST_PATH") != nullptr;
+  const bool isLimited =
+      std::getenv("KY_PATH") != nullptr || std::getenv("KY_TEST_PATH") != nullptr;
   EXPECT_TRUE(isLimited || paths.size() > 6 || KyGetMMX() == 0) << paths;
 }
 
