@@ -266,9 +266,9 @@ class Reporter : public benchmark::BenchmarkReporter {
 
 #if KY_BENCH_OPENCV
 // OpenCV asks the environment, when it is loaded, what it may not use: the program starts again.
-void LimitOpenCv(std::int64_t target, char** argv) {
+void LimitOpenCv(const std::string& target, char** argv) {
   constexpr const char* kVariable = "OPENCV_CPU_DISABLE";
-  if (target < HWY_AVX2 || std::getenv(kVariable) != nullptr) return;
+  if (target.empty() || target == "avx512" || std::getenv(kVariable) != nullptr) return;
   setenv(kVariable, "AVX512F,AVX512-SKX,AVX512-ICL", 1);
   execv("/proc/self/exe", argv);
 }
