@@ -91,8 +91,9 @@ class ColumnSums {
     const auto times = [](std::ptrdiff_t rows, KyBW8 level) {
       return static_cast<Element>(static_cast<std::uint64_t>(rows) * level);
     };
+    // Rows beyond the last one that windows of the first row reach are not among those at hand.
     const KyBW8* const above = source.Row(-1, plane);
-    const KyBW8* const below = source.Row(source.height(), plane);
+    const KyBW8* const below = source.Row(last, plane);
     for (std::ptrdiff_t x = 0; x < width_; ++x)
       *columns.At(x) = static_cast<Element>(*columns.At(x) + times(halfHeight_, above[x]) +
                                             times(halfHeight_ - last, below[x]));

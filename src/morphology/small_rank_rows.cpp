@@ -157,7 +157,7 @@ HWY_INLINE V8 RankOfColumns(std::integral_constant<int, 2>, const At& at) {
 // Kept from being loaded again by each instruction that may have an operand in memory.
 HWY_INLINE V8 LoadOnce(const uint8_t* from) {
   V8 v = hn::LoadU(D8(), from);
-#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR && HWY_COMPILER_GCC_ACTUAL
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3 && HWY_COMPILER_GCC_ACTUAL
   __asm__("" : "+x"(v.raw));
 #endif
   return v;

@@ -176,7 +176,7 @@ class Sums {
     size_t above = 0;
     for (const V& v : v_) {
       const auto sum = hn::BitCast(d, hn::Add(v, hn::Set(D(), below)));
-#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3  // only the highest bits count
       above += hn::CountTrue(d, hn::MaskFromVec(sum));
 #else
       above += hn::CountTrue(d, hn::Lt(sum, hn::Zero(d)));
@@ -224,7 +224,8 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   }
 }
 
-constexpr StripKernels kKernels = {HWY_TARGET != HWY_SCALAR, &Add, &Slide, &Run};
+constexpr StripKernels kKernels = {HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128, &Add,
+                                   &Slide, &Run};
 
 }  // namespace
 // NOLINTNEXTLINE(google-readability-namespace-comments)

@@ -283,7 +283,7 @@ TEST(ConvolKernel, NumbersThatAreNone) {
           g.coefficients[1] = odd;
           for (const int offset : {0, 2147483647, -2147483500}) {
             g.offset = offset;
-            Check(g, {{36, 3}});
+            Check(g, {{1, 1}, {36, 3}});
           }
         }
 }
