@@ -31,7 +31,8 @@ void PreferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::int64
   const auto from = reinterpret_cast<std::uintptr_t>(memory);
   const std::uintptr_t first = (from + kPage - 1) / kPage * kPage;
   const std::uintptr_t end = (from + static_cast<std::uintptr_t>(bytes)) / kPage * kPage;
-  if (first < end) (void)madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+  if (first < end)
+    (void)madvise(static_cast<char*>(memory) + (first - from), end - first, MADV_HUGEPAGE);
 #endif
 }
 
