@@ -58,7 +58,7 @@ SHOWN = {
 }
 
 # Why an operation cannot be faster, by what its name matches; the first match counts.
-MEMORY = "Both libraries wait for memory."
+MEMORY = "Both libraries wait for memory; the ratio differs from run to run."
 WHY = {
     r"^(C24 |BW8, C24 )?(copy|fill|add|subtract|and|or|xor|min|max|average|greater|less|equal|"
     r"absolute difference|invert)\b.*": MEMORY,
@@ -239,7 +239,8 @@ Times as fast, in the geometric mean:
 """
     for name, run in runs.items():
         text += f"\n## {name}\n\n" + "\n".join(table(run)) + "\n"
-    text += "\n## What is behind, and why\n\n" + "\n".join(behind(runs)) + "\n\n"
+    text += ("\n## What is behind, and why\n\nBy more than 5 per cent, in these runs. Where no reason stands, "
+             "none is known.\n\n") + "\n".join(behind(runs)) + "\n\n"
     replace_figures(ROOT / "docs/benchmarks.md", text)
     (ROOT / "docs/pictures/benchmarks.svg").write_text(picture(runs))
     all_means = "\n".join(means(runs))
