@@ -101,38 +101,25 @@ struct NarrowRows {
   static uint32_t Of(uint32_t column) { return column; }
 #endif
 };
-struct WideRows {
+// The sums of columns in units of 2^kBits, each rounded down.
+template <int kBits>
+struct ScaledRows {
   using Columns = WideColumns;
 #if HWY_TARGET != HWY_SCALAR
   static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
     const DU32 d;
     const auto change = [&](int p) HWY_ATTR {
-      return hn::Sub(hn::LoadU(d, windows.entering.of[p] + x / 4),
-                     hn::LoadU(d, windows.leaving.of[p] + x / 4));
+      return hn::Sub(hn::ShiftRight<kBits>(hn::LoadU(d, windows.entering.of[p] + x / 4)),
+                     hn::ShiftRight<kBits>(hn::LoadU(d, windows.leaving.of[p] + x / 4)));
     };
     return SumOfChanges(change(0), change(1), change(2), change(3));
   }
 #else
-  static uint32_t Of(uint32_t column) { return column; }
+  static uint32_t Of(uint32_t column) { return column >> kBits; }
 #endif
 };
-
-// The sums of columns in units of 2^kCoarse, each rounded down.
-struct CoarseRows {
-  using Columns = WideColumns;
-#if HWY_TARGET != HWY_SCALAR
-  static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
-    const DU32 d;
-    const auto change = [&](int p) HWY_ATTR {
-      return hn::Sub(hn::ShiftRight<kCoarse>(hn::LoadU(d, windows.entering.of[p] + x / 4)),
-                     hn::ShiftRight<kCoarse>(hn::LoadU(d, windows.leaving.of[p] + x / 4)));
-    };
-    return SumOfChanges(change(0), change(1), change(2), change(3));
-  }
-#else
-  static uint32_t Of(uint32_t column) { return column >> kCoarse; }
-#endif
-};
+using WideRows = ScaledRows<0>;
+using CoarseRows = ScaledRows<kCoarse>;
 
 // The sums of windows, from the left to the right.
 template <class Rows>
