@@ -121,7 +121,9 @@ struct Real {
   using Lane = float;
   template <class D, class V>
   HWY_INLINE Integers<D> operator()(D d, const Numbers<V>& z) const {
-    const V limited = hn::Min(hn::Max(z.re, hn::Zero(d)), hn::Set(d, 255));
+    // A comparison, because the maximum of 0 and of a signalling NaN is a NaN on Arm.
+    const V positive = hn::IfThenElseZero(hn::Gt(z.re, hn::Zero(d)), z.re);
+    const V limited = hn::Min(positive, hn::Set(d, 255));
     const auto whole = TruncateFitting(d, limited);
     const V rest = hn::Sub(limited, hn::ConvertTo(d, whole));
     // All ones, which is -1, where the rest counts.

@@ -91,9 +91,10 @@ KY_ERRORS Run(Rows<const KyBW8> source, Rows<KyBW8> destination, int step, const
   ky::Input<KyBW8> input;
   if (destination.Empty()) return KY_OK;
   if (!input.OpenApart(source, destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-  if (ky::ChooseStripKernels().isFast && rank < 128 && above < 128) {
+  if (ky::StripRanks::CanRun(window.Rows(), rank, above)) {
     ky::StripRanks ranks(input.rows(), destination, step);
-    return ranks.Run(window.halfWidth, window.halfHeight, static_cast<int>(rank))
+    return ranks.Run(window.halfWidth, window.halfHeight, static_cast<int>(rank),
+                     static_cast<int>(above))
                ? KY_OK
                : KY_ERROR_NOT_ENOUGH_MEMORY;
   }

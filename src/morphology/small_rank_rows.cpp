@@ -69,24 +69,6 @@ HWY_INLINE V8 Median5(V8 a, V8 b, V8 c, V8 d, V8 e) {
 template <int kRadius>
 struct ColumnPair;
 template <>
-struct ColumnPair<1> {
-  V8 upper[3], lower[3];
-
-  template <class Load>
-  HWY_INLINE explicit ColumnPair(const Load& load) {
-    V8 a = load(0), b = load(1), c = load(2), d = load(3);
-    Sort2(b, c);
-    upper[0] = hn::Min(a, b);
-    lower[0] = hn::Min(b, d);
-    a = hn::Max(a, b);
-    d = hn::Max(b, d);
-    upper[1] = hn::Min(a, c);
-    lower[1] = hn::Min(d, c);
-    upper[2] = hn::Max(a, c);
-    lower[2] = hn::Max(d, c);
-  }
-};
-template <>
 struct ColumnPair<2> {
   V8 upper[5], lower[5];
 
@@ -170,27 +152,84 @@ constexpr bool kShifts = hn::MaxLanes(D8()) >= 32;
 #if HWY_TARGET == HWY_SCALAR
 HWY_INLINE V8 LoadShifted(const uint8_t* from, int by) { return hn::LoadU(D8(), from + by); }
 #else
+// Of two vectors that follow each other: the lanes of the first, but from the given one on.
+class Neighbours {
+ public:
+  HWY_INLINE Neighbours(V8 first, V8 second) : first_(first) {
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+    next_ = V8{_mm512_alignr_epi64(second.raw, first.raw, 2)};  // blocks
+#else
+    if constexpr (kShifts)
+      next_ = hn::ConcatLowerUpper(D8(), second, first);
+    else
+      next_ = second;
+#endif
+  }
+  HWY_INLINE V8 At(int by) const {
+    const D8 d;
+    switch (by) {
+      case 1: return hn::CombineShiftRightBytes<1>(d, next_, first_);
+      case 2: return hn::CombineShiftRightBytes<2>(d, next_, first_);
+      case 3: return hn::CombineShiftRightBytes<3>(d, next_, first_);
+      case 4: return hn::CombineShiftRightBytes<4>(d, next_, first_);
+      case 6: return hn::CombineShiftRightBytes<6>(d, next_, first_);
+      case 9: return hn::CombineShiftRightBytes<9>(d, next_, first_);
+      case 12: return hn::CombineShiftRightBytes<12>(d, next_, first_);
+      default: return first_;
+    }
+  }
+
+ private:
+  V8 first_, next_;
+};
 // From an aligned place and a few bytes further on.
 HWY_INLINE V8 LoadShifted(const uint8_t* from, int by) {
   const D8 d;
-  const V8 first = hn::Load(d, from), second = hn::Load(d, from + hn::MaxLanes(d));
-#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
-  const V8 next = {_mm512_alignr_epi64(second.raw, first.raw, 2)};  // blocks
-#else
-  const V8 next = hn::ConcatLowerUpper(d, second, first);
-#endif
-  switch (by) {
-    case 1: return hn::CombineShiftRightBytes<1>(d, next, first);
-    case 2: return hn::CombineShiftRightBytes<2>(d, next, first);
-    case 3: return hn::CombineShiftRightBytes<3>(d, next, first);
-    case 4: return hn::CombineShiftRightBytes<4>(d, next, first);
-    case 6: return hn::CombineShiftRightBytes<6>(d, next, first);
-    case 9: return hn::CombineShiftRightBytes<9>(d, next, first);
-    case 12: return hn::CombineShiftRightBytes<12>(d, next, first);
-    default: return first;
-  }
+  return Neighbours(hn::Load(d, from), hn::Load(d, from + hn::MaxLanes(d))).At(by);
 }
 #endif
+
+// Results of one row of 3 x 3, of whole vectors; `rows` is the first of its windows. Every column
+// is sorted once: neighbours are shifted from the sorted ones.
+template <int kStep, int kRank>
+HWY_INLINE void RankOf3Rows(uint8_t* to, ptrdiff_t n, const uint8_t* const* rows) {
+  const D8 d;
+  constexpr ptrdiff_t kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(d));
+  const uint8_t *const above = rows[0] - kStep, *const middle = rows[1] - kStep,
+                       *const below = rows[2] - kStep;
+  struct Column {
+    V8 v[3];
+  };
+  const auto sort = [&](ptrdiff_t i) KY_INLINE_ATTR {
+    Column c = {LoadOnce(above + i), LoadOnce(middle + i), LoadOnce(below + i)};
+    Sort3(c.v[0], c.v[1], c.v[2]);
+    return c;
+  };
+  using Radius = std::integral_constant<int, 1>;
+  ptrdiff_t x = 0;
+#if HWY_TARGET != HWY_SCALAR
+  const auto put = [&](const Column& column, const Column& next) KY_INLINE_ATTR {
+    const Neighbours around[3] = {
+        {column.v[0], next.v[0]}, {column.v[1], next.v[1]}, {column.v[2], next.v[2]}};
+    const auto at = [&](int i, int k) KY_INLINE_ATTR { return around[i].At(k * kStep); };
+    hn::StoreU(RankOfColumns<kRank>(Radius(), at), d, to + x);
+    x += kLanes;
+  };
+  Column column = sort(0);
+  while (x + 2 * kLanes < n) {
+    const Column next = sort(x + kLanes);
+    put(column, next);
+    column = sort(x + kLanes);
+    put(next, column);
+  }
+  if (x + kLanes < n) put(column, sort(x + kLanes));
+#endif
+  for (; x < n; x += kLanes) {  // no more is readable than its windows
+    const Column columns[3] = {sort(x), sort(x + kStep), sort(x + 2 * kStep)};
+    const auto at = [&](int i, int k) HWY_ATTR { return columns[k].v[i]; };
+    hn::StoreU(RankOfColumns<kRank>(Radius(), at), d, to + x);
+  }
+}
 
 // Results of one or two rows, `rows` being the first of their windows. A chunk of columns is sorted
 // first, so that neighbours share the work.
@@ -233,8 +272,12 @@ HWY_INLINE void RankOfRows(Rows<uint8_t> out, const uint8_t* const* rows) {
 
 template <int kRadius, int kStep, int kRank>
 void RankRun(Rows<uint8_t> out, const uint8_t* const* rows, const Layout&) {
-  for (; out.height > 0; out.height -= 2, rows += 2, out.first = out.Row(2))
-    RankOfRows<kRadius, kStep, kRank>(out, rows);
+  if constexpr (kRadius == 1)
+    for (; out.height > 0; --out.height, ++rows, out.first = out.Row(1))
+      RankOf3Rows<kStep, kRank>(out.first, out.width, rows);
+  else
+    for (; out.height > 0; out.height -= 2, rows += 2, out.first = out.Row(2))
+      RankOfRows<kRadius, kStep, kRank>(out, rows);
 }
 
 template <int kRadius, int kRank>

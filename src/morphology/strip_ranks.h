@@ -1,4 +1,4 @@
-// Ranks of windows of up to 255 pixels, a strip of the image at a time.
+// Ranks of windows of up to 127 rows, a strip of the image at a time.
 #pragma once
 
 #include <algorithm>
@@ -16,15 +16,21 @@ namespace ky {
 // S. Perreault and P. Hebert, "Median filtering in constant time", IEEE Transactions on Image
 // Processing 16, 2007.) Columns beyond the image have histograms too.
 //
-// Windows have up to 255 pixels and ranks below 128 from either end. Pixels are `step` elements
-// apart, and each component is a picture of its own.
+// Pixels are `step` elements apart, and each component is a picture of its own.
 class StripRanks {
  public:
   StripRanks(Rows<const KyBW8> in, Rows<KyBW8> out, std::ptrdiff_t step) noexcept
       : in_(in), out_(out), step_(step), pixels_(in.width / step) {}
 
-  bool Run(std::ptrdiff_t halfWidth, std::ptrdiff_t halfHeight, int rank) noexcept {
+  // Whether the windows are such: of so many rows, the rank so many from either end.
+  static bool CanRun(std::int64_t rows, std::int64_t rank, std::int64_t above) noexcept {
+    return ChooseStripKernels().isFast && rows <= 127 && rank < 1 << 15 && above < 1 << 15;
+  }
+
+  bool Run(std::ptrdiff_t halfWidth, std::ptrdiff_t halfHeight, int rank, int above) noexcept {
+    const StripKernels::Run run = rank < 128 && above < 128 ? kernels_.runSmall : kernels_.run;
     strip_.half = halfWidth;
+    strip_.rows = 2 * halfHeight + 1;
     halfHeight_ = halfHeight;
     if (!Allocate()) return false;
     for (first_ = 0; first_ < pixels_; first_ += kWidth) {
@@ -33,7 +39,7 @@ class StripRanks {
         Start();
         for (std::ptrdiff_t y = 0; y < in_.height; ++y) {
           if (y > 0) kernels_.slide(strip_, Row(0, y - 1 - halfHeight_), Row(1, y + halfHeight_));
-          kernels_.run(strip_, rank, work_.get(), results_.get());
+          run(strip_, rank, work_.get(), results_.get());
           Put(y);
         }
       }
@@ -43,7 +49,7 @@ class StripRanks {
 
  private:
   // So many results that the margins cost little and the histograms stay in a second cache.
-  static constexpr std::ptrdiff_t kWidth = 512;
+  static constexpr std::ptrdiff_t kWidth = 960;
 
   void Resize(std::ptrdiff_t width) noexcept {
     strip_.width = width;
@@ -52,9 +58,9 @@ class StripRanks {
   }
   bool Allocate() noexcept {
     Resize(std::min(kWidth, pixels_));
-    if (!histograms_.Allocate((strip_.columns + 1) * RankStrip::kColumn) ||
+    if (!histograms_.Allocate((strip_.pitch + 1) * RankStrip::kColumn) ||
         !below_.Allocate(RankStrip::kBounds * strip_.pitch) ||
-        !work_.Allocate(RankStrip::WorkOf(strip_.pitch)) || !results_.Allocate(strip_.width) ||
+        !work_.Allocate(RankStrip::WorkOf(strip_.pitch)) || !results_.Allocate(strip_.pitch) ||
         !rows_.Allocate(2 * strip_.pitch))
       return false;
     strip_.histograms = histograms_.get() + RankStrip::kColumn;
@@ -67,7 +73,7 @@ class StripRanks {
   void Start() noexcept {
     const std::ptrdiff_t last = in_.height - 1, end = std::min(halfHeight_, last);
     std::memset(histograms_.get(), 0,
-                static_cast<std::size_t>((strip_.columns + 1) * RankStrip::kColumn));
+                static_cast<std::size_t>((strip_.pitch + 1) * RankStrip::kColumn));
     std::memset(below_.get(), 0, static_cast<std::size_t>(RankStrip::kBounds * strip_.pitch));
     kernels_.add(strip_, Row(0, 0), static_cast<std::uint8_t>(halfHeight_ + 1));
     for (std::ptrdiff_t y = 1; y <= end; ++y) kernels_.add(strip_, Row(0, y), 1);

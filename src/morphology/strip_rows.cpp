@@ -8,12 +8,16 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
+#include "foundation/window-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+constexpr StripKernels kKernels = {};
+#else
 // Levels between two bounds, and so many counts. Vectors are of at most as many bytes.
 constexpr int kLevels = 32;
 using D = hn::CappedTag<uint8_t, kLevels>;
@@ -22,12 +26,12 @@ constexpr ptrdiff_t kLanes = hn::MaxLanes(D());
 
 // What a pixel of each level adds to the counts: from the level on, all bits.
 struct Stairs {
-  alignas(64) uint8_t steps[256 * kLevels];
+  alignas(64) uint8_t steps[kLevels * kLevels];
 };
 constexpr Stairs kStairs = [] {
   Stairs stairs{};
-  for (int level = 0; level < 256; ++level)
-    for (int i = level % kLevels; i < kLevels; ++i) stairs.steps[level * kLevels + i] = 0xFF;
+  for (int level = 0; level < kLevels; ++level)
+    for (int i = level; i < kLevels; ++i) stairs.steps[level * kLevels + i] = 0xFF;
   return stairs;
 }();
 
@@ -38,30 +42,41 @@ HWY_INLINE V IsBelow(V pixels, ptrdiff_t k) {
   return hn::VecFromMask(d, hn::Eq(hn::Max(pixels, most), most));
 }
 
-// Calls change(counts, stairs) for the counts of n columns that the pixels of a row are among.
-// Their places are made first, for all columns at once.
-template <class Change>
-HWY_INLINE void ChangeCounts(uint8_t* columns, ptrdiff_t n, const KyBW8* row,
-                             const Change& change) {
-  const D d;
-  for (; n > 0; n -= kLanes, row += kLanes) {
-    HWY_ALIGN uint8_t blocks[kLanes];
-    HWY_ALIGN uint16_t steps[kLanes];
-    const V pixels = hn::LoadU(d, row);
-    hn::StoreU(hn::And(pixels, hn::Set(d, 256 - kLevels)), d, blocks);
-    const hn::CappedTag<uint16_t, kLevels / 2> d16;
-    for (ptrdiff_t i = 0; i < kLanes; i += hn::MaxLanes(d16))
-      hn::StoreU(hn::ShiftLeft<5>(LoadLanes(d16, row + i)), d16, steps + i);
-    const ptrdiff_t end = std::min(n, kLanes);
-    for (ptrdiff_t i = 0; i < end; ++i, columns += RankStrip::kColumn) {
-      for (ptrdiff_t k = 0; k < kLevels; k += kLanes) {
-        uint8_t* const counts = columns + blocks[i] + k;
-        const V step = hn::LoadU(d, kStairs.steps + steps[i] + k);
-        hn::StoreU(change(hn::LoadU(d, counts), step), d, counts);
-      }
+// Where the counts of some columns that the pixels of a row are among begin, and the stairs that
+// change them. The places are made first, for all columns at once.
+class Places {
+ public:
+  static constexpr ptrdiff_t kColumns = 64;
+
+  // Of n columns, up to whole vectors.
+  HWY_INLINE void Make(const KyBW8* row, ptrdiff_t n) {
+    const D d;
+    const hn::Repartition<uint16_t, D> d16;
+    for (ptrdiff_t i = 0; i < n; i += kLanes) {
+      const V pixels = hn::LoadU(d, row + i);
+      const V eightTimes = hn::BitCast(d, hn::ShiftLeft<3>(hn::BitCast(d16, pixels)));
+      hn::Store(hn::And(pixels, hn::Set(d, 256 - kLevels)), d, blocks_ + i);
+      hn::Store(hn::And(eightTimes, hn::Set(d, 8 * (kLevels - 1))), d, quarters_ + i);
     }
   }
-}
+  // Calls change(counts, stairs) for kAtOnce columns from the given one on.
+  template <class Change>
+  HWY_INLINE void Update(uint8_t* columns, ptrdiff_t first, const Change& change) const {
+    const D d;
+    columns += first * RankStrip::kColumn;
+    ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
+      uint8_t* const counts = columns + blocks_[first + i] + i * RankStrip::kColumn;
+      const uint8_t* const stairs = kStairs.steps + 4 * ptrdiff_t{quarters_[first + i]};
+      for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
+        hn::StoreU(change(hn::LoadU(d, counts + k), hn::Load(d, stairs + k)), d, counts + k);
+    });
+  }
+  static constexpr int kAtOnce = 8;
+
+ private:
+  HWY_ALIGN uint8_t blocks_[kColumns];
+  HWY_ALIGN uint8_t quarters_[kColumns];  // of the offset of the stairs
+};
 
 void Add(const RankStrip& strip, const KyBW8* row, uint8_t times) {
   const D d;
@@ -72,117 +87,148 @@ void Add(const RankStrip& strip, const KyBW8* row, uint8_t times) {
       const V more = hn::And(IsBelow(hn::LoadU(d, row + x), k), factor);
       hn::StoreU(hn::Add(hn::LoadU(d, below), more), d, below);
     }
-  ChangeCounts(strip.histograms, strip.columns, row,
-               [=](V counts, V step) HWY_ATTR { return hn::Add(counts, hn::And(step, factor)); });
+  Places places;
+  for (ptrdiff_t x = 0; x < strip.pitch; x += Places::kColumns) {
+    const ptrdiff_t n = std::min(strip.pitch - x, Places::kColumns);
+    places.Make(row + x, n);
+    for (ptrdiff_t i = 0; i < n; i += Places::kAtOnce)
+      places.Update(strip.histograms + x * RankStrip::kColumn, i, [=](V counts, V stairs) HWY_ATTR {
+        return hn::Add(counts, hn::And(stairs, factor));
+      });
+  }
 }
 
 // The two rows change some columns each in turn: what one has stored takes a while to be read.
 void Slide(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming) {
   const D d;
-  for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k)
+  for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
+    uint8_t* const below = strip.below + k * strip.pitch;
     for (ptrdiff_t x = 0; x < strip.pitch; x += kLanes) {
-      uint8_t* const below = strip.below + k * strip.pitch + x;
       const V less = IsBelow(hn::LoadU(d, leaving + x), k);
       const V more = IsBelow(hn::LoadU(d, coming + x), k);
-      hn::StoreU(hn::Sub(hn::Add(hn::LoadU(d, below), less), more), d, below);
+      hn::StoreU(hn::Sub(hn::Add(hn::LoadU(d, below + x), less), more), d, below + x);
     }
-  for (ptrdiff_t x = 0; x < strip.columns; x += kLevels) {
-    const ptrdiff_t n = std::min<ptrdiff_t>(strip.columns - x, kLevels);
+  }
+  Places from, to;
+  for (ptrdiff_t x = 0; x < strip.pitch; x += Places::kColumns) {
+    const ptrdiff_t n = std::min(strip.pitch - x, Places::kColumns);
     uint8_t* const columns = strip.histograms + x * RankStrip::kColumn;
-    ChangeCounts(columns, n, coming + x,
-                 [](V counts, V step) HWY_ATTR { return hn::Sub(counts, step); });
-    ChangeCounts(columns, n, leaving + x,
-                 [](V counts, V step) HWY_ATTR { return hn::Add(counts, step); });
+    from.Make(leaving + x, n);
+    to.Make(coming + x, n);
+    for (ptrdiff_t i = 0; i < n; i += Places::kAtOnce) {
+      to.Update(columns, i, [](V counts, V stairs) HWY_ATTR { return hn::Sub(counts, stairs); });
+      from.Update(columns, i, [](V counts, V stairs) HWY_ATTR { return hn::Add(counts, stairs); });
+    }
   }
 }
 
+// Vectors of as many bytes as V.
+template <class Sum>
+using SumTag = hn::CappedTag<Sum, kLevels / sizeof(Sum)>;
+
+// The last lane of each block.
+template <class DSum, class VSum>
+HWY_INLINE VSum LastOfBlocks(DSum d, VSum v) {
+  const hn::Repartition<uint8_t, DSum> d8;
+  const hn::Repartition<uint16_t, DSum> d16;
+  const auto places =
+      sizeof(hn::TFromD<DSum>) == 1 ? hn::Set(d8, 15) : hn::BitCast(d8, hn::Set(d16, 0x0F0E));
+  return hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(d8, v), places));
+}
 // Every lane plus all before it; the last lane in all.
-#if HWY_TARGET == HWY_SCALAR
-HWY_INLINE V Accumulate(V v) { return v; }
-HWY_INLINE V BroadcastLast(V v) { return v; }
-#else
-HWY_INLINE V LastOfBlocks(V v) { return hn::TableLookupBytes(v, hn::Set(D(), 15)); }
-HWY_INLINE V Accumulate(V v) {
-  const D d;
-  v = hn::Add(v, hn::ShiftLeftLanes<1>(d, v));
-  v = hn::Add(v, hn::ShiftLeftLanes<2>(d, v));
-  v = hn::Add(v, hn::ShiftLeftLanes<4>(d, v));
-  v = hn::Add(v, hn::ShiftLeftLanes<8>(d, v));
-  if constexpr (kLanes == 32) v = hn::Add(v, LastOfBlocks(hn::ConcatLowerLower(d, v, hn::Zero(d))));
+template <class DSum, class VSum>
+HWY_INLINE VSum Accumulate(DSum d, VSum v) {
+  if constexpr (sizeof(hn::TFromD<DSum>) == 1) v = hn::Add(v, hn::ShiftLeftBytes<1>(d, v));
+  v = hn::Add(v, hn::ShiftLeftBytes<2>(d, v));
+  v = hn::Add(v, hn::ShiftLeftBytes<4>(d, v));
+  v = hn::Add(v, hn::ShiftLeftBytes<8>(d, v));
+  if constexpr (kLanes == 32)
+    v = hn::Add(v, LastOfBlocks(d, hn::ConcatLowerLower(d, v, hn::Zero(d))));
   return v;
 }
-HWY_INLINE V BroadcastLast(V v) {
-  if constexpr (kLanes == 32) v = hn::ConcatUpperUpper(D(), v, v);
-  return LastOfBlocks(v);
+template <class DSum, class VSum>
+HWY_INLINE VSum BroadcastLast(DSum d, VSum v) {
+  if constexpr (kLanes == 32) v = hn::ConcatUpperUpper(d, v, v);
+  return LastOfBlocks(d, v);
 }
-#endif
 
 // Of the bounds that no more pixels of a window are below than the rank: how many there are, and
 // how many pixels are below the highest. Totals of columns wrap, but their differences are right.
-HWY_INLINE void FindBounds(const RankStrip& strip, int rank, uint8_t* bounds, uint8_t* below,
-                           uint8_t* totals) {
-  const D d;
+template <class Sum>
+HWY_INLINE void FindBounds(const RankStrip& strip, int rank, uint8_t* bounds, Sum* below,
+                           Sum* totals) {
+  const SumTag<Sum> d;
+  constexpr ptrdiff_t kStep = hn::MaxLanes(d);
   const ptrdiff_t pitch = strip.pitch + 64;
   for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
-    uint8_t* const total = totals + k * pitch;  // of the columns before the i-th
+    Sum* const total = totals + k * pitch;  // of the columns before the i-th
     total[0] = 0;
-    V carry = hn::Zero(d);
-    for (ptrdiff_t x = 0; x < strip.pitch; x += kLanes) {
-      const V sum = hn::Add(carry, Accumulate(hn::LoadU(d, strip.below + k * strip.pitch + x)));
+    auto carry = hn::Zero(d);
+    for (ptrdiff_t x = 0; x < strip.pitch; x += kStep) {
+      const auto counts = LoadLanes(d, strip.below + k * strip.pitch + x);
+      const auto sum = hn::Add(carry, Accumulate(d, counts));
       hn::StoreU(sum, d, total + 1 + x);
-      carry = BroadcastLast(sum);
+      carry = BroadcastLast(d, sum);
     }
   }
-  const V most = hn::Set(d, static_cast<uint8_t>(rank));
-  for (ptrdiff_t x = 0; x < strip.width; x += kLanes) {
-    V bound = hn::Zero(d), highest = hn::Zero(d);
+  const auto most = hn::Set(d, static_cast<Sum>(rank));
+  for (ptrdiff_t x = 0; x < strip.width; x += kStep) {
+    auto bound = hn::Zero(d), highest = hn::Zero(d);
     for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
-      const uint8_t* const total = totals + k * pitch + x;
-      const V count = hn::Sub(hn::LoadU(d, total + 2 * strip.half + 1), hn::LoadU(d, total));
-      const V isReached = hn::VecFromMask(d, hn::Eq(hn::Max(count, most), most));
+      const Sum* const total = totals + k * pitch + x;
+      const auto count = hn::Sub(hn::LoadU(d, total + 2 * strip.half + 1), hn::LoadU(d, total));
+      const auto isReached = hn::VecFromMask(d, hn::Eq(hn::Max(count, most), most));
       bound = hn::Sub(bound, isReached);
       highest = hn::Max(highest, hn::And(isReached, count));
     }
-    hn::StoreU(bound, d, bounds + x);
+    StoreLanes(bound, bounds + x);
     hn::StoreU(highest, d, below + x);
   }
 }
 
-// The sums of a window's counts between two bounds, and so much that those above the rank have
-// their highest bit set.
-class Sums {
+// The sums of a window's counts between two bounds, less what is given.
+template <class Sum>
+class Sums;
+
+// In 8 bits. Those above the rank have their highest bit set.
+template <>
+class Sums<uint8_t> {
  public:
-  HWY_INLINE explicit Sums(const uint8_t* from) {
-    for (ptrdiff_t k = 0; k < kVectors; ++k) v_[k] = hn::LoadU(D(), from + k * kLanes);
-  }
-  HWY_INLINE explicit Sums(uint8_t value) {
+  static constexpr uint8_t StartFor(int rank) { return static_cast<uint8_t>(127 - rank); }
+
+  HWY_INLINE void Set(uint8_t value) {
     for (V& v : v_) v = hn::Set(D(), value);
+  }
+  HWY_INLINE void Get(const uint8_t* from) {
+    for (ptrdiff_t k = 0; k < kVectors; ++k) v_[k] = hn::LoadU(D(), from + k * kLanes);
   }
   HWY_INLINE void Put(uint8_t* to) const {
     for (ptrdiff_t k = 0; k < kVectors; ++k) hn::StoreU(v_[k], D(), to + k * kLanes);
   }
-  HWY_INLINE void Add(const uint8_t* coming) {
-    for (ptrdiff_t k = 0; k < kVectors; ++k)
-      v_[k] = hn::Add(v_[k], hn::LoadU(D(), coming + k * kLanes));
+  // n columns of up to so many pixels come.
+  HWY_INLINE void Add(const uint8_t* coming, ptrdiff_t n, ptrdiff_t) {
+    for (; n > 0; --n, coming += RankStrip::kColumn)
+      for (ptrdiff_t k = 0; k < kVectors; ++k)
+        v_[k] = hn::Add(v_[k], hn::LoadU(D(), coming + k * kLanes));
   }
   HWY_INLINE void Slide(const uint8_t* leaving, const uint8_t* coming) {
     for (ptrdiff_t k = 0; k < kVectors; ++k)
       v_[k] = hn::Add(v_[k], hn::Sub(hn::LoadU(D(), coming + k * kLanes),
                                      hn::LoadU(D(), leaving + k * kLanes)));
   }
-  // How many are at most the rank, with so many pixels below.
-  HWY_INLINE size_t CountUpTo(uint8_t below) const {
+  // How many are above the rank, with so many pixels below.
+  HWY_INLINE size_t CountAbove(uint8_t below) const {
     const hn::RebindToSigned<D> d;
     size_t above = 0;
     for (const V& v : v_) {
       const auto sum = hn::BitCast(d, hn::Add(v, hn::Set(D(), below)));
-#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3  // only the highest bits count
+#if HWY_ARCH_X86  // only the highest bits count
       above += hn::CountTrue(d, hn::MaskFromVec(sum));
 #else
       above += hn::CountTrue(d, hn::Lt(sum, hn::Zero(d)));
 #endif
     }
-    return kLevels - above;
+    return above;
   }
 
  private:
@@ -190,42 +236,146 @@ class Sums {
   V v_[kVectors];
 };
 
+// In 16 bits, of columns of up to 127 pixels. Those up to the rank are below 0.
+template <>
+class Sums<uint16_t> {
+ public:
+  static constexpr uint16_t StartFor(int rank) { return static_cast<uint16_t>(-1 - rank); }
+
+  HWY_INLINE void Set(uint16_t value) {
+    for (VSum& v : v_) v = hn::BitCast(DSum(), hn::Set(DUnsigned(), value));
+  }
+  HWY_INLINE void Get(const uint16_t* from) {
+    for (ptrdiff_t k = 0; k < kVectors; ++k)
+      v_[k] = hn::BitCast(DSum(), hn::LoadU(DUnsigned(), from + k * kSums));
+  }
+  HWY_INLINE void Put(uint16_t* to) const {
+    for (ptrdiff_t k = 0; k < kVectors; ++k)
+      hn::StoreU(hn::BitCast(DUnsigned(), v_[k]), DUnsigned(), to + k * kSums);
+  }
+  // n columns of up to so many pixels come: some are added up in 8 bits first.
+  HWY_INLINE void Add(const uint8_t* coming, ptrdiff_t n, ptrdiff_t pixels) {
+    const ptrdiff_t most = 127 / pixels;
+    while (n > 0) {
+      V sums[kLevels / kLanes];
+      for (V& v : sums) v = hn::Zero(D());
+      for (ptrdiff_t i = std::min(n, most); i > 0; --i, coming += RankStrip::kColumn)
+        for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
+          sums[k / kLanes] = hn::Add(sums[k / kLanes], hn::LoadU(D(), coming + k));
+      for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
+        AddSigned(k, hn::BitCast(D8(), sums[k / kLanes]));
+      n -= most;
+    }
+  }
+  HWY_INLINE void Slide(const uint8_t* leaving, const uint8_t* coming) {
+    for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
+      AddSigned(
+          k, hn::BitCast(D8(), hn::Sub(hn::LoadU(D(), coming + k), hn::LoadU(D(), leaving + k))));
+  }
+  // How many are above the rank, with so many pixels below.
+  HWY_INLINE size_t CountAbove(uint16_t below) const {
+    const VSum more = hn::BitCast(DSum(), hn::Set(DUnsigned(), below));
+    size_t count = 0;
+#if HWY_ARCH_X86 && HWY_TARGET == HWY_AVX2
+    const auto packed = _mm256_packs_epi16(hn::Add(v_[0], more).raw, hn::Add(v_[1], more).raw);
+    count = hn::CountTrue(D8(), hn::MaskFromVec(hn::Vec<D8>{packed}));
+#elif HWY_ARCH_X86 && HWY_TARGET > HWY_AVX2
+    for (ptrdiff_t k = 0; k < kVectors; k += 2) {
+      const auto packed = _mm_packs_epi16(hn::Add(v_[k], more).raw, hn::Add(v_[k + 1], more).raw);
+      count += hn::CountTrue(D8(), hn::MaskFromVec(hn::Vec<D8>{packed}));
+    }
+#else
+    for (const VSum& v : v_)
+      count += hn::CountTrue(DSum(), hn::Lt(hn::Add(v, more), hn::Zero(DSum())));
+#endif
+    return kLevels - count;
+  }
+
+ private:
+  // One vector more than 32 bytes where there are such.
+  using DSum = hn::CappedTag<int16_t, kLevels>;
+  using DUnsigned = hn::RebindToUnsigned<DSum>;
+  using VSum = hn::Vec<DSum>;
+  using D8 = hn::RebindToSigned<D>;
+  static constexpr ptrdiff_t kSums = hn::MaxLanes(DSum()), kVectors = kLevels / kSums;
+
+  // The order of the sums does not matter.
+  template <class VSigned>
+  HWY_INLINE void AddSigned(ptrdiff_t k, VSigned counts) {
+    if constexpr (kVectors == 1) {
+      v_[0] = hn::Add(v_[0], hn::PromoteTo(DSum(), counts));
+    } else {
+      const auto signs = hn::VecFromMask(D8(), hn::Lt(counts, hn::Zero(D8())));
+      VSum* const v = v_ + k / kSums;
+      v[0] = hn::Add(v[0], hn::BitCast(DSum(), hn::InterleaveLower(D8(), counts, signs)));
+      v[1] = hn::Add(v[1], hn::BitCast(DSum(), hn::InterleaveUpper(D8(), counts, signs)));
+    }
+  }
+
+  VSum v_[kVectors];
+};
+
+// The place of the first of a row's bounds that differs from the one at x.
+HWY_INLINE ptrdiff_t EndOfRun(const uint8_t* bounds, ptrdiff_t x, ptrdiff_t width) {
+  const D d;
+  const V bound = hn::Set(d, bounds[x]);
+  for (; x < width; x += kLanes) {
+    const auto place = hn::FindFirstTrue(d, hn::Ne(hn::LoadU(d, bounds + x), bound));
+    if (place >= 0) return std::min<ptrdiff_t>(x + place, width);
+  }
+  return width;
+}
+
 // Windows between the same two bounds follow each other mostly. The sums of each two are kept, and
 // brought to the present window when they are met again.
+template <class Sum>
 void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
-  uint8_t *const bounds = work, *const below = work + strip.pitch;
-  FindBounds(strip, rank, bounds, below, below + strip.pitch);
-  constexpr ptrdiff_t kStep = RankStrip::kColumn;
+  uint8_t *const bounds = work, *const above = work + strip.pitch + kLevels;
+  Sum* const below = reinterpret_cast<Sum*>(above + strip.pitch + kLevels);
+  FindBounds<Sum>(strip, rank, bounds, below, below + strip.pitch);
+  constexpr ptrdiff_t kStep = RankStrip::kColumn, kAtOnce = 4;
   const ptrdiff_t size = 2 * strip.half + 1;
-  HWY_ALIGN uint8_t kept[256];
+  HWY_ALIGN Sum kept[256];
   ptrdiff_t keptAt[256 / kLevels];
   std::fill_n(keptAt, 256 / kLevels, -strip.half - 2);
   for (ptrdiff_t x = 0; x < strip.width;) {
     const uint8_t bound = bounds[x];
     const int level = kLevels * bound;
     const uint8_t* const columns = strip.histograms + level;
-    Sums sums(static_cast<uint8_t>(127 - rank));
+    Sums<Sum> sums;
     if (x - keptAt[bound] > strip.half) {
-      for (ptrdiff_t i = x - 1; i < x - 1 + size; ++i) sums.Add(columns + i * kStep);
+      sums.Set(Sums<Sum>::StartFor(rank));
+      sums.Add(columns + (x - 1) * kStep, size, strip.rows);
     } else {
-      sums = Sums(kept + level);
+      sums.Get(kept + level);
       for (ptrdiff_t i = keptAt[bound]; i < x - 1; ++i)
         sums.Slide(columns + i * kStep, columns + (i + size) * kStep);
     }
     const uint8_t *leaving = columns + (x - 1) * kStep, *coming = leaving + size * kStep;
-    do {
-      sums.Slide(leaving, coming);
-      leaving += kStep, coming += kStep;
-      results[x] = static_cast<KyBW8>(static_cast<size_t>(level) + sums.CountUpTo(below[x]));
-      ++x;
-    } while (x < strip.width && bounds[x] == bound);
+    const ptrdiff_t end = EndOfRun(bounds, x, strip.width);
+    const auto next = [&](ptrdiff_t i) HWY_ATTR {
+      sums.Slide(leaving + i * kStep, coming + i * kStep);
+      above[x + i] = static_cast<uint8_t>(sums.CountAbove(below[x + i]));
+    };
+    for (; x + kAtOnce <= end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
+      ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR { next(i); });
+    for (; x < end; ++x, leaving += kStep, coming += kStep) next(0);
     sums.Put(kept + level);
     keptAt[bound] = x - 1;
   }
+  const D d;
+  const hn::Repartition<uint16_t, D> d16;
+  for (ptrdiff_t x = 0; x < strip.width; x += kLanes) {
+    const auto next = hn::Add(hn::LoadU(d, bounds + x), hn::Set(d, 1));  // at most 8
+    // The last one's 256 is 0.
+    const V level =
+        hn::BitCast(d, hn::ShiftLeft<5>(hn::BitCast(d16, hn::And(next, hn::Set(d, 7)))));
+    hn::StoreU(hn::Sub(level, hn::LoadU(d, above + x)), d, results + x);
+  }
 }
 
-constexpr StripKernels kKernels = {HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128, &Add,
-                                   &Slide, &Run};
+constexpr StripKernels kKernels = {true, &Add, &Slide, &Run<uint8_t>, &Run<uint16_t>};
+#endif
 
 }  // namespace
 // NOLINTNEXTLINE(google-readability-namespace-comments)

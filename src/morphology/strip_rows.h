@@ -16,14 +16,15 @@ struct RankStrip {
   static constexpr std::ptrdiff_t kBounds = 7;
   // Rows are whole vectors.
   static constexpr std::ptrdiff_t PitchOf(std::ptrdiff_t columns) noexcept {
-    return (columns + 63) / 64 * 64;
+    return (columns + 31) / 32 * 32;
   }
 
   static constexpr std::ptrdiff_t WorkOf(std::ptrdiff_t pitch) noexcept {
-    return 2 * pitch + kBounds * (pitch + 64);
+    return 2 * (pitch + 32) + 2 * pitch + 2 * kBounds * (pitch + 64);
   }
 
   std::ptrdiff_t width, half, columns, pitch;
+  std::ptrdiff_t rows;       // of a window
   std::uint8_t* histograms;  // after a column of zeros
   std::uint8_t* below;       // kBounds rows
 };
@@ -35,9 +36,11 @@ struct StripKernels {
   void (*add)(const RankStrip& strip, const KyBW8* row, std::uint8_t times);
   // One row leaves them and another comes.
   void (*slide)(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming);
-  // The results. Windows have up to 255 pixels and ranks below 128 from either end. `work` is
-  // RankStrip::WorkOf(pitch) bytes of scratch.
-  void (*run)(const RankStrip& strip, int rank, std::uint8_t* work, KyBW8* results);
+  // The results, for whose whole vectors there must be room. `work` is RankStrip::WorkOf(pitch)
+  // bytes of scratch, aligned. Small windows have up to 255 pixels and ranks below 128 from either
+  // end, others up to 127 rows and ranks below 2^15 from either end.
+  using Run = void (*)(const RankStrip& strip, int rank, std::uint8_t* work, KyBW8* results);
+  Run runSmall, run;
 };
 
 // The kernels of the instruction set that this call may use.

@@ -111,7 +111,7 @@ TEST(Complex, LevelsOfUnusualNumbers) {
                               254.5f, 255.5f, -0.5f, 0.49999997f, 3e-30f, Limits::denorm_min(),
                               1e30f};
   const std::vector<float> worse = {Limits::max(), Limits::infinity(), -Limits::infinity(),
-                                    Limits::quiet_NaN()};
+                                    Limits::quiet_NaN(), Limits::signaling_NaN()};
   for (const std::size_t count : {std::size_t{0}, std::size_t{1}, worse.size()}) {
     if (count > 0) parts.insert(parts.end(), worse.begin(), worse.begin() + std::ptrdiff_t(count));
     Picture<KyComplex64> picture;

@@ -66,10 +66,13 @@ TEST(Transform, Extremes) {
 
 TEST(Transform, OnEveryPath) {
   const auto call = [](auto... roi) { return ImgTransform(roi..., IMG_TRANSFORM_POWER, 2); };
-  const auto level = [](KyBW8 v) { return Transformed(v, IMG_TRANSFORM_POWER, 2); };
-  CheckOperation<KyBW8, KyBW8>(call, PerPixel([=](KyBW8, KyBW8 v) { return level(v); }));
+  KyBW8 levels[256];
+  for (int v = 0; v < 256; ++v)
+    levels[v] = Transformed(static_cast<KyBW8>(v), IMG_TRANSFORM_POWER, 2);
+  const auto level = [&](KyBW8 v) { return levels[v]; };
+  CheckOperation<KyBW8, KyBW8>(call, PerPixel([&](KyBW8, KyBW8 v) { return level(v); }));
   CheckOperation<KyC24, KyC24>(
-      call, PerPixel([=](KyC24, KyC24 c) { return KyC24(level(c.c0), level(c.c1), level(c.c2)); }));
+      call, PerPixel([&](KyC24, KyC24 c) { return KyC24(level(c.c0), level(c.c1), level(c.c2)); }));
 }
 
 TEST(Transform, Refusals) {

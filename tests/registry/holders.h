@@ -443,6 +443,14 @@ class Holder<KyPyramid*> : public Argument {
   KyPyramid pyramid_;
 };
 
+// The end of a range to draw from. Of a wide one the first numbers are what matters most: windows
+// that are smaller than images, say.
+inline double EndOf(double least, double most, Context& context) {
+  constexpr double kNear[] = {3, 12, 60};
+  if (most - least <= 1000 || context.draw.OneIn(4)) return most;
+  return least + kNear[context.draw.Below(std::size(kNear))];
+}
+
 // A number: in the range of its option, or of a few small values; or, hostile, any.
 template <class T>
 T DrawNumber(Context& context) {
@@ -463,7 +471,8 @@ T DrawNumber(Context& context) {
                      T(2147483648.0),
                      T(-0.0)};
     if (context.Hostile(12)) return odd[context.draw.Below(std::size(odd))];
-    const double least = range != nullptr ? range->a : -2, most = range != nullptr ? range->b : 20;
+    const double least = range != nullptr ? range->a : -2;
+    const double most = range != nullptr ? EndOf(range->a, range->b, context) : 20;
     return static_cast<T>(least + (most - least) * context.draw.In(0, 400) / 400);
   } else {
     constexpr int kOdd[] = {-1, 0, 1, 2, 127, 128, 255, 256, 32767, 32768, 65535, INT_MAX, INT_MIN};
@@ -472,7 +481,7 @@ T DrawNumber(Context& context) {
       return static_cast<T>(
           some->numbers[context.draw.Below(static_cast<unsigned>(some->numbers.size()))]);
     const bool level = sizeof(T) < 4;
-    const double most = range != nullptr ? range->b : level ? 255 : 6;
+    const double most = range != nullptr ? EndOf(range->a, range->b, context) : level ? 255 : 6;
     return static_cast<T>(
         context.draw.In(static_cast<int>(range != nullptr ? range->a : 0), static_cast<int>(most)));
   }
