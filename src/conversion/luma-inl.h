@@ -35,31 +35,30 @@ HWY_INLINE V SumOfPairs(V bytes, V factors) {
 #endif
   if constexpr (sizeof(V) == 16) return V{_mm_maddubs_epi16(bytes.raw, factors.raw)};
 }
-// From bytes in which components 0 and 1 stand side by side, and component 2 beside a 1.
+// From bytes in which components 0 and 1 stand side by side, and component 2 beside any.
 template <class D, class V = hn::Vec<D>>
-HWY_INLINE auto LumaOfPairs(D d, V firstTwo, V thirdAndOne) {
-  using F = LumaFactors;
+HWY_INLINE auto LumaOfPairs(D d, V firstTwo, V thirdAndAny) {
   const hn::Repartition<int16_t, D> d16;
-  const auto sum = [&](const int* factors, int constant) HWY_ATTR {
+  const auto sum = [&](const int* factors) HWY_ATTR {
     const auto pair = [&](int first, int second) HWY_ATTR {
       return hn::BitCast(d, hn::Set(d16, static_cast<int16_t>((first & 255) | second * 256)));
     };
     const auto a = hn::BitCast(d16, SumOfPairs(firstTwo, pair(factors[0], factors[1])));
-    const auto b = hn::BitCast(d16, SumOfPairs(thirdAndOne, pair(factors[2], constant)));
+    const auto b = hn::BitCast(d16, SumOfPairs(thirdAndAny, pair(factors[2], 0)));
     return hn::Add(a, b);
   };
-  const auto low = hn::ShiftRight<8>(sum(F::kLow, 0));
-  return hn::ShiftRight<7>(hn::Add(sum(F::kHigh, F::kHalf), low));
+  const auto low = hn::ShiftRight<8>(sum(LumaFactors::kLow));
+  // The product rounds: (v 2^8 + 2^14) >> 15 is (v + 64) >> 7.
+  return hn::MulFixedPoint15(hn::Add(sum(LumaFactors::kHigh), low), hn::Set(d16, 1 << 8));
 }
 // Blocks are taken apart and put together again, so that lanes need not cross them.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE V Luma(D d, const Planes3<V>& color) {
-  const V one = hn::Set(d, 1);
   return NarrowBlocks(d,
                       LumaOfPairs(d, hn::InterleaveLower(d, color.c0, color.c1),
-                                  hn::InterleaveLower(d, color.c2, one)),
+                                  hn::InterleaveLower(d, color.c2, color.c2)),
                       LumaOfPairs(d, hn::InterleaveUpper(d, color.c0, color.c1),
-                                  hn::InterleaveUpper(d, color.c2, one)));
+                                  hn::InterleaveUpper(d, color.c2, color.c2)));
 }
 
 // 16 bytes for each block, from places 48 bytes apart.
@@ -83,19 +82,13 @@ HWY_INLINE V LumaOf(D d, const KyC24* colors) {
                                                      6, 6, 9, 9, 12, 12, 15, 15};
   const auto* const bytes = reinterpret_cast<const uint8_t*>(colors);
   const hn::Repartition<uint64_t, D> d64;
-  const hn::Repartition<uint16_t, D> d16;
-  // The second byte of the pairs of component 2 becomes a 1.
-  const auto withOne = [&](V v) HWY_ATTR {
-    const V low = hn::And(v, hn::BitCast(d, hn::Set(d16, 0x00FF)));
-    return hn::Or(low, hn::BitCast(d, hn::Set(d16, 0x0100)));
-  };
   const auto eight = [&](const uint8_t* from) HWY_ATTR {
     const auto first =
         hn::BitCast(d64, hn::TableLookupBytes(LoadEvery48(d, from), hn::LoadDup128(d, kFirst4)));
     const auto last =
         hn::BitCast(d64, hn::TableLookupBytes(LoadEvery48(d, from + 8), hn::LoadDup128(d, kLast4)));
     return LumaOfPairs(d, hn::BitCast(d, hn::InterleaveLower(d64, first, last)),
-                       withOne(hn::BitCast(d, hn::InterleaveUpper(d64, first, last))));
+                       hn::BitCast(d, hn::InterleaveUpper(d64, first, last)));
   };
   return NarrowBlocks(d, eight(bytes), eight(bytes + 24));
 }

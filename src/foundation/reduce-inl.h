@@ -135,11 +135,20 @@ class SumOfProducts {
       : even_(hn::Zero(D32())), odd_(hn::Zero(D32())), more_(hn::Zero(D32())) {}
   HWY_INLINE void Step(D d, hn::Vec<D> a, hn::Vec<D> b) {
     const hn::Repartition<int16_t, D> d16;
-    even_ = hn::ReorderWidenMulAccumulate(D32(), hn::BitCast(d16, EvenBytes(d, a)),
-                                          hn::BitCast(d16, EvenBytes(d, b)), even_, more_);
-    odd_ = hn::ReorderWidenMulAccumulate(D32(), hn::BitCast(d16, OddBytes(d, a)),
-                                         hn::BitCast(d16, OddBytes(d, b)), odd_, more_);
+    StepWords(hn::BitCast(d16, EvenBytes(d, a)), hn::BitCast(d16, EvenBytes(d, b)), even_);
+    StepWords(hn::BitCast(d16, OddBytes(d, a)), hn::BitCast(d16, OddBytes(d, b)), odd_);
   }
+#if KY_HAVE_MUL_ADD_BYTES
+  // The squares of the differences.
+  HWY_INLINE void StepDifference(D d, hn::Vec<D> a, hn::Vec<D> b) {
+    const hn::Repartition<uint16_t, D> d16;
+    const auto oneAndLess = hn::BitCast(d, hn::Set(d16, 0xFF01));
+    const auto lower = MulAddBytes(hn::InterleaveLower(d, a, b), oneAndLess);
+    const auto upper = MulAddBytes(hn::InterleaveUpper(d, a, b), oneAndLess);
+    StepWords(lower, lower, even_);
+    StepWords(upper, upper, odd_);
+  }
+#endif
   HWY_INLINE uint32_t Done() const {
     const hn::RebindToUnsigned<D32> du32;
     return SumOfAll(hn::BitCast(du32, hn::Add(hn::Add(even_, odd_), more_)));
@@ -147,6 +156,10 @@ class SumOfProducts {
 
  private:
   using D32 = hn::Repartition<int32_t, D>;
+  template <class V16>
+  HWY_INLINE void StepWords(V16 a, V16 b, hn::Vec<D32>& sum) {
+    sum = hn::ReorderWidenMulAccumulate(D32(), a, b, sum, more_);
+  }
   hn::Vec<D32> even_, odd_, more_;
 #endif
 };

@@ -73,7 +73,9 @@ inline constexpr bool kWaitsForStores<Lane, T*> = sizeof(T) > sizeof(Lane) && si
 
 // out[i] = op(in[i]...) for n elements: the loop of every per-pixel kernel. `out` is a pointer, or
 // Several; sources may be destinations, but may not overlap them otherwise. The last vector
-// overlaps the one before it; in place it is computed first, as the others overwrite its sources.
+// overlaps the one before it; in place, each overwrites sources of the other, so that both are
+// computed before they are stored. (Not before all others: where rows are far apart, processors
+// take a long time for what lies ahead of what is read in order.)
 template <class Op, class Out, class... In>
 HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
   const hn::ScalableTag<typename Op::Lane> d;
@@ -93,22 +95,17 @@ HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
     return apply([=](auto from) HWY_ATTR { return LoadLanes(d, from + i); });
   };
   const size_t end = n - lanes;
-  const auto before = [&](size_t start) HWY_ATTR {
-    for (size_t i = start; i < end; i += lanes) StoreLanes(at(i), out + i);
-  };
-  if constexpr (Keeping<Op> || (kMayBeSame<Out, In> || ...)) {
-    const auto last = at(end);
-    before(0);
-    StoreLanes(last, out + end);
-  } else {
-    size_t start = 0;
-    if constexpr (kWaitsForStores<typename Op::Lane, Out>) {
-      StoreLanes(at(0), out);
-      start = lanes - reinterpret_cast<uintptr_t>(out) / sizeof(*out) % lanes;
-    }
-    before(start);
-    StoreLanes(at(end), out + end);
+  size_t i = 0;
+  if constexpr (!Keeping<Op> && !(kMayBeSame<Out, In> || ...) &&
+                kWaitsForStores<typename Op::Lane, Out>) {
+    StoreLanes(at(0), out);
+    i = HWY_MIN(end, lanes - reinterpret_cast<uintptr_t>(out) / sizeof(*out) % lanes);
   }
+  HWY_UNROLL(2)
+  for (; i + lanes <= end; i += lanes) StoreLanes(at(i), out + i);
+  const auto nextToLast = at(i), last = at(end);
+  StoreLanes(nextToLast, out + i);
+  StoreLanes(last, out + end);
 }
 
 // out[i] = table[places[i]], one after the other: `out` may be `places`. The compiler is kept from

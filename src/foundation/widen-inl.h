@@ -145,6 +145,68 @@ HWY_INLINE hn::Vec<D8> NarrowBlocks(D8 d, V16 lower, V16 upper) {
 }
 #endif
 
+// The lanes of floats that lanes of bytes are widened to, a few vectors for each one of bytes.
+#if HWY_TARGET == HWY_SCALAR
+template <class D>
+using FloatsOfBytes = hn::Rebind<float, D>;
+#else
+template <class D>
+using FloatsOfBytes = hn::Repartition<float, D>;
+
+// The bytes of the lower or the upper half of each block in 16 bits.
+template <bool kUpper, class D>
+HWY_INLINE auto WordsOf(D d, hn::Vec<D> v) {
+  const hn::Repartition<uint16_t, D> d16;
+  if constexpr (kUpper)
+    return hn::BitCast(d16, hn::InterleaveUpper(d, v, hn::Zero(d)));
+  else
+    return hn::BitCast(d16, hn::InterleaveLower(d, v, hn::Zero(d)));
+}
+// Numbers of 32 bits, from the lower 16 and the higher 16 of each, as floats: those of the lower or
+// the upper half of each block.
+template <bool kUpper, class V16>
+HWY_INLINE auto FloatsOfWords(V16 low, V16 high) {
+  const hn::DFromV<V16> d16;
+  const hn::Repartition<int32_t, decltype(d16)> d32;
+  const hn::Repartition<float, decltype(d16)> df;
+  if constexpr (kUpper)
+    return hn::ConvertTo(df, hn::BitCast(d32, hn::InterleaveUpper(d16, low, high)));
+  else
+    return hn::ConvertTo(df, hn::BitCast(d32, hn::InterleaveLower(d16, low, high)));
+}
+#endif
+
+// Writes the bytes as floats to as many vectors as there are.
+template <class D, class VF>
+HWY_INLINE void FloatsOf(D d, hn::Vec<D> v, VF* floats) {
+#if HWY_TARGET == HWY_SCALAR
+  (void)d;
+  const hn::Rebind<int32_t, D> d32;
+  *floats = hn::ConvertTo(FloatsOfBytes<D>(), hn::PromoteTo(d32, v));
+#else
+  const auto zero = hn::Zero(hn::Repartition<uint16_t, D>());
+  const auto lower = WordsOf<false>(d, v), upper = WordsOf<true>(d, v);
+  floats[0] = FloatsOfWords<false>(lower, zero);
+  floats[1] = FloatsOfWords<true>(lower, zero);
+  floats[2] = FloatsOfWords<false>(upper, zero);
+  floats[3] = FloatsOfWords<true>(upper, zero);
+#endif
+}
+// The bytes that f(df, v) makes of bytes v as floats: integers, which are limited to 0..255.
+template <class D, class F>
+HWY_INLINE hn::Vec<D> OnFloats(D d, const F& f, hn::Vec<D> v) {
+  const FloatsOfBytes<D> df;
+  hn::Vec<FloatsOfBytes<D>> floats[hn::MaxLanes(D()) / hn::MaxLanes(df)];
+  FloatsOf(d, v, floats);
+#if HWY_TARGET == HWY_SCALAR
+  return hn::DemoteTo(d, f(df, floats[0]));
+#else
+  const hn::Repartition<int16_t, D> d16;
+  return NarrowBlocks(d, hn::ReorderDemote2To(d16, f(df, floats[0]), f(df, floats[1])),
+                      hn::ReorderDemote2To(d16, f(df, floats[2]), f(df, floats[3])));
+#endif
+}
+
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstdint>
 
 #include "foundation/frame.h"
@@ -34,10 +35,21 @@ std::int32_t ToInt32(float value) noexcept {
   return value < 2147483648.0f ? static_cast<std::int32_t>(value) : INT32_MAX;
 }
 
-KyBW8 NormalizedLevel(float value) noexcept {
-  if (!(value > 0)) return 0;
-  return value > 255 ? KyBW8{255} : static_cast<KyBW8>(value);
-}
+struct NormalizeLaw : ky::FloatLaw {
+  float ValueAt(std::uint32_t level) const noexcept {
+    return static_cast<float>(level) * gain + added - taken;
+  }
+  // The value rises or falls with the level all the way, so that the ends tell.
+  bool FitsLanes() const noexcept {
+    constexpr float kLimit = 2147483648.0f;
+    return std::abs(ValueAt(0)) < kLimit && std::abs(ValueAt(255)) < kLimit;
+  }
+  KyBW8 operator()(std::uint32_t level) const noexcept {
+    const float value = ValueAt(level);
+    if (!(value > 0)) return 0;
+    return value > 255 ? KyBW8{255} : static_cast<KyBW8>(value);
+  }
+};
 
 struct GainOffsetLaw {
   GainOffsetLaw(float gain, float offset) noexcept : g(ToInt32(gain * 32.0f)), o(ToInt32(offset)) {}
@@ -87,10 +99,10 @@ KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, fl
     float deviation, mean;
     if (const KY_ERRORS error = ImgPixelStdDev(source, deviation, mean)) return error;
     const float ratio = deviation == 0 ? 0 : newDeviation / deviation;
-    return ky::LookUp(out, in, TableBy([&](std::uint32_t i) {
-                        const float scaled = static_cast<float>(i) * ratio;
-                        return NormalizedLevel(scaled + newMean - ratio * mean);
-                      }));
+    const NormalizeLaw law{{ratio, newMean, ratio * mean}};
+    const auto kernel = ky::ChooseLookupKernels().floatLaw;
+    if (kernel == nullptr || !law.FitsLanes()) return ky::LookUp(out, in, TableBy(law));
+    return ky::MapRows(kernel, out, ky::FromRows(in), ky::FromParameters<ky::FloatLaw>(law));
   });
 }
 

@@ -7,14 +7,16 @@
 namespace {
 
 using ky::Rows;
+using ky::ShadingLevels;
 
 constexpr ky::RoiNames kWithLight = {{"source", "light", "destination"}},
                        kWithBoth = {{"source", "light", "dark", "destination"}};
 
-// A level as a source: that of each component in turn.
-ky::FromConstant<KyBW8> FromLevel(KyBW8 level) noexcept { return ky::FromConstant<KyBW8>({level}); }
-ky::FromConstant<KyBW8, 3> FromLevel(KyC24 level) noexcept {
-  return ky::FromConstant<KyBW8, 3>({level.c0, level.c1, level.c2});
+ShadingLevels LevelsOf(KyBW8 light, KyBW8 dark) noexcept {
+  return {{light, light, light}, {dark, dark, dark}};
+}
+ShadingLevels LevelsOf(KyC24 light, KyC24 dark) noexcept {
+  return {{light.c0, light.c1, light.c2}, {dark.c0, dark.c1, dark.c2}};
 }
 
 template <class T>
@@ -27,7 +29,7 @@ KY_ERRORS ByLight(const char* name, const KyROI<T>* source, const KyROI<T>* ligh
             ky::OpenAll(kWithLight, source, in, light, inLight, destination, out))
       return error;
     return ky::MapRows(ky::ChooseUniformizeKernels().byLight, out, ky::FromRows(in),
-                       ky::FromRows(inLight), FromLevel(lightLevel));
+                       ky::FromRows(inLight), ky::FromParameters(LevelsOf(lightLevel, T{})));
   });
 }
 template <class T>
@@ -40,8 +42,8 @@ KY_ERRORS ByBoth(const char* name, const KyROI<T>* source, const KyROI<T>* light
             ky::OpenAll(kWithBoth, source, in, light, inLight, dark, inDark, destination, out))
       return error;
     return ky::MapRows(ky::ChooseUniformizeKernels().byBoth, out, ky::FromRows(in),
-                       ky::FromRows(inLight), FromLevel(lightLevel), ky::FromRows(inDark),
-                       FromLevel(darkLevel));
+                       ky::FromRows(inLight), ky::FromRows(inDark),
+                       ky::FromParameters(LevelsOf(lightLevel, darkLevel)));
   });
 }
 

@@ -6,11 +6,15 @@
 
 namespace ky {
 
+// The levels of the references: of each component, or three times that of grey pixels.
+struct ShadingLevels {
+  KyBW8 light[3], dark[3];
+};
 struct UniformizeKernels {
-  // Of the source, the light reference, its level.
-  MapKernel<KyBW8, KyBW8, KyBW8, KyBW8> byLight;
-  // Of these, the dark reference, its level.
-  MapKernel<KyBW8, KyBW8, KyBW8, KyBW8, KyBW8, KyBW8> byBoth;
+  // Of the source, the light reference.
+  MapKernel<KyBW8, KyBW8, KyBW8, ShadingLevels> byLight;
+  // Of these, the dark reference.
+  MapKernel<KyBW8, KyBW8, KyBW8, KyBW8, ShadingLevels> byBoth;
 };
 
 // The kernels of the instruction set that this call may use.

@@ -25,8 +25,12 @@ class ErrorOfBytes {
 
   HWY_INLINE ErrorOfBytes() {}
   HWY_INLINE void Step(D d, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D>) {
+#if KY_HAVE_MUL_ADD_BYTES
+    sum_.StepDifference(d, a, b);
+#else
     const auto distance = Distance(a, b);
     sum_.Step(d, distance, distance);
+#endif
   }
   HWY_INLINE uint64_t Done() const { return sum_.Done(); }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <utility>
 
@@ -31,13 +32,16 @@ class LineSegment {
     const std::ptrdiff_t across = minor_ > 0 ? (major_ / 2 + i * minor_) / major_ : 0;
     return {from_.x + right_ * (steep_ ? across : i), from_.y + down_ * (steep_ ? i : across)};
   }
+  // The step along the longer axis, and the one along the other.
+  Point Along() const noexcept { return steep_ ? Point{0, down_} : Point{right_, 0}; }
+  Point Aside() const noexcept { return steep_ ? Point{right_, 0} : Point{0, down_}; }
   // A piece of a row: 1 from left to right, -1 from right to left, otherwise 0.
   std::ptrdiff_t AlongRow() const noexcept { return !steep_ && minor_ == 0 ? right_ : 0; }
 
  private:
   template <class Visit>
-  friend void TraceLineSegment(const LineSegment& line, std::ptrdiff_t begin, std::ptrdiff_t end,
-                               Visit&& visit) noexcept;
+  friend void TraceSteps(const LineSegment& line, std::ptrdiff_t begin, std::ptrdiff_t end,
+                         Visit&& visit) noexcept;
 
   Point from_;
   std::ptrdiff_t right_, down_;
@@ -45,24 +49,37 @@ class LineSegment {
   bool steep_;
 };
 
-// visit(x, y) for the points from number `begin` to before `end`, in order.
+// visit(i, across) for the points from number `begin` to before `end`, in order: how many steps
+// along the longer axis and along the other lead to each. The latter, (major / 2 + i minor) /
+// major, are a sum in units of 2^-32 whose terms are rounded up. Each point makes it too large by
+// one unit at most, and by 2^32 / major it would be wrong, so that it starts anew before that. (No
+// sum waits for more than the one before it, so that many pixels are underway at the same time.)
+template <class Visit>
+void TraceSteps(const LineSegment& line, std::ptrdiff_t begin, std::ptrdiff_t end,
+                Visit&& visit) noexcept {
+  constexpr int kBits = 32;
+  const auto major = static_cast<std::uint64_t>(std::max<std::ptrdiff_t>(line.major_, 1));
+  const auto minor = static_cast<std::uint64_t>(line.minor_);
+  const std::uint64_t step = (minor << kBits) / major + 1;
+  const auto most = static_cast<std::ptrdiff_t>((std::uint64_t{1} << kBits) / major) - 1;
+  while (begin < end) {
+    const std::uint64_t numerator = major / 2 + static_cast<std::uint64_t>(begin) * minor;
+    const auto whole = static_cast<std::ptrdiff_t>(numerator / major);
+    std::uint64_t sum = ((numerator % major) << kBits) / major + 1;
+    const std::ptrdiff_t stop = begin + std::min(end - begin, most);
+    for (; begin < stop; ++begin, sum += step)
+      visit(begin, whole + static_cast<std::ptrdiff_t>(sum >> kBits));
+  }
+}
+
+// visit(x, y) for the same points.
 template <class Visit>
 void TraceLineSegment(const LineSegment& line, std::ptrdiff_t begin, std::ptrdiff_t end,
                       Visit&& visit) noexcept {
-  if (begin >= end) return;
-  const Point straight = line.steep_ ? Point{0, line.down_} : Point{line.right_, 0};
-  const Point aside = line.steep_ ? Point{line.right_, 0} : Point{0, line.down_};
-  const std::ptrdiff_t major = std::max<std::ptrdiff_t>(line.major_, 1), minor = line.minor_;
-  auto [x, y] = line.At(begin);
-  std::ptrdiff_t e = (major / 2 + begin * minor) % major - major;  // aside when it reaches 0
-  for (std::ptrdiff_t i = begin; i < end; ++i) {
-    visit(x, y);
-    e += minor;
-    const std::ptrdiff_t turns = e < 0 ? 0 : -1;
-    e -= major & turns;
-    x += straight.x + (aside.x & turns);
-    y += straight.y + (aside.y & turns);
-  }
+  const Point from = line.At(0), along = line.Along(), aside = line.Aside();
+  TraceSteps(line, begin, end, [&](std::ptrdiff_t i, std::ptrdiff_t across) {
+    visit(from.x + i * along.x + across * aside.x, from.y + i * along.y + across * aside.y);
+  });
 }
 
 // The same with the pixels of the points, which lie inside; `row(pixels, n)` where they are n
@@ -73,10 +90,17 @@ void TraceLineSegment(const Rows<T>& rows, const LineSegment& line, std::ptrdiff
   if (line.AlongRow() != 0) {
     const Point left = line.At(line.AlongRow() > 0 ? begin : end - 1);
     row(rows.Row(left.y) + left.x, end - begin);
-  } else {
-    TraceLineSegment(line, begin, end,
-                     [&](std::ptrdiff_t x, std::ptrdiff_t y) { visit(rows.Row(y)[x]); });
+    return;
   }
+  const Point from = line.At(0);
+  const Rows<T> bytes = {rows.Row(from.y) + from.x, 1, 0, 0};  // its rows start at every byte
+  const auto bytesOf = [&](Point step) {
+    return step.x * std::ptrdiff_t{sizeof(T)} + step.y * rows.pitch;
+  };
+  const std::ptrdiff_t along = bytesOf(line.Along()), aside = bytesOf(line.Aside());
+  TraceSteps(line, begin, end, [&](std::ptrdiff_t i, std::ptrdiff_t across) {
+    visit(*bytes.Row(i * along + across * aside));
+  });
 }
 
 inline void ReverseOrder(KyBW8* pixels, std::ptrdiff_t n) noexcept {

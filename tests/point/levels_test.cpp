@@ -110,8 +110,8 @@ KyBW8 Uniform(int s, int l, int level, int k, int dark) {
 // All pixels over all references, for many levels.
 TEST(Uniformize, EveryQuotient) {
   Picture<KyBW8> sources(256, 256), references(256, 256), expected(256, 256);
-  for (int i = 0; i < 65536; ++i)
-    sources.pixels[i] = static_cast<KyBW8>(i), references.pixels[i] = static_cast<KyBW8>(i / 256);
+  for (int i = 0; i < 65536; ++i)  // with other references side by side, which share divisions
+    sources.pixels[i] = static_cast<KyBW8>(i / 256), references.pixels[i] = static_cast<KyBW8>(i);
   ForEachPath([&](const std::string&) {
     Random random(1);
     Canvas<KyBW8> in(sources, {}, random), light(references, {}, random),

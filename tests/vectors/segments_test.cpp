@@ -102,6 +102,18 @@ void CheckSegments() {
 }
 
 TEST(Segments, OfGreyLevels) { CheckSegments<KyBW8, KyBW8Vector>(); }
+// As long as needs several sums of steps.
+TEST(Segments, Long) {
+  Random random(2);
+  const Picture<KyBW8> picture = RandomPicture<KyBW8>(200'000, 5, random);
+  Canvas<KyBW8> from(picture, {}, random);
+  for (const Ends e : {Ends{0, 0, 199'999, 4}, Ends{199'999, 3, 1, 0}, Ends{70'000, 4, 0, 1}}) {
+    KyBW8Vector levels;
+    ASSERT_EQ(ImgImageToLineSegment(from.roi(), &levels, e.x0, e.y0, e.x1, e.y1), KY_OK);
+    unsigned i = 0;
+    for (const auto& [x, y] : Line(e)) ASSERT_EQ(levels[i++], picture.At(x, y)) << x;
+  }
+}
 TEST(Segments, OfColors) { CheckSegments<KyC24, KyC24Vector>(); }
 TEST(Segments, OfDeepLevels) { CheckSegments<KyBW16, KyBW16Vector>(); }
 

@@ -7,6 +7,7 @@
 #define KY_FOUNDATION_KERNELS_DIVISION_INL_H_
 #endif
 
+#include "foundation/lanes-inl.h"
 #include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -23,6 +24,89 @@ HWY_INLINE VF RoughReciprocal(VF v) {
   return rough;
 #endif
 }
+
+// Rounded to the nearest, of numbers that 32-bit integers hold and that no halves are among.
+template <class VF>
+HWY_INLINE auto RoundFitting(VF v) {
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
+  using VI = hn::Vec<hn::RebindToSigned<hn::DFromV<VF>>>;
+#if HWY_TARGET < HWY_AVX2
+  return VI{_mm512_cvtps_epi32(v.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return VI{_mm256_cvtps_epi32(v.raw)};
+#else
+  return VI{_mm_cvtps_epi32(v.raw)};
+#endif
+#else
+  return hn::NearestInt(v);
+#endif
+}
+
+// The difference of two bytes as a dividend.
+template <class V>
+struct Difference {
+  V from, take;
+};
+
+// finish(df, i, a factor / b), limited to 0..255, for bytes b but 0, and a that are bytes or their
+// Difference. `finish` makes integers of floats, which are exact within 2^-21 of them. It is told
+// which of the vectors of floats it gets: with `FloatsOf`, other bytes come in the same order.
+#if HWY_TARGET == HWY_SCALAR
+template <class D>
+HWY_INLINE auto DividendOf(D, hn::Vec<D> v) {
+  return hn::PromoteTo(hn::Rebind<int32_t, D>(), v);
+}
+template <class D>
+HWY_INLINE auto DividendOf(D d, const Difference<hn::Vec<D>>& v) {
+  return hn::Sub(DividendOf(d, v.from), DividendOf(d, v.take));
+}
+template <class D, class A, class VF, class F>
+HWY_INLINE hn::Vec<D> QuotientsOf(D d, const A& a, hn::Vec<D> b, VF factor, const F& finish) {
+  const FloatsOfBytes<D> df;
+  const auto ratio = hn::Div(factor, hn::ConvertTo(df, DividendOf(d, b)));
+  return hn::DemoteTo(d, finish(df, 0, hn::Mul(hn::ConvertTo(df, DividendOf(d, a)), ratio)));
+}
+#else
+template <bool kUpper, class D>
+HWY_INLINE auto DividendOf(D d, hn::Vec<D> v) {
+  return WordsOf<kUpper>(d, v);
+}
+template <bool kUpper, class D>
+HWY_INLINE auto DividendOf(D d, const Difference<hn::Vec<D>>& v) {
+  return AsSigned(hn::Sub(WordsOf<kUpper>(d, v.from), WordsOf<kUpper>(d, v.take)));
+}
+template <bool kUpper, class V16>
+HWY_INLINE auto FloatsOfProduct(V16 a, V16 b) {
+  if constexpr (hwy::IsSigned<hn::TFromV<V16>>())
+    return FloatsOfWords<kUpper>(hn::Mul(a, b), hn::MulHigh(a, b));
+  else
+    return FloatsOfWords<kUpper>(hn::Mul(a, b), hn::Zero(hn::DFromV<V16>()));
+}
+// The product of two divisors serves the quotients of both: a / b is a c / (b c), and d / c is
+// d b / (b c). So half as many divisions do, and the products fit 16 bits, or 17 with a sign.
+template <class D, class A, class VF, class F>
+HWY_INLINE hn::Vec<D> QuotientsOf(D d, const A& a, hn::Vec<D> b, VF factor, const F& finish) {
+  const FloatsOfBytes<D> df;
+  const auto lower = WordsOf<false>(d, b), upper = WordsOf<true>(d, b);
+  const VF first = hn::Div(factor, FloatsOfProduct<false>(lower, upper));
+  const VF second = hn::Div(factor, FloatsOfProduct<true>(lower, upper));
+  const auto both = [&](auto dividend, auto other, size_t i) HWY_ATTR {
+    const auto factors = hn::BitCast(hn::DFromV<decltype(dividend)>(), other);
+    return hn::ReorderDemote2To(
+        hn::Repartition<int16_t, D>(),
+        finish(df, i, hn::Mul(FloatsOfProduct<false>(dividend, factors), first)),
+        finish(df, i + 1, hn::Mul(FloatsOfProduct<true>(dividend, factors), second)));
+  };
+  return NarrowBlocks(d, both(DividendOf<false>(d, a), upper, 0),
+                      both(DividendOf<true>(d, a), lower, 2));
+}
+#endif
+
+// A factor of slightly more than 1 (by less than 2^-18, and more than 2^-20): quotients a / b of
+// numbers below 2^16 whose integer part is wanted are whole, or miss the next whole number by 2^-16
+// of them or more; rounded to the nearest, they are halves, or miss the next half by 2^-17 of them
+// or more. So neither is wrong, and halves are rounded up.
+inline constexpr float kJustAbove1 = 1 + 1.0f / (1 << 19);
 
 // 2^kBits / b - kLess in 16-bit lanes, for b of 1 to 255, within 1/2 + 2^(kBits - 11.4) / b. 0 for
 // b = 0; a result of 2^16 wraps.
@@ -173,40 +257,27 @@ struct WideModulo {
     return hn::Min(remainder, hn::Add(remainder, b));
   }
 };
-// 256 a / b for a < b. An error of 1/2 + 24 / b in the reciprocal makes the estimate wrong by less
-// than (b / 2 + 24) / 256, so by one at most, either way.
-struct WideScaledDivide {
-  template <class D16, class V>
-  HWY_INLINE V operator()(D16 d16, V a, V b) const {
-    const V dividend = hn::ShiftLeft<8>(a);
-    const V estimate = hn::MulHigh(dividend, InFloat(d16, Reciprocal<16, 0>(), b));
-    const V remainder = hn::Sub(dividend, hn::Mul(estimate, b));
-    const V quotient = hn::Add(hn::Add(estimate, hn::Set(d16, 1)), Borrow(d16, remainder, b));
-    return hn::And(hn::Add(quotient, Borrow(d16, remainder, hn::Zero(d16))), hn::Set(d16, 255));
-  }
-};
-struct Divide {
+// The integer part of a factor / b, limited to 255, which also stands for a division by 0.
+template <int kFactor>
+struct TruncatedQuotient {
   using Lane = uint8_t;
   template <class D, class V>
   HWY_INLINE V operator()(D d, V a, V b) const {
-    const V zero = hn::VecFromMask(d, hn::Eq(b, hn::Zero(d)));
-    return hn::Or(zero, OnWide(d, WideDivide(), a, b));
+    const V isZero = hn::VecFromMask(d, hn::Eq(b, hn::Zero(d)));
+    const auto factor = hn::Set(FloatsOfBytes<D>(), kFactor * kJustAbove1);
+    const auto truncate = [](auto df, size_t, auto quotient)
+                              HWY_ATTR { return TruncateFitting(df, quotient); };
+    return hn::Or(isZero, QuotientsOf(d, a, hn::Sub(b, isZero), factor, truncate));
   }
 };
+using Divide = TruncatedQuotient<1>;
+using ScaledDivide = TruncatedQuotient<256>;
 struct Modulo {
   using Lane = uint8_t;
   template <class D, class V>
   HWY_INLINE V operator()(D d, V a, V b) const {
     const V zero = hn::VecFromMask(d, hn::Eq(b, hn::Zero(d)));
     return hn::AndNot(zero, OnWide(d, WideModulo(), a, b));
-  }
-};
-struct ScaledDivide {
-  using Lane = uint8_t;
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V a, V b) const {
-    const V most = hn::VecFromMask(d, hn::Eq(hn::Max(a, b), a));
-    return hn::Or(most, OnWide(d, WideScaledDivide(), a, b));
   }
 };
 #endif

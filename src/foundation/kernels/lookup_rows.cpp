@@ -49,6 +49,27 @@ void GainOffsetRow(KyBW8* out, size_t n, const KyBW8* in, const GainOffset* law)
   MapSpan(ApplyGainOffset{{gain, law->offset}}, out, n, in);
 }
 
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3 && HWY_TARGET != HWY_AVX3_DL
+struct ApplyFloatLaw {
+  using Lane = uint8_t;
+  FloatLaw law;
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V v) const {
+    const auto apply = [&](auto df, auto level) HWY_ATTR {
+      const auto sum = hn::Add(hn::Mul(level, hn::Set(df, law.gain)), hn::Set(df, law.added));
+      return TruncateFitting(df, hn::Sub(sum, hn::Set(df, law.taken)));
+    };
+    return OnFloats(d, apply, v);
+  }
+};
+void FloatLawRow(KyBW8* out, size_t n, const KyBW8* in, const FloatLaw* law) {
+  MapSpan(ApplyFloatLaw{*law}, out, n, in);
+}
+constexpr MapKernel<KyBW8, KyBW8, FloatLaw> kFloatLaw = &FloatLawRow;
+#else
+constexpr MapKernel<KyBW8, KyBW8, FloatLaw> kFloatLaw = nullptr;
+#endif
+
 // A law for each component.
 template <class Law>
 struct OnComponents {
@@ -112,8 +133,9 @@ void LookUpDeepRow(KyBW8* out, size_t n, const KyBW16* in, const DeepTable* tabl
   }
 }
 
-constexpr LookupKernels kKernels = {&LookUpRow,           &GainOffsetRow,  &LookUpColorsRow,
-                                    &GainOffsetColorsRow, &FalseColorsRow, &LookUpDeepRow};
+constexpr LookupKernels kKernels = {&LookUpRow,       &GainOffsetRow,       kFloatLaw,
+                                    &LookUpColorsRow, &GainOffsetColorsRow, &FalseColorsRow,
+                                    &LookUpDeepRow};
 
 }  // namespace
 

@@ -16,6 +16,11 @@ struct GainOffset {
 
   static constexpr int kMostGain = 8191, kOffsetBias = 0xFF00;
 };
+// (level * gain + added) - taken in single precision, each step rounded, truncated and limited to
+// 0..255. All results fit 32 bits.
+struct FloatLaw {
+  float gain, added, taken;
+};
 // One for each component.
 struct ColorTables {
   LookupTable component[3];
@@ -35,6 +40,7 @@ struct DeepTable {
 struct LookupKernels {
   MapKernel<KyBW8, KyBW8, LookupTable> lookUp;
   MapKernel<KyBW8, KyBW8, GainOffset> gainOffset;
+  MapKernel<KyBW8, KyBW8, FloatLaw> floatLaw;  // null where tables are faster
   MapKernel<KyC24, KyC24, ColorTables> lookUpColors;
   MapKernel<KyC24, KyC24, ColorGainOffset> gainOffsetColors;
   MapKernel<KyC24, KyBW8, ColorTables> falseColors;
