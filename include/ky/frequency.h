@@ -72,8 +72,8 @@ KY_API KY_ERRORS ImgComplexReal(const KyROI<KyComplex64>* source,
                                 KyROI<KyBW8>* destination) noexcept;
 
 /// The product a b, or a conj(b) when `conjugate`, computed in single precision: with spectra of
-/// two images, the one of their convolution, or of their correlation. The destination may be a, b
-/// or both.
+/// two images, the one of their convolution, or of their correlation. A part that is not a number
+/// has the same bits on every processor. The destination may be a, b or both.
 KY_API KY_ERRORS ImgComplexMultiply(const KyROI<KyComplex64>* a, const KyROI<KyComplex64>* b,
                                     KyROI<KyComplex64>* destination,
                                     bool conjugate = false) noexcept;

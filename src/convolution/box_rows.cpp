@@ -130,6 +130,8 @@ class WindowScan {
   HWY_INLINE explicit WindowScan(const Windows<Columns>& windows)
       : windows_(windows), before_(hn::Set(DU32(), windows.before)) {}
 
+  // All sums from here on are so much larger, modulo 2^32.
+  HWY_INLINE void Add(uint32_t more) { before_ = hn::Add(before_, hn::Set(DU32(), more)); }
   // Those at the places from x on, which follows the places before.
   HWY_INLINE WindowLanes Next(size_t x) {
     const DU32 d;
@@ -183,33 +185,45 @@ class VariousAreas {
 };
 
 // The lowest bytes of the lanes, side by side. The next two are 0.
-HWY_INLINE void StoreLevels(const WindowLanes& lanes, KyBW8* out, [[maybe_unused]] size_t n) {
-#if HWY_TARGET == HWY_SCALAR
-  *out = static_cast<KyBW8>(hn::GetLane(lanes.of[0]));
-#else
+HWY_INLINE hn::Vec<D8> JoinLevels(const WindowLanes& lanes) {
   const D8 d8;
+#if HWY_TARGET == HWY_SCALAR
+  return hn::Set(d8, static_cast<KyBW8>(hn::GetLane(lanes.of[0])));
+#else
   const DU32 d;
   const VU32 lower = hn::Or(hn::And(lanes.of[0], hn::Set(d, 0xFF)), hn::ShiftLeft<8>(lanes.of[1]));
   const VU32 upper = hn::Or(hn::ShiftLeft<16>(lanes.of[2]), hn::ShiftLeft<24>(lanes.of[3]));
-  const auto levels = hn::BitCast(d8, hn::Or(lower, upper));
-  if (HWY_LIKELY(n >= hn::Lanes(d8)))
-    hn::StoreU(levels, d8, out);
-  else
-    StorePart(d8, levels, out, n);
+  return hn::BitCast(d8, hn::Or(lower, upper));
 #endif
 }
 
-// out[i] = op(areas, x, the lanes of each scan) for all x.
+// out[x] = op(x, the lanes of each scan), for all places from x to `end` of a row of n.
+template <class Op, class... Scan>
+HWY_INLINE void MapRange(const Op& op, KyBW8* out, size_t& x, size_t end, size_t n,
+                         Scan&... scans) {
+  const D8 d8;
+  const size_t lanes = hn::Lanes(d8);
+  for (; x < end; x += lanes) {
+    const auto levels = op(x, scans.Next(x)...);
+    if (HWY_LIKELY(n - x >= lanes))
+      hn::StoreU(levels, d8, out + x);
+    else
+      StorePart(d8, levels, out + x, n - x);
+  }
+}
+
+// out[x] = op(areas, x, the lanes of each scan) for all x.
 template <class Op, class... Scan>
 HWY_INLINE void MapSums(const Op& op, KyBW8* out, size_t n, const WindowAreas& areas,
                         Scan... scans) {
   size_t x = 0;
   const auto mapTo = [&](size_t end, const auto& areasHere) KY_INLINE_ATTR {
-    for (; x < end; x += hn::Lanes(D8()))
-      StoreLevels(op(areasHere, x, scans.Next(x)...), out + x, n - x);
+    const auto levels = [&](size_t at, const auto&... lanes)
+                            KY_INLINE_ATTR { return JoinLevels(op(areasHere, at, lanes...)); };
+    MapRange(levels, out, x, HWY_MIN(end, n), n, scans...);
   };
-  mapTo(HWY_MIN(areas.left, n), VariousAreas(areas));
-  mapTo(HWY_MIN(areas.right, n), SameAreas(areas));
+  mapTo(areas.left, VariousAreas(areas));
+  mapTo(areas.right, SameAreas(areas));
   mapTo(n, VariousAreas(areas));
 }
 
@@ -410,6 +424,106 @@ void DeviationOfLargeRow(KyBW8* out, size_t n, const Windows<WideColumns>& level
           WindowScan<WideRows>(squares), WindowScan<CoarseRows>(coarse));
 }
 
+// A level p is at least round(S / n) + offset where (p - offset) n + (n + 1) / 2, rounded down, is
+// above S.
+class ThresholdOp {
+ public:
+  HWY_INLINE ThresholdOp(const KyBW8* source, size_t n, const LocalThreshold& threshold)
+      : source_(source), n_(n), threshold_(threshold) {}
+
+  template <class Areas>
+  HWY_INLINE hn::Vec<D8> operator()(const Areas& areas, size_t x, const WindowLanes& sums) const {
+    const D32 d;
+    const auto pixels = PixelsAt(x);
+    V32 above[kWindowPhases];
+    for (size_t p = 0; p < kWindowPhases; ++p) {
+      const V32 area = hn::BitCast(d, areas.At(p, x).area);
+      const V32 level = hn::Sub(LevelsOf(pixels, p), hn::Set(d, threshold_.offset));
+      const V32 half = hn::ShiftRight<1>(hn::Add(area, hn::Set(d, 1)));
+      above[p] = IsAbove(hn::Add(hn::Mul(level, area), half), sums.of[p]);
+    }
+    return Choose(above);
+  }
+
+  // The same where all windows have an area that fits 16 bits, and sums include Rest(area).
+  HWY_INLINE hn::Vec<D8> OverSame(int32_t area, size_t x, const WindowLanes& sums) const {
+    const auto pixels = PixelsAt(x);
+#if HWY_TARGET == HWY_SCALAR
+    V32 above[] = {IsAbove(hn::Mul(LevelsOf(pixels, 0), hn::Set(D32(), area)), sums.of[0])};
+#else
+    const V32 zero = hn::Zero(D32());
+    const V16 even = Even(pixels), odd = Odd(pixels);
+    V32 above[] = {IsAbove(MulAddPairs(even, area, zero), sums.of[0]),
+                   IsAbove(MulAddPairs(odd, area, zero), sums.of[1]),
+                   IsAbove(MulAddPairs(even, area << 16, zero), sums.of[2]),
+                   IsAbove(MulAddPairs(odd, area << 16, zero), sums.of[3])};
+#endif
+    return Choose(above);
+  }
+  HWY_INLINE uint32_t Rest(int32_t area) const {
+    return static_cast<uint32_t>(threshold_.offset * area - (area + 1) / 2);
+  }
+
+ private:
+  HWY_INLINE hn::Vec<D8> PixelsAt(size_t x) const {
+    const D8 d;
+    return HWY_LIKELY(n_ - x >= hn::Lanes(d)) ? hn::LoadU(d, source_ + x)
+                                              : LoadPart(d, source_ + x, n_ - x);
+  }
+#if HWY_TARGET == HWY_SCALAR
+  HWY_INLINE static V32 LevelsOf(hn::Vec<D8> pixels, size_t) {
+    return hn::PromoteTo(D32(), pixels);
+  }
+#else
+  HWY_INLINE static V16 Even(hn::Vec<D8> v) {
+    return hn::And(hn::BitCast(D16(), v), hn::Set(D16(), 0xFF));
+  }
+  HWY_INLINE static V16 Odd(hn::Vec<D8> v) { return ShiftRightUnsigned<8>(hn::BitCast(D16(), v)); }
+  HWY_INLINE static V32 LevelsOf(hn::Vec<D8> pixels, size_t phase) {
+    const V32 pairs = hn::BitCast(D32(), phase % 2 == 0 ? Even(pixels) : Odd(pixels));
+    return phase < 2 ? hn::And(pairs, hn::Set(D32(), 0xFF)) : hn::ShiftRight<16>(pairs);
+  }
+#endif
+  HWY_INLINE static V32 IsAbove(V32 v, VU32 sum) {
+    const D32 d;
+    return hn::VecFromMask(d, hn::Gt(v, hn::BitCast(d, sum)));
+  }
+  HWY_INLINE hn::Vec<D8> Choose(const V32 (&above)[kWindowPhases]) const {
+    const D8 d;
+#if HWY_TARGET == HWY_SCALAR
+    return hn::Set(d, hn::GetLane(above[0]) != 0 ? threshold_.high : threshold_.low);
+#else
+    const auto halves = [](V32 upper, V32 lower) HWY_ATTR {
+      return hn::BitCast(D8(), hn::OddEven(hn::BitCast(D16(), upper), hn::BitCast(D16(), lower)));
+    };
+    const auto all = hn::OddEven(halves(above[3], above[1]), halves(above[2], above[0]));
+    return hn::IfThenElse(hn::MaskFromVec(all), hn::Set(d, threshold_.high),
+                          hn::Set(d, threshold_.low));
+#endif
+  }
+
+  const KyBW8* source_;
+  size_t n_;
+  LocalThreshold threshold_;
+};
+template <class Rows>
+void ThresholdRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& windows,
+                  const WindowAreas& areas, const KyBW8* source, const LocalThreshold& threshold) {
+  const ThresholdOp op(source, n, threshold);
+  const int32_t area = areas.area;
+  WindowScan<Rows> scan(windows);
+  size_t x = 0;
+  const auto various = [&](size_t at, const WindowLanes& sums)
+                           KY_INLINE_ATTR { return op(VariousAreas(areas), at, sums); };
+  const auto same = [&](size_t at, const WindowLanes& sums)
+                        KY_INLINE_ATTR { return op.OverSame(area, at, sums); };
+  MapRange(various, out, x, HWY_MIN(areas.left, n), n, scan);
+  scan.Add(op.Rest(area));
+  MapRange(same, out, x, HWY_MIN(areas.right, n), n, scan);
+  scan.Add(0 - op.Rest(area));
+  MapRange(various, out, x, n, n, scan);
+}
+
 struct CompareOp {
   using Lane = uint8_t;
   Comparison comparison;
@@ -429,7 +543,7 @@ void CompareRow(KyBW8* out, size_t n, const KyBW8* x, const KyBW8* y,
 template <class Rows>
 constexpr ResultKernels<typename Rows::Columns> ResultsOf() {
   return {&AverageRow<Rows, AverageOp<true>>, &AverageRow<Rows, AverageOp<false>>,
-          &AverageRow<Rows, AverageOfLargeOp>, &DeviationRow<Rows>};
+          &AverageRow<Rows, AverageOfLargeOp>, &ThresholdRow<Rows>, &DeviationRow<Rows>};
 }
 constexpr BoxKernels kKernels = {ResultsOf<FewRows>(), ResultsOf<NarrowRows>(),
                                  ResultsOf<WideRows>(), &DeviationOfLargeRow, &CompareRow};

@@ -47,9 +47,24 @@ inline constexpr std::int64_t kMostArea = INT32_MAX / 255;
 inline constexpr std::int64_t kMostDeviationArea = 1 << 17, kMostLargeDeviationArea = 1 << 22;
 inline constexpr int kCoarse = 8;
 
+// `high` where a level is at least the average around it and `offset`, else `low`.
+struct LocalThreshold {
+  int offset;  // -256 to 256
+  KyBW8 low, high;
+
+  void Apply(KyBW8* out, std::size_t n, const KyBW8* source, const KyBW8* averages) const noexcept;
+};
+// The same of sums, for areas below kMostThresholdArea.
+inline constexpr std::int64_t kMostThresholdArea = 1 << 15;
+template <class Columns>
+using ThresholdKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Columns>& windows,
+                                 const WindowAreas& areas, const KyBW8* source,
+                                 const LocalThreshold& threshold);
+
 template <class Columns>
 struct ResultKernels {
   AverageKernel<Columns> averageOdd, averageSmall, average;
+  ThresholdKernel<Columns> threshold;
   DeviationKernel<Columns> deviation;
 };
 

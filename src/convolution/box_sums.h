@@ -23,14 +23,6 @@ struct Box {
   }
 };
 
-// `high` where a level is at least the average around it and `offset`, else `low`.
-struct LocalThreshold {
-  int offset;  // -256 to 256
-  KyBW8 low, high;
-
-  void Apply(KyBW8* out, std::size_t n, const KyBW8* source, const KyBW8* averages) const noexcept;
-};
-
 // The sums of each column over the rows of the windows, for each plane. Outside, on both sides,
 // stands the first or the last of them, or 0.
 template <class Columns>

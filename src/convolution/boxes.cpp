@@ -50,12 +50,17 @@ KY_ERRORS AverageWith(const ColumnKernels<Columns>& columnKernels,
       !averages.Allocate(job.threshold != nullptr ? width : 0))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
   const AverageKernel<Columns> average = AverageKernelOf(kernels, job);
+  const bool isDirect = job.threshold != nullptr && job.box.Area() < kMostThresholdArea;
   const auto n = static_cast<std::size_t>(width);
   for (std::ptrdiff_t y = 0; y < height; ++y) {
     source.FetchTo(y + job.box.halfHeight + 1);
     for (int plane = 0; plane < job.planes; ++plane) {
       const Windows<Columns> windows = columns.Advance(source, y, plane);
       KyBW8* const row = results.Row(y, plane);
+      if (isDirect) {
+        kernels.threshold(row, n, windows, areas.At(y), source.whole().Row(y), *job.threshold);
+        continue;
+      }
       average(job.threshold != nullptr ? averages.get() : row, n, windows, areas.At(y));
       if (job.threshold != nullptr)
         job.threshold->Apply(row, n, source.whole().Row(y), averages.get());

@@ -134,7 +134,7 @@ class GaussianWalk {
         for (std::ptrdiff_t k = 0; k < Slots(); ++k) window_[k] = Slot(y / 2 + k, plane);
         KyBW8* to[4];
         for (int r = 0; r < 4; ++r) to[r] = planeCount_ == 1 ? rows[r] : Split(r, plane);
-        kernels.across(to, Columns(), {window_.get(), phase_}, weights);
+        kernels.across.For(weights[0].count)(to, Columns(), {window_.get(), phase_}, weights);
       }
       if (planeCount_ > 1)
         for (int r = 0; r < 4; ++r)
@@ -212,7 +212,7 @@ class GaussianWalk {
       }
       std::uint32_t* const slot = Slot(pair, plane);
       const WeightPairs weights[2] = {x_->At(0), x_->At(1)};
-      kernels.along({&slot, phase_}, Columns(), wide, weights);
+      kernels.along.For(weights[0].count)({&slot, phase_}, Columns(), wide, weights);
     }
   }
 

@@ -28,6 +28,17 @@ struct PairRows {
   std::ptrdiff_t phase;
 };
 
+// Kernels for sums of so many pairs of weights, which are unrolled, and one for any other number.
+inline constexpr std::ptrdiff_t kLeastUnrolled = 3, kMostUnrolled = 8;
+template <class Kernel>
+struct BySumKernels {
+  Kernel any, unrolled[kMostUnrolled - kLeastUnrolled + 1];
+
+  Kernel For(std::ptrdiff_t count) const noexcept {
+    return count < kLeastUnrolled || count > kMostUnrolled ? any : unrolled[count - kLeastUnrolled];
+  }
+};
+
 struct GaussianKernels {
   // out[i] = in[i]
   void (*widen)(std::int16_t* out, std::size_t n, const KyBW8* in);
@@ -36,13 +47,15 @@ struct GaussianKernels {
   // weights[1], and begin a place to the left. The values of the first row become the lower halves
   // of out.rows[0], those of the second the upper ones. All rows are readable and writable for
   // kGaussianSlack elements more.
-  void (*along)(const PairRows& out, std::size_t n, const std::int16_t* const rows[2],
-                const WeightPairs weights[2]);
+  BySumKernels<void (*)(const PairRows& out, std::size_t n, const std::int16_t* const rows[2],
+                        const WeightPairs weights[2])>
+      along;
   // Four rows of results from the values of the rows that are paired in `in`: the sum of
   // weights[r][k] (half k % 2 of in.rows[k / 2]), rounded to levels, for the first two rows. The
   // other two have the same weights from in.rows[1] on.
-  void (*across)(KyBW8* const out[4], std::size_t n, const PairRows& in,
-                 const WeightPairs weights[2]);
+  BySumKernels<void (*)(KyBW8* const out[4], std::size_t n, const PairRows& in,
+                        const WeightPairs weights[2])>
+      across;
 };
 inline constexpr std::ptrdiff_t kGaussianSlack = 160;
 const GaussianKernels& ChooseGaussianKernels() noexcept;

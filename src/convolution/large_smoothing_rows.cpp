@@ -5,6 +5,7 @@
 #include "convolution/filter_terms-inl.h"
 #include "convolution/filters_rows.h"
 #include "foundation/dispatch.h"
+#include "foundation/window_columns-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -42,43 +43,60 @@ struct Uniform7x7 : SymmetricRow<1, 1, 1, 1> {
 
 // (sum + 128) >> 8. Sums need all 16 bits.
 struct Binomial5x5 : SymmetricRow<6, 4, 1> {
-  HWY_INLINE V16 operator()(D16 d, V16 a, V16 b, V16 c, V16 e, V16 f) const {
-    const hn::Rebind<uint16_t, D16> unsigned16;
-    const V16 sum = hn::Add(BinomialSum(a, b, c, e, f), hn::Set(d, 128));
-    return hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(unsigned16, sum)));
-  }
+  static constexpr bool kInUpperBytes = true;
+  class Columns {
+   public:
+    HWY_INLINE Columns() {}
+    HWY_INLINE void Next(V16 (&row)[kPhases]) {
+      for (int p = 0; p < kPhases; ++p) row[p] = hn::Add(sums_[p].Next(row[p]), hn::Set(D16(), 128));
+    }
+
+   private:
+    BinomialColumn<D16, 4> sums_[kPhases];
+  };
 };
 
-// (sum + 2048) >> 12. Rows give up to 16320, their sums need 32 bits.
+// (sum + 2048) >> 12. Rows contribute up to 16320. The sum of three of them under 1 2 1 is 16 h + l
+// with l below 16, and the sum of five of these under 1 4 6 4 1 is 16 H + L: H fits 16 bits, and L
+// a byte. The first sums get a sixteenth of what rounds.
 struct Binomial7x7 : SymmetricRow<20, 15, 6, 1> {
-  HWY_INLINE V16 operator()(D16 d, V16 a, V16 b, V16 c, V16 e, V16 f, V16 g, V16 h) const {
-    const D32 d32;
-    const V16 by1 = hn::Add(a, h), by6 = hn::Add(b, g), by15 = hn::Add(c, f);
-    const auto level = [&](V32 sum) HWY_ATTR { return hn::ShiftRight<12>(sum); };
-    const V32 half = hn::Set(d32, 2048);
+  static constexpr bool kInUpperBytes = true;
+  class Columns {
+   public:
+    HWY_INLINE Columns() {}
+    HWY_INLINE void Next(V16 (&row)[kPhases]) {
+      const D16 d;
+      const V16 low = hn::Set(d, 15);
+      V16 threes[kPhases];
+      for (int p = 0; p < kPhases; ++p) {
+        threes[p] = hn::Add(threes_[p].Next(row[p]), hn::Set(d, 2048 / 16));
+        row[p] = high_[p].Next(ShiftRightUnsigned<4>(threes[p]));
+      }
 #if HWY_TARGET == HWY_SCALAR
-    const auto times = [&](V16 v, int32_t weight) HWY_ATTR {
-      return hn::Mul(hn::PromoteTo(d32, v), hn::Set(d32, weight));
-    };
-    const V32 sum =
-        hn::Add(hn::Add(times(by1, 1), times(by6, 6)), hn::Add(times(by15, 15), times(e, 20)));
-    return hn::DemoteTo(d, level(hn::Add(sum, half)));
+      const auto rest = low_.Next(hn::DemoteTo(D8(), hn::And(threes[0], low)));
+      row[0] = hn::Add(row[0], ShiftRightUnsigned<4>(hn::PromoteTo(d, rest)));
 #else
-    constexpr int32_t kOuter = 1 + (6 << 16), kInner = 15 + (20 << 16);
-    const V32 lower = MulAddPairs(hn::InterleaveLower(d, by15, e), kInner,
-                                  MulAddPairs(hn::InterleaveLower(d, by1, by6), kOuter, half));
-    const V32 upper = MulAddPairs(hn::InterleaveUpper(d, by15, e), kInner,
-                                  MulAddPairs(hn::InterleaveUpper(d, by1, by6), kOuter, half));
-    return hn::ReorderDemote2To(d, level(lower), level(upper));
+      const D8 d8;
+      const auto rests =
+          hn::OddEven(hn::BitCast(d8, hn::ShiftLeft<8>(threes[1])), hn::BitCast(d8, threes[0]));
+      const V16 rest = hn::BitCast(d, low_.Next(hn::And(rests, hn::Set(d8, 15))));
+      row[0] = hn::Add(row[0], hn::And(ShiftRightUnsigned<4>(rest), low));
+      row[1] = hn::Add(row[1], ShiftRightUnsigned<12>(rest));
 #endif
-  }
+    }
+
+   private:
+    BinomialColumn<D16, 2> threes_[kPhases];
+    BinomialColumn<D16, 4> high_[kPhases];
+    BinomialColumn<D8, 4> low_;
+  };
 };
 
 constexpr LargeSmoothingKernels kKernels = {
     .uniform5x5 = RolledKernels<Uniform5x5>(),
     .uniform7x7 = RolledKernels<Uniform7x7>(),
-    .binomial5x5 = RolledKernels<Binomial5x5>(),
-    .binomial7x7 = RolledKernels<Binomial7x7>(),
+    .binomial5x5 = DescendedKernels<Binomial5x5>(),
+    .binomial7x7 = DescendedKernels<Binomial7x7>(),
 };
 
 }  // namespace

@@ -127,6 +127,13 @@ class Neighbours {
   V16 columns_[kColumns];
 };
 
+// Lanes without a sign, shifted.
+template <int kBits>
+HWY_INLINE V16 ShiftRightUnsigned(V16 v) {
+  const hn::Rebind<uint16_t, D16> d;
+  return hn::BitCast(D16(), hn::ShiftRight<kBits>(hn::BitCast(d, v)));
+}
+
 // The phases as 8-bit places again. Their lanes must be 0 to 255.
 HWY_INLINE hn::Vec<D8> JoinPhases(const V16 (&phases)[kPhases]) {
   const D8 d;
@@ -301,10 +308,24 @@ struct RowParts {
   HWY_INLINE static hn::Vec<D8> Result(const Op& op, const RowPart&... row) {
     V16 results[kPhases];
     for (int p = 0; p < kPhases; ++p) results[p] = op(D16(), row.part[p]...);
+    return Join(results);
+  }
+  // Results, for each phase, as bytes: of lanes from 0 to 255, or of the upper halves of lanes.
+  HWY_INLINE static hn::Vec<D8> Join(const V16 (&results)[kPhases]) {
 #if KY_HAVE_MUL_ADD_BYTES
     if constexpr (kOfBytes && kStep != 1) return NarrowBlocks(D8(), results[0], results[1]);
 #endif
     return JoinPhases(results);
+  }
+  HWY_INLINE static hn::Vec<D8> JoinUpperBytes(const V16 (&results)[kPhases]) {
+#if HWY_TARGET != HWY_SCALAR
+    if constexpr (!kOfBytes || kStep == 1)
+      return hn::OddEven(hn::BitCast(D8(), results[1]),
+                         hn::BitCast(D8(), ShiftRightUnsigned<8>(results[0])));
+#endif
+    V16 levels[kPhases];
+    for (int p = 0; p < kPhases; ++p) levels[p] = ShiftRightUnsigned<8>(results[p]);
+    return Join(levels);
   }
 };
 

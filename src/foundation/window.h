@@ -13,11 +13,11 @@
 namespace ky {
 
 // How the source rows of a kernel lie: the bytes from one to the next, but where the border
-// interferes, and whether more is read and written than a third cache holds, so that prefetches
-// pay.
+// interferes, and whether more is read and written than a third cache, or a second one, holds, so
+// that prefetches pay.
 struct Layout {
   std::ptrdiff_t pitch;
-  bool isLarge;
+  bool isLarge, exceedsSecondCache;
 };
 
 // How results are made of windows of 2 * radius + 1 rows and columns.
@@ -86,7 +86,9 @@ class WindowWalk {
     halfStrip_ = (ends_ + reach_ + step_ - 1) / step_ * step_;
     copies_ = in_.width < 2 * ends_ + lanes_ || Crowds() ||
               SharingOf(in_, destination) == Sharing::kTheSame;
-    isLarge_ = !copies_ && in_.height * (in_.RowBytes() + out_.RowBytes()) > kThirdCache;
+    const std::ptrdiff_t bytes = in_.height * (in_.RowBytes() + out_.RowBytes());
+    isLarge_ = !copies_ && bytes > kThirdCache;
+    exceedsSecondCache_ = !copies_ && bytes > kSecondCache;
     rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, kMost) : kMost;
     if (!Allocate()) return KY_ERROR_NOT_ENOUGH_MEMORY;
     const auto run = [&](std::ptrdiff_t y, std::ptrdiff_t end, bool isBorder) {
@@ -113,7 +115,7 @@ class WindowWalk {
   // Rows of a band, so many that what is done once a band costs little. Copies of rows are to stay
   // in a first cache.
   static constexpr std::ptrdiff_t kMost = 24, kCopied = 12 << 10;
-  static constexpr std::ptrdiff_t kThirdCache = 8 << 20;
+  static constexpr std::ptrdiff_t kSecondCache = 1 << 20, kThirdCache = 8 << 20;
   // The lines of one address that a first cache has room for, mostly.
   static constexpr std::ptrdiff_t kWays = 8;
 
@@ -228,7 +230,7 @@ class WindowWalk {
       rows = at;
     }
     if constexpr (std::is_invocable_v<decltype(kernel.run), Rows<Out>, const T* const*, Layout>)
-      kernel.run(out, rows, Layout{pitch, isLarge_});
+      kernel.run(out, rows, Layout{pitch, isLarge_, exceedsSecondCache_});
     else
       kernel.run(out, rows);
   }
@@ -243,7 +245,7 @@ class WindowWalk {
   // strip that one end's are made from: whole pixels.
   std::ptrdiff_t ends_ = 0, halfStrip_ = 0;
   std::ptrdiff_t rowsAtOnce_ = 0;
-  bool isLarge_ = false;
+  bool isLarge_ = false, exceedsSecondCache_ = false;
   Border border_;
   bool copies_ = false;  // of whole rows are in the ring, else their ends alone
   Rows<Out> out_, band_;

@@ -132,20 +132,26 @@ struct Real {
   }
 };
 
+// Numbers that are none have the same bits on every path and processor.
+template <class D, class V>
+HWY_INLINE Numbers<V> WithOneNan(D d, V re, V im) {
+  const V nan = hn::Set(d, std::numeric_limits<float>::quiet_NaN());
+  return {hn::IfThenElse(hn::Eq(re, re), re, nan), hn::IfThenElse(hn::Eq(im, im), im, nan)};
+}
 struct Multiply {
   using Lane = float;
   template <class D, class V>
-  HWY_INLINE Numbers<V> operator()(D, const Numbers<V>& a, const Numbers<V>& b) const {
-    return {hn::Sub(hn::Mul(a.re, b.re), hn::Mul(a.im, b.im)),
-            hn::Add(hn::Mul(a.im, b.re), hn::Mul(a.re, b.im))};
+  HWY_INLINE Numbers<V> operator()(D d, const Numbers<V>& a, const Numbers<V>& b) const {
+    return WithOneNan(d, hn::Sub(hn::Mul(a.re, b.re), hn::Mul(a.im, b.im)),
+                      hn::Add(hn::Mul(a.im, b.re), hn::Mul(a.re, b.im)));
   }
 };
 struct MultiplyConjugate {
   using Lane = float;
   template <class D, class V>
-  HWY_INLINE Numbers<V> operator()(D, const Numbers<V>& a, const Numbers<V>& b) const {
-    return {hn::Add(hn::Mul(a.re, b.re), hn::Mul(a.im, b.im)),
-            hn::Sub(hn::Mul(a.im, b.re), hn::Mul(a.re, b.im))};
+  HWY_INLINE Numbers<V> operator()(D d, const Numbers<V>& a, const Numbers<V>& b) const {
+    return WithOneNan(d, hn::Add(hn::Mul(a.re, b.re), hn::Mul(a.im, b.im)),
+                      hn::Sub(hn::Mul(a.im, b.re), hn::Mul(a.re, b.im)));
   }
 };
 

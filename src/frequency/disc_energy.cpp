@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "foundation/frame.h"
 #include "foundation/scratch.h"
@@ -61,7 +62,11 @@ KY_ERRORS ImgComplexDiscEnergy(const KyROI<KyComplex64>* source, KyVector* energ
     const auto groups = static_cast<int>(std::min<ptrdiff_t>(energies->GetNbMaxGroup(), radii));
     auto* const sums = static_cast<float*>(energies->GetDataPtr());
     double sum = 0;
-    for (int i = 0; i < groups; ++i) sums[i] = static_cast<float>(sum += rings[i]);
+    for (int i = 0; i < groups; ++i) {
+      sum += rings[i];
+      // The bits of another NaN would depend on the processor.
+      sums[i] = std::isnan(sum) ? std::numeric_limits<float>::quiet_NaN() : static_cast<float>(sum);
+    }
     return energies->SetNbGroup(groups);
   });
 }

@@ -122,37 +122,56 @@ void SquareOf(uint16_t* to, const uint16_t* down, ptrdiff_t n) {
   std::fill_n(to + n, kReach + kLanesOf<uint16_t>, kFar<uint16_t>);
 }
 
-// Columns k away are of no use once k^2 is not below the least that has been found.
-bool Nearest(uint32_t* squares, const uint16_t* down2, ptrdiff_t n) {
-  const hn::ScalableTag<uint16_t> d;
-  constexpr ptrdiff_t kLanes = kLanesOf<uint16_t>;
-  static_assert(kReach % 4 == 0);
-  if (n < kLanes) return false;
-  HWY_ALIGN uint16_t results[kLanes];
-  for (ptrdiff_t next = 0; next < n; next += kLanes) {
-    const ptrdiff_t x = std::min(next, n - kLanes);
-    auto least = hn::LoadU(d, down2 + x);
-    const auto isDone = [&](ptrdiff_t k) HWY_ATTR {
-      return hn::AllFalse(d, hn::Gt(least, hn::Set(d, static_cast<uint16_t>(k * k))));
-    };
-    for (ptrdiff_t k = 1; !isDone(k); k += 4) {
-      if (k > kReach) return false;
-      const auto look = [&](ptrdiff_t i) HWY_ATTR {
-        const auto both = hn::Min(hn::LoadU(d, down2 + x - i), hn::LoadU(d, down2 + x + i));
-        const auto sum = hn::SaturatedAdd(both, hn::Set(d, static_cast<uint16_t>(i * i)));
-        least = hn::Min(least, sum);
-      };
-      look(k);
-      look(k + 1);
-      look(k + 2);
-      look(k + 3);
+// Long vectors that cross lines of a cache take twice as long to load.
+using DNear = hn::CappedTag<uint16_t, 16>;
+
+// The least of k^2 + down2[x + k] for kCount vectors of places from x on; false where it may lie
+// beyond reach. Columns k away are of no use once k^2 is not below the least that has been found.
+template <int kCount>
+HWY_INLINE bool NearestOf(uint32_t* squares, const uint16_t* down2) {
+  const DNear d;
+  constexpr ptrdiff_t kLanes = hn::MaxLanes(d), kAtOnce = 4;
+  static_assert(kReach % kAtOnce == 0);
+  hn::Vec<DNear> least[kCount];
+  for (int j = 0; j < kCount; ++j) least[j] = hn::LoadU(d, down2 + j * kLanes);
+  auto square = hn::Set(d, 1), more = hn::Set(d, 3);  // k^2, and what makes it the next one
+  const auto isDone = [&]() HWY_ATTR {
+    auto most = least[0];
+    for (int j = 1; j < kCount; ++j) most = hn::Max(most, least[j]);
+    return hn::AllTrue(d, hn::Eq(hn::Max(most, square), square));
+  };
+  for (ptrdiff_t k = 1; !isDone(); k += kAtOnce) {
+    if (k > kReach) return false;
+    for (ptrdiff_t i = k; i < k + kAtOnce; ++i) {
+      for (int j = 0; j < kCount; ++j) {
+        const uint16_t* const at = down2 + j * kLanes;
+        const auto both = hn::Min(hn::LoadU(d, at - i), hn::LoadU(d, at + i));
+        least[j] = hn::Min(least[j], hn::SaturatedAdd(both, square));
+      }
+      square = hn::Add(square, more);
+      more = hn::Add(more, hn::Set(d, 2));
     }
-    hn::Store(least, d, results);
-    const hn::ScalableTag<uint32_t> wide;
-    for (ptrdiff_t i = 0; i < kLanes; i += kLanesOf<uint32_t>)
-      hn::StoreU(LoadLanes(wide, results + i), wide, squares + x + i);
+  }
+  HWY_ALIGN uint16_t results[kCount * kLanes];
+  for (int j = 0; j < kCount; ++j) hn::Store(least[j], d, results + j * kLanes);
+  const hn::CappedTag<uint32_t, kCount * kLanes> wide;
+  for (ptrdiff_t i = 0; i < kCount * kLanes; i += hn::MaxLanes(wide))
+    hn::StoreU(LoadLanes(wide, results + i), wide, squares + i);
+  return true;
+}
+template <int kCount>
+HWY_INLINE bool NearestAlong(uint32_t* squares, const uint16_t* down2, ptrdiff_t n) {
+  constexpr ptrdiff_t kPlaces = kCount * hn::MaxLanes(DNear());
+  for (ptrdiff_t next = 0; next < n; next += kPlaces) {
+    const ptrdiff_t x = std::min(next, n - kPlaces);
+    if (!NearestOf<kCount>(squares + x, down2 + x)) return false;
   }
   return true;
+}
+bool Nearest(uint32_t* squares, const uint16_t* down2, ptrdiff_t n) {
+  constexpr ptrdiff_t kLanes = hn::MaxLanes(DNear());
+  if (n >= 2 * kLanes) return NearestAlong<2>(squares, down2, n);
+  return n >= kLanes && NearestAlong<1>(squares, down2, n);
 }
 
 // Up to 2^20 the roots, in single precision, are right to a thirtieth of their distance from the

@@ -5,6 +5,7 @@
 #include "morphology/strip_rows.h"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
@@ -186,6 +187,16 @@ HWY_INLINE void FindBounds(const RankStrip& strip, int rank, uint8_t* bounds, Su
   }
 }
 
+// Calls take(counts) for the counts of n columns.
+template <class Take>
+HWY_INLINE void ForEachColumn(const uint8_t* counts, ptrdiff_t n, const Take& take) {
+  constexpr int kAtOnce = 4;
+  for (; n >= kAtOnce; n -= kAtOnce, counts += kAtOnce * RankStrip::kColumn)
+    ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>)
+                         KY_INLINE_ATTR { take(counts + i * RankStrip::kColumn); });
+  for (; n > 0; --n, counts += RankStrip::kColumn) take(counts);
+}
+
 // The sums of a window's counts between two bounds, less what is given.
 template <class Sum>
 class Sums;
@@ -205,11 +216,18 @@ class Sums<uint8_t> {
   HWY_INLINE void Put(uint8_t* to) const {
     for (ptrdiff_t k = 0; k < kVectors; ++k) hn::StoreU(v_[k], D(), to + k * kLanes);
   }
-  // n columns of up to so many pixels come.
-  HWY_INLINE void Add(const uint8_t* coming, ptrdiff_t n, ptrdiff_t) {
-    for (; n > 0; --n, coming += RankStrip::kColumn)
+  // n columns of up to so many pixels come, or leave.
+  HWY_INLINE void Add(const uint8_t* columns, ptrdiff_t n, ptrdiff_t) {
+    ForEachColumn(columns, n, [&](const uint8_t* counts) HWY_ATTR {
       for (ptrdiff_t k = 0; k < kVectors; ++k)
-        v_[k] = hn::Add(v_[k], hn::LoadU(D(), coming + k * kLanes));
+        v_[k] = hn::Add(v_[k], hn::LoadU(D(), counts + k * kLanes));
+    });
+  }
+  HWY_INLINE void Remove(const uint8_t* columns, ptrdiff_t n, ptrdiff_t) {
+    ForEachColumn(columns, n, [&](const uint8_t* counts) HWY_ATTR {
+      for (ptrdiff_t k = 0; k < kVectors; ++k)
+        v_[k] = hn::Sub(v_[k], hn::LoadU(D(), counts + k * kLanes));
+    });
   }
   HWY_INLINE void Slide(const uint8_t* leaving, const uint8_t* coming) {
     for (ptrdiff_t k = 0; k < kVectors; ++k)
@@ -253,19 +271,14 @@ class Sums<uint16_t> {
     for (ptrdiff_t k = 0; k < kVectors; ++k)
       hn::StoreU(hn::BitCast(DUnsigned(), v_[k]), DUnsigned(), to + k * kSums);
   }
-  // n columns of up to so many pixels come: some are added up in 8 bits first.
-  HWY_INLINE void Add(const uint8_t* coming, ptrdiff_t n, ptrdiff_t pixels) {
-    const ptrdiff_t most = 127 / pixels;
-    while (n > 0) {
-      V sums[kLevels / kLanes];
-      for (V& v : sums) v = hn::Zero(D());
-      for (ptrdiff_t i = std::min(n, most); i > 0; --i, coming += RankStrip::kColumn)
-        for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
-          sums[k / kLanes] = hn::Add(sums[k / kLanes], hn::LoadU(D(), coming + k));
-      for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
-        AddSigned(k, hn::BitCast(D8(), sums[k / kLanes]));
-      n -= most;
-    }
+  // n columns of up to so many pixels come, or leave.
+  HWY_INLINE void Add(const uint8_t* columns, ptrdiff_t n, ptrdiff_t pixels) {
+    ForEachTotal(columns, n, pixels,
+                 [](VSum sum, VSum total) HWY_ATTR { return hn::Add(sum, total); });
+  }
+  HWY_INLINE void Remove(const uint8_t* columns, ptrdiff_t n, ptrdiff_t pixels) {
+    ForEachTotal(columns, n, pixels,
+                 [](VSum sum, VSum total) HWY_ATTR { return hn::Sub(sum, total); });
   }
   HWY_INLINE void Slide(const uint8_t* leaving, const uint8_t* coming) {
     for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
@@ -297,19 +310,43 @@ class Sums<uint16_t> {
   using DUnsigned = hn::RebindToUnsigned<DSum>;
   using VSum = hn::Vec<DSum>;
   using D8 = hn::RebindToSigned<D>;
+  template <class T>
+  using Wide = std::conditional_t<hwy::IsSigned<T>(), int16_t, uint16_t>;
   static constexpr ptrdiff_t kSums = hn::MaxLanes(DSum()), kVectors = kLevels / kSums;
 
-  // The order of the sums does not matter.
-  template <class VSigned>
-  HWY_INLINE void AddSigned(ptrdiff_t k, VSigned counts) {
-    if constexpr (kVectors == 1) {
-      v_[0] = hn::Add(v_[0], hn::PromoteTo(DSum(), counts));
-    } else {
-      const auto signs = hn::VecFromMask(D8(), hn::Lt(counts, hn::Zero(D8())));
-      VSum* const v = v_ + k / kSums;
-      v[0] = hn::Add(v[0], hn::BitCast(DSum(), hn::InterleaveLower(D8(), counts, signs)));
-      v[1] = hn::Add(v[1], hn::BitCast(DSum(), hn::InterleaveUpper(D8(), counts, signs)));
+  // As many columns as 8 bits allow are added up first.
+  template <class Change>
+  HWY_INLINE void ForEachTotal(const uint8_t* columns, ptrdiff_t n, ptrdiff_t pixels,
+                               const Change& change) {
+    const ptrdiff_t most = 255 / pixels;
+    for (; n > 0; n -= most, columns += most * RankStrip::kColumn) {
+      V totals[kLevels / kLanes];
+      for (V& v : totals) v = hn::Zero(D());
+      ForEachColumn(columns, std::min(n, most), [&](const uint8_t* counts) HWY_ATTR {
+        for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
+          totals[k / kLanes] = hn::Add(totals[k / kLanes], hn::LoadU(D(), counts + k));
+      });
+      for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
+        Widen(totals[k / kLanes], hn::Zero(D()), v_ + k / kSums, change);
     }
+  }
+  // Lanes with what stands in their upper halves, in the order of Interleave.
+  template <class VBytes, class Change>
+  HWY_INLINE static void Widen(VBytes bytes, VBytes upper, VSum* sums, const Change& change) {
+    const hn::DFromV<VBytes> d;
+    if constexpr (kVectors == 1) {
+      const auto wide = hn::PromoteTo(hn::Rebind<Wide<hn::TFromD<decltype(d)> >, DSum>(), bytes);
+      sums[0] = change(sums[0], hn::BitCast(DSum(), wide));
+    } else {
+      sums[0] = change(sums[0], hn::BitCast(DSum(), hn::InterleaveLower(d, bytes, upper)));
+      sums[1] = change(sums[1], hn::BitCast(DSum(), hn::InterleaveUpper(d, bytes, upper)));
+    }
+  }
+  // The order of the sums does not matter.
+  HWY_INLINE void AddSigned(ptrdiff_t k, hn::Vec<D8> counts) {
+    const auto signs = hn::VecFromMask(D8(), hn::Lt(counts, hn::Zero(D8())));
+    Widen(counts, signs, v_ + k / kSums,
+          [](VSum sum, VSum more) HWY_ATTR { return hn::Add(sum, more); });
   }
 
   VSum v_[kVectors];
@@ -348,8 +385,9 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
       sums.Add(columns + (x - 1) * kStep, size, strip.rows);
     } else {
       sums.Get(kept + level);
-      for (ptrdiff_t i = keptAt[bound]; i < x - 1; ++i)
-        sums.Slide(columns + i * kStep, columns + (i + size) * kStep);
+      const ptrdiff_t n = x - 1 - keptAt[bound];
+      sums.Remove(columns + keptAt[bound] * kStep, n, strip.rows);
+      sums.Add(columns + (keptAt[bound] + size) * kStep, n, strip.rows);
     }
     const uint8_t *leaving = columns + (x - 1) * kStep, *coming = leaving + size * kStep;
     const ptrdiff_t end = EndOfRun(bounds, x, strip.width);

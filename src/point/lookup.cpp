@@ -7,6 +7,7 @@
 
 #include "foundation/frame.h"
 #include "foundation/kernels/lookup_rows.h"
+#include "foundation/stream.h"
 #include "ky/statistics.h"
 
 namespace {
@@ -111,8 +112,7 @@ KY_ERRORS ImgGainOffset(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, f
   return ky::CallOn("ImgGainOffset", source, destination, [&](const auto& in, const auto& out) {
     const GainOffsetLaw law(gain, offset);
     if (!law.FitsLanes()) return ky::LookUp(out, in, TableBy(law));
-    return ky::MapRows(ky::ChooseLookupKernels().gainOffset, out, ky::FromRows(in),
-                       ky::FromParameters(law.InLanes()));
+    return ky::MapFreshRows(ky::ChooseLookupKernels().gainOffset, out, in, law.InLanes());
   });
 }
 

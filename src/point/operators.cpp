@@ -6,6 +6,7 @@
 #include "foundation/frame.h"
 #include "foundation/kernels/operators_rows.h"
 #include "foundation/map.h"
+#include "foundation/stream.h"
 
 namespace {
 
@@ -91,6 +92,18 @@ KY_ERRORS Combine(const Kernel (&table)[KY_OPER_OVERLAY + 1], Operation operatio
   return kernel != nullptr ? MapRows(kernel, ComponentRowsOf(destination), source...)
                            : KY_ERROR_INTERNAL;
 }
+// Two images of the destination's type.
+template <class T>
+KY_ERRORS CombineImages(const ky::OperatorKernels& kernels, Operation operation, const KyROI<T>* a,
+                        const KyROI<T>* b, KyROI<T>* destination) noexcept {
+  const auto kernel = KernelOf(kernels.combine, operation);
+  if (operation == KY_OPER_SET_WHERE_ZERO || operation == KY_OPER_SET_WHERE_NONZERO)
+    return MapRows(kernel, ComponentRowsOf(destination), FromRows(ComponentRowsOf(a)),
+                   FromRows(ComponentRowsOf(b)));
+  return kernel != nullptr ? ky::MapFreshRows(kernel, ComponentRowsOf(destination),
+                                              ComponentRowsOf(a), ComponentRowsOf(b))
+                           : KY_ERROR_INTERNAL;
+}
 
 bool IsShift(Operation operation) noexcept {
   return operation == KY_OPER_SHIFT_LEFT || operation == KY_OPER_SHIFT_RIGHT;
@@ -121,8 +134,8 @@ template <class T>
 KY_ERRORS CopyOrInvert(const ky::OperatorKernels& kernels, Operation operation, const KyROI<T>* a,
                        KyROI<T>* destination) noexcept {
   if (operation == KY_OPER_INVERT)
-    return MapRows(kernels.invert, ComponentRowsOf(destination), FromRows(ComponentRowsOf(a)));
-  return ky::CopyRows(ComponentRowsOf(destination), FromRows(ComponentRowsOf(a)));
+    return ky::MapFreshRows(kernels.invert, ComponentRowsOf(destination), ComponentRowsOf(a));
+  return ky::CopyFreshRows(ComponentRowsOf(destination), ComponentRowsOf(a));
 }
 template <class T>
 KY_ERRORS ConstantAndImage(const char* name, Operation operation, T a, const KyROI<T>* b,
@@ -220,11 +233,8 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const
                   KyROI<KyBW8>* destination) noexcept {
   return Operate(
       kAAndB, "ImgOper (BW8 Image, Image to Image)", operation, kTwoImages,
-      [&](const auto& kernels) {
-        return Combine(kernels.combine, operation, destination, FromRows(RowsOf(a)),
-                       FromRows(RowsOf(b)));
-      },
-      a, b, destination);
+      [&](const auto& kernels) { return CombineImages(kernels, operation, a, b, destination); }, a,
+      b, destination);
 }
 
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyC24 a, KyROI<KyC24>* destination) noexcept {
@@ -262,8 +272,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, const
         if (operation == KY_OPER_OVERLAY)
           return MapRows(kernels.overlay, RowsOf(destination), FromRows(RowsOf(a)),
                          FromRows(RowsOf(b)));
-        return Combine(kernels.combine, operation, destination, FromRows(ComponentRowsOf(a)),
-                       FromRows(ComponentRowsOf(b)));
+        return CombineImages(kernels, operation, a, b, destination);
       },
       a, b, destination);
 }

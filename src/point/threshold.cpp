@@ -5,6 +5,7 @@
 #include "foundation/frame.h"
 #include "foundation/kernels/choose_threshold.h"
 #include "foundation/map.h"
+#include "foundation/stream.h"
 #include "point/threshold_rows.h"
 
 namespace {
@@ -135,8 +136,7 @@ KY_ERRORS ImgThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
         return ky::FailIn(error, {"ImgHistogramThreshold"});
       threshold = choice.threshold;
     }
-    return MapRows(ChooseThresholdKernels().split, out, FromRows(in),
-                   FromParameters<Split>(SplitAt(threshold, low, high)));
+    return ky::MapFreshRows(ChooseThresholdKernels().split, out, in, SplitAt(threshold, low, high));
   });
 }
 

@@ -179,6 +179,27 @@ TEST(Boxes, ResultsThatAreNearlyAHalf) {
   });
 }
 
+// Of every way to sum and to compare, between two levels, so that averages are nearly a half.
+TEST(Boxes, ThresholdsNextToTheAverage) {
+  Random random(1);
+  auto picture = RandomPicture<KyBW8>(300, 310, random);
+  for (KyBW8& p : picture.pixels) p = static_cast<KyBW8>(100 + p % 2);
+  Grey averages(picture.width, picture.height), expected = averages;
+  for (const Halves half : {Halves{2, 3}, {40, 90}, {90, 90}, {91, 90}, {20, 140}}) {
+    Over<true, AverageOf>(half.width, half.height)(picture, averages);
+    for (const int offset : {-1, 0, 1}) {
+      for (std::size_t i = 0; i < picture.pixels.size(); ++i)
+        expected.pixels[i] = picture.pixels[i] >= averages.pixels[i] + offset ? 7 : 9;
+      ForEachPath([&](const std::string&) {
+        Canvas<KyBW8> canvas(picture, {}, random);
+        ASSERT_EQ(ImgLocalThreshold(canvas.roi(), nullptr, half.width, half.height, offset, 9, 7),
+                  KY_OK);
+        ASSERT_TRUE(Same(expected, canvas.Get()));
+      });
+    }
+  }
+}
+
 // Sums of squares beyond 32 bits.
 TEST(Boxes, DeviationsOfLargeWindows) {
   Random random(1);

@@ -1,0 +1,114 @@
+// The vector loop of windows whose results follow from a few sums that roll down a column of
+// places. Included by row files like window-inl.h.
+#if defined(KY_FOUNDATION_WINDOW_COLUMNS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_FOUNDATION_WINDOW_COLUMNS_INL_H_
+#undef KY_FOUNDATION_WINDOW_COLUMNS_INL_H_
+#else
+#define KY_FOUNDATION_WINDOW_COLUMNS_INL_H_
+#endif
+
+#include "foundation/window-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ky {
+namespace HWY_NAMESPACE {
+
+// The sum of the last kCount + 1 vectors under binomial weights: sums of neighbours, of which the
+// neighbours are added up, and so on.
+template <class D, int kCount>
+class BinomialColumn {
+ public:
+  HWY_INLINE BinomialColumn() {
+    for (auto& v : before_) v = hn::Zero(D());
+  }
+  HWY_INLINE hn::Vec<D> Next(hn::Vec<D> v) {
+    ForEach<kCount>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
+      const hn::Vec<D> sum = hn::Add(before_[i], v);
+      before_[i] = v;
+      v = sum;
+    });
+    return v;
+  }
+
+ private:
+  hn::Vec<D> before_[kCount];
+};
+
+// Goes down the columns of one vector of places after another. Op::Columns() knows no row; with
+// what the next row contributes, columns.Next(parts) makes it the results of the window that ends
+// there, one vector for each phase: in the upper bytes of the lanes, else the lanes, as
+// Op::kInUpperBytes says.
+template <class Op, int kStep>
+HWY_INLINE void DescendBand(const Rows<uint8_t>& out, const uint8_t* const* rows,
+                            const Layout& layout) {
+  constexpr int kBefore = 2 * Op::kRadius, kUnrolled = 4;
+  using Parts = RowParts<Op, kStep>;
+  const D8 d;
+  const Op op;
+  const ptrdiff_t inAhead = out.height * layout.pitch, outAhead = out.height * out.pitch;
+  for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
+    typename Op::Columns columns;
+    Parts row;
+    for (int k = 0; k < kBefore; ++k) {
+      row.Make(op, rows[k] + x);
+      columns.Next(row.part);
+    }
+    // Processors do not see by themselves what comes next where so many rows are gone through.
+    const bool prefetches = layout.exceedsSecondCache && x % 64 == 0;
+    const uint8_t* const* in = rows + kBefore;
+    uint8_t* to = out.first + x;
+    const auto next = [&](ptrdiff_t y) KY_INLINE_ATTR {
+      const uint8_t* const places = in[y] + x;
+      if (prefetches) {
+        PrefetchToSecondCache(places, inAhead);
+        PrefetchToSecondCache(to, outAhead);
+      }
+      row.Make(op, places);
+      columns.Next(row.part);
+      hn::StoreU(Op::kInUpperBytes ? Parts::JoinUpperBytes(row.part) : Parts::Join(row.part), d,
+                 to);
+      to += out.pitch;
+    };
+    ptrdiff_t y = 0;
+    for (; y + kUnrolled <= out.height; y += kUnrolled)
+      ForEach<kUnrolled>([&]<int k>(std::integral_constant<int, k>)
+                             KY_INLINE_ATTR { next(y + k); });
+    for (; y < out.height; ++y) next(y);
+  }
+}
+
+// In bands of so few rows that what is prefetched for the next one still is in a second cache then.
+template <class Op, int kStep>
+HWY_INLINE void DescendWindows(Rows<uint8_t> out, const uint8_t* const* rows,
+                               const Layout& layout) {
+  constexpr ptrdiff_t kBand = 48 << 10, kLeast = 8;
+  const ptrdiff_t most = HWY_MAX(kBand / HWY_MAX(layout.pitch, 1), kLeast);
+  while (out.height > 0) {
+    Rows<uint8_t> band = out;
+    band.height = HWY_MIN(out.height, most);
+    DescendBand<Op, kStep>(band, rows, layout);
+    rows += band.height;
+    out.first = out.Row(band.height);
+    out.height -= band.height;
+  }
+}
+
+template <class Op, int kStep>
+constexpr WindowKernel<WindowRun> DescendedWindows() {
+  static_assert(kStep == 1 || kStep == 3);
+  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
+                       HWY_ATTR { DescendWindows<Op, kStep>(out, rows, layout); };
+  return {Op::kRadius, hn::MaxLanes(D8()), run, kStep};
+}
+// Both of a formula, for a table.
+template <class Op>
+constexpr WindowKernels DescendedKernels() {
+  return {DescendedWindows<Op, 1>(), DescendedWindows<Op, 3>()};
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+}  // namespace HWY_NAMESPACE
+}  // namespace ky
+HWY_AFTER_NAMESPACE();
+
+#endif  // per-target include guard
