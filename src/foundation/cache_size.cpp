@@ -1,6 +1,7 @@
 #include "foundation/cache_size.h"
 
 #include <algorithm>
+#include <atomic>
 
 #if defined(__x86_64__)
 #include <cpuid.h>
@@ -8,7 +9,9 @@
 
 namespace ky {
 
-std::int64_t LargestCache() noexcept {
+namespace {
+
+std::int64_t AskProcessor() noexcept {
   std::int64_t largest = 0;
 #if defined(__x86_64__)
   // Two leaves describe caches, one after the other and in the same form; processors have one.
@@ -24,6 +27,18 @@ std::int64_t LargestCache() noexcept {
   }
 #endif
   return largest;
+}
+
+}  // namespace
+
+std::int64_t LargestCache() noexcept {
+  static std::atomic<std::int64_t> known{-1};
+  std::int64_t bytes = known.load(std::memory_order_relaxed);
+  if (bytes < 0) {
+    bytes = AskProcessor();
+    known.store(bytes, std::memory_order_relaxed);
+  }
+  return bytes;
 }
 
 }  // namespace ky
