@@ -106,12 +106,11 @@ class WeighedSums {
     if constexpr (kCount > 0)
       return ForEach<kCount - 1>([&]<int k>(std::integral_constant<int, k>)
                                      KY_INLINE_ATTR { f(k + 1); });
+    constexpr int kUnrolled = 4;
     ptrdiff_t k = 1;
-    for (; k + 2 <= count(); k += 2) {
-      f(k);
-      f(k + 1);
-    }
-    if (k < count()) f(k);
+    for (; k + kUnrolled <= count(); k += kUnrolled)
+      ForEach<kUnrolled>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR { f(k + i); });
+    for (; k < count(); ++k) f(k);
   }
   // Two sums, rounded, as the lower and the upper halves of lanes.
   HWY_INLINE V16 Rounded(V32 lower, V32 upper) const {

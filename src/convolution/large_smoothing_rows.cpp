@@ -14,7 +14,17 @@ namespace {
 
 // round(sum / count) of kSide x kSide levels, by a factor just above 2^(16 + kShift) / count.
 template <int kSide, int kFactor, int kShift>
-struct RoundedMean {
+class MeanColumns {
+ public:
+  HWY_INLINE MeanColumns() {
+    for (auto& sum : sums_) sum.Start(hn::Set(D16(), kHalf));
+  }
+  HWY_INLINE void Next(V16 (&row)[kPhases]) {
+    for (int p = 0; p < kPhases; ++p)
+      row[p] = hn::ShiftRight<kShift>(hn::MulHigh(sums_[p].Next(row[p]), hn::Set(D16(), kFactor)));
+  }
+
+ private:
   static constexpr int kCount = kSide * kSide, kHalf = kCount / 2;
   static constexpr bool IsExact() {
     for (int sum = 0; sum <= 255 * kCount; ++sum)
@@ -23,22 +33,15 @@ struct RoundedMean {
   }
   static_assert(IsExact());
 
-  HWY_INLINE V16 operator()(D16 d, V16 sum) const {
-    const V16 product = hn::MulHigh(hn::Add(sum, hn::Set(d, kHalf)), hn::Set(d, kFactor));
-    return hn::ShiftRight<kShift>(product);
-  }
+  SumColumn<D16, kSide> sums_[kPhases];
 };
 struct Uniform5x5 : SymmetricRow<1, 1, 1> {
-  HWY_INLINE V16 operator()(D16 d, V16 a, V16 b, V16 c, V16 e, V16 f) const {
-    const V16 four = hn::Add(hn::Add(a, b), hn::Add(c, e));
-    return RoundedMean<5, 20972, 3>()(d, hn::Add(four, f));
-  }
+  static constexpr bool kInUpperBytes = false;
+  using Columns = MeanColumns<5, 20972, 3>;
 };
 struct Uniform7x7 : SymmetricRow<1, 1, 1, 1> {
-  HWY_INLINE V16 operator()(D16 d, V16 a, V16 b, V16 c, V16 e, V16 f, V16 g, V16 h) const {
-    const V16 four = hn::Add(hn::Add(a, b), hn::Add(c, e));
-    return RoundedMean<7, 21400, 4>()(d, hn::Add(four, hn::Add(hn::Add(f, g), h)));
-  }
+  static constexpr bool kInUpperBytes = false;
+  using Columns = MeanColumns<7, 21400, 4>;
 };
 
 // (sum + 128) >> 8. Sums need all 16 bits.
@@ -48,7 +51,8 @@ struct Binomial5x5 : SymmetricRow<6, 4, 1> {
    public:
     HWY_INLINE Columns() {}
     HWY_INLINE void Next(V16 (&row)[kPhases]) {
-      for (int p = 0; p < kPhases; ++p) row[p] = hn::Add(sums_[p].Next(row[p]), hn::Set(D16(), 128));
+      for (int p = 0; p < kPhases; ++p)
+        row[p] = hn::Add(sums_[p].Next(row[p]), hn::Set(D16(), 128));
     }
 
    private:
@@ -93,8 +97,8 @@ struct Binomial7x7 : SymmetricRow<20, 15, 6, 1> {
 };
 
 constexpr LargeSmoothingKernels kKernels = {
-    .uniform5x5 = RolledKernels<Uniform5x5>(),
-    .uniform7x7 = RolledKernels<Uniform7x7>(),
+    .uniform5x5 = DescendedKernels<Uniform5x5>(),
+    .uniform7x7 = DescendedKernels<Uniform7x7>(),
     .binomial5x5 = DescendedKernels<Binomial5x5>(),
     .binomial7x7 = DescendedKernels<Binomial7x7>(),
 };

@@ -31,13 +31,15 @@ struct Layout {
 // A run that takes a third argument is told the layout.
 //
 // Neighbours in a row are `step` elements apart: 1 in rows of grey pixels, 3 in rows of the
-// components of colours.
+// components of colours. A run that `descends` goes through all rows of a column of places before
+// it comes to the next, others through three at once.
 template <class Run>
 struct WindowKernel {
   int radius;
   std::size_t lanes;
   Run run;
   int step = 1;
+  bool descends = false;
 };
 
 // Runs of one byte for another, the kind that kernels without arguments have.
@@ -64,11 +66,13 @@ struct WindowKernels {
 template <class T, class Out>
 class WindowWalk {
  public:
-  WindowWalk(int radius, Border border, std::size_t lanes, int step) noexcept
-      : radius_(radius),
-        reach_(std::ptrdiff_t{radius} * step),
-        lanes_(static_cast<std::ptrdiff_t>(lanes)),
-        step_(step),
+  template <class Run>
+  WindowWalk(const WindowKernel<Run>& kernel, Border border) noexcept
+      : radius_(kernel.radius),
+        reach_(std::ptrdiff_t{kernel.radius} * kernel.step),
+        lanes_(static_cast<std::ptrdiff_t>(kernel.lanes)),
+        step_(kernel.step),
+        descends_(kernel.descends),
         border_(border) {}
 
   template <class Inside>
@@ -125,8 +129,10 @@ class WindowWalk {
 
   // Rows of a band's windows.
   std::ptrdiff_t BandRows() const { return rowsAtOnce_ + 2 * radius_; }
-  // Kernels go through three rows of results at once (see RollWindows).
-  bool Crowds() const { return FightsCache(in_.pitch) && 3 + 2 * radius_ > kWays; }
+  // Kernels go through three rows of results at once (see RollWindows), or through more.
+  bool Crowds() const {
+    return FightsCache(in_.pitch) && (descends_ ? kMost : 3) + 2 * radius_ > kWays;
+  }
   // The first column of what is made from whole rows.
   std::ptrdiff_t First() const { return copies_ ? 0 : ends_; }
 
@@ -241,6 +247,7 @@ class WindowWalk {
   std::ptrdiff_t radius_;         // rows
   std::ptrdiff_t reach_, lanes_;  // elements
   int step_;
+  bool descends_;
   // Results at either end of a row that are made from strips: whole vectors; and elements of a
   // strip that one end's are made from: whole pixels.
   std::ptrdiff_t ends_ = 0, halfStrip_ = 0;
@@ -261,8 +268,7 @@ class WindowWalk {
 template <class T, class Out, class Run>
 KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
                         const WindowKernel<Run>& kernel) noexcept {
-  return WindowWalk<T, Out>(kernel.radius, border, kernel.lanes, kernel.step)
-      .Run(destination, source, kernel);
+  return WindowWalk<T, Out>(kernel, border).Run(destination, source, kernel);
 }
 // The same with another kernel, of the same radius and vector length, for the windows that reach
 // over the border.
@@ -270,8 +276,7 @@ template <class T, class Out, class Run>
 KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
                         const WindowKernel<Run>& inside,
                         const WindowKernel<Run>& atBorder) noexcept {
-  return WindowWalk<T, Out>(inside.radius, border, inside.lanes, inside.step)
-      .Run(destination, source, inside, atBorder);
+  return WindowWalk<T, Out>(inside, border).Run(destination, source, inside, atBorder);
 }
 
 }  // namespace ky

@@ -34,6 +34,28 @@ class BinomialColumn {
   hn::Vec<D> before_[kCount];
 };
 
+// The sum of the last kCount vectors, and of what it starts with.
+template <class D, int kCount>
+class SumColumn {
+ public:
+  HWY_INLINE SumColumn() {}
+  HWY_INLINE void Start(hn::Vec<D> sum) {
+    sum_ = sum;
+    for (auto& v : before_) v = hn::Zero(D());
+  }
+  HWY_INLINE hn::Vec<D> Next(hn::Vec<D> v) {
+    const hn::Vec<D> all = hn::Add(sum_, v);
+    sum_ = hn::Sub(all, before_[0]);
+    ForEach<kCount - 2>([&]<int i>(std::integral_constant<int, i>)
+                            KY_INLINE_ATTR { before_[i] = before_[i + 1]; });
+    before_[kCount - 2] = v;
+    return all;
+  }
+
+ private:
+  hn::Vec<D> sum_, before_[kCount - 1];
+};
+
 // Goes down the columns of one vector of places after another. Op::Columns() knows no row; with
 // what the next row contributes, columns.Next(parts) makes it the results of the window that ends
 // there, one vector for each phase: in the upper bytes of the lanes, else the lanes, as
@@ -56,18 +78,18 @@ HWY_INLINE void DescendBand(const Rows<uint8_t>& out, const uint8_t* const* rows
     // Processors do not see by themselves what comes next where so many rows are gone through.
     const bool prefetches = layout.exceedsSecondCache && x % 64 == 0;
     const uint8_t* const* in = rows + kBefore;
-    uint8_t* to = out.first + x;
     const auto next = [&](ptrdiff_t y) KY_INLINE_ATTR {
       const uint8_t* const places = in[y] + x;
+      uint8_t* const to = out.Row(y) + x;
       if (prefetches) {
         PrefetchToSecondCache(places, inAhead);
         PrefetchToSecondCache(to, outAhead);
       }
       row.Make(op, places);
       columns.Next(row.part);
-      hn::StoreU(Op::kInUpperBytes ? Parts::JoinUpperBytes(row.part) : Parts::Join(row.part), d,
-                 to);
-      to += out.pitch;
+      const auto results =
+          Op::kInUpperBytes ? Parts::JoinUpperBytes(row.part) : Parts::Join(row.part);
+      hn::StoreU(results, d, to);
     };
     ptrdiff_t y = 0;
     for (; y + kUnrolled <= out.height; y += kUnrolled)
@@ -98,7 +120,7 @@ constexpr WindowKernel<WindowRun> DescendedWindows() {
   static_assert(kStep == 1 || kStep == 3);
   const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
                        HWY_ATTR { DescendWindows<Op, kStep>(out, rows, layout); };
-  return {Op::kRadius, hn::MaxLanes(D8()), run, kStep};
+  return {Op::kRadius, hn::MaxLanes(D8()), run, kStep, true};
 }
 // Both of a formula, for a table.
 template <class Op>

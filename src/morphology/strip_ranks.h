@@ -1,4 +1,4 @@
-// Ranks of windows of up to 127 rows, a strip of the image at a time.
+// Ranks of windows of up to 255 pixels or 127 rows, a strip of the image at a time.
 #pragma once
 
 #include <algorithm>
@@ -22,13 +22,16 @@ class StripRanks {
   StripRanks(Rows<const KyBW8> in, Rows<KyBW8> out, std::ptrdiff_t step) noexcept
       : in_(in), out_(out), step_(step), pixels_(in.width / step) {}
 
-  // Whether the windows are such: of so many rows, the rank so many from either end.
-  static bool CanRun(std::int64_t rows, std::int64_t rank, std::int64_t above) noexcept {
-    return ChooseStripKernels().isFast && rows <= 127 && rank < 1 << 15 && above < 1 << 15;
+  // Whether windows are such, the rank having so many pixels below and above it. Wide ones would
+  // have margins that cost more than their strip.
+  static bool CanRun(std::ptrdiff_t halfWidth, std::ptrdiff_t halfHeight, std::int64_t rank,
+                     std::int64_t above) noexcept {
+    const bool isMedium = halfWidth < 256 && halfHeight < 64 && rank < 1 << 15 && above < 1 << 15;
+    return ChooseStripKernels().isFast && (IsSmall(rank, above) || isMedium);
   }
 
   bool Run(std::ptrdiff_t halfWidth, std::ptrdiff_t halfHeight, int rank, int above) noexcept {
-    const StripKernels::Run run = rank < 128 && above < 128 ? kernels_.runSmall : kernels_.run;
+    const StripKernels::Run run = IsSmall(rank, above) ? kernels_.runSmall : kernels_.run;
     strip_.half = halfWidth;
     strip_.rows = 2 * halfHeight + 1;
     halfHeight_ = halfHeight;
@@ -48,6 +51,10 @@ class StripRanks {
   }
 
  private:
+  static bool IsSmall(std::int64_t rank, std::int64_t above) noexcept {
+    return rank < 128 && above < 128;
+  }
+
   // So many results that the margins cost little and the histograms stay in a second cache.
   static constexpr std::ptrdiff_t kWidth = 960;
 
