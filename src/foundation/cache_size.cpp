@@ -7,8 +7,9 @@
 #endif
 
 namespace ky {
+namespace {
 
-std::int64_t LargestCache() noexcept {
+std::int64_t AskProcessor() noexcept {
   std::int64_t largest = 0;
 #if defined(__x86_64__)
   // Two leaves describe caches, one after the other and in the same form; processors have one.
@@ -24,6 +25,13 @@ std::int64_t LargestCache() noexcept {
   }
 #endif
   return largest;
+}
+
+}  // namespace
+
+std::int64_t LargestCache() noexcept {
+  static const std::int64_t kBytes = AskProcessor();
+  return kBytes;
 }
 
 }  // namespace ky
