@@ -65,12 +65,11 @@ WHY = {
     r"^threshold": MEMORY,
     r"^ImgHistogram|^automatic threshold": "Every pixel increments a counter, and the processor "
     "makes one store a cycle; OpenCV and Simd meet the same limit.",
-    r"^segments, slanted|^segments, columns|^segments written": "A pixel is one step of the path "
-    "and one load, one after the other, as in OpenCV, which makes a line of its own only.",
+    r"^segments, columns": "Every pixel is in a cache line of its own, and both libraries wait for "
+    "memory.",
     r"^objects and labels": "OpenCV's labels alone are compared with objects, their measures and "
     "labels.",
     r"^local deviation": "OpenCV adds up integral images in double precision; ours are exact.",
-    r"^ImgNormalize": "The levels go through a table; OpenCV's product of each pixel gives others.",
     r"^recursive average": "OpenCV blends with one weight; here the change depends on the "
     "difference, so that what moves is not blurred.",
 }

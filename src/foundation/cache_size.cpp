@@ -1,14 +1,12 @@
 #include "foundation/cache_size.h"
 
 #include <algorithm>
-#include <atomic>
 
 #if defined(__x86_64__)
 #include <cpuid.h>
 #endif
 
 namespace ky {
-
 namespace {
 
 std::int64_t AskProcessor() noexcept {
@@ -32,13 +30,8 @@ std::int64_t AskProcessor() noexcept {
 }  // namespace
 
 std::int64_t LargestCache() noexcept {
-  static std::atomic<std::int64_t> known{-1};
-  std::int64_t bytes = known.load(std::memory_order_relaxed);
-  if (bytes < 0) {
-    bytes = AskProcessor();
-    known.store(bytes, std::memory_order_relaxed);
-  }
-  return bytes;
+  static const std::int64_t kBytes = AskProcessor();
+  return kBytes;
 }
 
 }  // namespace ky

@@ -5,7 +5,7 @@
 namespace ky {
 
 // The bytes of the largest cache that this processor core uses; 0 where that is not known. The
-// processor is asked once: virtual machines take a tenth of a millisecond over it.
+// processor is asked once, as that takes tens of microseconds on virtual machines.
 std::int64_t LargestCache() noexcept;
 
 }  // namespace ky

@@ -16,7 +16,7 @@ namespace ky {
 // True when writing past the caches pays. In place it never does, as the lines are read anyway.
 template <class Out, class... In>
 bool OutgrowsCaches(const Rows<Out>& destination, const Rows<const In>&... in) noexcept {
-  constexpr std::int64_t kFewest = 1 << 22;  // no cache worth the question is smaller
+  constexpr std::int64_t kFewest = 1 << 22;  // smaller calls need not ask
   const std::int64_t moved =
       ((destination.RowBytes() * destination.height) + ... + (in.RowBytes() * in.height));
   if (moved < kFewest || ChooseStreamKernels().write == nullptr) return false;

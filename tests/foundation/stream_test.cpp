@@ -66,18 +66,21 @@ TEST(Stream, WholeImages) {
   if (cache == 0 || cache > 1 << 26) GTEST_SKIP() << "no image is large enough";
   const int height = static_cast<int>(cache / kWidth / 2 + 600);
   KyImage<KyBW8> a(kWidth, height), b(kWidth, height), out(kWidth, height);
-  const auto at = [](KyImage<KyBW8>& image, int y) {
-    return static_cast<KyBW8*>(image.GetPixelPtr(0, y));
-  };
-  for (int y = 0; y < height; ++y)
-    for (int x = 0; x < kWidth; ++x) {
-      at(a, y)[x] = static_cast<KyBW8>(x * 7 + y);
-      at(b, y)[x] = static_cast<KyBW8>(x + 3 * y);
+  const auto each = [&](auto visit) {
+    for (int y = 0; y < height; ++y) {
+      auto* const p = static_cast<KyBW8*>(a.GetPixelPtr(0, y));
+      auto* const q = static_cast<KyBW8*>(b.GetPixelPtr(0, y));
+      const auto* const result = static_cast<const KyBW8*>(out.GetPixelPtr(0, y));
+      for (int x = 0; x < kWidth; ++x) visit(x, y, p[x], q[x], result[x]);
     }
+  };
+  each([](int x, int y, KyBW8& p, KyBW8& q, int) {
+    p = static_cast<KyBW8>(x * 7 + y);
+    q = static_cast<KyBW8>(x + 3 * y);
+  });
   const auto holds = [&](auto expected) {
     std::int64_t wrong = 0;
-    for (int y = 0; y < height; ++y)
-      for (int x = 0; x < kWidth; ++x) wrong += at(out, y)[x] != expected(at(a, y)[x], at(b, y)[x]);
+    each([&](int, int, int p, int q, int result) { wrong += result != expected(p, q); });
     return wrong == 0;
   };
   ASSERT_EQ(ImgOper(KY_OPER_XOR, &a, &b, &out), KY_OK);
