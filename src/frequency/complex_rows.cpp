@@ -121,9 +121,10 @@ struct Real {
   using Lane = float;
   template <class D, class V>
   HWY_INLINE Integers<D> operator()(D d, const Numbers<V>& z) const {
-    // A comparison, because the maximum of 0 and of a signalling NaN is a NaN on Arm.
-    const V positive = hn::IfThenElseZero(hn::Gt(z.re, hn::Zero(d)), z.re);
-    const V limited = hn::Min(positive, hn::Set(d, 255));
+    // The sum makes a signalling NaN quiet: otherwise its maximum with 0 is a NaN on Arm, and
+    // compilers take comparisons for maxima.
+    const V number = hn::Add(z.re, hn::Zero(d));
+    const V limited = hn::Min(hn::Max(number, hn::Zero(d)), hn::Set(d, 255));
     const auto whole = TruncateFitting(d, limited);
     const V rest = hn::Sub(limited, hn::ConvertTo(d, whole));
     // All ones, which is -1, where the rest counts.

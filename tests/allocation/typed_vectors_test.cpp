@@ -1,5 +1,6 @@
 // Typed vectors and their files when memory runs out.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <string>
@@ -52,7 +53,7 @@ TEST(Allocation, TypedVectorsAreBuiltEmpty) {
 }
 
 TEST(Allocation, LoadedVectorsAreEmpty) {
-  const std::string name = testing::TempDir() + "ky_allocation";
+  const std::string name = testing::TempDir() + "ky_allocation_" + std::to_string(getpid());
   const auto load = [&](auto& saved) {
     ASSERT_EQ(saved.Save(name.c_str()), KY_OK);
     std::remove_reference_t<decltype(saved)> v;

@@ -3,11 +3,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace ky::test {
 
@@ -27,13 +29,21 @@ inline ProgramOutcome RunProgram(const std::string& command) {
   return outcome;
 }
 
-// A folder of the test's own.
+// A folder of this run of the test, which is gone after the process.
 inline std::string TestFolder() {
+  struct Folders {
+    const std::filesystem::path path =
+        std::filesystem::path(testing::TempDir()) / ("ky_examples_" + std::to_string(getpid()));
+    ~Folders() {
+      std::error_code error;
+      std::filesystem::remove_all(path, error);
+    }
+  };
+  static const Folders folders;
   const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-  const std::string folder =
-      testing::TempDir() + "ky_" + test->test_suite_name() + "_" + test->name();
+  const auto folder = folders.path / (std::string(test->test_suite_name()) + "_" + test->name());
   std::filesystem::create_directories(folder);
-  return folder;
+  return folder.string();
 }
 
 }  // namespace ky::test

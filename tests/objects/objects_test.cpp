@@ -2,9 +2,11 @@
 #include "ky/objects.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <fstream>
 #include <limits>
 #include <numbers>
@@ -380,7 +382,7 @@ TEST(ObjectsVector, File) {
   object.touches = 9;
   KyObjectsVector saved, loaded;
   saved.AddElement(object);
-  const std::string name = testing::TempDir() + "objects_test.ky";
+  const std::string name = testing::TempDir() + "ky_objects_" + std::to_string(getpid());
   ASSERT_EQ(saved.Save(name.c_str()), KY_OK);
   std::ifstream file(name, std::ios::binary);
   const std::string bytes((std::istreambuf_iterator<char>(file)), {});
@@ -389,6 +391,7 @@ TEST(ObjectsVector, File) {
   EXPECT_EQ(bytes[8 + 94], 9);
   ASSERT_EQ(loaded.Load(name.c_str()), KY_OK);
   EXPECT_TRUE(loaded.GetNumElements() == 1 && loaded[0] == object);
+  std::remove(name.c_str());
 }
 
 KyObjectShape ShapeOf(const Picture<KyBW8>& picture) {
