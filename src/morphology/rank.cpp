@@ -91,8 +91,9 @@ KY_ERRORS Run(Rows<const KyBW8> source, Rows<KyBW8> destination, int step, const
   ky::Input<KyBW8> input;
   if (destination.Empty()) return KY_OK;
   if (!input.OpenApart(source, destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-  if (ky::StripRanks::CanRun(window.halfWidth, window.halfHeight, rank, above)) {
-    ky::StripRanks ranks(input.rows(), destination, step);
+  const ky::StripKernels& strips = ky::ChooseStripKernels();
+  if (strips.isFast && ky::StripRanks::Fits(window.halfWidth, window.halfHeight, rank, above)) {
+    ky::StripRanks ranks(strips, input.rows(), destination, step);
     return ranks.Run(window.halfWidth, window.halfHeight, static_cast<int>(rank),
                      static_cast<int>(above))
                ? KY_OK

@@ -19,15 +19,17 @@ namespace ky {
 // Pixels are `step` elements apart, and each component is a picture of its own.
 class StripRanks {
  public:
-  StripRanks(Rows<const KyBW8> in, Rows<KyBW8> out, std::ptrdiff_t step) noexcept
-      : in_(in), out_(out), step_(step), pixels_(in.width / step) {}
+  // With fast kernels.
+  StripRanks(const StripKernels& kernels, Rows<const KyBW8> in, Rows<KyBW8> out,
+             std::ptrdiff_t step) noexcept
+      : kernels_(kernels), in_(in), out_(out), step_(step), pixels_(in.width / step) {}
 
   // Whether windows are such, the rank having so many pixels below and above it. Wide ones would
   // have margins that cost more than their strip.
-  static bool CanRun(std::ptrdiff_t halfWidth, std::ptrdiff_t halfHeight, std::int64_t rank,
-                     std::int64_t above) noexcept {
+  static bool Fits(std::ptrdiff_t halfWidth, std::ptrdiff_t halfHeight, std::int64_t rank,
+                   std::int64_t above) noexcept {
     const bool isMedium = halfWidth < 256 && halfHeight < 64 && rank < 1 << 15 && above < 1 << 15;
-    return ChooseStripKernels().isFast && (IsSmall(rank, above) || isMedium);
+    return IsSmall(rank, above) || isMedium;
   }
 
   bool Run(std::ptrdiff_t halfWidth, std::ptrdiff_t halfHeight, int rank, int above) noexcept {
@@ -111,7 +113,7 @@ class StripRanks {
       for (std::ptrdiff_t i = 0; i < strip_.width; ++i) to[i * step_] = results_[i];
   }
 
-  const StripKernels& kernels_ = ChooseStripKernels();
+  const StripKernels& kernels_;
   Rows<const KyBW8> in_;
   Rows<KyBW8> out_;
   std::ptrdiff_t step_, pixels_, halfHeight_ = 0;

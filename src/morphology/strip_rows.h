@@ -30,7 +30,7 @@ struct RankStrip {
 };
 
 struct StripKernels {
-  // Whether this is faster than without strips.
+  // Whether this is faster than without strips; the others are null where it is not.
   bool isFast;
   // A row's pixels come to the columns so many times.
   void (*add)(const RankStrip& strip, const KyBW8* row, std::uint8_t times);

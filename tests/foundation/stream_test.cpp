@@ -19,7 +19,8 @@ using test::Random;
 template <class T>
 void CheckStreamed() {
   test::ForEachPath([](const std::string&) {
-    if (ChooseStreamKernels().write == nullptr) return;
+    const StreamKernels& stream = ChooseStreamKernels();
+    if (stream.write == nullptr) return;
     Random random(1);
     for (int turn = 0; turn < 200; ++turn) {
       const int width = 1 + static_cast<int>(random() % (turn % 8 == 0 ? 9000 : 200)), height = 3;
@@ -27,7 +28,7 @@ void CheckStreamed() {
       const Picture<T> picture = test::RandomPicture<T>(width, height, random);
       Canvas<T> in(picture, {}, random), out(width, height, place, random);
       const Rows<const T> source = RowsOf(static_cast<const KyROI<T>*>(in.roi()));
-      StreamRows(RowsOf(out.roi()),
+      StreamRows(stream, RowsOf(out.roi()),
                  [&](T* piece, std::size_t n, std::ptrdiff_t y, std::ptrdiff_t x) {
                    std::copy_n(source.Row(y) + x, n, piece);
                  });
@@ -53,10 +54,10 @@ TEST(Stream, WhenItPays) {
   const auto apart = [&](const Rows<KyBW8>& r) {
     return Rows<const KyBW8>{r.first + r.pitch * r.height, r.pitch, r.width, r.height};
   };
-  EXPECT_TRUE(OutgrowsCaches(rows(half), apart(rows(half))));
-  EXPECT_FALSE(OutgrowsCaches(rows(half), Rows<const KyBW8>(rows(half))));
-  EXPECT_FALSE(OutgrowsCaches(rows(half), apart(rows(half)), Rows<const KyBW8>(rows(half))));
-  EXPECT_FALSE(OutgrowsCaches(rows(cache / 16384), apart(rows(cache / 16384))));
+  EXPECT_NE(StreamFor(rows(half), apart(rows(half))), nullptr);
+  EXPECT_EQ(StreamFor(rows(half), Rows<const KyBW8>(rows(half))), nullptr);
+  EXPECT_EQ(StreamFor(rows(half), apart(rows(half)), Rows<const KyBW8>(rows(half))), nullptr);
+  EXPECT_EQ(StreamFor(rows(cache / 16384), apart(rows(cache / 16384))), nullptr);
 }
 
 // A whole call, where caches are small enough for a test.
