@@ -84,7 +84,7 @@ class LargeBoxes {
     for (std::ptrdiff_t i = 0; i <= last; ++i) add(i, 1);
     if (inside_) return;
     add(0, static_cast<std::uint64_t>(half));
-    add(n - 1, static_cast<std::uint64_t>(half - last));
+    add(last, static_cast<std::uint64_t>(half - last));  // of rows, later ones are not at hand
   }
   // The position that stands at i among n; false where none does.
   bool Find(std::ptrdiff_t& i, std::ptrdiff_t n) const {
