@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "foundation/kernels/count_rows.h"
+#include "foundation/kernels/pair_counter.h"
 #include "foundation/rows.h"
 
 namespace ky {
@@ -53,16 +53,18 @@ void CountRun(LevelCounter& counter, const Rows<const KyBW8>& rows, std::int64_t
   }
 }
 
-// Counts the pixels in the whole blocks of all rows, where blocks are faster and there are enough
-// of them. How many pixels of each row these are.
-std::ptrdiff_t CountBlocks(const Rows<const KyBW8>& rows, Counts& counts) noexcept {
-  constexpr std::ptrdiff_t kFewest = 64;
-  const std::ptrdiff_t blocks = rows.width / kCountBlock;
-  if (blocks * rows.height < kFewest) return 0;
-  const CountKernel kernel = ChooseCountKernels().count;
-  if (kernel == nullptr) return 0;
-  kernel(counts, blocks, rows.first, rows.pitch, rows.height);
-  return blocks * kCountBlock;
+// Pairs where there are enough pixels for them, and memory.
+void CountRows(LevelCounter& counter, const Rows<const KyBW8>& rows, Counts& counts) noexcept {
+  PairCounter pairs;
+  const std::ptrdiff_t steps = rows.width / PairCounter::kStep;
+  const bool inPairs =
+      steps * PairCounter::kStep * rows.height >= PairCounter::kFewest && pairs.Allocate();
+  for (std::ptrdiff_t y = 0; y < rows.height; ++y) {
+    const KyBW8* const row = rows.Row(y);
+    const std::ptrdiff_t x = inPairs ? pairs.Count(row, steps) * PairCounter::kStep : 0;
+    counter.Count(row + x, rows.width - x);
+  }
+  if (inPairs) pairs.AddTo(counts);
 }
 
 }  // namespace
@@ -80,10 +82,7 @@ void CountLevels(const KyROI<KyBW8>* roi, Counts& counts) noexcept {
       CountRun(counter, rows, begin, begin + runs[i].length);
     }
   } else {
-    const Rows<const KyBW8> joined = rows.Joined() ? rows.AsOneRow() : rows;
-    const std::ptrdiff_t counted = CountBlocks(joined, counts);
-    for (std::ptrdiff_t y = 0; y < joined.height; ++y)
-      counter.Count(joined.Row(y) + counted, joined.width - counted);
+    CountRows(counter, rows.Joined() ? rows.AsOneRow() : rows, counts);
   }
   counter.AddTo(counts);
 }
