@@ -331,15 +331,21 @@ struct RowParts {
 
 // Formulas that work on bytes say so by `using Lane = uint8_t`: op.Row(d8, at) is what a row
 // contributes, with at(right) as above.
+template <int kStep>
+struct BytesAround {
+  const uint8_t* places;
+
+  HWY_INLINE hn::Vec<D8> operator()(int right) const {
+    return hn::LoadU(D8(), places + kStep * right);
+  }
+};
 template <class Op, int kStep>
 requires std::is_same_v<typename Op::Lane, uint8_t>
 struct RowParts<Op, kStep> {
-  hn::Vec<D8> part;
+  using Around = BytesAround<kStep>;
+  decltype(std::declval<Op>().Row(D8(), Around())) part;
 
-  HWY_INLINE void Make(const Op& op, const uint8_t* places) {
-    part = op.Row(
-        D8(), [=](int right) KY_INLINE_ATTR { return hn::LoadU(D8(), places + kStep * right); });
-  }
+  HWY_INLINE void Make(const Op& op, const uint8_t* places) { part = op.Row(D8(), Around{places}); }
   template <class... RowPart>
   HWY_INLINE static hn::Vec<D8> Result(const Op& op, const RowPart&... row) {
     return op(D8(), row.part...);

@@ -83,8 +83,24 @@ class WindowWalk {
   KY_ERRORS Run(Rows<Out> destination, Rows<const T> source, const Inside& inside,
                 const AtBorder& atBorder) noexcept {
     if (destination.Empty()) return KY_OK;
+    if (!Open(destination, source)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    const std::ptrdiff_t above = kApart ? std::min(radius_, in_.height) : 0;
+    const std::ptrdiff_t below = std::max(above, in_.height - (kApart ? radius_ : 0));
+    MakeTo(above, atBorder);
+    MakeTo(below, inside, [&] {
+      if (kApart) MakeEnds(atBorder, std::min(reach_, in_.width));
+    });
+    MakeTo(in_.height, atBorder);
+    return KY_OK;
+  }
+
+  // In steps: Open, which is false when there is no memory, and then MakeTo for ends that grow up
+  // to the height. Rows of the source have to be there when windows of rows before the end have
+  // them.
+  bool Open(Rows<Out> destination, Rows<const T> source) noexcept {
     out_ = destination;
-    if (!input_.Open(source, destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    made_ = 0;
+    if (!input_.Open(source, destination)) return false;
     in_ = input_.rows();
     ends_ = std::max(RoundUp(reach_), lanes_);
     halfStrip_ = (ends_ + reach_ + step_ - 1) / step_ * step_;
@@ -94,25 +110,11 @@ class WindowWalk {
     isLarge_ = !copies_ && bytes > kThirdCache;
     exceedsSecondCache_ = !copies_ && bytes > kSecondCache;
     rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, kMost) : kMost;
-    if (!Allocate()) return KY_ERROR_NOT_ENOUGH_MEMORY;
-    const auto run = [&](std::ptrdiff_t y, std::ptrdiff_t end, bool isBorder) {
-      while (y < end) {
-        const std::ptrdiff_t count = std::min(end - y, rowsAtOnce_);
-        OpenBand(y, count);
-        if (isBorder)
-          MakeBand(atBorder);
-        else
-          MakeBand(inside);
-        if (kApart && !isBorder) MakeEnds(atBorder, std::min(reach_, in_.width));
-        y += count;
-      }
-    };
-    const std::ptrdiff_t above = kApart ? std::min(radius_, in_.height) : 0;
-    const std::ptrdiff_t below = std::max(above, in_.height - (kApart ? radius_ : 0));
-    run(0, above, true);
-    run(above, below, false);
-    run(below, in_.height, true);
-    return KY_OK;
+    return Allocate();
+  }
+  template <class Kernel>
+  void MakeTo(std::ptrdiff_t end, const Kernel& kernel) noexcept {
+    MakeTo(end, kernel, [] {});
   }
 
  private:
@@ -160,6 +162,18 @@ class WindowWalk {
     std::memcpy(reinterpret_cast<KyBW8*>(to) + last, reinterpret_cast<const KyBW8*>(from) + last,
                 kBytes);
     return true;
+  }
+
+  // Calls finish() after each band.
+  template <class Kernel, class Finish>
+  void MakeTo(std::ptrdiff_t end, const Kernel& kernel, const Finish& finish) noexcept {
+    while (made_ < end) {
+      const std::ptrdiff_t count = std::min(end - made_, rowsAtOnce_);
+      OpenBand(made_, count);
+      MakeBand(kernel);
+      finish();
+      made_ += count;
+    }
   }
 
   // Finds the rows of the windows of results y.. y + count - 1: the whole ones from column First()
@@ -251,7 +265,7 @@ class WindowWalk {
   // Results at either end of a row that are made from strips: whole vectors; and elements of a
   // strip that one end's are made from: whole pixels.
   std::ptrdiff_t ends_ = 0, halfStrip_ = 0;
-  std::ptrdiff_t rowsAtOnce_ = 0;
+  std::ptrdiff_t rowsAtOnce_ = 0, made_ = 0;
   bool isLarge_ = false, exceedsSecondCache_ = false;
   Border border_;
   bool copies_ = false;  // of whole rows are in the ring, else their ends alone

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "foundation/frame.h"
 #include "foundation/kernels/operators_rows.h"
@@ -47,15 +48,22 @@ void GoDown(std::ptrdiff_t height, const Advance& advance) noexcept {
   }
 }
 
+inline const WindowKernel<WindowRun>& OfStep(const WindowKernels& kernels, int step) noexcept {
+  return step == 1 ? kernels.grey : kernels.color;
+}
+inline const WindowKernel<WindowRun>& SquareOf(const SquareKernels& squares, Extreme extreme,
+                                               int step) noexcept {
+  return OfStep(extreme == kDilation ? squares.maximum : squares.minimum, step);
+}
+
 // The workers. False when there is no memory; nothing has been written then.
 
 inline bool RunExtreme(const Operands& on, Extreme extreme, const Element& element) noexcept {
   const std::ptrdiff_t width = on.source.width, height = on.source.height;
   if (element.IsSquare()) {
     const SquareKernels& squares = ChooseSquareKernels();
-    const WindowKernels& kernels = extreme == kDilation ? squares.maximum : squares.minimum;
     return FilterWindows(on.destination, on.source, Border::Nearest(),
-                         element.step == 1 ? kernels.grey : kernels.color) == KY_OK;
+                         SquareOf(squares, extreme, element.step)) == KY_OK;
   }
   Input<KyBW8> input;
   ExtremePass pass;
@@ -65,6 +73,30 @@ inline bool RunExtreme(const Operands& on, Extreme extreme, const Element& eleme
   GoDown(height, [&](std::ptrdiff_t ready) {
     pass.Advance(ready, LinesOf(input.rows()), LinesOf(on.destination));
   });
+  return true;
+}
+
+// RunBoth by 3 x 3 pixels: two walks go down the image, one closely after the other.
+template <class Finish>
+bool RunBothSquares(const Operands& on, Extreme first, int step, bool keepsSource,
+                    const Finish& finish) noexcept {
+  constexpr std::ptrdiff_t kRows = 24;
+  const Extreme second = first == kDilation ? kErosion : kDilation;
+  const SquareKernels& squares = ChooseSquareKernels();
+  const WindowKernel<WindowRun>& kernel = SquareOf(squares, first, step);
+  const WindowKernel<WindowRun>& kernelBack = SquareOf(squares, second, step);
+  WindowWalk<KyBW8, KyBW8> there(kernel, Border::Nearest()), back(kernelBack, Border::Nearest());
+  Input<KyBW8> input;
+  if (keepsSource && !input.OpenApart(on.source, on.destination)) return false;
+  const Rows<const KyBW8> in = keepsSource ? input.rows() : on.source;
+  const Rows<KyBW8>& out = on.destination;
+  if (!there.Open(out, in) || !back.Open(out, out)) return false;
+  for (std::ptrdiff_t y = 0; y < out.height;) {
+    const std::ptrdiff_t begin = std::exchange(y, std::min(y + kRows, out.height));
+    there.MakeTo(std::min(y + 1, out.height), kernel);
+    back.MakeTo(y, kernelBack);
+    for (std::ptrdiff_t row = begin; row < y; ++row) finish(out.Row(row), in.Row(row));
+  }
   return true;
 }
 
@@ -78,6 +110,7 @@ bool RunBoth(const Operands& on, Extreme first, const Element& element, bool kee
   Input<KyBW8> input;
   ExtremePass there, back;
   if (on.source.Empty()) return true;
+  if (element.IsSquare()) return RunBothSquares(on, first, element.step, keepsSource, finish);
   if (!(keepsSource ? input.OpenApart(on.source, on.destination)
                     : input.Open(on.source, on.destination)) ||
       !there.Allocate(first, element, width, height) ||
@@ -112,6 +145,9 @@ inline bool RunGradient(const Operands& on, const Element& element) noexcept {
   Input<KyBW8> input;
   ExtremePass dilation, erosion;
   Scratch<KyBW8> memory;
+  if (element.IsSquare())
+    return FilterWindows(on.destination, on.source, Border::Nearest(),
+                         OfStep(ChooseSquareKernels().range, element.step)) == KY_OK;
   if (on.source.Empty()) return true;
   if (!input.Open(on.source, on.destination) ||
       !erosion.Allocate(kErosion, element, width, height) ||
