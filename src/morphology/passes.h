@@ -17,16 +17,17 @@ namespace ky {
 struct Element {
   std::ptrdiff_t halfWidth, halfHeight;
   std::ptrdiff_t crosses;
-  int step = 1;  // elements of a pixel; more than one without crosses only
+  int step = 1;  // elements of a pixel; more than one without crosses, or with one alone
   const Shape* shape = nullptr;
 
   static Element Box(unsigned halfWidth, unsigned halfHeight, int step = 1) noexcept {
     return {halfWidth, halfHeight, 0, step};
   }
-  // A shape that is a box takes the way of boxes.
+  // A shape that is a box or a cross of five takes their way.
   static Element Of(const Shape& shape, int step) noexcept {
     unsigned halfWidth = 0, halfHeight = 0;
     if (shape.IsBox(halfWidth, halfHeight)) return Box(halfWidth, halfHeight, step);
+    if (shape.IsCross()) return {0, 0, 1, step};
     return {0, 0, 0, step, &shape};
   }
   static Element Disk(unsigned radius) noexcept {
@@ -35,9 +36,10 @@ struct Element {
   }
   bool HasBox() const noexcept { return halfWidth > 0 || halfHeight > 0; }
   bool IsPoint() const noexcept { return !HasBox() && crosses == 0; }
-  // 3 x 3 pixels.
-  bool IsSquare() const noexcept {
-    return halfWidth == 1 && halfHeight == 1 && crosses == 0 && shape == nullptr;
+  // One square, or one cross.
+  bool IsUnit() const noexcept {
+    return shape == nullptr &&
+           (crosses == 0 ? halfWidth == 1 && halfHeight == 1 : crosses == 1 && !HasBox());
   }
   // The smallest element that does the same on an image of this size, in pixels.
   Element On(std::ptrdiff_t width, std::ptrdiff_t height) const noexcept;

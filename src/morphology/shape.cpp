@@ -24,6 +24,18 @@ bool Shape::IsBox(unsigned& halfWidth, unsigned& halfHeight) const noexcept {
   return true;
 }
 
+bool Shape::IsCross() const noexcept {
+  const std::ptrdiff_t centerX = kernel_.sizeX / 2, centerY = kernel_.sizeY / 2;
+  std::ptrdiff_t members = 0;
+  for (std::ptrdiff_t j = 0; j < kernel_.sizeY; ++j)
+    for (std::ptrdiff_t i = 0; i < kernel_.sizeX; ++i) {
+      if (!Has(i, j)) continue;
+      if (std::abs(i - centerX) + std::abs(j - centerY) > 1) return false;
+      ++members;
+    }
+  return members == 5;
+}
+
 std::ptrdiff_t Shape::FindRuns(std::ptrdiff_t width, std::ptrdiff_t height, bool reflected,
                                Run* runs) const noexcept {
   const std::ptrdiff_t centerX = kernel_.sizeX / 2, centerY = kernel_.sizeY / 2;

@@ -22,6 +22,8 @@ class Shape {
   bool HasMembers() const noexcept;
   // True of a rectangle around the pixel, of which the half sizes are given.
   bool IsBox(unsigned& halfWidth, unsigned& halfHeight) const noexcept;
+  // True of the pixel and its four neighbours.
+  bool IsCross() const noexcept;
   // Runs of the members on images of this size, for an extreme over source(p + b), or over
   // source(p - b) when reflected. Members so far away that they never meet a pixel are left out.
   // Null `runs` only count.

@@ -10,7 +10,7 @@
 #include "foundation/rows.h"
 #include "foundation/window.h"
 #include "morphology/passes.h"
-#include "morphology/square_rows.h"
+#include "morphology/unit_rows.h"
 
 namespace ky {
 
@@ -48,23 +48,27 @@ void GoDown(std::ptrdiff_t height, const Advance& advance) noexcept {
   }
 }
 
-inline const WindowKernel<WindowRun>& OfStep(const WindowKernels& kernels, int step) noexcept {
-  return step == 1 ? kernels.grey : kernels.color;
+// The windows of an element that IsUnit.
+inline const ExtremeWindows& WindowsOf(const Element& element) noexcept {
+  const UnitKernels& kernels = ChooseUnitKernels();
+  return element.crosses == 0 ? kernels.square : kernels.cross;
 }
-inline const WindowKernel<WindowRun>& SquareOf(const SquareKernels& squares, Extreme extreme,
-                                               int step) noexcept {
-  return OfStep(extreme == kDilation ? squares.maximum : squares.minimum, step);
+inline const WindowKernel<WindowRun>& KernelOf(const WindowKernels& kernels,
+                                               const Element& element) noexcept {
+  return element.step == 1 ? kernels.grey : kernels.color;
+}
+inline const WindowKernel<WindowRun>& KernelOf(const ExtremeWindows& windows, Extreme extreme,
+                                               const Element& element) noexcept {
+  return KernelOf(extreme == kDilation ? windows.maximum : windows.minimum, element);
 }
 
 // The workers. False when there is no memory; nothing has been written then.
 
 inline bool RunExtreme(const Operands& on, Extreme extreme, const Element& element) noexcept {
   const std::ptrdiff_t width = on.source.width, height = on.source.height;
-  if (element.IsSquare()) {
-    const SquareKernels& squares = ChooseSquareKernels();
+  if (element.IsUnit())
     return FilterWindows(on.destination, on.source, Border::Nearest(),
-                         SquareOf(squares, extreme, element.step)) == KY_OK;
-  }
+                         KernelOf(WindowsOf(element), extreme, element)) == KY_OK;
   Input<KyBW8> input;
   ExtremePass pass;
   if (on.source.Empty()) return true;
@@ -76,15 +80,15 @@ inline bool RunExtreme(const Operands& on, Extreme extreme, const Element& eleme
   return true;
 }
 
-// RunBoth by 3 x 3 pixels: two walks go down the image, one closely after the other.
+// RunBoth by an element that IsUnit: two walks go down the image, one closely after the other.
 template <class Finish>
-bool RunBothSquares(const Operands& on, Extreme first, int step, bool keepsSource,
-                    const Finish& finish) noexcept {
+bool RunBothUnits(const Operands& on, Extreme first, const Element& element, bool keepsSource,
+                  const Finish& finish) noexcept {
   constexpr std::ptrdiff_t kRows = 24;
   const Extreme second = first == kDilation ? kErosion : kDilation;
-  const SquareKernels& squares = ChooseSquareKernels();
-  const WindowKernel<WindowRun>& kernel = SquareOf(squares, first, step);
-  const WindowKernel<WindowRun>& kernelBack = SquareOf(squares, second, step);
+  const ExtremeWindows& windows = WindowsOf(element);
+  const WindowKernel<WindowRun>& kernel = KernelOf(windows, first, element);
+  const WindowKernel<WindowRun>& kernelBack = KernelOf(windows, second, element);
   WindowWalk<KyBW8, KyBW8> there(kernel, Border::Nearest()), back(kernelBack, Border::Nearest());
   Input<KyBW8> input;
   if (keepsSource && !input.OpenApart(on.source, on.destination)) return false;
@@ -110,7 +114,7 @@ bool RunBoth(const Operands& on, Extreme first, const Element& element, bool kee
   Input<KyBW8> input;
   ExtremePass there, back;
   if (on.source.Empty()) return true;
-  if (element.IsSquare()) return RunBothSquares(on, first, element.step, keepsSource, finish);
+  if (element.IsUnit()) return RunBothUnits(on, first, element, keepsSource, finish);
   if (!(keepsSource ? input.OpenApart(on.source, on.destination)
                     : input.Open(on.source, on.destination)) ||
       !there.Allocate(first, element, width, height) ||
@@ -145,9 +149,9 @@ inline bool RunGradient(const Operands& on, const Element& element) noexcept {
   Input<KyBW8> input;
   ExtremePass dilation, erosion;
   Scratch<KyBW8> memory;
-  if (element.IsSquare())
+  if (element.IsUnit())
     return FilterWindows(on.destination, on.source, Border::Nearest(),
-                         OfStep(ChooseSquareKernels().range, element.step)) == KY_OK;
+                         KernelOf(WindowsOf(element).range, element)) == KY_OK;
   if (on.source.Empty()) return true;
   if (!input.Open(on.source, on.destination) ||
       !erosion.Allocate(kErosion, element, width, height) ||
