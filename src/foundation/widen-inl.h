@@ -45,19 +45,20 @@ struct OnWideLanes {
   }
 };
 
-// OnWide with f given 256 times the 8-bit lanes.
-template <class D, class F>
-HWY_INLINE hn::Vec<D> OnWideScaled(D d, const F& f, hn::Vec<D> v) {
+// OnWide with 256 times the 8-bit lanes, and one formula for the even ones, another for the odd.
+template <class D, class Even, class Odd>
+HWY_INLINE hn::Vec<D> OnWideScaled(D d, const Even& ofEven, [[maybe_unused]] const Odd& ofOdd,
+                                   hn::Vec<D> v) {
 #if HWY_TARGET == HWY_SCALAR
   const hn::Rebind<uint16_t, D> d16;
   const hn::Rebind<int16_t, D> signed16;
   const auto scaled = hn::ShiftLeft<8>(hn::PromoteTo(d16, v));
-  return hn::DemoteTo(d, hn::BitCast(signed16, f(d16, scaled)));
+  return hn::DemoteTo(d, hn::BitCast(signed16, ofEven(d16, scaled)));
 #else
   const hn::Repartition<uint16_t, D> d16;
   const auto both = hn::BitCast(d16, v);
-  const auto even = f(d16, hn::ShiftLeft<8>(both));
-  const auto odd = f(d16, hn::And(both, hn::Set(d16, 0xFF00)));
+  const auto even = ofEven(d16, hn::ShiftLeft<8>(both));
+  const auto odd = ofOdd(d16, hn::And(both, hn::Set(d16, 0xFF00)));
   return hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd)));
 #endif
 }

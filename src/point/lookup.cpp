@@ -4,6 +4,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 
 #include "foundation/frame.h"
 #include "foundation/kernels/lookup_rows.h"
@@ -124,10 +125,13 @@ KY_ERRORS ImgGainOffset(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
             {gain[0], offset[0]}, {gain[1], offset[1]}, {gain[2], offset[2]}};
         const ky::LookupKernels& kernels = ky::ChooseLookupKernels();
         if (std::all_of(laws, laws + 3, [](const auto& law) { return law.FitsLanes(); })) {
-          const ky::ColorGainOffset inLanes{
-              {laws[0].InLanes(), laws[1].InLanes(), laws[2].InLanes()}};
-          return ky::MapRows(kernels.gainOffsetColors, out, ky::FromRows(in),
-                             ky::FromParameters(inLanes));
+          ky::ColorGainOffset inLanes;
+          for (std::size_t i = 0; i < std::size(inLanes.gain); ++i) {
+            const GainOffset law = laws[2 * i % 3].InLanes();
+            inLanes.gain[i] = law.gain;
+            inLanes.offset[i] = law.offset;
+          }
+          return ky::MapFreshRows(kernels.gainOffsetColors, out, in, inLanes);
         }
         const ky::ColorTables tables{{TableBy(laws[0]), TableBy(laws[1]), TableBy(laws[2])}};
         return ky::MapRows(kernels.lookUpColors, out, ky::FromRows(in), ky::FromParameters(tables));

@@ -4,6 +4,7 @@
 
 #include "point/uniformize_rows.h"
 
+#include "foundation/components-inl.h"
 #include "foundation/dispatch.h"
 #include "foundation/kernels/division-inl.h"
 #include "foundation/spans-inl.h"
@@ -18,24 +19,9 @@ using DF = FloatsOfBytes<D8>;
 using VF = hn::Vec<DF>;
 constexpr size_t kFloats = hn::MaxLanes(D8()) / hn::MaxLanes(DF());  // vectors for one of bytes
 
-// The levels of the elements from any place on, as a source: those of three vectors, as the
-// components of colours repeat.
-struct LevelsFrom {
-  struct At {
-    VF of[kFloats];
-  };
-  const At* first;
-  size_t place = 0;
-
-  friend HWY_INLINE LevelsFrom operator+(LevelsFrom levels, size_t i) {
-    return {levels.first, levels.place + i};
-  }
-  friend HWY_INLINE const At* LoadLanes(D8, const LevelsFrom& levels) {
-    return levels.first + levels.place % 3;
-  }
-  friend HWY_INLINE const At* LoadPart(D8 d, const LevelsFrom& levels, size_t) {
-    return LoadLanes(d, levels);
-  }
+// The levels of the elements of a vector.
+struct LevelsAt {
+  VF of[kFloats];
 };
 struct Levels {
   explicit Levels(const KyBW8 (&component)[3]) {
@@ -43,15 +29,15 @@ struct Levels {
     for (size_t i = 0; i < sizeof pattern; ++i) pattern[i] = component[i % 3];
     for (size_t i = 0; i < 3; ++i) FloatsOf(D8(), hn::LoadU(D8(), pattern + i), at[i].of);
   }
-  LevelsFrom At0() const { return {at}; }
+  ComponentsFrom<LevelsAt> At0() const { return {at}; }
 
-  LevelsFrom::At at[3];
+  LevelsAt at[3];
 };
 
 struct ByLight {
   using Lane = uint8_t;
   template <class D, class V>
-  HWY_INLINE V operator()(D d, V source, V light, const LevelsFrom::At* level) const {
+  HWY_INLINE V operator()(D d, V source, V light, const LevelsAt* level) const {
     return QuotientsOf(d, source, hn::Max(light, hn::Set(d, 1)), hn::Set(DF(), kJustAbove1),
                        [=](DF, size_t i, VF quotient)
                            HWY_ATTR { return RoundFitting(hn::Mul(quotient, level->of[i])); });
@@ -73,8 +59,8 @@ struct ByOneLight {
 struct ByBoth {
   using Lane = uint8_t;
   template <class D, class V>
-  HWY_INLINE V operator()(D d, V source, V light, V dark, const LevelsFrom::At* range,
-                          const LevelsFrom::At* darkLevel) const {
+  HWY_INLINE V operator()(D d, V source, V light, V dark, const LevelsAt* range,
+                          const LevelsAt* darkLevel) const {
     const V zero = hn::Zero(d), span = hn::SaturatedSub(light, dark);
     const V from = hn::IfThenElse(hn::Eq(span, zero), dark, source);
     return QuotientsOf(d, Difference<V>{from, dark}, hn::Max(span, hn::Set(d, 1)),

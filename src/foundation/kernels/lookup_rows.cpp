@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "foundation/components-inl.h"
 #include "foundation/dispatch.h"
 #include "foundation/look_up-inl.h"
 #include "foundation/spans-inl.h"
@@ -22,31 +23,52 @@ struct LookUpLevels : Table256 {
   using Table256::Table256;
 };
 
+using D8 = hn::ScalableTag<uint8_t>;
+#if HWY_TARGET == HWY_SCALAR
+using D16 = hn::Rebind<uint16_t, D8>;
+#else
+using D16 = hn::Repartition<uint16_t, D8>;
+#endif
+using V16 = hn::Vec<D16>;
+
 // With v times 256 and g times 8, the high half of the product is v g >> 5. What saturates at the
 // top is 255 and above, and what saturates at the bottom is below 0.
-struct ApplyGainOffset {
-  using Lane = uint8_t;
-  struct Wide {
-    uint16_t gain, offset;
-    template <class D16, class V>
-    HWY_INLINE V operator()(D16 d16, V v) const {
-      const V product = hn::MulHigh(v, hn::Set(d16, gain));
-      const V biased = hn::SaturatedAdd(product, hn::Set(d16, offset));
-      return hn::SaturatedSub(biased, hn::Set(d16, GainOffset::kOffsetBias));
-    }
-  } wide;
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V v) const {
-    return OnWideScaled(d, wide, v);
+struct GainsAndOffsets {
+  V16 gain, offset;
+
+  HWY_INLINE V16 operator()(D16 d16, V16 v) const {
+    const V16 biased = hn::SaturatedAdd(hn::MulHigh(v, gain), offset);
+    return hn::SaturatedSub(biased, hn::Set(d16, GainOffset::kOffsetBias));
   }
 };
+struct ApplyGainOffset {
+  using Lane = uint8_t;
+  GainsAndOffsets law;
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V v) const {
+    return OnWideScaled(d, law, law, v);
+  }
+};
+// The laws of the elements of a vector.
+struct LawsAt {
+  GainsAndOffsets even, odd;
+};
+struct ApplyGainsAndOffsets {
+  using Lane = uint8_t;
+  template <class D, class V>
+  HWY_INLINE V operator()(D d, V v, const LawsAt* laws) const {
+    return OnWideScaled(d, laws->even, laws->odd, v);
+  }
+};
+HWY_INLINE V16 InLanes(V16 gain) { return hn::ShiftLeft<3>(gain); }
 
 void LookUpRow(KyBW8* out, size_t n, const KyBW8* in, const LookupTable* table) {
   MapSpan(LookUpLevels(table->level), out, n, in);
 }
 void GainOffsetRow(KyBW8* out, size_t n, const KyBW8* in, const GainOffset* law) {
-  const auto gain = static_cast<uint16_t>(8 * law->gain);
-  MapSpan(ApplyGainOffset{{gain, law->offset}}, out, n, in);
+  const D16 d16;
+  MapSpan(ApplyGainOffset{{InLanes(hn::Set(d16, law->gain)), hn::Set(d16, law->offset)}}, out, n,
+          in);
 }
 
 #if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3 && HWY_TARGET != HWY_AVX3_DL
@@ -99,11 +121,14 @@ void FalseColorsRow(KyC24* out, size_t n, const KyBW8* in, const ColorTables* ta
   MapSpan(Op{{TableOf(tables, 0), TableOf(tables, 1), TableOf(tables, 2)}}, out, n, in);
 }
 void GainOffsetColorsRow(KyC24* out, size_t n, const KyC24* in, const ColorGainOffset* laws) {
-  const auto law = [=](int i) HWY_ATTR {
-    const GainOffset& one = laws->component[i];
-    return ApplyGainOffset{{static_cast<uint16_t>(8 * one.gain), one.offset}};
+  static_assert(hn::MaxLanes(D16()) <= ColorGainOffset::kLanes);
+  const auto from = [=](size_t component) HWY_ATTR {
+    const size_t place = (6 - component) % 3;
+    const V16 gain = hn::LoadU(D16(), laws->gain + place);
+    return GainsAndOffsets{InLanes(gain), hn::LoadU(D16(), laws->offset + place)};
   };
-  MapSpan(OnComponents<ApplyGainOffset>{law(0), law(1), law(2)}, out, n, in);
+  const LawsAt at[3] = {{from(0), from(1)}, {from(1), from(2)}, {from(2), from(3)}};
+  MapSpan(ApplyGainsAndOffsets(), &out->c0, 3 * n, &in->c0, ComponentsFrom<LawsAt>{at});
 }
 
 struct PlaceInTable {

@@ -25,8 +25,12 @@ struct FloatLaw {
 struct ColorTables {
   LookupTable component[3];
 };
+// Those of every second element in a row of components, from the first component on; from the i-th
+// on, they begin at place (3 - i) % 3.
 struct ColorGainOffset {
-  GainOffset component[3];
+  static constexpr int kLanes = 32;  // of 16 bits in the longest vector
+
+  KyBW16 gain[kLanes + 2], offset[kLanes + 2];
 };
 // levels[min(source >> shift, last)]. The first 256 of them, where the last is repeated if there
 // are fewer, are in `lowest`.
