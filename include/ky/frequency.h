@@ -35,14 +35,14 @@ enum IMG_DFT_DIRECTION : int {
 /// for the 32 lengths of rows and columns that were used last.
 ///
 /// In place where source and destination are the same complex pixels. Error:
-/// `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for an unknown direction. Traces: "ImgSlowDFT (BW8)",
+/// `KY_ERROR_UNSUPPORTED_OPERATION` (1003) for an unknown direction. Traces: "ImgSlowDFT (BW8)",
 /// "ImgSlowDFT (Complex64)".
 KY_API KY_ERRORS ImgSlowDFT(const KyROI<KyBW8>* source, KyROI<KyComplex64>* destination) noexcept;
 KY_API KY_ERRORS ImgSlowDFT(const KyROI<KyComplex64>* source, KyROI<KyComplex64>* destination,
                             IMG_DFT_DIRECTION direction) noexcept;
 
 /// The same for images whose width and height are powers of two. Error:
-/// `KY_ERROR_NOT_POWER_OF_TWO` (2600) for any other size, 0 among them, before 1011. Traces:
+/// `KY_ERROR_NOT_POWER_OF_TWO` (2600) for any other size, 0 among them, before 1003. Traces:
 /// "ImgFastDFT (BW8)", "ImgFastDFT (Complex64)".
 KY_API KY_ERRORS ImgFastDFT(const KyROI<KyBW8>* source, KyROI<KyComplex64>* destination) noexcept;
 KY_API KY_ERRORS ImgFastDFT(const KyROI<KyComplex64>* source, KyROI<KyComplex64>* destination,

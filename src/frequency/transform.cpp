@@ -151,7 +151,7 @@ KY_ERRORS CallTransform(const char* name, const KyROI<KyComplex64>* source,
     if (kFast)
       if (const KY_ERRORS error = CheckPowersOfTwo(destination)) return error;
     if (direction != IMG_DFT_FORWARD && direction != IMG_DFT_INVERSE)
-      return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "direction");
+      return ky::Explain(KY_ERROR_UNSUPPORTED_OPERATION, "direction");
     return Transform(in, out, direction == IMG_DFT_INVERSE);
   });
 }

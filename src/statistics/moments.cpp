@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numbers>
 
 #include "foundation/elementary.h"
 #include "ky/angle.h"
@@ -153,7 +154,10 @@ KY_ERRORS ImgInertia(const KyROI<KyBW8>* source, KyBW8 threshold, float& major, 
     const double n = ky::ToDouble(area);
     major = static_cast<float>(larger / n / n);
     minor = larger == 0 ? 0.0f : static_cast<float>(determinant / larger / n / n);
-    angle = KyFromRadians(static_cast<float>(ky::Atan2(across, along) / 2));
+    // Directions that round to -90 degrees are upright.
+    constexpr float kUpright = std::numbers::pi_v<float> / 2;
+    const auto direction = static_cast<float>(ky::Atan2(across, along) / 2);
+    angle = KyFromRadians(direction > -kUpright ? direction : kUpright);
     return KY_OK;
   });
 }

@@ -78,10 +78,11 @@ KY_ERRORS ImgConvolVect(const KyVector* source, const KyKernel* kernel, KyVector
       if (!elements.Allocate(groups)) return KY_ERROR_NOT_ENOUGH_MEMORY;
       const T* const first = static_cast<const T*>(source->GetDataPtr());
       for (ptrdiff_t i = 0; i < groups; ++i) elements[i] = first[i * length];
-      if (result != source)
-        if (const KY_ERRORS error =
-                result->SetStructure(source->GetDataSize(), groups, 1, source->GetDataType()))
-          return error;
+      if (result != source &&
+          result->SetStructure(source->GetDataSize(), groups, 1, source->GetDataType()) != KY_OK) {
+        KyOk();  // the function's own name stands in the trace, not that of this step
+        return KY_ERROR_NOT_ENOUGH_MEMORY;
+      }
       Convolve(static_cast<T*>(result->GetDataPtr()), result->GetGroupLength(), elements.get(),
                groups, coefficients.get(), count, view);
       return result->SetNbGroup(groups);

@@ -180,8 +180,8 @@ TEST(Transform, Refusals) {
   EXPECT_EQ(ImgFastDFT(&grey, &out), KY_ERROR_NOT_POWER_OF_TWO);
   EXPECT_EQ(ImgFastDFT(&out, &out, unknown), KY_ERROR_NOT_POWER_OF_TWO);
   EXPECT_EQ(ImgFastDFT(&grey, &power), KY_ERROR_SIZE_MISMATCH);
-  EXPECT_EQ(ImgFastDFT(&power, &power, unknown), KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
-  EXPECT_EQ(ImgSlowDFT(&out, &out, unknown), KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
+  EXPECT_EQ(ImgFastDFT(&power, &power, unknown), KY_ERROR_UNSUPPORTED_OPERATION);
+  EXPECT_EQ(ImgSlowDFT(&out, &out, unknown), KY_ERROR_UNSUPPORTED_OPERATION);
   EXPECT_STREQ(KyGetTrace(0), "ImgSlowDFT (Complex64)");
   KyROI<KyComplex64> noRows(&out, 1, 1, 4, 0);
   EXPECT_EQ(ImgSlowDFT(&noRows, &noRows, IMG_DFT_FORWARD), KY_OK);

@@ -150,6 +150,13 @@ TEST(Inertia, OfShapes) {
       KySetAngleUnit(KY_ANGLE_DEGREES);
     }
   });
+  KyImage<KyBW8> tall(3, 20000);  // leans by 10^-8, to the left or to the right
+  for (int y = 0; y < 20000; ++y) tall.SetPixel(255, 1, y);
+  for (const int x : {0, 2}) {
+    KyROI<KyBW8> leaning(&tall, x / 2, 0, 2, 20000);
+    tall.SetPixel(255, x, 19999);
+    EXPECT_EQ(InertiaOf(&leaning).angle, 90);
+  }
   KyImage<KyBW8> dark(9, 9);
   EXPECT_EQ(InertiaOf(&dark), (Inertia{-7, -7, -7, KY_ERROR_NO_PIXELS}));
 }
