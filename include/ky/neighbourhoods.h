@@ -20,7 +20,7 @@
 ///   filtered. An area that overlaps the source otherwise is written as if the source were a copy.
 /// - Cost: that of a pixel does not depend on the size of the window, except that of
 ///   ImgConvolGaussian, which grows with halfWidth + halfHeight. Windows of more than eight million
-///   pixels, and of 65536 where deviations are computed, take several times as long as others.
+///   pixels, and of four million where deviations are computed, take several times as long.
 ///   Scratch memory is some rows, 2 halfHeight + 2 of them for colours and in place.
 /// - Errors, which leave the destination as it was, in this order: `KY_ERROR_NO_IMAGE` (1400) for a
 ///   source or a destination without pixels; `KY_ERROR_SIZE_MISMATCH` (1403) for different sizes;

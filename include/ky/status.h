@@ -12,8 +12,8 @@ enum KY_ERRORS : int {
   /// The border of the ROI stopped a path. ImgContour: the contour met the border in a mode that
   /// stops there. ImgImageToPath, ImgPathToImage: at least one element lay outside and was skipped.
   KY_ERROR_PATH_STOPPED = 106,
-  /// There is no such operation, mode, unit or edge for this call: ImgOper, ImgVect1c2,
-  /// KySetAngleUnit, ImgTransitionScan; KyMovingAverage in the wrong way of passing frames.
+  /// No such operation, mode, order, format, rotation, connexity, polarity, edge or unit: the calls
+  /// that take one and say so. KyMovingAverage in the wrong way of passing frames.
   KY_ERROR_UNSUPPORTED_OPERATION = 1003,
   /// A lower limit exceeds its upper limit: thresholds of histograms and profiles, ImgMatchFrames.
   /// Geometric transforms: an interpolation other than 0, 4 and 8. ImgVectToLineSeg: the first or
@@ -23,18 +23,18 @@ enum KY_ERRORS : int {
   KY_ERROR_BAD_MODE = 1009,
   /// ImgVect1c2: the interval of elements is empty or reaches beyond a vector.
   KY_ERROR_PARAMETER_OUT_OF_RANGE = 1010,
-  /// The first numeric parameter is out of range. Pixels, kernels and vectors: an x or an index.
-  /// ClrGetComponent, ClrSetComponent: the component. KyImage::Attach: the address.
+  /// The first numeric parameter is out of range: an x, an index, a component, a half width, a
+  /// number of levels, a shift, a pitch, a direction. KyImage::Attach: the address.
   KY_ERROR_PARAMETER_1_OUT_OF_RANGE = 1011,
-  /// The second numeric parameter is out of range: a y, a width, a number of groups, a level, the
-  /// row of ImgMatchFrames, or the first end of a segment.
+  /// The second numeric parameter is out of range: a y, a width, a half height, a scale, a level, a
+  /// number of groups or iterations, the row of ImgMatchFrames, or the first end of a segment.
   KY_ERROR_PARAMETER_2_OUT_OF_RANGE = 1012,
-  /// The third numeric parameter is out of range: a height, a group length, a level, the most
-  /// significant bit of ImgHistogram, an end of a segment. ImgGradientScalar: the lookup does not
-  /// have 512 x 512 pixels.
+  /// The third numeric parameter is out of range: a height, a group length, a level, a rank, a
+  /// sigma, the most significant bit of ImgHistogram, an end of a segment. ImgGradientScalar: the
+  /// lookup does not have 512 x 512 pixels.
   KY_ERROR_PARAMETER_3_OUT_OF_RANGE = 1013,
-  /// The fourth numeric parameter is out of range: a pitch, a data type, the bits of ImgHistogram,
-  /// the tile width of ImgAutoAdaptiveThreshold, an end of a segment.
+  /// The fourth numeric parameter is out of range: a pitch, a data type, a sigma, the bits of
+  /// ImgHistogram, the tile width of ImgAutoAdaptiveThreshold, an end of a segment.
   KY_ERROR_PARAMETER_4_OUT_OF_RANGE = 1014,
   /// The fifth numeric parameter is out of range: a fraction or the lower level of
   /// ImgHistogramThreshold, the tile height of ImgAutoAdaptiveThreshold, an end of a segment.

@@ -81,20 +81,23 @@ const KyBW8* BoxPass::MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) n
   return slot;
 }
 
-// Spans of four times the length join four shorter ones, until four or fewer make the window.
+// Spans of four times the length join four shorter ones, until four or fewer make the window. Those
+// that begin further in front of the row than they are long, or after it, stay neutral.
 void BoxPass::MakeColors(KyBW8* slot, const KyBW8* in) noexcept {
   constexpr std::ptrdiff_t kJoined = 4;
   KyBW8* const row = row_.get();
-  const std::ptrdiff_t window = 2 * halfWidth_ + 1;
+  const std::ptrdiff_t window = 2 * halfWidth_ + 1, outside = halfWidth_ * step_;
   std::ptrdiff_t span = std::min(kJoined, window);
   MakeShortSpans(span == window ? slot : row, in, span);
   while (span < window) {
     const std::ptrdiff_t wanted = std::min(kJoined * span, window);
     const KyBW8* rows[kJoined];
     const std::ptrdiff_t count = (wanted + span - 1) / span;
+    const std::ptrdiff_t from = std::max<std::ptrdiff_t>(outside - wanted * step_, 0) / 64 * 64;
+    const std::ptrdiff_t to = width_ + std::min(outside, (window - wanted) * step_);
     for (std::ptrdiff_t i = 0; i < count; ++i)
-      rows[i] = row + std::min(i * span, wanted - span) * step_;
-    kernels_.join(wanted == window ? slot : row, width_ + (window - wanted) * step_, rows, count);
+      rows[i] = row + from + std::min(i * span, wanted - span) * step_;
+    kernels_.join((wanted == window ? slot : row) + from, to - from, rows, count);
     span = wanted;
   }
 }
