@@ -5,6 +5,7 @@
 #include "convolution/box_sums.h"
 #include "convolution/filters_rows.h"
 #include "convolution/large_boxes.h"
+#include "convolution/rolling_means.h"
 #include "foundation/frame.h"
 #include "ky/neighbourhoods.h"
 
@@ -83,6 +84,7 @@ KY_ERRORS Average(const BoxJob& job) noexcept {
   if (const WindowKernels* const small = SmallWindows(job))
     return FilterWindows(job.out, job.in, Border::Nearest(),
                          job.planes == 1 ? small->grey : small->color);
+  if (RollsMeans(job)) return RollMeans(job);
   if (job.box.Area() > kMostArea) return AverageOfLargeBoxes(job);
   return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results) {
     return AverageWith(columns, results, job);

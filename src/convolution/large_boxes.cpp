@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "convolution/box_sums.h"
+
 namespace ky {
 namespace {
 

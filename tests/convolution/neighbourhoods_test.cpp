@@ -139,6 +139,37 @@ TEST(Boxes, LocalThresholdComparesWithTheAverage) {
         kSizes);
 }
 
+// Means that follow from those of the row above, with changes from row to row as large as windows
+// allow, and of every height at which the first row has to do with the last one.
+TEST(Boxes, MeansOfHighPictures) {
+  Random random(1);
+  auto picture = RandomPicture<KyBW8>(240, 420, random);
+  for (int y = 0; y < picture.height; ++y)  // stripes above light and dark areas and noise
+    for (int x = 0; x < picture.width; ++x)
+      if (y % 140 > 40) picture.At(x, y) = (x / 110 + (y % 140 < 80 ? y : y / 100)) % 2 ? 255 : 0;
+  Grey expected(picture.width, picture.height);
+  for (const Halves half : {Halves{2, 1},
+                            {2, 105},
+                            {4, 90},
+                            {10, 10},
+                            {31, 33},
+                            {50, 50},
+                            {52, 52},
+                            {53, 53},
+                            {60, 20},
+                            {62, 1},
+                            {64, 3},
+                            {120, 40}}) {
+    SCOPED_TRACE(std::to_string(half.width) + ", " + std::to_string(half.height));
+    Over<false, AverageOf>(half.width, half.height)(picture, expected);
+    ForEachPath([&](const std::string&) {
+      Canvas<KyBW8> canvas(picture, {}, random);
+      ASSERT_EQ(ImgConvolUniform(canvas.roi(), nullptr, half.width, half.height), KY_OK);
+      ASSERT_TRUE(Same(expected, canvas.Get()));
+    });
+  }
+}
+
 // Averages and deviations next to where rounding changes, and right there. The windows cover the
 // whole image, of which about half is of one level, half of another.
 TEST(Boxes, ResultsThatAreNearlyAHalf) {

@@ -1,0 +1,41 @@
+// Row kernels of means over boxes that roll down an image: a row's sums follow from those above it,
+// of which only what division leaves over is kept.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "convolution/column_rows.h"
+#include "ky/pixels.h"
+
+namespace ky {
+
+// Sums modulo 2^16.
+using RowSums = Phases<std::uint16_t, 2>;
+
+// Divides by an odd area and rounds: the quotient of u is (u factor / 2^16 round + 2^14) / 2^15,
+// each division rounded down.
+struct MeanDivision {
+  std::int16_t area, factor, round;
+};
+
+// What windows have become. Each is `area` times its level, and its rest, which is at most half the
+// area, upwards or downwards.
+struct RollingSums {
+  RowSums rests;
+  KyBW8* levels;
+};
+
+struct RollingKernels {
+  // sums(x) = (entering[0] - leaving[0]) + ... (entering[x] - leaving[x]) for n places, and for so
+  // many more on either side, where the first and the last pixels are repeated. All sums are
+  // writable for kColumnSlack places after these.
+  void (*sumChanges)(const RowSums& sums, std::size_t n, std::size_t margin, const KyBW8* entering,
+                     const KyBW8* leaving);
+  // Adds upTo(x) - before(x) to window x, and makes out[x] its level.
+  void (*roll)(KyBW8* out, std::size_t n, const RowSums& upTo, const RowSums& before,
+               const RollingSums& windows, const MeanDivision& division);
+};
+const RollingKernels& ChooseRollingKernels() noexcept;
+
+}  // namespace ky
