@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "convolution/box_rows.h"
+#include "convolution/box_thresholds_rows.h"
 #include "foundation/rows.h"
 
 namespace ky {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "convolution/box_sums.h"
 #include "convolution/planes.h"
 #include "convolution/rolling_rows.h"
 #include "foundation/scratch.h"
@@ -13,11 +14,12 @@ namespace {
 
 // False where `division` cannot do it for windows of so many columns and that area, an odd number.
 //
-// Sums to divide are a rest and a row's change, at most area / 2 + 255 columns. Quotients of an odd
+// Sums to divide are a rest and a row's change, at most area / 2 + 255 columns, and 4 more where
+// the rest is that of a level that single precision is less than 2^-14 off. Quotients of an odd
 // area are at least 1 / (2 area) away from where rounding changes, and those by `factor` less than
 // that from the quotients.
 bool DivideBy(std::int64_t area, std::int64_t columns, MeanDivision& division) noexcept {
-  const std::int64_t most = area / 2 + 255 * columns;
+  const std::int64_t most = area / 2 + 255 * columns + 4;
   if (most > INT16_MAX) return false;
   int shift = 0;
   while ((std::int64_t{1} << (16 + shift)) / area < (1 << 14)) ++shift;
@@ -29,100 +31,242 @@ bool DivideBy(std::int64_t area, std::int64_t columns, MeanDivision& division) n
   return true;
 }
 
-class RollingWalk {
+constexpr std::ptrdiff_t kBoundary = 4 * kCacheLine;
+std::ptrdiff_t RoundUp(std::ptrdiff_t n) noexcept {
+  return (n + kBoundary - 1) / kBoundary * kBoundary;
+}
+
+// How rows change along their windows.
+class RowChanges {
  public:
-  bool Open(const BoxJob& job) noexcept {
-    box_ = job.box;
-    width_ = job.Width();
-    constexpr std::ptrdiff_t kBoundary = 2 * kCacheLine;
-    const auto roundUp = [](std::ptrdiff_t n) {
-      return (n + kBoundary - 1) / kBoundary * kBoundary;
-    };
-    margin_ = roundUp(box_.halfWidth + 1);
-    pitch_ = roundUp(width_ + kColumnSlack);
-    reach_ = roundUp(margin_ + width_ + box_.halfWidth + kColumnSlack);
-    if (!source_.Open(job.in, job.out, job.planes, Border::Nearest(), job.RowsAtOnce()) ||
-        !results_.Open(job.out, job.planes) || !sums_.Allocate(reach_) ||
-        !rests_.Allocate(job.planes * pitch_) || !levels_.Allocate(job.planes * pitch_))
-      return false;
-    std::fill_n(rests_.get(), job.planes * pitch_, std::uint16_t{0});
-    std::fill_n(levels_.get(), job.planes * pitch_, KyBW8{0});
+  bool Allocate(std::ptrdiff_t width, std::ptrdiff_t half, bool nearest) noexcept {
+    half_ = half;
+    n_ = static_cast<std::size_t>(width);
+    nearest_ = nearest;
+    const std::ptrdiff_t margin = RoundUp(half + 1);
+    const std::ptrdiff_t pitch = RoundUp(margin + width + half + kColumnSlack);
+    if (!sums_.Allocate(pitch)) return false;
+    std::uint16_t* const first = sums_.get() + margin / 2;
+    all_ = {{first, first + pitch / 2}};
     return true;
   }
+  void Make(const KyBW8* entering, const KyBW8* leaving) const noexcept {
+    kernels_.sumChanges(all_, n_, static_cast<std::size_t>(half_ + 1), nearest_, entering, leaving);
+  }
+  // Window x changes by upTo(x) - before(x).
+  RowSums upTo() const noexcept { return all_.From(half_); }
+  RowSums before() const noexcept { return all_.From(-half_ - 1); }
+  const RollingKernels& kernels() const noexcept { return kernels_; }
 
-  void Run(const BoxJob& job, const MeanDivision& division, const MeanDivision& ofRow) noexcept {
-    const std::ptrdiff_t half = box_.halfHeight;
+ private:
+  const RollingKernels& kernels_ = ChooseRollingKernels();
+  std::ptrdiff_t half_ = 0;
+  std::size_t n_ = 0;
+  bool nearest_ = false;
+  RowSums all_ = {};
+  Scratch<std::uint16_t> sums_;
+};
+
+// The levels and the rests of windows, for each plane.
+class RollingWindows {
+ public:
+  bool Allocate(std::ptrdiff_t width, int planes) noexcept {
+    pitch_ = RoundUp(width + kColumnSlack);
+    if (!rests_.Allocate(planes * pitch_) || !levels_.Allocate(planes * pitch_)) return false;
+    std::fill_n(rests_.get(), planes * pitch_, std::uint16_t{0});
+    std::fill_n(levels_.get(), planes * pitch_, KyBW8{0});
+    return true;
+  }
+  RollingSums At(int plane) const noexcept {
+    std::uint16_t* const rests = rests_.get() + plane * pitch_;
+    return {{{rests, rests + pitch_ / 2}}, levels_.get() + plane * pitch_};
+  }
+  // As if windows had so many times the rows.
+  void Repeat(int plane, std::ptrdiff_t rows) const noexcept {
+    std::uint16_t* const rests = rests_.get() + plane * pitch_;
+    for (std::ptrdiff_t i = 0; i < pitch_; ++i)
+      rests[i] = static_cast<std::uint16_t>(rests[i] * rows);
+  }
+
+ private:
+  std::ptrdiff_t pitch_ = 0;
+  Scratch<std::uint16_t> rests_;
+  Scratch<KyBW8> levels_;
+};
+
+// Where the nearest pixels stand for those outside, all windows are alike.
+class NearestWalk {
+ public:
+  bool Open(const BoxJob& job) noexcept {
+    return source_.Open(job.in, job.out, job.planes, Border::Nearest(), job.RowsAtOnce()) &&
+           results_.Open(job.out, job.planes) &&
+           changes_.Allocate(job.Width(), job.box.halfWidth, true) &&
+           windows_.Allocate(job.Width(), job.planes);
+  }
+  void Run(const BoxJob& job, const MeanDivision& ofBox, const MeanDivision& ofRow) noexcept {
+    const std::ptrdiff_t half = job.box.halfHeight;
+    const auto n = static_cast<std::size_t>(job.Width());
     for (std::ptrdiff_t y = 0; y < job.in.height; ++y) {
       source_.FetchTo(y + half + 1);
-      for (int plane = 0; plane < job.planes; ++plane)
-        if (y == 0)
-          Start(plane, division, ofRow);
-        else
-          Advance(y, plane, source_.Row(y + half, plane), source_.Row(y - half - 1, plane),
-                  division);
+      for (int plane = 0; plane < job.planes; ++plane) {
+        const auto roll = [&](const KyBW8* entering, const KyBW8* leaving,
+                              const MeanDivision& division) {
+          changes_.Make(entering, leaving);
+          changes_.kernels().roll(results_.Row(y, plane), n, changes_.upTo(), changes_.before(),
+                                  windows_.At(plane), division);
+        };
+        if (y > 0) {
+          roll(source_.Row(y + half, plane), source_.Row(y - half - 1, plane), ofBox);
+          continue;
+        }
+        // A window of the first row alone has the levels, and part of the rests, of one that has
+        // that row in all places. The lower half of these is exchanged.
+        const KyBW8* const first = source_.Row(0, plane);
+        roll(first, windows_.At(plane).levels, ofRow);  // 0 so far
+        windows_.Repeat(plane, 2 * half + 1);
+        for (std::ptrdiff_t v = 1; v <= half; ++v) roll(source_.Row(v, plane), first, ofBox);
+      }
       results_.Done(y);
     }
   }
 
  private:
-  static RowSums At(std::uint16_t* first, std::ptrdiff_t pitch) noexcept {
-    return {{first, first + pitch / 2}};
-  }
-
-  // A window of one row is divided, its quotient is that of as many such rows as windows have, and
-  // their rests are so many times its own. Then all rows but the first half are exchanged.
-  void Start(int plane, const MeanDivision& division, const MeanDivision& ofRow) noexcept {
-    const KyBW8* const first = source_.Row(0, plane);
-    const KyBW8* const zeros = levels_.get() + plane * pitch_;  // so far
-    Advance(0, plane, first, zeros, ofRow);
-    const auto rows = 2 * box_.halfHeight + 1;
-    std::uint16_t* const rests = rests_.get() + plane * pitch_;
-    for (std::ptrdiff_t i = 0; i < pitch_; ++i)
-      rests[i] = static_cast<std::uint16_t>(rests[i] * rows);
-    for (std::ptrdiff_t y = 1; y <= box_.halfHeight; ++y)
-      Advance(0, plane, source_.Row(y, plane), first, division);
-  }
-  void Advance(std::ptrdiff_t y, int plane, const KyBW8* entering, const KyBW8* leaving,
-               const MeanDivision& division) noexcept {
-    const auto n = static_cast<std::size_t>(width_);
-    const std::ptrdiff_t half = box_.halfWidth;
-    const RowSums sums = At(sums_.get() + margin_ / 2, reach_);
-    const RollingSums windows = {At(rests_.get() + plane * pitch_, pitch_),
-                                 levels_.get() + plane * pitch_};
-    kernels_.sumChanges(sums, n, static_cast<std::size_t>(half + 1), entering, leaving);
-    kernels_.roll(results_.Row(y, plane), n, sums.From(half), sums.From(-half - 1), windows,
-                  division);
-  }
-
-  const RollingKernels& kernels_ = ChooseRollingKernels();
-  Box box_ = {};
   PlaneRows source_;
   PlaneResults results_;
-  std::ptrdiff_t width_ = 0, margin_ = 0;
-  std::ptrdiff_t reach_ = 0, pitch_ = 0;  // of the sums, and of what is kept of each plane
-  Scratch<std::uint16_t> sums_, rests_;
-  Scratch<KyBW8> levels_;
+  RowChanges changes_;
+  RollingWindows windows_;
 };
 
-bool Divisions(const Box& box, MeanDivision& ofBox, MeanDivision& ofRow) noexcept {
-  const std::ptrdiff_t columns = 2 * box.halfWidth + 1;
-  return columns <= INT16_MAX && box.Area() <= 2 * INT16_MAX &&
-         DivideBy(box.Area(), columns, ofBox) && DivideBy(columns, columns, ofRow);
+// Where only pixels inside count, windows that reach over the border have areas of their own, and
+// their sums are kept: those of the first and the last rows, and of either end of all others.
+class InsideWalk {
+ public:
+  bool Open(const BoxJob& job, const MeanDivision& division) noexcept {
+    division_ = division;
+    width_ = job.Width();
+    half_ = job.box.halfHeight;
+    average_ = job.box.Area() < kMostSmallArea ? kernels_.keptSmall : kernels_.kept;
+    pitch_ = RoundUp(width_ + kColumnSlack);
+    if (!source_.Open(job.in, job.out, job.planes, Border::Constant(0), job.RowsAtOnce()) ||
+        !results_.Open(job.out, job.planes) ||
+        !changes_.Allocate(width_, job.box.halfWidth, false) ||
+        !windows_.Allocate(width_, job.planes) || !sums_.Allocate(job.planes * pitch_) ||
+        !areas_.Allocate(job.box, width_, job.in.height, true))
+      return false;
+    std::fill_n(sums_.get(), job.planes * pitch_, 0u);
+    return true;
+  }
+  void Run(const BoxJob& job) noexcept {
+    const std::ptrdiff_t height = job.in.height;
+    for (std::ptrdiff_t y = 0; y < height; ++y) {
+      source_.FetchTo(y + half_ + 1);
+      for (int plane = 0; plane < job.planes; ++plane) {
+        for (std::ptrdiff_t v = 0; y == 0 && v < half_; ++v) {
+          changes_.Make(source_.Row(v, plane), source_.Row(-1, plane));
+          kernels_.keep(static_cast<std::size_t>(width_), Kept(plane));
+        }
+        changes_.Make(source_.Row(y + half_, plane), source_.Row(y - half_ - 1, plane));
+        if (y == height - half_) EndRolling(plane);
+        const bool isWhole = y > half_ && y < height - half_;
+        MakeSums(y, plane, isWhole ? RowSpan::kEnds : RowSpan::kAll);
+        if (isWhole) RollMiddle(y, plane);
+        if (y == half_) BeginRolling(plane);
+      }
+      results_.Done(y);
+    }
+  }
+
+ private:
+  WideColumns Sums(int plane) const noexcept {
+    std::uint32_t* const first = sums_.get() + plane * pitch_;
+    return {{first, first + pitch_ / 4, first + pitch_ / 2, first + 3 * pitch_ / 4}};
+  }
+  KeptWindows Kept(int plane) const noexcept {
+    return {changes_.upTo(), changes_.before(), Sums(plane)};
+  }
+
+  void MakeSums(std::ptrdiff_t y, int plane, RowSpan span) noexcept {
+    average_(results_.Row(y, plane), static_cast<std::size_t>(width_), Kept(plane), areas_.At(y),
+             span);
+  }
+  // The windows of a whole row between those at its ends.
+  void RollMiddle(std::ptrdiff_t y, int plane) noexcept {
+    const WindowAreas& areas = areas_.At(y);
+    const auto begin = static_cast<std::ptrdiff_t>(areas.left);
+    const std::size_t n = areas.right - areas.left;
+    RollingSums windows = windows_.At(plane);
+    windows = {windows.rests.From(begin), windows.levels + begin};
+    changes_.kernels().roll(results_.Row(y, plane) + begin, n, changes_.upTo().From(begin),
+                            changes_.before().From(begin), windows, division_);
+  }
+  // Sums become levels and rests, and again sums.
+  void BeginRolling(int plane) const noexcept {
+    const WideColumns sums = Sums(plane);
+    const RollingSums windows = windows_.At(plane);
+    const float reciprocal = 1 / static_cast<float>(division_.area);
+    for (std::ptrdiff_t x = 0; x < width_; ++x) {
+      const auto sum = static_cast<std::int32_t>(*sums.At(x));
+      const auto level = static_cast<std::int32_t>(static_cast<float>(sum) * reciprocal + 0.5f);
+      windows.levels[x] = static_cast<KyBW8>(level);
+      *windows.rests.At(x) = static_cast<std::uint16_t>(sum - level * division_.area);
+    }
+  }
+  void EndRolling(int plane) noexcept {
+    const WindowAreas& areas = areas_.At(half_);
+    const WideColumns sums = Sums(plane);
+    const RollingSums windows = windows_.At(plane);
+    for (auto x = static_cast<std::ptrdiff_t>(areas.left);
+         x < static_cast<std::ptrdiff_t>(areas.right); ++x)
+      *sums.At(x) = static_cast<std::uint32_t>(windows.levels[x] * division_.area +
+                                               static_cast<std::int16_t>(*windows.rests.At(x)));
+  }
+
+  const BoxKernels& kernels_ = ChooseBoxKernels();
+  MeanDivision division_ = {};
+  std::ptrdiff_t width_ = 0, half_ = 0, pitch_ = 0;
+  KeptAverageKernel average_ = nullptr;
+  PlaneRows source_;
+  PlaneResults results_;
+  RowChanges changes_;
+  RollingWindows windows_;
+  Scratch<std::uint32_t> sums_;
+  RowAreas areas_;
+};
+
+struct Divisions {
+  MeanDivision ofBox, ofRow;
+};
+bool MakeDivisions(const BoxJob& job, Divisions& divisions) noexcept {
+  const std::ptrdiff_t columns = 2 * job.box.halfWidth + 1;
+  if (columns > INT16_MAX || job.box.Area() > 2 * INT16_MAX) return false;
+  if (!DivideBy(job.box.Area(), columns, divisions.ofBox)) return false;
+  return job.inside || DivideBy(columns, columns, divisions.ofRow);
 }
 
 }  // namespace
 
 bool RollsMeans(const BoxJob& job) noexcept {
-  MeanDivision ofBox, ofRow;
-  // The first row takes as long as half a window of others.
-  return !job.inside && job.box.halfHeight <= job.in.height / 4 && Divisions(job.box, ofBox, ofRow);
+  // The first rows take longer than others, and so do the ends of all where these have their own
+  // areas.
+  constexpr std::ptrdiff_t kLeastMiddle = 256;
+  Divisions divisions;
+  return job.threshold == nullptr && job.box.halfHeight <= job.in.height / 4 &&
+         (!job.inside || job.Width() >= kLeastMiddle + 2 * job.box.halfWidth) &&
+         MakeDivisions(job, divisions);
 }
 
 KY_ERRORS RollMeans(const BoxJob& job) noexcept {
-  MeanDivision ofBox, ofRow;
-  RollingWalk walk;
-  if (!Divisions(job.box, ofBox, ofRow) || !walk.Open(job)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-  walk.Run(job, ofBox, ofRow);
+  Divisions divisions;
+  if (!MakeDivisions(job, divisions)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  if (job.inside) {
+    InsideWalk walk;
+    if (!walk.Open(job, divisions.ofBox)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+    walk.Run(job);
+    return KY_OK;
+  }
+  NearestWalk walk;
+  if (!walk.Open(job)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  walk.Run(job, divisions.ofBox, divisions.ofRow);
   return KY_OK;
 }
 

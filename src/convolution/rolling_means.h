@@ -6,7 +6,7 @@
 
 namespace ky {
 
-// Whether RollMeans serves a job, and is the fastest to do so.
+// Whether RollMeans serves a job, and is the fastest to do so. It makes no thresholds.
 bool RollsMeans(const BoxJob& job) noexcept;
 KY_ERRORS RollMeans(const BoxJob& job) noexcept;
 

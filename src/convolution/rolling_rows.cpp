@@ -16,13 +16,13 @@ namespace {
 
 #if HWY_TARGET == HWY_SCALAR
 
-void SumChanges(const RowSums& sums, size_t n, size_t margin, const KyBW8* entering,
+void SumChanges(const RowSums& sums, size_t n, size_t margin, bool nearest, const KyBW8* entering,
                 const KyBW8* leaving) {
   const auto width = static_cast<ptrdiff_t>(n), beyond = static_cast<ptrdiff_t>(margin);
-  int sum = static_cast<int>(margin) * (leaving[0] - entering[0]);
+  int sum = nearest ? static_cast<int>(margin) * (leaving[0] - entering[0]) : 0;
   for (ptrdiff_t x = -beyond; x < width + beyond; ++x) {
     const ptrdiff_t place = std::clamp<ptrdiff_t>(x, 0, width - 1);
-    sum += entering[place] - leaving[place];
+    if (nearest || place == x) sum += entering[place] - leaving[place];
     *sums.At(x) = static_cast<uint16_t>(sum);
   }
 }
@@ -92,12 +92,13 @@ HWY_INLINE VU16 PrefixSums(VU16 v, VU16& before) {
   }
 }
 
-void SumChanges(const RowSums& sums, size_t n, size_t margin, const KyBW8* entering,
+void SumChanges(const RowSums& sums, size_t n, size_t margin, bool nearest, const KyBW8* entering,
                 const KyBW8* leaving) {
   const D8 d8;
   const DU16 d;
   const size_t lanes = hn::Lanes(d8);
-  const int first = entering[0] - leaving[0], last = entering[n - 1] - leaving[n - 1];
+  const int first = nearest ? entering[0] - leaving[0] : 0;
+  const int last = nearest ? entering[n - 1] - leaving[n - 1] : 0;
   const auto width = static_cast<ptrdiff_t>(n), beyond = static_cast<ptrdiff_t>(margin);
   StoreRamps(sums, -beyond, margin, first * (1 - static_cast<int>(margin)), first);
   VU16 before = hn::Zero(d);

@@ -10,9 +10,6 @@
 
 namespace ky {
 
-// Sums modulo 2^16.
-using RowSums = Phases<std::uint16_t, 2>;
-
 // Divides by an odd area and rounds: the quotient of u is (u factor / 2^16 round + 2^14) / 2^15,
 // each division rounded down.
 struct MeanDivision {
@@ -28,10 +25,10 @@ struct RollingSums {
 
 struct RollingKernels {
   // sums(x) = (entering[0] - leaving[0]) + ... (entering[x] - leaving[x]) for n places, and for so
-  // many more on either side, where the first and the last pixels are repeated. All sums are
-  // writable for kColumnSlack places after these.
-  void (*sumChanges)(const RowSums& sums, std::size_t n, std::size_t margin, const KyBW8* entering,
-                     const KyBW8* leaving);
+  // many more on either side, where the first and the last pixels are repeated, or nothing stands.
+  // All sums are writable for kColumnSlack places after these.
+  void (*sumChanges)(const RowSums& sums, std::size_t n, std::size_t margin, bool nearest,
+                     const KyBW8* entering, const KyBW8* leaving);
   // Adds upTo(x) - before(x) to window x, and makes out[x] its level.
   void (*roll)(KyBW8* out, std::size_t n, const RowSums& upTo, const RowSums& before,
                const RollingSums& windows, const MeanDivision& division);
