@@ -19,7 +19,7 @@ namespace {
 // area are at least 1 / (2 area) away from where rounding changes, and those by `factor` less than
 // that from the quotients.
 bool DivideBy(std::int64_t area, std::int64_t columns, MeanDivision& division) noexcept {
-  const std::int64_t most = area / 2 + 255 * columns + 4;
+  const std::int64_t most = area / 2 + 255 * columns;
   if (most > INT16_MAX) return false;
   int shift = 0;
   while ((std::int64_t{1} << (16 + shift)) / area < (1 << 14)) ++shift;
@@ -67,31 +67,28 @@ class RowChanges {
   Scratch<std::uint16_t> sums_;
 };
 
-// The levels and the rests of windows, for each plane.
-class RollingWindows {
+// What division leaves over of the sums of windows, for each plane.
+class Rests {
  public:
   bool Allocate(std::ptrdiff_t width, int planes) noexcept {
     pitch_ = RoundUp(width + kColumnSlack);
-    if (!rests_.Allocate(planes * pitch_) || !levels_.Allocate(planes * pitch_)) return false;
-    std::fill_n(rests_.get(), planes * pitch_, std::uint16_t{0});
-    std::fill_n(levels_.get(), planes * pitch_, KyBW8{0});
+    if (!memory_.Allocate(planes * pitch_)) return false;
+    std::fill_n(memory_.get(), planes * pitch_, std::uint16_t{0});
     return true;
   }
-  RollingSums At(int plane) const noexcept {
-    std::uint16_t* const rests = rests_.get() + plane * pitch_;
-    return {{{rests, rests + pitch_ / 2}}, levels_.get() + plane * pitch_};
+  RowSums At(int plane) const noexcept {
+    std::uint16_t* const rests = memory_.get() + plane * pitch_;
+    return {{rests, rests + pitch_ / 2}};
   }
-  // As if windows had so many times the rows.
-  void Repeat(int plane, std::ptrdiff_t rows) const noexcept {
-    std::uint16_t* const rests = rests_.get() + plane * pitch_;
+  void Multiply(int plane, std::ptrdiff_t times) const noexcept {
+    std::uint16_t* const rests = memory_.get() + plane * pitch_;
     for (std::ptrdiff_t i = 0; i < pitch_; ++i)
-      rests[i] = static_cast<std::uint16_t>(rests[i] * rows);
+      rests[i] = static_cast<std::uint16_t>(rests[i] * times);
   }
 
  private:
   std::ptrdiff_t pitch_ = 0;
-  Scratch<std::uint16_t> rests_;
-  Scratch<KyBW8> levels_;
+  Scratch<std::uint16_t> memory_;
 };
 
 // Where the nearest pixels stand for those outside, all windows are alike.
@@ -101,30 +98,33 @@ class NearestWalk {
     return source_.Open(job.in, job.out, job.planes, Border::Nearest(), job.RowsAtOnce()) &&
            results_.Open(job.out, job.planes) &&
            changes_.Allocate(job.Width(), job.box.halfWidth, true) &&
-           windows_.Allocate(job.Width(), job.planes);
+           rests_.Allocate(job.Width(), job.planes) && zeros_.Allocate(job.Width());
   }
   void Run(const BoxJob& job, const MeanDivision& ofBox, const MeanDivision& ofRow) noexcept {
     const std::ptrdiff_t half = job.box.halfHeight;
     const auto n = static_cast<std::size_t>(job.Width());
+    std::fill_n(zeros_.get(), n, KyBW8{0});
     for (std::ptrdiff_t y = 0; y < job.in.height; ++y) {
       source_.FetchTo(y + half + 1);
       for (int plane = 0; plane < job.planes; ++plane) {
-        const auto roll = [&](const KyBW8* entering, const KyBW8* leaving,
+        KyBW8* const out = results_.Row(y, plane);
+        const auto roll = [&](const KyBW8* above, const KyBW8* entering, const KyBW8* leaving,
                               const MeanDivision& division) {
           changes_.Make(entering, leaving);
-          changes_.kernels().roll(results_.Row(y, plane), n, changes_.upTo(), changes_.before(),
-                                  windows_.At(plane), division);
+          changes_.kernels().roll(out, n, changes_.upTo(), changes_.before(), above,
+                                  rests_.At(plane), division);
         };
         if (y > 0) {
-          roll(source_.Row(y + half, plane), source_.Row(y - half - 1, plane), ofBox);
+          roll(results_.Row(y - 1, plane), source_.Row(y + half, plane),
+               source_.Row(y - half - 1, plane), ofBox);
           continue;
         }
         // A window of the first row alone has the levels, and part of the rests, of one that has
         // that row in all places. The lower half of these is exchanged.
         const KyBW8* const first = source_.Row(0, plane);
-        roll(first, windows_.At(plane).levels, ofRow);  // 0 so far
-        windows_.Repeat(plane, 2 * half + 1);
-        for (std::ptrdiff_t v = 1; v <= half; ++v) roll(source_.Row(v, plane), first, ofBox);
+        roll(zeros_.get(), first, zeros_.get(), ofRow);
+        rests_.Multiply(plane, 2 * half + 1);
+        for (std::ptrdiff_t v = 1; v <= half; ++v) roll(out, source_.Row(v, plane), first, ofBox);
       }
       results_.Done(y);
     }
@@ -134,7 +134,8 @@ class NearestWalk {
   PlaneRows source_;
   PlaneResults results_;
   RowChanges changes_;
-  RollingWindows windows_;
+  Rests rests_;
+  Scratch<KyBW8> zeros_;
 };
 
 // Where only pixels inside count, windows that reach over the border have areas of their own, and
@@ -150,7 +151,7 @@ class InsideWalk {
     if (!source_.Open(job.in, job.out, job.planes, Border::Constant(0), job.RowsAtOnce()) ||
         !results_.Open(job.out, job.planes) ||
         !changes_.Allocate(width_, job.box.halfWidth, false) ||
-        !windows_.Allocate(width_, job.planes) || !sums_.Allocate(job.planes * pitch_) ||
+        !rests_.Allocate(width_, job.planes) || !sums_.Allocate(job.planes * pitch_) ||
         !areas_.Allocate(job.box, width_, job.in.height, true))
       return false;
     std::fill_n(sums_.get(), job.planes * pitch_, 0u);
@@ -166,11 +167,11 @@ class InsideWalk {
           kernels_.keep(static_cast<std::size_t>(width_), Kept(plane));
         }
         changes_.Make(source_.Row(y + half_, plane), source_.Row(y - half_ - 1, plane));
-        if (y == height - half_) EndRolling(plane);
+        if (y == height - half_) EndRolling(y - 1, plane);
         const bool isWhole = y > half_ && y < height - half_;
         MakeSums(y, plane, isWhole ? RowSpan::kEnds : RowSpan::kAll);
         if (isWhole) RollMiddle(y, plane);
-        if (y == half_) BeginRolling(plane);
+        if (y == half_) BeginRolling(y, plane);
       }
       results_.Done(y);
     }
@@ -194,31 +195,30 @@ class InsideWalk {
     const WindowAreas& areas = areas_.At(y);
     const auto begin = static_cast<std::ptrdiff_t>(areas.left);
     const std::size_t n = areas.right - areas.left;
-    RollingSums windows = windows_.At(plane);
-    windows = {windows.rests.From(begin), windows.levels + begin};
     changes_.kernels().roll(results_.Row(y, plane) + begin, n, changes_.upTo().From(begin),
-                            changes_.before().From(begin), windows, division_);
+                            changes_.before().From(begin), results_.Row(y - 1, plane) + begin,
+                            rests_.At(plane).From(begin), division_);
   }
-  // Sums become levels and rests, and again sums.
-  void BeginRolling(int plane) const noexcept {
-    const WideColumns sums = Sums(plane);
-    const RollingSums windows = windows_.At(plane);
-    const float reciprocal = 1 / static_cast<float>(division_.area);
-    for (std::ptrdiff_t x = 0; x < width_; ++x) {
-      const auto sum = static_cast<std::int32_t>(*sums.At(x));
-      const auto level = static_cast<std::int32_t>(static_cast<float>(sum) * reciprocal + 0.5f);
-      windows.levels[x] = static_cast<KyBW8>(level);
-      *windows.rests.At(x) = static_cast<std::uint16_t>(sum - level * division_.area);
-    }
+  // Sums become levels, those of row y, and rests, and again sums.
+  void BeginRolling(std::ptrdiff_t y, int plane) noexcept {
+    ForMiddle(y, plane, [&](std::uint32_t& sum, std::uint16_t& rest, KyBW8 level) {
+      rest = static_cast<std::uint16_t>(static_cast<int>(sum) - level * division_.area);
+    });
   }
-  void EndRolling(int plane) noexcept {
-    const WindowAreas& areas = areas_.At(half_);
+  void EndRolling(std::ptrdiff_t y, int plane) noexcept {
+    ForMiddle(y, plane, [&](std::uint32_t& sum, std::uint16_t& rest, KyBW8 level) {
+      sum = static_cast<std::uint32_t>(level * division_.area + static_cast<std::int16_t>(rest));
+    });
+  }
+  template <class Work>
+  void ForMiddle(std::ptrdiff_t y, int plane, const Work& work) noexcept {
+    const WindowAreas& areas = areas_.At(y);
+    const auto begin = static_cast<std::ptrdiff_t>(areas.left);
+    const auto end = static_cast<std::ptrdiff_t>(areas.right);
     const WideColumns sums = Sums(plane);
-    const RollingSums windows = windows_.At(plane);
-    for (auto x = static_cast<std::ptrdiff_t>(areas.left);
-         x < static_cast<std::ptrdiff_t>(areas.right); ++x)
-      *sums.At(x) = static_cast<std::uint32_t>(windows.levels[x] * division_.area +
-                                               static_cast<std::int16_t>(*windows.rests.At(x)));
+    const RowSums rests = rests_.At(plane);
+    const KyBW8* const levels = results_.Row(y, plane);
+    for (std::ptrdiff_t x = begin; x < end; ++x) work(*sums.At(x), *rests.At(x), levels[x]);
   }
 
   const BoxKernels& kernels_ = ChooseBoxKernels();
@@ -228,7 +228,7 @@ class InsideWalk {
   PlaneRows source_;
   PlaneResults results_;
   RowChanges changes_;
-  RollingWindows windows_;
+  Rests rests_;
   Scratch<std::uint32_t> sums_;
   RowAreas areas_;
 };

@@ -27,15 +27,15 @@ void SumChanges(const RowSums& sums, size_t n, size_t margin, bool nearest, cons
   }
 }
 
-void Roll(KyBW8* out, size_t n, const RowSums& upTo, const RowSums& before,
-          const RollingSums& windows, const MeanDivision& division) {
+void Roll(KyBW8* out, size_t n, const RowSums& upTo, const RowSums& before, const KyBW8* above,
+          const RowSums& rests, const MeanDivision& division) {
   for (size_t i = 0; i < n; ++i) {
     const auto x = static_cast<ptrdiff_t>(i);
-    uint16_t& rest = *windows.rests.At(x);
+    uint16_t& rest = *rests.At(x);
     const auto sum = static_cast<int16_t>(*upTo.At(x) - *before.At(x) + rest);
     const int quotient = ((sum * division.factor >> 16) * division.round + (1 << 14)) >> 15;
     rest = static_cast<uint16_t>(sum - quotient * division.area);
-    out[i] = windows.levels[i] = static_cast<KyBW8>(windows.levels[i] + quotient);
+    out[i] = static_cast<KyBW8>(above[i] + quotient);
   }
 }
 
@@ -124,8 +124,8 @@ void SumChanges(const RowSums& sums, size_t n, size_t margin, bool nearest, cons
   StoreRamps(sums, width, margin, static_cast<int>(*sums.At(width - 1)) + last, last);
 }
 
-void Roll(KyBW8* out, size_t n, const RowSums& upTo, const RowSums& before,
-          const RollingSums& windows, const MeanDivision& division) {
+void Roll(KyBW8* out, size_t n, const RowSums& upTo, const RowSums& before, const KyBW8* above,
+          const RowSums& rests, const MeanDivision& division) {
   const D8 d8;
   const DU16 du;
   const D16 d;
@@ -134,7 +134,7 @@ void Roll(KyBW8* out, size_t n, const RowSums& upTo, const RowSums& before,
   const V16 round = hn::Set(d, division.round);
   const auto quotient = [&](int p, size_t at) KY_INLINE_ATTR {
     const VU16 change = hn::Sub(hn::LoadU(du, upTo.of[p] + at), hn::LoadU(du, before.of[p] + at));
-    uint16_t* const rest = windows.rests.of[p] + at;
+    uint16_t* const rest = rests.of[p] + at;
     const V16 sum = hn::BitCast(d, hn::Add(change, hn::LoadU(du, rest)));
     const V16 more = hn::MulFixedPoint15(hn::MulHigh(sum, factor), round);
     hn::StoreU(hn::BitCast(du, hn::Sub(sum, hn::Mul(more, area))), du, rest);
@@ -143,12 +143,10 @@ void Roll(KyBW8* out, size_t n, const RowSums& upTo, const RowSums& before,
   for (size_t x = 0; x < n; x += lanes) {
     const V16 even = quotient(0, x / 2), odd = quotient(1, x / 2);
     const auto more = hn::OddEven(hn::BitCast(d8, hn::ShiftLeft<8>(odd)), hn::BitCast(d8, even));
-    const auto levels = hn::Add(hn::LoadU(d8, windows.levels + x), more);
-    hn::StoreU(levels, d8, windows.levels + x);
     if (HWY_LIKELY(n - x >= lanes))
-      hn::StoreU(levels, d8, out + x);
+      hn::StoreU(hn::Add(hn::LoadU(d8, above + x), more), d8, out + x);
     else
-      StorePart(d8, levels, out + x, n - x);
+      StorePart(d8, hn::Add(LoadPart(d8, above + x, n - x), more), out + x, n - x);
   }
 }
 

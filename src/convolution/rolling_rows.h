@@ -16,22 +16,17 @@ struct MeanDivision {
   std::int16_t area, factor, round;
 };
 
-// What windows have become. Each is `area` times its level, and its rest, which is at most half the
-// area, upwards or downwards.
-struct RollingSums {
-  RowSums rests;
-  KyBW8* levels;
-};
-
 struct RollingKernels {
   // sums(x) = (entering[0] - leaving[0]) + ... (entering[x] - leaving[x]) for n places, and for so
   // many more on either side, where the first and the last pixels are repeated, or nothing stands.
   // All sums are writable for kColumnSlack places after these.
   void (*sumChanges)(const RowSums& sums, std::size_t n, std::size_t margin, bool nearest,
                      const KyBW8* entering, const KyBW8* leaving);
-  // Adds upTo(x) - before(x) to window x, and makes out[x] its level.
+  // Windows whose sums were `area` times the levels above[x] and rests(x) grow by what upTo(x) has
+  // more than before(x): out[x] is their level, and the rest remains, which is at most half the
+  // area, upwards or downwards. out and `above` may be the same row.
   void (*roll)(KyBW8* out, std::size_t n, const RowSums& upTo, const RowSums& before,
-               const RollingSums& windows, const MeanDivision& division);
+               const KyBW8* above, const RowSums& rests, const MeanDivision& division);
 };
 const RollingKernels& ChooseRollingKernels() noexcept;
 
