@@ -30,6 +30,15 @@ struct WindowAreas {
   Phases<const float, 4> reciprocals;
 };
 
+// Windows whose sums are kept from row to row: sums(x) grows by what upTo(x) has more than
+// before(x).
+struct KeptWindows {
+  RowSums upTo, before;
+  WideColumns sums;
+};
+// The places that are made: all, or those at either end of a row, whose areas are not alike.
+enum class RowSpan { kAll, kEnds };
+
 template <class Columns>
 using AverageKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Columns>& windows,
                                const WindowAreas& areas);
@@ -47,31 +56,14 @@ inline constexpr std::int64_t kMostArea = INT32_MAX / 255;
 inline constexpr std::int64_t kMostDeviationArea = 1 << 17, kMostLargeDeviationArea = 1 << 22;
 inline constexpr int kCoarse = 8;
 
-// `high` where a level is at least the average around it and `offset`, else `low`.
-struct LocalThreshold {
-  int offset;  // -256 to 256
-  KyBW8 low, high;
-
-  void Apply(KyBW8* out, std::size_t n, const KyBW8* source, const KyBW8* averages) const noexcept;
-};
-// The same of sums, for areas below kMostThresholdArea.
-inline constexpr std::int64_t kMostThresholdArea = 1 << 15;
-template <class Columns>
-using ThresholdKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Columns>& windows,
-                                 const WindowAreas& areas, const KyBW8* source,
-                                 const LocalThreshold& threshold);
-
 template <class Columns>
 struct ResultKernels {
   AverageKernel<Columns> averageOdd, averageSmall, average;
-  ThresholdKernel<Columns> threshold;
   DeviationKernel<Columns> deviation;
 };
 
-// Where x[i] > y[i] + offset, `above` is the result, elsewhere `other`.
-struct Comparison {
-  KyBW8 offset, above, other;
-};
+using KeptAverageKernel = void (*)(KyBW8* out, std::size_t n, const KeptWindows& windows,
+                                   const WindowAreas& areas, RowSpan span);
 
 struct BoxKernels {
   ResultKernels<NarrowColumns> few, narrow;  // of kFewRows rows, and of kNarrowRows
@@ -80,8 +72,9 @@ struct BoxKernels {
   void (*deviationOfLarge)(KyBW8* out, std::size_t n, const Windows<WideColumns>& levels,
                            const Windows<WideColumns>& squares, std::uint32_t coarseBefore,
                            const WindowAreas& areas);
-  void (*compare)(KyBW8* out, std::size_t n, const KyBW8* x, const KyBW8* y,
-                  const Comparison& comparison);
+  // Means of kept windows, of areas below kMostSmallArea and of others; and their sums alone.
+  KeptAverageKernel keptSmall, kept;
+  void (*keep)(std::size_t n, const KeptWindows& windows);
 };
 // The columns of so many rows differ by what fits 16 bits with a sign.
 inline constexpr std::int64_t kFewRows = INT16_MAX / 255;

@@ -2,15 +2,6 @@
 
 namespace ky {
 
-void LocalThreshold::Apply(KyBW8* out, std::size_t n, const KyBW8* source,
-                           const KyBW8* averages) const noexcept {
-  const auto& compare = ChooseBoxKernels().compare;
-  if (offset > 0)  // source > average + (offset - 1)
-    return compare(out, n, source, averages, {static_cast<KyBW8>(offset - 1), high, low});
-  // unless average > source + (-offset)
-  compare(out, n, averages, source, {static_cast<KyBW8>(std::min(-offset, 255)), low, high});
-}
-
 bool RowAreas::Allocate(const Box& box, std::ptrdiff_t width, std::ptrdiff_t height,
                         bool inside) noexcept {
   box_ = box;

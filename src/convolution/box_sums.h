@@ -6,22 +6,13 @@
 #include <cstdint>
 #include <iterator>
 
+#include "convolution/box_job.h"
 #include "convolution/box_rows.h"
 #include "convolution/planes.h"
 #include "foundation/pitch.h"
 #include "foundation/scratch.h"
 
 namespace ky {
-
-struct Box {
-  std::ptrdiff_t halfWidth, halfHeight;
-
-  std::int64_t Area() const noexcept { return (2 * halfWidth + 1) * (2 * halfHeight + 1); }
-  // The part of it that can lie in an image.
-  Box On(std::ptrdiff_t width, std::ptrdiff_t height) const noexcept {
-    return {std::min(halfWidth, width - 1), std::min(halfHeight, height - 1)};
-  }
-};
 
 // The sums of each column over the rows of the windows, for each plane. Outside, on both sides,
 // stands the first or the last of them, or 0.

@@ -5,6 +5,7 @@
 #include "convolution/box_sums.h"
 #include "convolution/filters_rows.h"
 #include "convolution/large_boxes.h"
+#include "convolution/rolling_means.h"
 #include "foundation/frame.h"
 #include "ky/neighbourhoods.h"
 
@@ -22,20 +23,23 @@ AverageKernel<Columns> AverageKernelOf(const ResultKernels<Columns>& kernels,
   return area < kMostSmallArea ? kernels.averageSmall : kernels.average;
 }
 
-// Calls run(kernels of columns, kernels of results) for the rows of a window.
+// Calls run(kernels of columns, kernels of results, kernel of thresholds) for the rows of a window.
 template <class Run>
 KY_ERRORS ForColumns(std::ptrdiff_t halfHeight, const Run& run) noexcept {
   const AllColumnKernels& columns = ChooseAllColumnKernels();
   const BoxKernels& results = ChooseBoxKernels();
   const std::ptrdiff_t rows = 2 * halfHeight + 1;
-  if (rows <= kFewRows) return run(columns.narrow, results.few);
-  if (rows <= kNarrowRows) return run(columns.narrow, results.narrow);
-  return run(columns.wide, results.wide);
+  if (rows <= kFewRows) return run(columns.narrow, results.few, &LocalThresholdKernels::few);
+  if (rows <= kNarrowRows)
+    return run(columns.narrow, results.narrow, &LocalThresholdKernels::narrow);
+  return run(columns.wide, results.wide, &LocalThresholdKernels::wide);
 }
 
 template <class Columns>
 KY_ERRORS AverageWith(const ColumnKernels<Columns>& columnKernels,
-                      const ResultKernels<Columns>& kernels, const BoxJob& job) noexcept {
+                      const ResultKernels<Columns>& kernels,
+                      LocalThresholdKernel<Columns> LocalThresholdKernels::*threshold,
+                      const BoxJob& job) noexcept {
   const std::ptrdiff_t width = job.Width(), height = job.in.height;
   PlaneRows source;
   PlaneResults results;
@@ -50,6 +54,7 @@ KY_ERRORS AverageWith(const ColumnKernels<Columns>& columnKernels,
       !averages.Allocate(job.threshold != nullptr ? width : 0))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
   const AverageKernel<Columns> average = AverageKernelOf(kernels, job);
+  const LocalThresholdKernels& thresholds = ChooseLocalThresholdKernels();
   const bool isDirect = job.threshold != nullptr && job.box.Area() < kMostThresholdArea;
   const auto n = static_cast<std::size_t>(width);
   for (std::ptrdiff_t y = 0; y < height; ++y) {
@@ -58,12 +63,13 @@ KY_ERRORS AverageWith(const ColumnKernels<Columns>& columnKernels,
       const Windows<Columns> windows = columns.Advance(source, y, plane);
       KyBW8* const row = results.Row(y, plane);
       if (isDirect) {
-        kernels.threshold(row, n, windows, areas.At(y), source.whole().Row(y), *job.threshold);
+        (thresholds.*threshold)(row, n, windows, areas.At(y), source.whole().Row(y),
+                                *job.threshold);
         continue;
       }
       average(job.threshold != nullptr ? averages.get() : row, n, windows, areas.At(y));
       if (job.threshold != nullptr)
-        job.threshold->Apply(row, n, source.whole().Row(y), averages.get());
+        thresholds.compare(row, n, source.whole().Row(y), averages.get(), *job.threshold);
     }
     results.Done(y);
   }
@@ -83,10 +89,12 @@ KY_ERRORS Average(const BoxJob& job) noexcept {
   if (const WindowKernels* const small = SmallWindows(job))
     return FilterWindows(job.out, job.in, Border::Nearest(),
                          job.planes == 1 ? small->grey : small->color);
+  if (RollsMeans(job)) return RollMeans(job);
   if (job.box.Area() > kMostArea) return AverageOfLargeBoxes(job);
-  return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results) {
-    return AverageWith(columns, results, job);
-  });
+  return ForColumns(job.box.halfHeight,
+                    [&](const auto& columns, const auto& results, auto threshold) {
+                      return AverageWith(columns, results, threshold, job);
+                    });
 }
 
 // make(out, n, windows of levels, those of squares, these squares' columns, areas) makes a row.
@@ -134,7 +142,7 @@ KY_ERRORS Deviation(const BoxJob& job) noexcept {
                            results.deviationOfLarge(out, n, levels, squares, before, areas);
                          });
   }
-  return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results) {
+  return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results, auto) {
     return DeviationWith(
         columns, all.squares, job,
         [&](KyBW8* out, std::size_t n, const auto& levels, const auto& squares, const WideColumns&,

@@ -38,6 +38,8 @@ struct Phases {
 // The sums of few rows, and those of more, or of squares, modulo 2^32.
 using NarrowColumns = Phases<std::uint16_t, 2>;
 using WideColumns = Phases<std::uint32_t, 4>;
+// Sums along a row, modulo 2^16.
+using RowSums = Phases<std::uint16_t, 2>;
 
 // All columns have room for kColumnSlack places more, which may be written.
 inline constexpr std::ptrdiff_t kColumnSlack = 256;

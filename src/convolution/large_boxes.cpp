@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "convolution/box_sums.h"
+
 namespace ky {
 namespace {
 
@@ -60,6 +62,7 @@ class LargeBoxes {
         !results.Open(job.out, job.planes) || !columns_.Allocate(job.planes * width_) ||
         !averages_.Allocate(job.threshold != nullptr ? width_ : 0))
       return KY_ERROR_NOT_ENOUGH_MEMORY;
+    const LocalThresholdKernels& thresholds = ChooseLocalThresholdKernels();
     std::fill_n(columns_.get(), job.planes * width_, Sums());
     for (std::ptrdiff_t y = 0; y < height_; ++y) {
       source.FetchTo(y + box_.halfHeight + 1);
@@ -68,8 +71,8 @@ class LargeBoxes {
         KyBW8* const row = results.Row(y, plane);
         MakeRow(job.threshold != nullptr ? averages_.get() : row, y, plane, result);
         if (job.threshold != nullptr)
-          job.threshold->Apply(row, static_cast<std::size_t>(width_), source.whole().Row(y),
-                               averages_.get());
+          thresholds.compare(row, static_cast<std::size_t>(width_), source.whole().Row(y),
+                             averages_.get(), *job.threshold);
       }
       results.Done(y);
     }

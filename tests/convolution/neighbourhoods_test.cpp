@@ -139,6 +139,41 @@ TEST(Boxes, LocalThresholdComparesWithTheAverage) {
         kSizes);
 }
 
+// Means that follow from those of the row above, with changes from row to row as large as windows
+// allow: of pictures so large that the first and the last rows and columns are not all there is.
+TEST(Boxes, MeansOfLargePictures) {
+  Random random(1);
+  auto picture = RandomPicture<KyBW8>(380, 264, random);
+  for (int y = 0; y < picture.height; ++y)  // noise above stripes above light and dark areas
+    for (int x = 0; x < picture.width; ++x)
+      if (y % 140 > 40) picture.At(x, y) = (x / 110 + (y % 140 < 80 ? y : y / 100)) % 2 ? 255 : 0;
+  Grey ofPositions(picture.width, picture.height), ofPixels = ofPositions;
+  for (const Halves half : {Halves{0, 7},
+                            {2, 1},
+                            {2, 66},
+                            {4, 60},
+                            {10, 10},
+                            {31, 33},
+                            {50, 50},
+                            {52, 52},
+                            {53, 53},
+                            {60, 20},
+                            {62, 0},
+                            {64, 3},
+                            {120, 40}}) {
+    SCOPED_TRACE(std::to_string(half.width) + ", " + std::to_string(half.height));
+    Over<false, AverageOf>(half.width, half.height)(picture, ofPositions);
+    Over<true, AverageOf>(half.width, half.height)(picture, ofPixels);
+    ForEachPath([&](const std::string&) {
+      Canvas<KyBW8> from(picture, {}, random), to(picture, {}, random);
+      ASSERT_EQ(ImgConvolUniform(from.roi(), to.roi(), half.width, half.height), KY_OK);
+      ASSERT_TRUE(Same(ofPositions, to.Get()));
+      ASSERT_EQ(ImgLocalAverage(from.roi(), nullptr, half.width, half.height), KY_OK);
+      ASSERT_TRUE(Same(ofPixels, from.Get()));
+    });
+  }
+}
+
 // Averages and deviations next to where rounding changes, and right there. The windows cover the
 // whole image, of which about half is of one level, half of another.
 TEST(Boxes, ResultsThatAreNearlyAHalf) {
