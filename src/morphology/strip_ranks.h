@@ -67,7 +67,7 @@ class StripRanks {
   }
   bool Allocate() noexcept {
     Resize(std::min(kWidth, pixels_));
-    if (!histograms_.Allocate((strip_.pitch + 1) * RankStrip::kColumn) ||
+    if (!histograms_.Allocate(RankStrip::HistogramsOf(strip_.pitch)) ||
         !below_.Allocate(RankStrip::kBounds * strip_.pitch) ||
         !work_.Allocate(RankStrip::WorkOf(strip_.pitch)) || !results_.Allocate(strip_.pitch) ||
         !rows_.Allocate(2 * strip_.pitch))
@@ -82,7 +82,7 @@ class StripRanks {
   void Start() noexcept {
     const std::ptrdiff_t last = in_.height - 1, end = std::min(halfHeight_, last);
     std::memset(histograms_.get(), 0,
-                static_cast<std::size_t>((strip_.pitch + 1) * RankStrip::kColumn));
+                static_cast<std::size_t>(RankStrip::HistogramsOf(strip_.pitch)));
     std::memset(below_.get(), 0, static_cast<std::size_t>(RankStrip::kBounds * strip_.pitch));
     kernels_.add(strip_, Row(0, 0), static_cast<std::uint8_t>(halfHeight_ + 1));
     for (std::ptrdiff_t y = 1; y <= end; ++y) kernels_.add(strip_, Row(0, y), 1);

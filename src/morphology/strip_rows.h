@@ -14,18 +14,23 @@ struct RankStrip {
   // A column's 8 times 32 counts; 32 bytes more keep columns from competing in a first cache.
   static constexpr std::ptrdiff_t kColumn = 256 + 32;
   static constexpr std::ptrdiff_t kBounds = 7;
+  // Columns beyond the last one that may be read, in vain.
+  static constexpr std::ptrdiff_t kBeyond = 8;
   // Rows are whole vectors.
   static constexpr std::ptrdiff_t PitchOf(std::ptrdiff_t columns) noexcept {
     return (columns + 31) / 32 * 32;
   }
 
+  static constexpr std::ptrdiff_t HistogramsOf(std::ptrdiff_t pitch) noexcept {
+    return (1 + pitch + kBeyond) * kColumn;
+  }
   static constexpr std::ptrdiff_t WorkOf(std::ptrdiff_t pitch) noexcept {
     return 2 * (pitch + 32) + 2 * pitch + 2 * kBounds * (pitch + 64);
   }
 
   std::ptrdiff_t width, half, columns, pitch;
   std::ptrdiff_t rows;       // of a window
-  std::uint8_t* histograms;  // after a column of zeros
+  std::uint8_t* histograms;  // after a column of zeros, and before kBeyond
   std::uint8_t* below;       // kBounds rows
 };
 
