@@ -20,7 +20,7 @@ namespace {
 constexpr StripKernels kKernels = {};
 #else
 // Levels between two bounds, and so many counts. Vectors are of at most as many bytes.
-constexpr int kLevels = 32;
+constexpr int kLevels = RankStrip::kColumn;
 using D = hn::CappedTag<uint8_t, kLevels>;
 using V = hn::Vec<D>;
 constexpr ptrdiff_t kLanes = hn::MaxLanes(D());
@@ -53,24 +53,26 @@ HWY_INLINE V Stairs(const int8_t* level, ptrdiff_t first) {
 }
 
 // Where the counts of some columns that the pixels of a row are among begin, and the levels that
-// the pixels have there. These are made first, for all columns at once.
+// the pixels have there. These are made first, for all columns at once; places in units of 8 bytes,
+// so that 16 bits hold them.
 class Places {
  public:
   static constexpr ptrdiff_t kColumns = 64;
 
   // Of n columns, up to whole vectors.
-  HWY_INLINE void Make(const KyBW8* row, ptrdiff_t n) {
+  HWY_INLINE void Make(const KyBW8* row, ptrdiff_t n, ptrdiff_t plane) {
     const D d;
     const hn::Repartition<uint16_t, D> d16;
     const hn::Rebind<uint8_t, decltype(d16)> half;
+    const auto planes = hn::Set(d16, static_cast<uint16_t>(plane / kUnit));
     for (ptrdiff_t i = 0; i < n; i += kLanes) {
       const V level = hn::And(hn::LoadU(d, row + i), hn::Set(d, kLevels - 1));
       hn::Store(hn::BitCast(hn::RebindToSigned<D>(), level), hn::RebindToSigned<D>(), levels_ + i);
     }
     for (ptrdiff_t i = 0; i < n; i += hn::MaxLanes(d16)) {
-      const auto block = hn::And(hn::LoadU(half, row + i), hn::Set(half, 256 - kLevels));
-      const auto column = hn::Load(d16, kOffsets.ofColumns + i);
-      hn::Store(hn::Add(hn::PromoteTo(d16, block), column), d16, offsets_ + i);
+      const auto bound = hn::ShiftRight<5>(hn::PromoteTo(d16, hn::LoadU(half, row + i)));
+      const auto column = hn::Load(d16, kOfColumns.places + i);
+      hn::Store(hn::Add(hn::Mul(bound, planes), column), d16, places_ + i);
     }
   }
   // Calls change(counts, stairs) for kAtOnce columns from the given one on.
@@ -78,7 +80,7 @@ class Places {
   HWY_INLINE void Update(uint8_t* columns, ptrdiff_t first, const Change& change) const {
     const D d;
     ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
-      uint8_t* const counts = columns + offsets_[first + i];
+      uint8_t* const counts = columns + kUnit * ptrdiff_t{places_[first + i]};
       for (ptrdiff_t k = 0; k < kLevels; k += kLanes) {
         const V stairs = Stairs(levels_ + first + i, k);
         hn::StoreU(change(hn::LoadU(d, counts + k), stairs), d, counts + k);
@@ -88,17 +90,18 @@ class Places {
   static constexpr int kAtOnce = 8;
 
  private:
-  struct Offsets {
-    alignas(64) uint16_t ofColumns[kColumns];
+  static constexpr ptrdiff_t kUnit = 8;
+  struct OfColumns {
+    alignas(64) uint16_t places[kColumns];
   };
-  static constexpr Offsets kOffsets = [] {
-    Offsets offsets{};
+  static constexpr OfColumns kOfColumns = [] {
+    OfColumns columns{};
     for (ptrdiff_t i = 0; i < kColumns; ++i)
-      offsets.ofColumns[i] = static_cast<uint16_t>(i * RankStrip::kColumn);
-    return offsets;
+      columns.places[i] = static_cast<uint16_t>(i * RankStrip::kColumn / kUnit);
+    return columns;
   }();
 
-  HWY_ALIGN uint16_t offsets_[kColumns];
+  HWY_ALIGN uint16_t places_[kColumns];
   HWY_ALIGN int8_t levels_[kColumns];
 };
 
@@ -114,7 +117,7 @@ void Add(const RankStrip& strip, const KyBW8* row, uint8_t times) {
   Places places;
   for (ptrdiff_t x = 0; x < strip.pitch; x += Places::kColumns) {
     const ptrdiff_t n = std::min(strip.pitch - x, Places::kColumns);
-    places.Make(row + x, n);
+    places.Make(row + x, n, strip.plane);
     for (ptrdiff_t i = 0; i < n; i += Places::kAtOnce)
       places.Update(strip.histograms + x * RankStrip::kColumn, i, [=](V counts, V stairs) HWY_ATTR {
         return hn::Add(counts, hn::And(stairs, factor));
@@ -137,8 +140,8 @@ void Slide(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming) {
   for (ptrdiff_t x = 0; x < strip.pitch; x += Places::kColumns) {
     const ptrdiff_t n = std::min(strip.pitch - x, Places::kColumns);
     uint8_t* const columns = strip.histograms + x * RankStrip::kColumn;
-    from.Make(leaving + x, n);
-    to.Make(coming + x, n);
+    from.Make(leaving + x, n, strip.plane);
+    to.Make(coming + x, n, strip.plane);
     for (ptrdiff_t i = 0; i < n; i += Places::kAtOnce) {
       to.Update(columns, i, [](V counts, V stairs) HWY_ATTR { return hn::Sub(counts, stairs); });
       from.Update(columns, i, [](V counts, V stairs) HWY_ATTR { return hn::Add(counts, stairs); });
@@ -401,20 +404,19 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   constexpr ptrdiff_t kStep = RankStrip::kColumn, kAtOnce = RankStrip::kBeyond;
   const ptrdiff_t size = 2 * strip.half + 1;
   const size_t mostPassed = size <= 64 ? 0 : static_cast<size_t>(strip.half);
-  HWY_ALIGN Sum kept[256];
+  HWY_ALIGN Sum kept[256 / kLevels][kLevels];
   ptrdiff_t keptAt[256 / kLevels];
   std::fill_n(keptAt, 256 / kLevels, -strip.half - 2);
   for (ptrdiff_t x = 0; x < strip.width;) {
     const uint8_t bound = bounds[x];
-    const int level = kLevels * bound;
-    const uint8_t* const columns = strip.histograms + level;
+    const uint8_t* const columns = strip.histograms + bound * strip.plane;
     Sums<Sum> sums;
     const ptrdiff_t passed = x - 1 - keptAt[bound];
     if (static_cast<size_t>(passed) >= mostPassed) {  // or below 0
       sums.Set(Sums<Sum>::StartFor(rank));
       sums.Add(columns + (x - 1) * kStep, size, strip.rows);
     } else {
-      sums.Get(kept + level);
+      sums.Get(kept[bound]);
       sums.Remove(columns + keptAt[bound] * kStep, passed, strip.rows);
       sums.Add(columns + (keptAt[bound] + size) * kStep, passed, strip.rows);
     }
@@ -426,7 +428,7 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
         above[x + i] = static_cast<uint8_t>(sums.CountAbove(below[x + i]));
       });
     if (mostPassed > 0) {
-      sums.Put(kept + level);
+      sums.Put(kept[bound]);
       keptAt[bound] = x - 1;
     }
     x = end;
