@@ -28,7 +28,8 @@ class StripRanks {
   // have margins that cost more than their strip.
   static bool Fits(std::ptrdiff_t halfWidth, std::ptrdiff_t halfHeight, std::int64_t rank,
                    std::int64_t above) noexcept {
-    const bool isMedium = halfWidth < 256 && halfHeight < 64 && rank < 1 << 15 && above < 1 << 15;
+    const bool isMedium =
+        halfWidth <= kMostHalfWidth && halfHeight < 64 && rank < 1 << 15 && above < 1 << 15;
     return IsSmall(rank, above) || isMedium;
   }
 
@@ -53,21 +54,28 @@ class StripRanks {
   }
 
  private:
+  static constexpr std::ptrdiff_t kMostHalfWidth = 255;
+
   static bool IsSmall(std::int64_t rank, std::int64_t above) noexcept {
     return rank < 128 && above < 128;
   }
 
   // So many results that the margins cost little and the histograms stay in a second cache.
   static constexpr std::ptrdiff_t kWidth = 960;
+  // Kernels count in units of 8 bytes from the first plane, in 16 bits.
+  static_assert(RankStrip::kBounds * RankStrip::PlaneOf(kWidth + 2 * kMostHalfWidth + 64) / 8 <
+                60000);
 
   void Resize(std::ptrdiff_t width) noexcept {
     strip_.width = width;
     strip_.columns = width + 2 * strip_.half;
     strip_.pitch = RankStrip::PitchOf(strip_.columns);
+    strip_.plane = RankStrip::PlaneOf(strip_.pitch);
   }
+  std::ptrdiff_t HistogramBytes() const noexcept { return (RankStrip::kBounds + 1) * strip_.plane; }
   bool Allocate() noexcept {
     Resize(std::min(kWidth, pixels_));
-    if (!histograms_.Allocate((strip_.pitch + 1) * RankStrip::kColumn) ||
+    if (!histograms_.Allocate(HistogramBytes()) ||
         !below_.Allocate(RankStrip::kBounds * strip_.pitch) ||
         !work_.Allocate(RankStrip::WorkOf(strip_.pitch)) || !results_.Allocate(strip_.pitch) ||
         !rows_.Allocate(2 * strip_.pitch))
@@ -81,8 +89,7 @@ class StripRanks {
   // The columns of the first row of windows.
   void Start() noexcept {
     const std::ptrdiff_t last = in_.height - 1, end = std::min(halfHeight_, last);
-    std::memset(histograms_.get(), 0,
-                static_cast<std::size_t>((strip_.pitch + 1) * RankStrip::kColumn));
+    std::memset(histograms_.get(), 0, static_cast<std::size_t>(HistogramBytes()));
     std::memset(below_.get(), 0, static_cast<std::size_t>(RankStrip::kBounds * strip_.pitch));
     kernels_.add(strip_, Row(0, 0), static_cast<std::uint8_t>(halfHeight_ + 1));
     for (std::ptrdiff_t y = 1; y <= end; ++y) kernels_.add(strip_, Row(0, y), 1);

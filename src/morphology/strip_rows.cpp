@@ -20,21 +20,10 @@ namespace {
 constexpr StripKernels kKernels = {};
 #else
 // Levels between two bounds, and so many counts. Vectors are of at most as many bytes.
-constexpr int kLevels = 32;
+constexpr int kLevels = RankStrip::kColumn;
 using D = hn::CappedTag<uint8_t, kLevels>;
 using V = hn::Vec<D>;
 constexpr ptrdiff_t kLanes = hn::MaxLanes(D());
-
-// What a pixel of each level adds to the counts: from the level on, all bits.
-struct Stairs {
-  alignas(64) uint8_t steps[kLevels * kLevels];
-};
-constexpr Stairs kStairs = [] {
-  Stairs stairs{};
-  for (int level = 0; level < kLevels; ++level)
-    for (int i = level; i < kLevels; ++i) stairs.steps[level * kLevels + i] = 0xFF;
-  return stairs;
-}();
 
 // All bits where pixels are below the k-th bound.
 HWY_INLINE V IsBelow(V pixels, ptrdiff_t k) {
@@ -43,40 +32,77 @@ HWY_INLINE V IsBelow(V pixels, ptrdiff_t k) {
   return hn::VecFromMask(d, hn::Eq(hn::Max(pixels, most), most));
 }
 
-// Where the counts of some columns that the pixels of a row are among begin, and the stairs that
-// change them. The places are made first, for all columns at once.
+// What a pixel of each level adds to the counts: from the level on, all bits.
+struct AllStairs {
+  alignas(64) uint8_t steps[kLevels * kLevels];
+};
+constexpr AllStairs kStairs = [] {
+  AllStairs stairs{};
+  for (int level = 0; level < kLevels; ++level)
+    for (int i = level; i < kLevels; ++i) stairs.steps[level * kLevels + i] = 0xFF;
+  return stairs;
+}();
+// Those from the count `first` on. Vectors of all counts are compared instead, as it is loads that
+// take the time.
+HWY_INLINE V Stairs(const int8_t* level, ptrdiff_t first) {
+  const hn::RebindToSigned<D> d;
+  if constexpr (kLanes == kLevels)
+    return hn::BitCast(D(), hn::VecFromMask(d, hn::Gt(hn::Iota(d, 1), hn::Set(d, *level))));
+  else
+    return hn::Load(D(), kStairs.steps + kLevels * ptrdiff_t{*level} + first);
+}
+
+// Where the counts of some columns that the pixels of a row are among begin, and the levels that
+// the pixels have there. These are made first, for all columns at once; places in units of 8 bytes,
+// so that 16 bits hold them.
 class Places {
  public:
   static constexpr ptrdiff_t kColumns = 64;
 
   // Of n columns, up to whole vectors.
-  HWY_INLINE void Make(const KyBW8* row, ptrdiff_t n) {
+  HWY_INLINE void Make(const KyBW8* row, ptrdiff_t n, ptrdiff_t plane) {
     const D d;
     const hn::Repartition<uint16_t, D> d16;
+    const hn::Rebind<uint8_t, decltype(d16)> half;
+    const auto planes = hn::Set(d16, static_cast<uint16_t>(plane / kUnit));
     for (ptrdiff_t i = 0; i < n; i += kLanes) {
-      const V pixels = hn::LoadU(d, row + i);
-      const V eightTimes = hn::BitCast(d, hn::ShiftLeft<3>(hn::BitCast(d16, pixels)));
-      hn::Store(hn::And(pixels, hn::Set(d, 256 - kLevels)), d, blocks_ + i);
-      hn::Store(hn::And(eightTimes, hn::Set(d, 8 * (kLevels - 1))), d, quarters_ + i);
+      const V level = hn::And(hn::LoadU(d, row + i), hn::Set(d, kLevels - 1));
+      hn::Store(hn::BitCast(hn::RebindToSigned<D>(), level), hn::RebindToSigned<D>(), levels_ + i);
+    }
+    for (ptrdiff_t i = 0; i < n; i += hn::MaxLanes(d16)) {
+      const auto bound = hn::ShiftRight<5>(hn::PromoteTo(d16, hn::LoadU(half, row + i)));
+      const auto column = hn::Load(d16, kOfColumns.places + i);
+      hn::Store(hn::Add(hn::Mul(bound, planes), column), d16, places_ + i);
     }
   }
   // Calls change(counts, stairs) for kAtOnce columns from the given one on.
   template <class Change>
   HWY_INLINE void Update(uint8_t* columns, ptrdiff_t first, const Change& change) const {
     const D d;
-    columns += first * RankStrip::kColumn;
     ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
-      uint8_t* const counts = columns + blocks_[first + i] + i * RankStrip::kColumn;
-      const uint8_t* const stairs = kStairs.steps + 4 * ptrdiff_t{quarters_[first + i]};
-      for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
-        hn::StoreU(change(hn::LoadU(d, counts + k), hn::Load(d, stairs + k)), d, counts + k);
+      uint8_t* const counts = columns + kUnit * ptrdiff_t{places_[first + i]};
+      for (ptrdiff_t k = 0; k < kLevels; k += kLanes) {
+        const V stairs = Stairs(levels_ + first + i, k);
+        hn::StoreU(change(hn::LoadU(d, counts + k), stairs), d, counts + k);
+      }
     });
   }
   static constexpr int kAtOnce = 8;
 
  private:
-  HWY_ALIGN uint8_t blocks_[kColumns];
-  HWY_ALIGN uint8_t quarters_[kColumns];  // of the offset of the stairs
+  static constexpr ptrdiff_t kUnit = 8;
+  struct OfColumns {
+    alignas(64) uint16_t places[kColumns];
+  };
+  static constexpr OfColumns kOfColumns = [] {
+    OfColumns columns{};
+    for (ptrdiff_t i = 0; i < kColumns; ++i)
+      columns.places[i] = static_cast<uint16_t>(i * RankStrip::kColumn / kUnit);
+    return columns;
+  }();
+
+  HWY_ALIGN uint16_t places_[kColumns];
+  HWY_ALIGN int8_t levels_[kColumns];
 };
 
 void Add(const RankStrip& strip, const KyBW8* row, uint8_t times) {
@@ -91,7 +117,7 @@ void Add(const RankStrip& strip, const KyBW8* row, uint8_t times) {
   Places places;
   for (ptrdiff_t x = 0; x < strip.pitch; x += Places::kColumns) {
     const ptrdiff_t n = std::min(strip.pitch - x, Places::kColumns);
-    places.Make(row + x, n);
+    places.Make(row + x, n, strip.plane);
     for (ptrdiff_t i = 0; i < n; i += Places::kAtOnce)
       places.Update(strip.histograms + x * RankStrip::kColumn, i, [=](V counts, V stairs) HWY_ATTR {
         return hn::Add(counts, hn::And(stairs, factor));
@@ -114,8 +140,8 @@ void Slide(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming) {
   for (ptrdiff_t x = 0; x < strip.pitch; x += Places::kColumns) {
     const ptrdiff_t n = std::min(strip.pitch - x, Places::kColumns);
     uint8_t* const columns = strip.histograms + x * RankStrip::kColumn;
-    from.Make(leaving + x, n);
-    to.Make(coming + x, n);
+    from.Make(leaving + x, n, strip.plane);
+    to.Make(coming + x, n, strip.plane);
     for (ptrdiff_t i = 0; i < n; i += Places::kAtOnce) {
       to.Update(columns, i, [](V counts, V stairs) HWY_ATTR { return hn::Sub(counts, stairs); });
       from.Update(columns, i, [](V counts, V stairs) HWY_ATTR { return hn::Add(counts, stairs); });
@@ -167,9 +193,9 @@ HWY_INLINE void FindBounds(const RankStrip& strip, int rank, uint8_t* bounds, Su
     auto carry = hn::Zero(d);
     for (ptrdiff_t x = 0; x < strip.pitch; x += kStep) {
       const auto counts = LoadLanes(d, strip.below + k * strip.pitch + x);
-      const auto sum = hn::Add(carry, Accumulate(d, counts));
-      hn::StoreU(sum, d, total + 1 + x);
-      carry = BroadcastLast(d, sum);
+      const auto sum = Accumulate(d, counts);
+      hn::StoreU(hn::Add(carry, sum), d, total + 1 + x);
+      carry = hn::Add(carry, BroadcastLast(d, sum));
     }
   }
   const auto most = hn::Set(d, static_cast<Sum>(rank));
@@ -363,43 +389,49 @@ HWY_INLINE ptrdiff_t EndOfRun(const uint8_t* bounds, ptrdiff_t x, ptrdiff_t widt
   return width;
 }
 
-// Windows between the same two bounds follow each other mostly. The sums of each two are kept, and
-// brought to the present window when they are met again.
+// Windows between the same two bounds follow each other mostly. Their sums are added up anew where
+// others come between: branches that cannot be foreseen would take longer than a few columns. Of
+// wide windows the sums between each two bounds are kept, and brought to the present window when
+// these are met again.
+//
+// A run is gone through some windows at a time; those beyond its end belong to the next one, which
+// comes to them again.
 template <class Sum>
 void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   uint8_t *const bounds = work, *const above = work + strip.pitch + kLevels;
   Sum* const below = reinterpret_cast<Sum*>(above + strip.pitch + kLevels);
   FindBounds<Sum>(strip, rank, bounds, below, below + strip.pitch);
-  constexpr ptrdiff_t kStep = RankStrip::kColumn, kAtOnce = 4;
+  constexpr ptrdiff_t kStep = RankStrip::kColumn, kAtOnce = RankStrip::kBeyond;
   const ptrdiff_t size = 2 * strip.half + 1;
-  HWY_ALIGN Sum kept[256];
+  const size_t mostPassed = size <= 64 ? 0 : static_cast<size_t>(strip.half);
+  HWY_ALIGN Sum kept[256 / kLevels][kLevels];
   ptrdiff_t keptAt[256 / kLevels];
   std::fill_n(keptAt, 256 / kLevels, -strip.half - 2);
   for (ptrdiff_t x = 0; x < strip.width;) {
     const uint8_t bound = bounds[x];
-    const int level = kLevels * bound;
-    const uint8_t* const columns = strip.histograms + level;
+    const uint8_t* const columns = strip.histograms + bound * strip.plane;
     Sums<Sum> sums;
-    if (x - keptAt[bound] > strip.half) {
+    const ptrdiff_t passed = x - 1 - keptAt[bound];
+    if (static_cast<size_t>(passed) >= mostPassed) {  // or below 0
       sums.Set(Sums<Sum>::StartFor(rank));
       sums.Add(columns + (x - 1) * kStep, size, strip.rows);
     } else {
-      sums.Get(kept + level);
-      const ptrdiff_t n = x - 1 - keptAt[bound];
-      sums.Remove(columns + keptAt[bound] * kStep, n, strip.rows);
-      sums.Add(columns + (keptAt[bound] + size) * kStep, n, strip.rows);
+      sums.Get(kept[bound]);
+      sums.Remove(columns + keptAt[bound] * kStep, passed, strip.rows);
+      sums.Add(columns + (keptAt[bound] + size) * kStep, passed, strip.rows);
     }
     const uint8_t *leaving = columns + (x - 1) * kStep, *coming = leaving + size * kStep;
     const ptrdiff_t end = EndOfRun(bounds, x, strip.width);
-    const auto next = [&](ptrdiff_t i) HWY_ATTR {
-      sums.Slide(leaving + i * kStep, coming + i * kStep);
-      above[x + i] = static_cast<uint8_t>(sums.CountAbove(below[x + i]));
-    };
-    for (; x + kAtOnce <= end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
-      ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR { next(i); });
-    for (; x < end; ++x, leaving += kStep, coming += kStep) next(0);
-    sums.Put(kept + level);
-    keptAt[bound] = x - 1;
+    for (; x < end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
+      ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
+        sums.Slide(leaving + i * kStep, coming + i * kStep);
+        above[x + i] = static_cast<uint8_t>(sums.CountAbove(below[x + i]));
+      });
+    if (mostPassed > 0) {
+      sums.Put(kept[bound]);
+      keptAt[bound] = x - 1;
+    }
+    x = end;
   }
   const D d;
   const hn::Repartition<uint16_t, D> d16;

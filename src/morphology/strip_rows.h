@@ -11,21 +11,30 @@ namespace ky {
 
 // One strip of results, `half` columns wider on either side. The memory is the caller's.
 struct RankStrip {
-  // A column's 8 times 32 counts; 32 bytes more keep columns from competing in a first cache.
-  static constexpr std::ptrdiff_t kColumn = 256 + 32;
+  // A column's counts between two bounds. Those of the next column follow, as neighbours mostly
+  // need the same.
+  static constexpr std::ptrdiff_t kColumn = 32;
   static constexpr std::ptrdiff_t kBounds = 7;
+  // Columns beyond the last one that may be read, in vain.
+  static constexpr std::ptrdiff_t kBeyond = 8;
   // Rows are whole vectors.
   static constexpr std::ptrdiff_t PitchOf(std::ptrdiff_t columns) noexcept {
     return (columns + 31) / 32 * 32;
   }
 
+  // From the counts between two bounds to those between the next two, a multiple of 8 bytes. Planes
+  // that were whole pages apart would compete for the same places in a first cache.
+  static constexpr std::ptrdiff_t PlaneOf(std::ptrdiff_t pitch) noexcept {
+    return ((1 + pitch + kBeyond) * kColumn + 4095) / 4096 * 4096 + 320;
+  }
   static constexpr std::ptrdiff_t WorkOf(std::ptrdiff_t pitch) noexcept {
     return 2 * (pitch + 32) + 2 * pitch + 2 * kBounds * (pitch + 64);
   }
 
   std::ptrdiff_t width, half, columns, pitch;
+  std::ptrdiff_t plane;      // PlaneOf(pitch)
   std::ptrdiff_t rows;       // of a window
-  std::uint8_t* histograms;  // after a column of zeros
+  std::uint8_t* histograms;  // kBounds + 1 planes, each after a column of zeros and before kBeyond
   std::uint8_t* below;       // kBounds rows
 };
 

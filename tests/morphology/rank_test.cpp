@@ -81,6 +81,23 @@ TEST(Rank, SmallWindows) {
   }
 }
 
+// A network of exchanges is right if it is right for two levels. Rows are sorted first, so that the
+// numbers of pixels at the upper level, row by row, are all that matters: these are all of them.
+TEST(Rank, MedianOf5x5OfTwoLevels) {
+  constexpr int kWindows = 6 * 6 * 6 * 6 * 6;
+  Picture<KyBW8> picture(5 * kWindows, 6);
+  for (int y = 0, power = 1; y < 6; ++y, power = y < 5 ? power * 6 : 1)
+    for (int x = 0; x < picture.width; ++x)
+      picture.At(x, y) = x % 5 < x / 5 / power % 6 ? 200 : 100;
+  const Picture<KyBW8> expected = Ranked(picture, 2, 2, -1);
+  Random random(4);
+  ForEachPath([&](const std::string&) {
+    Canvas<KyBW8> source(picture, {}, random), out(picture.width, 6, {}, random);
+    ASSERT_EQ(ImgMedian(source.roi(), out.roi(), 2), KY_OK);
+    EXPECT_TRUE(Same(expected, out.Get()));
+  });
+}
+
 TEST(Rank, WindowsOfAnySize) {
   const std::vector<Size> sizes = {{1, 1},  {1, 9},   {9, 1}, {2, 2}, {17, 5},
                                    {5, 17}, {40, 20}, {0, 3}, {3, 0}, {540, 2}};
