@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "convolution/planes_rows.h"
+#include "foundation/kernels/planes_rows.h"
 #include "foundation/ring.h"
 #include "foundation/rows.h"
 

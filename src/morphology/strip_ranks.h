@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "foundation/kernels/planes_rows.h"
 #include "foundation/rows.h"
 #include "foundation/scratch.h"
 #include "morphology/strip_rows.h"
@@ -99,28 +100,30 @@ class StripRanks {
   // A row of the columns' pixels, made in one of two places.
   const KyBW8* Row(int place, std::ptrdiff_t y) const noexcept {
     KyBW8* const row = rows_.get() + place * strip_.pitch;
-    const KyBW8* const from =
-        in_.Row(std::clamp<std::ptrdiff_t>(y, 0, in_.height - 1)) + component_;
+    const KyBW8* const from = in_.Row(std::clamp<std::ptrdiff_t>(y, 0, in_.height - 1));
     const std::ptrdiff_t left = first_ - strip_.half;  // may lie before the image
     const std::ptrdiff_t begin = std::max<std::ptrdiff_t>(-left, 0);
     const std::ptrdiff_t end = std::min(strip_.columns, pixels_ - left);
-    std::fill_n(row, begin, from[0]);
+    std::fill_n(row, begin, from[component_]);
     if (step_ == 1)
       std::memcpy(row + begin, from + (left + begin), static_cast<std::size_t>(end - begin));
     else
-      for (std::ptrdiff_t i = begin; i < end; ++i) row[i] = from[(left + i) * step_];
-    std::fill(row + end, row + strip_.columns, from[(pixels_ - 1) * step_]);
+      planes_.take[component_](row + begin, static_cast<std::size_t>(end - begin),
+                               reinterpret_cast<const KyC24*>(from) + (left + begin));
+    std::fill(row + end, row + strip_.columns, from[(pixels_ - 1) * step_ + component_]);
     return row;
   }
   void Put(std::ptrdiff_t y) const noexcept {
-    KyBW8* const to = out_.Row(y) + first_ * step_ + component_;
+    KyBW8* const to = out_.Row(y) + first_ * step_;
     if (step_ == 1)
       std::memcpy(to, results_.get(), static_cast<std::size_t>(strip_.width));
     else
-      for (std::ptrdiff_t i = 0; i < strip_.width; ++i) to[i * step_] = results_[i];
+      planes_.put[component_](reinterpret_cast<KyC24*>(to), static_cast<std::size_t>(strip_.width),
+                              results_.get());
   }
 
   const StripKernels& kernels_;
+  const PlaneKernels& planes_ = ChoosePlaneKernels();
   Rows<const KyBW8> in_;
   Rows<KyBW8> out_;
   std::ptrdiff_t step_, pixels_, halfHeight_ = 0;
