@@ -6,6 +6,8 @@
 #define KY_FOUNDATION_REDUCE_INL_H_
 #endif
 
+#include <utility>
+
 #include "foundation/lanes-inl.h"
 #include "foundation/reduce.h"
 #include "foundation/spans-inl.h"
@@ -29,7 +31,7 @@ HWY_INLINE Planes3<V> Without(V absent, const Planes3<V>& v) {
 // result. The lanes that the rows leave free in their last vector are 0 in v and all ones in
 // `absent`, which is 0 in all others.
 template <class D, class Fold, class... T>
-HWY_INLINE auto ReducePiece(D d, Fold fold, size_t n, const T*... row) {
+HWY_INLINE void TakePiece(D d, Fold& fold, size_t n, const T*... row) {
   const size_t lanes = hn::Lanes(d);
   constexpr size_t kAtOnce = 4;
   const auto step = [&](size_t at)
@@ -47,12 +49,25 @@ HWY_INLINE auto ReducePiece(D d, Fold fold, size_t n, const T*... row) {
     const auto absent = hn::VecFromMask(d, hn::Not(hn::FirstN(d, rest)));
     fold.Step(d, LoadPart(d, row + i, rest)..., absent);
   }
+}
+template <class D, class Fold, class... T>
+HWY_INLINE auto ReducePiece(D d, Fold fold, size_t n, const T*... row) {
+  TakePiece(d, fold, n, row...);
   return fold.Done();
 }
 
+// How many elements a fold is exact for: one that limits them says so by `static constexpr size_t
+// kMost`.
+template <class Fold>
+constexpr size_t MostOf() {
+  if constexpr (requires { Fold::kMost; })
+    return Fold::kMost;
+  else
+    return SIZE_MAX;
+}
+
 // The same for any n, with a fold that may have parameters, as it is before the first step. A fold
-// that is exact for so many elements only says so by `static constexpr size_t kMost`, and gets
-// pieces of that many, whose results are added up by +=.
+// with a limit gets pieces of so many elements, whose results are added up by +=.
 template <class D, class Fold, class... T>
 HWY_INLINE auto ReduceInto(D d, const Fold& fold, size_t n, const T*... row) {
   if constexpr (requires { Fold::kMost; }) {
@@ -63,6 +78,30 @@ HWY_INLINE auto ReduceInto(D d, const Fold& fold, size_t n, const T*... row) {
   } else {
     return ReducePiece(d, fold, n, row...);
   }
+}
+// The results of all rows, added up by +=. A fold goes on from row to row while it may.
+template <template <class> class Fold, class Lane, class T>
+HWY_INLINE auto ReduceAll(const Rows<const T>& rows) {
+  using D = hn::ScalableTag<Lane>;
+  using OfLanes = Fold<D>;
+  const D d;
+  const auto n = static_cast<size_t>(rows.width);
+  OfLanes fold;
+  decltype(fold.Done()) total{};
+  size_t room = MostOf<OfLanes>();
+  for (ptrdiff_t y = 0; y < rows.height; ++y) {
+    if (n > MostOf<OfLanes>()) {
+      total += ReduceInto(d, OfLanes(), n, rows.Row(y));
+      continue;
+    }
+    if (n > room) {
+      total += std::exchange(fold, OfLanes()).Done();
+      room = MostOf<OfLanes>();
+    }
+    TakePiece(d, fold, n, rows.Row(y));
+    room -= n;
+  }
+  return total += fold.Done();
 }
 template <template <class> class Fold, class Lane, class... T>
 HWY_INLINE auto ReduceSpan(size_t n, const T*... row) {
@@ -221,11 +260,7 @@ class ExtremesAndSumOfBytes {
     largest_ = hn::Max(largest_, v);
   }
   // The sum of the elements since the last call.
-  HWY_INLINE uint64_t TakeSum() {
-    const uint64_t sum = sum_.Done();
-    sum_ = SumOfBytes<D>();
-    return sum;
-  }
+  HWY_INLINE uint64_t TakeSum() { return std::exchange(sum_, SumOfBytes<D>()).Done(); }
   HWY_INLINE ExtremesAndSum Done() const {
     return {SmallestOfAll(smallest_), LargestOfAll(largest_), sum_.Done()};
   }

@@ -29,6 +29,10 @@ struct ExtremesAndSum {
 template <class Result, class T>
 using ReduceKernel = Result (*)(const T* row, std::size_t n);
 
+// The sum of such results of all rows.
+template <class Result, class T>
+using ReduceAllKernel = Result (*)(const Rows<const T>& rows);
+
 // Adds `height` rows, at most kColumnRows and `pitch` bytes apart, to the sums of n columns, modulo
 // 2^32.
 inline constexpr std::ptrdiff_t kColumnRows = 256;

@@ -21,9 +21,7 @@ KY_ERRORS ImgAverage(const KyROI<KyBW8>* source, float& mean) noexcept {
   return Call("ImgAverage", [&] {
     Rows<const KyBW8> rows;
     if (const KY_ERRORS error = ky::OpenSome(source, rows)) return error;
-    std::uint64_t sum = 0;
-    ky::ReduceRows(ky::ChooseStatisticsKernels().sum, ky::Joined(rows),
-                   [&](std::uint64_t row, std::ptrdiff_t) { sum += row; });
+    const std::uint64_t sum = ky::ChooseStatisticsKernels().sum(ky::Joined(rows));
     mean = static_cast<float>(static_cast<double>(sum) / PixelsOf(rows));
     return KY_OK;
   });
@@ -33,12 +31,7 @@ KY_ERRORS ImgVariance(const KyROI<KyBW8>* source, float& variance, float& mean) 
   return Call("ImgVariance", [&] {
     Rows<const KyBW8> rows;
     if (const KY_ERRORS error = ky::OpenSome(source, rows)) return error;
-    std::uint64_t sum = 0, squares = 0;
-    ky::ReduceRows(ky::ChooseStatisticsKernels().moments, ky::Joined(rows),
-                   [&](const ky::Moments& row, std::ptrdiff_t) {
-                     sum += row.sum;
-                     squares += row.squares;
-                   });
+    const auto [sum, squares] = ky::ChooseStatisticsKernels().moments(ky::Joined(rows));
     const ky::Unsigned128 n =
         static_cast<std::uint64_t>(rows.width) * static_cast<std::uint64_t>(rows.height);
     variance = static_cast<float>(ky::ToDouble(squares * n - ky::Unsigned128{sum} * sum) /

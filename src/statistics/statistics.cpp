@@ -30,19 +30,22 @@ float MeanOf(std::uint32_t sum, std::int32_t pixels) noexcept {
   return (Extended(std::uint64_t{sum}) / Extended(pixels)).ToFloat();
 }
 
-// Takes the moments of rows, the squares of each modulo 2^32. The squares of narrow rows fit, so
-// that those without gaps are one row.
+// Takes the moments of rows, the squares of each modulo 2^32.
 class Variance {
  public:
   explicit Variance(std::ptrdiff_t width) noexcept : isNarrow_(IsNarrow(width)) {}
 
-  template <class T>
-  static Rows<const T> Joined(const Rows<const T>& rows) noexcept {
-    return rows.Joined() && IsNarrow(rows.width) ? rows.AsOneRow() : rows;
+  // Calls take(moments) for all rows at once where the squares of each fit, otherwise for each row.
+  template <class Result, class T, class Take>
+  static void ForRows(ky::ReduceAllKernel<Result, T> kernel, const Rows<const T>& rows,
+                      const Take& take) noexcept {
+    if (IsNarrow(rows.width)) return take(kernel(ky::Joined(rows)));
+    for (std::ptrdiff_t y = 0; y < rows.height; ++y)
+      take(kernel({rows.Row(y), rows.pitch, rows.width, 1}));
   }
-  void AddRow(const ky::Moments& row) noexcept {
-    sum_ += static_cast<std::uint32_t>(row.sum);
-    squares_ += static_cast<double>(isNarrow_ ? row.squares : row.squares & UINT32_MAX);
+  void Add(const ky::Moments& moments) noexcept {
+    sum_ += static_cast<std::uint32_t>(moments.sum);
+    squares_ += static_cast<double>(isNarrow_ ? moments.squares : moments.squares & UINT32_MAX);
   }
   void Write(std::int32_t pixels, float& variance, float& mean) const noexcept {
     const Extended n(pixels), s(std::uint64_t{sum_}), q(static_cast<std::uint64_t>(squares_));
@@ -69,10 +72,10 @@ KY_ERRORS ComponentVariances(const KyROI<KyC24>* source, float (&variance)[3],
   std::int32_t pixels;
   if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
   Variance components[3] = {Variance(rows.width), Variance(rows.width), Variance(rows.width)};
-  ky::ReduceRows(ky::ChooseStatisticsKernels().componentMoments, Variance::Joined(rows),
-                 [&](const ky::OfComponents<ky::Moments>& row, std::ptrdiff_t) {
-                   for (int i = 0; i < 3; ++i) components[i].AddRow(row.of[i]);
-                 });
+  Variance::ForRows(ky::ChooseStatisticsKernels().componentMoments, rows,
+                    [&](const ky::OfComponents<ky::Moments>& moments) {
+                      for (int i = 0; i < 3; ++i) components[i].Add(moments.of[i]);
+                    });
   for (int i = 0; i < 3; ++i) components[i].Write(pixels, variance[i], mean[i]);
   return KY_OK;
 }
@@ -84,9 +87,7 @@ KY_ERRORS ImgPixelAverage(const KyROI<KyBW8>* source, float& mean) noexcept {
     Rows<const KyBW8> rows;
     std::int32_t pixels;
     if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
-    std::uint64_t sum = 0;
-    ky::ReduceRows(ky::ChooseStatisticsKernels().sum, rows.Joined() ? rows.AsOneRow() : rows,
-                   [&](std::uint64_t row, std::ptrdiff_t) { sum += row; });
+    const std::uint64_t sum = ky::ChooseStatisticsKernels().sum(ky::Joined(rows));
     mean = MeanOf(static_cast<std::uint32_t>(sum), pixels);
     return KY_OK;
   });
@@ -96,13 +97,8 @@ KY_ERRORS ImgPixelAverage(const KyROI<KyC24>* source, float (&mean)[3]) noexcept
     Rows<const KyC24> rows;
     std::int32_t pixels;
     if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
-    std::uint64_t sums[3] = {};
-    ky::ReduceRows(ky::ChooseStatisticsKernels().componentSum,
-                   rows.Joined() ? rows.AsOneRow() : rows,
-                   [&](const ky::OfComponents<std::uint64_t>& row, std::ptrdiff_t) {
-                     for (int i = 0; i < 3; ++i) sums[i] += row.of[i];
-                   });
-    for (int i = 0; i < 3; ++i) mean[i] = MeanOf(static_cast<std::uint32_t>(sums[i]), pixels);
+    const auto sums = ky::ChooseStatisticsKernels().componentSum(ky::Joined(rows));
+    for (int i = 0; i < 3; ++i) mean[i] = MeanOf(static_cast<std::uint32_t>(sums.of[i]), pixels);
     return KY_OK;
   });
 }
@@ -113,8 +109,8 @@ KY_ERRORS ImgPixelVariance(const KyROI<KyBW8>* source, float& variance, float& m
     std::int32_t pixels;
     if (const KY_ERRORS error = OpenPixels(source, rows, pixels)) return error;
     Variance sums(rows.width);
-    ky::ReduceRows(ky::ChooseStatisticsKernels().moments, Variance::Joined(rows),
-                   [&](const ky::Moments& row, std::ptrdiff_t) { sums.AddRow(row); });
+    Variance::ForRows(ky::ChooseStatisticsKernels().moments, rows,
+                      [&](const ky::Moments& moments) { sums.Add(moments); });
     sums.Write(pixels, variance, mean);
     return KY_OK;
   });

@@ -12,15 +12,6 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-// How many elements a fold takes.
-template <class Fold>
-constexpr size_t MostOf() {
-  if constexpr (requires { Fold::kMost; })
-    return Fold::kMost;
-  else
-    return SIZE_MAX;
-}
-
 // One fold for each component of colours.
 template <template <class> class Fold>
 struct Components {
@@ -150,6 +141,10 @@ template <template <class> class Fold, class Lane, class T>
 auto Reduce(const T* row, size_t n) {
   return ReduceSpan<Fold, Lane>(n, row);
 }
+template <template <class> class Fold, class T>
+auto OfAllRows(const Rows<const T>& rows) {
+  return ReduceAll<Fold, KyBW8>(rows);
+}
 template <class Lane, class T>
 uint64_t Different(const T* a, const T* b, size_t n) {
   return ReduceSpan<CountDifferent, Lane>(n, a, b);
@@ -162,10 +157,10 @@ uint64_t Between(const KyBW8* row, size_t n, KyBW8 low, KyBW8 high) {
 template <class T>
 constexpr LevelKernels<T> kLevelKernels = {&Reduce<Smallest, T, T>, &Reduce<Largest, T, T>};
 
-constexpr StatisticsKernels kKernels = {&SumOfRow,
-                                        &Reduce<SumAndSquares, KyBW8, KyBW8>,
-                                        &Reduce<Components<SumOfBytes>::Of, KyBW8, KyC24>,
-                                        &Reduce<Components<SumAndSquares>::Of, KyBW8, KyC24>,
+constexpr StatisticsKernels kKernels = {&OfAllRows<SumOfBytes, KyBW8>,
+                                        &OfAllRows<SumAndSquares, KyBW8>,
+                                        &OfAllRows<Components<SumOfBytes>::Of, KyC24>,
+                                        &OfAllRows<Components<SumAndSquares>::Of, KyC24>,
                                         &Extremes,
                                         kLevelKernels<KyBW8>,
                                         kLevelKernels<KyBW16>,

@@ -33,10 +33,10 @@ struct LevelKernels {
 };
 
 struct StatisticsKernels {
-  ReduceKernel<std::uint64_t, KyBW8> sum;
-  ReduceKernel<Moments, KyBW8> moments;
-  ReduceKernel<OfComponents<std::uint64_t>, KyC24> componentSum;
-  ReduceKernel<OfComponents<Moments>, KyC24> componentMoments;
+  ReduceAllKernel<std::uint64_t, KyBW8> sum;
+  ReduceAllKernel<Moments, KyBW8> moments;
+  ReduceAllKernel<OfComponents<std::uint64_t>, KyC24> componentSum;
+  ReduceAllKernel<OfComponents<Moments>, KyC24> componentMoments;
   ExtremesKernel extremes;
   LevelKernels<KyBW8> grey;
   LevelKernels<KyBW16> deep;
