@@ -12,8 +12,8 @@ enum KY_ERRORS : int {
   /// The border of the ROI stopped a path. ImgContour: the contour met the border in a mode that
   /// stops there. ImgImageToPath, ImgPathToImage: at least one element lay outside and was skipped.
   KY_ERROR_PATH_STOPPED = 106,
-  /// No such operation, mode, order, format, rotation, connexity, polarity, edge or unit: the calls
-  /// that take one and say so. KyMovingAverage in the wrong way of passing frames.
+  /// No such operation, mode, order, format, direction, rotation, connexity, polarity, edge, unit:
+  /// the calls that take one and say so. KyMovingAverage in the wrong way of passing frames.
   KY_ERROR_UNSUPPORTED_OPERATION = 1003,
   /// A lower limit exceeds its upper limit: thresholds of histograms and profiles, ImgMatchFrames.
   /// Geometric transforms: an interpolation other than 0, 4 and 8. ImgVectToLineSeg: the first or
@@ -24,7 +24,7 @@ enum KY_ERRORS : int {
   /// ImgVect1c2: the interval of elements is empty or reaches beyond a vector.
   KY_ERROR_PARAMETER_OUT_OF_RANGE = 1010,
   /// The first numeric parameter is out of range: an x, an index, a component, a half width, a
-  /// number of levels, a shift, a pitch, a direction. KyImage::Attach: the address.
+  /// number of levels, a shift, a pitch. KyImage::Attach: the address.
   KY_ERROR_PARAMETER_1_OUT_OF_RANGE = 1011,
   /// The second numeric parameter is out of range: a y, a width, a half height, a scale, a level, a
   /// number of groups or iterations, the row of ImgMatchFrames, or the first end of a segment.
