@@ -84,6 +84,18 @@ using D32 = hn::Repartition<int32_t, D8>;
 using V16 = hn::Vec<D16>;
 using V32 = hn::Vec<D32>;
 
+// A vector that is loaded once. Compilers would rather read a vector that has several uses from
+// memory for each of them, where every other one that is not aligned crosses a cache line.
+HWY_INLINE hn::Vec<D8> LoadOnce(const uint8_t* from) {
+  auto v = hn::LoadU(D8(), from);
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+  __asm__("" : "+v"(v.raw));
+#elif HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
+  __asm__("" : "+x"(v.raw));
+#endif
+  return v;
+}
+
 // The pixels of one row around a vector of places: at[i] of a phase are those i pixels to the right
 // of its places, which is kStep elements each.
 template <int kRadius, int kStep = 1>
@@ -102,7 +114,7 @@ class Neighbours {
       constexpr int kColumn = kStep == 1 ? 2 * i - kRadius : kStep * (i - kRadius);
       constexpr int kFirst = kStep == 1 ? 2 * i : i,
                     kSecond = kStep == 1 ? 2 * i + 1 : i + kSecondPhase;
-      const auto pair = hn::BitCast(unsigned16, hn::LoadU(d, places + kColumn));
+      const auto pair = hn::BitCast(unsigned16, LoadOnce(places + kColumn));
       columns_[kFirst] = hn::BitCast(d16, hn::And(pair, hn::Set(unsigned16, 0xFF)));
       columns_[kSecond] = hn::BitCast(d16, hn::ShiftRight<8>(pair));
     });
@@ -242,7 +254,11 @@ struct ByteRow {
     return true;
   }();
 
-  HWY_INLINE hn::Vec<D8> At(int column) const { return hn::LoadU(D8(), places + kStep * column); }
+  // Blocks have two uses for each vector. Larger windows leave no registers to keep them in.
+  HWY_INLINE hn::Vec<D8> At(int column) const {
+    const uint8_t* const from = places + kStep * column;
+    return kStep != 1 && kRadius <= 2 ? LoadOnce(from) : hn::LoadU(D8(), from);
+  }
 
   // The pairs lie so many columns to the right of the even places, and one column less to the right
   // of the odd ones.
