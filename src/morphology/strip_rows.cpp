@@ -128,9 +128,10 @@ void Add(const RankStrip& strip, const KyBW8* row, uint8_t times) {
 // The two rows change some columns each in turn: what one has stored takes a while to be read.
 void Slide(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming) {
   const D d;
+  const ptrdiff_t pitch = strip.pitch;
   for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
-    uint8_t* const below = strip.below + k * strip.pitch;
-    for (ptrdiff_t x = 0; x < strip.pitch; x += kLanes) {
+    uint8_t* const below = strip.below + k * pitch;
+    for (ptrdiff_t x = 0; x < pitch; x += kLanes) {
       const V less = IsBelow(hn::LoadU(d, leaving + x), k);
       const V more = IsBelow(hn::LoadU(d, coming + x), k);
       hn::StoreU(hn::Sub(hn::Add(hn::LoadU(d, below + x), less), more), d, below + x);
@@ -186,24 +187,26 @@ HWY_INLINE void FindBounds(const RankStrip& strip, int rank, uint8_t* bounds, Su
                            Sum* totals) {
   const SumTag<Sum> d;
   constexpr ptrdiff_t kStep = hn::MaxLanes(d);
-  const ptrdiff_t pitch = strip.pitch + 64;
+  const ptrdiff_t columns = strip.pitch, width = strip.width, size = 2 * strip.half + 1;
+  const ptrdiff_t pitch = columns + 64;
   for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
+    const uint8_t* const belowOf = strip.below + k * columns;
     Sum* const total = totals + k * pitch;  // of the columns before the i-th
     total[0] = 0;
     auto carry = hn::Zero(d);
-    for (ptrdiff_t x = 0; x < strip.pitch; x += kStep) {
-      const auto counts = LoadLanes(d, strip.below + k * strip.pitch + x);
+    for (ptrdiff_t x = 0; x < columns; x += kStep) {
+      const auto counts = LoadLanes(d, belowOf + x);
       const auto sum = Accumulate(d, counts);
       hn::StoreU(hn::Add(carry, sum), d, total + 1 + x);
       carry = hn::Add(carry, BroadcastLast(d, sum));
     }
   }
   const auto most = hn::Set(d, static_cast<Sum>(rank));
-  for (ptrdiff_t x = 0; x < strip.width; x += kStep) {
+  for (ptrdiff_t x = 0; x < width; x += kStep) {
     auto bound = hn::Zero(d), highest = hn::Zero(d);
     for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
       const Sum* const total = totals + k * pitch + x;
-      const auto count = hn::Sub(hn::LoadU(d, total + 2 * strip.half + 1), hn::LoadU(d, total));
+      const auto count = hn::Sub(hn::LoadU(d, total + size), hn::LoadU(d, total));
       const auto isReached = hn::VecFromMask(d, hn::Eq(hn::Max(count, most), most));
       bound = hn::Sub(bound, isReached);
       highest = hn::Max(highest, hn::And(isReached, count));
@@ -227,11 +230,11 @@ HWY_INLINE void ForEachColumn(const uint8_t* counts, ptrdiff_t n, const Take& ta
 template <class Sum>
 class Sums;
 
-// In 8 bits. Those above the rank have their highest bit set.
+// In 8 bits. Those up to the rank are below 0, as signed numbers.
 template <>
 class Sums<uint8_t> {
  public:
-  static constexpr uint8_t StartFor(int rank) { return static_cast<uint8_t>(127 - rank); }
+  static constexpr uint8_t StartFor(int rank) { return static_cast<uint8_t>(-1 - rank); }
 
   HWY_INLINE void Set(uint8_t value) {
     for (V& v : v_) v = hn::Set(D(), value);
@@ -260,19 +263,19 @@ class Sums<uint8_t> {
       v_[k] = hn::Add(v_[k], hn::Sub(hn::LoadU(D(), coming + k * kLanes),
                                      hn::LoadU(D(), leaving + k * kLanes)));
   }
-  // How many are above the rank, with so many pixels below.
-  HWY_INLINE size_t CountAbove(uint8_t below) const {
+  // How many are up to the rank, with so many pixels below.
+  HWY_INLINE size_t CountUpToRank(uint8_t below) const {
     const hn::RebindToSigned<D> d;
-    size_t above = 0;
+    size_t count = 0;
     for (const V& v : v_) {
       const auto sum = hn::BitCast(d, hn::Add(v, hn::Set(D(), below)));
 #if HWY_ARCH_X86  // only the highest bits count
-      above += hn::CountTrue(d, hn::MaskFromVec(sum));
+      count += hn::CountTrue(d, hn::MaskFromVec(sum));
 #else
-      above += hn::CountTrue(d, hn::Lt(sum, hn::Zero(d)));
+      count += hn::CountTrue(d, hn::Lt(sum, hn::Zero(d)));
 #endif
     }
-    return above;
+    return count;
   }
 
  private:
@@ -311,8 +314,8 @@ class Sums<uint16_t> {
       AddSigned(
           k, hn::BitCast(D8(), hn::Sub(hn::LoadU(D(), coming + k), hn::LoadU(D(), leaving + k))));
   }
-  // How many are above the rank, with so many pixels below.
-  HWY_INLINE size_t CountAbove(uint16_t below) const {
+  // How many are up to the rank, with so many pixels below.
+  HWY_INLINE size_t CountUpToRank(uint16_t below) const {
     const VSum more = hn::BitCast(DSum(), hn::Set(DUnsigned(), below));
     size_t count = 0;
 #if HWY_ARCH_X86 && HWY_TARGET == HWY_AVX2
@@ -327,7 +330,7 @@ class Sums<uint16_t> {
     for (const VSum& v : v_)
       count += hn::CountTrue(DSum(), hn::Lt(hn::Add(v, more), hn::Zero(DSum())));
 #endif
-    return kLevels - count;
+    return count;
   }
 
  private:
@@ -340,21 +343,30 @@ class Sums<uint16_t> {
   using Wide = std::conditional_t<hwy::IsSigned<T>(), int16_t, uint16_t>;
   static constexpr ptrdiff_t kSums = hn::MaxLanes(DSum()), kVectors = kLevels / kSums;
 
-  // As many columns as 8 bits allow are added up first.
+  // A few columns are added up in 8 bits first: four, or two of more than 63 pixels.
   template <class Change>
   HWY_INLINE void ForEachTotal(const uint8_t* columns, ptrdiff_t n, ptrdiff_t pixels,
                                const Change& change) {
-    const ptrdiff_t most = 255 / pixels;
-    for (; n > 0; n -= most, columns += most * RankStrip::kColumn) {
-      V totals[kLevels / kLanes];
-      for (V& v : totals) v = hn::Zero(D());
-      ForEachColumn(columns, std::min(n, most), [&](const uint8_t* counts) HWY_ATTR {
-        for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
-          totals[k / kLanes] = hn::Add(totals[k / kLanes], hn::LoadU(D(), counts + k));
-      });
+    if (pixels <= 63)
+      ForEachTotalOf<4>(columns, n, change);
+    else
+      ForEachTotalOf<2>(columns, n, change);
+  }
+  template <int kAtOnce, class Change>
+  HWY_INLINE void ForEachTotalOf(const uint8_t* columns, ptrdiff_t n, const Change& change) {
+    constexpr ptrdiff_t kStep = RankStrip::kColumn;
+    const D d;
+    for (; n >= kAtOnce; n -= kAtOnce, columns += kAtOnce * kStep)
+      for (ptrdiff_t k = 0; k < kLevels; k += kLanes) {
+        V total = hn::Add(hn::LoadU(d, columns + k), hn::LoadU(d, columns + k + kStep));
+        if constexpr (kAtOnce == 4)
+          total = hn::Add(total, hn::Add(hn::LoadU(d, columns + k + 2 * kStep),
+                                         hn::LoadU(d, columns + k + 3 * kStep)));
+        Widen(total, hn::Zero(d), v_ + k / kSums, change);
+      }
+    for (; n > 0; --n, columns += kStep)
       for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
-        Widen(totals[k / kLanes], hn::Zero(D()), v_ + k / kSums, change);
-    }
+        Widen(hn::LoadU(d, columns + k), hn::Zero(d), v_ + k / kSums, change);
   }
   // Lanes with what stands in their upper halves, in the order of Interleave.
   template <class VBytes, class Change>
@@ -398,8 +410,8 @@ HWY_INLINE ptrdiff_t EndOfRun(const uint8_t* bounds, ptrdiff_t x, ptrdiff_t widt
 // comes to them again.
 template <class Sum>
 void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
-  uint8_t *const bounds = work, *const above = work + strip.pitch + kLevels;
-  Sum* const below = reinterpret_cast<Sum*>(above + strip.pitch + kLevels);
+  uint8_t *const bounds = work, *const levels = work + strip.pitch + kLevels;
+  Sum* const below = reinterpret_cast<Sum*>(levels + strip.pitch + kLevels);
   FindBounds<Sum>(strip, rank, bounds, below, below + strip.pitch);
   constexpr ptrdiff_t kStep = RankStrip::kColumn, kAtOnce = RankStrip::kBeyond;
   const ptrdiff_t size = 2 * strip.half + 1;
@@ -425,7 +437,7 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
     for (; x < end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
       ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
         sums.Slide(leaving + i * kStep, coming + i * kStep);
-        above[x + i] = static_cast<uint8_t>(sums.CountAbove(below[x + i]));
+        levels[x + i] = static_cast<uint8_t>(sums.CountUpToRank(below[x + i]));
       });
     if (mostPassed > 0) {
       sums.Put(kept[bound]);
@@ -436,11 +448,8 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   const D d;
   const hn::Repartition<uint16_t, D> d16;
   for (ptrdiff_t x = 0; x < strip.width; x += kLanes) {
-    const auto next = hn::Add(hn::LoadU(d, bounds + x), hn::Set(d, 1));  // at most 8
-    // The last one's 256 is 0.
-    const V level =
-        hn::BitCast(d, hn::ShiftLeft<5>(hn::BitCast(d16, hn::And(next, hn::Set(d, 7)))));
-    hn::StoreU(hn::Sub(level, hn::LoadU(d, above + x)), d, results + x);
+    const auto first = hn::ShiftLeft<5>(hn::BitCast(d16, hn::LoadU(d, bounds + x)));  // up to 224
+    hn::StoreU(hn::Add(hn::BitCast(d, first), hn::LoadU(d, levels + x)), d, results + x);
   }
 }
 
