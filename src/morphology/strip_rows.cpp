@@ -286,7 +286,14 @@ class Sums<uint8_t> {
 // In 16 bits, of columns of up to 127 pixels. Those up to the rank are below 0.
 template <>
 class Sums<uint16_t> {
+  // One vector more than 32 bytes where there are such.
+  using DSum = hn::CappedTag<int16_t, kLevels>;
+  static constexpr ptrdiff_t kSums = hn::MaxLanes(DSum()), kVectors = kLevels / kSums;
+
  public:
+  // Whether vectors of sums are limited to 8 bits and counted two at a time.
+  static constexpr bool kPacks = HWY_ARCH_X86 && kVectors > 1;
+
   static constexpr uint16_t StartFor(int rank) { return static_cast<uint16_t>(-1 - rank); }
 
   HWY_INLINE void Set(uint16_t value) {
@@ -316,32 +323,70 @@ class Sums<uint16_t> {
   }
   // How many are up to the rank, with so many pixels below.
   HWY_INLINE size_t CountUpToRank(uint16_t below) const {
-    const VSum more = hn::BitCast(DSum(), hn::Set(DUnsigned(), below));
     size_t count = 0;
-#if HWY_ARCH_X86 && HWY_TARGET == HWY_AVX2
-    const auto packed = _mm256_packs_epi16(hn::Add(v_[0], more).raw, hn::Add(v_[1], more).raw);
-    count = hn::CountTrue(D8(), hn::MaskFromVec(hn::Vec<D8>{packed}));
-#elif HWY_ARCH_X86 && HWY_TARGET > HWY_AVX2
-    for (ptrdiff_t k = 0; k < kVectors; k += 2) {
-      const auto packed = _mm_packs_epi16(hn::Add(v_[k], more).raw, hn::Add(v_[k + 1], more).raw);
-      count += hn::CountTrue(D8(), hn::MaskFromVec(hn::Vec<D8>{packed}));
-    }
-#else
-    for (const VSum& v : v_)
-      count += hn::CountTrue(DSum(), hn::Lt(hn::Add(v, more), hn::Zero(DSum())));
-#endif
+    for (ptrdiff_t k = 0; k < kVectors; k += kPacked)
+      if constexpr (kPacks)
+        count += CountNegative(Limited(k, below));
+      else
+        count += hn::CountTrue(DSum(), hn::Lt(PlusBelow(k, below), hn::Zero(DSum())));
     return count;
   }
 
+  // Both for two windows of up to 63 rows, which widens half as often. Sums that are limited to 8
+  // bits keep their sign when the next step is added, as it changes them by less than the limits.
+  // `pending` is the last step, which the next call makes up for.
+  using Steps = hn::Vec<D>[kLevels / kLanes];
+  HWY_INLINE void SlideTwo(const uint8_t* leaving, const uint8_t* coming, const uint16_t* below,
+                           uint8_t* levels, Steps& pending) {
+    const D d;
+    size_t first = 0, second = 0;
+    for (ptrdiff_t k = 0; k < kLevels; k += kLanes) {
+      const auto step = [&](ptrdiff_t i) HWY_ATTR {
+        const ptrdiff_t at = i * RankStrip::kColumn + k;
+        return hn::Sub(hn::LoadU(d, coming + at), hn::LoadU(d, leaving + at));
+      };
+      AddSigned(k, hn::BitCast(D8(), hn::Add(pending[k / kLanes], step(0))));
+      const auto sums = Limited(k / kSums, below[0]);
+      const V last = step(1);
+      const V more = hn::Sub(hn::Set(d, static_cast<uint8_t>(below[1])),
+                             hn::Set(d, static_cast<uint8_t>(below[0])));
+      first += CountNegative(sums);
+      second += CountNegative(hn::SaturatedAdd(sums, hn::BitCast(D8(), hn::Add(last, more))));
+      pending[k / kLanes] = last;
+    }
+    levels[0] = static_cast<uint8_t>(first);
+    levels[1] = static_cast<uint8_t>(second);
+  }
+  HWY_INLINE void MakeUpFor(const Steps& pending) {
+    for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
+      AddSigned(k, hn::BitCast(D8(), pending[k / kLanes]));
+  }
+
  private:
-  // One vector more than 32 bytes where there are such.
-  using DSum = hn::CappedTag<int16_t, kLevels>;
   using DUnsigned = hn::RebindToUnsigned<DSum>;
   using VSum = hn::Vec<DSum>;
   using D8 = hn::RebindToSigned<D>;
   template <class T>
   using Wide = std::conditional_t<hwy::IsSigned<T>(), int16_t, uint16_t>;
-  static constexpr ptrdiff_t kSums = hn::MaxLanes(DSum()), kVectors = kLevels / kSums;
+  static constexpr ptrdiff_t kPacked = kPacks ? 2 : 1;
+
+  HWY_INLINE VSum PlusBelow(ptrdiff_t k, uint16_t below) const {
+    return hn::Add(v_[k], hn::BitCast(DSum(), hn::Set(DUnsigned(), below)));
+  }
+  // The sums of the k-th vector and the next one, in order.
+  HWY_INLINE hn::Vec<D8> Limited([[maybe_unused]] ptrdiff_t k,
+                                 [[maybe_unused]] uint16_t below) const {
+#if HWY_ARCH_X86 && HWY_TARGET == HWY_AVX2
+    return {_mm256_packs_epi16(PlusBelow(k, below).raw, PlusBelow(k + 1, below).raw)};
+#elif HWY_ARCH_X86 && HWY_TARGET > HWY_AVX2
+    return {_mm_packs_epi16(PlusBelow(k, below).raw, PlusBelow(k + 1, below).raw)};
+#else
+    return hn::Zero(D8());
+#endif
+  }
+  HWY_INLINE static size_t CountNegative(hn::Vec<D8> sums) {
+    return hn::CountTrue(D8(), hn::MaskFromVec(sums));  // only the highest bits count
+  }
 
   // A few columns are added up in 8 bits first: four, or two of more than 63 pixels.
   template <class Change>
@@ -408,7 +453,7 @@ HWY_INLINE ptrdiff_t EndOfRun(const uint8_t* bounds, ptrdiff_t x, ptrdiff_t widt
 //
 // A run is gone through some windows at a time; those beyond its end belong to the next one, which
 // comes to them again.
-template <class Sum>
+template <class Sum, bool kTwo = false>
 void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   uint8_t *const bounds = work, *const levels = work + strip.pitch + kLevels;
   Sum* const below = reinterpret_cast<Sum*>(levels + strip.pitch + kLevels);
@@ -434,11 +479,23 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
     }
     const uint8_t *leaving = columns + (x - 1) * kStep, *coming = leaving + size * kStep;
     const ptrdiff_t end = EndOfRun(bounds, x, strip.width);
-    for (; x < end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
-      ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
-        sums.Slide(leaving + i * kStep, coming + i * kStep);
-        levels[x + i] = static_cast<uint8_t>(sums.CountUpToRank(below[x + i]));
-      });
+    if constexpr (kTwo) {
+      typename Sums<Sum>::Steps pending;
+      for (V& v : pending) v = hn::Zero(D());
+      for (; x < end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
+        ForEach<kAtOnce / 2>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
+          constexpr int i = 2 * k;
+          sums.SlideTwo(leaving + i * kStep, coming + i * kStep, below + x + i, levels + x + i,
+                        pending);
+        });
+      sums.MakeUpFor(pending);
+    } else {
+      for (; x < end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
+        ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
+          sums.Slide(leaving + i * kStep, coming + i * kStep);
+          levels[x + i] = static_cast<uint8_t>(sums.CountUpToRank(below[x + i]));
+        });
+    }
     if (mostPassed > 0) {
       sums.Put(kept[bound]);
       keptAt[bound] = x - 1;
@@ -453,7 +510,14 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   }
 }
 
-constexpr StripKernels kKernels = {true, &Add, &Slide, &Run<uint8_t>, &Run<uint16_t>};
+void RunLarge(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
+  if (Sums<uint16_t>::kPacks && strip.rows <= 63)
+    Run<uint16_t, Sums<uint16_t>::kPacks>(strip, rank, work, results);
+  else
+    Run<uint16_t>(strip, rank, work, results);
+}
+
+constexpr StripKernels kKernels = {true, &Add, &Slide, &Run<uint8_t>, &RunLarge};
 #endif
 
 }  // namespace
