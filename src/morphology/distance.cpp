@@ -118,6 +118,8 @@ class ScaledRoot {
 template <class Square>
 class SquaredRows {
  public:
+  explicit SquaredRows(const ky::DistanceKernels& kernels) noexcept : kernels_(kernels) {}
+
   bool Allocate(std::ptrdiff_t width) noexcept {
     return envelope_.Allocate(width) && squares_.Allocate(width + kMore) &&
            (!kLooksNearby ||
@@ -125,18 +127,18 @@ class SquaredRows {
   }
 
   template <class Distance>
-  Square* Make(const Distance* down, std::ptrdiff_t n) noexcept {
-    if constexpr (kLooksNearby) {
-      const ky::DistanceKernels& kernels = ky::ChooseDistanceKernels();
-      if (rest_ > 0) {
-        --rest_;
-      } else {
-        std::uint16_t* const squared = squared_.get() + kMore;
-        kernels.square(squared, Narrow(down, n), n);
-        if (kernels.nearest(squares_.get(), squared, n)) return squares_.get();
-        rest_ = kRest;
-      }
-    }
+  const Square* Make(const Distance* down, std::ptrdiff_t n) noexcept {
+    if constexpr (kLooksNearby)
+      if (FromNearby(kernels_.nearest, squares_.get(), down, n)) return squares_.get();
+    return MakeFar(down, n);
+  }
+  // The rounded roots, if columns are near enough.
+  template <class Distance>
+  bool MakeRoots(KyBW16* roots, const Distance* down, std::ptrdiff_t n) noexcept {
+    return FromNearby(kernels_.nearestRoots, roots, down, n);
+  }
+  template <class Distance>
+  const Square* MakeFar(const Distance* down, std::ptrdiff_t n) noexcept {
     envelope_.Run(squares_.get(), down, n);
     return squares_.get();
   }
@@ -147,6 +149,18 @@ class SquaredRows {
   // Rows that follow one with far columns and will have some too, most likely.
   static constexpr int kRest = 7;
 
+  template <class Kernel, class To, class Distance>
+  bool FromNearby(Kernel nearest, To* to, const Distance* down, std::ptrdiff_t n) noexcept {
+    if (rest_ > 0) {
+      --rest_;
+      return false;
+    }
+    std::uint16_t* const squared = squared_.get() + kMore;
+    kernels_.square(squared, Narrow(down, n), n);
+    if (nearest(to, squared, n)) return true;
+    rest_ = kRest;
+    return false;
+  }
   static const std::uint16_t* Narrow(const std::uint16_t* down, std::ptrdiff_t) noexcept {
     return down;
   }
@@ -156,6 +170,7 @@ class SquaredRows {
     return narrow_.get();
   }
 
+  const ky::DistanceKernels& kernels_;
   ky::Envelope<Square> envelope_;
   Scratch<Square> squares_;
   Scratch<std::uint16_t> narrow_, squared_;
@@ -169,21 +184,23 @@ KY_ERRORS Run16(Rows<const KyBW8> in, Rows<Distance> store, Rows<KyBW16> out,
   constexpr bool kNarrowRows = sizeof(Distance) == 2;
   using Square = std::conditional_t<kNarrowRows, std::uint32_t, std::uint64_t>;
   const std::ptrdiff_t n = in.width;
+  const ky::DistanceKernels& kernels = ky::ChooseDistanceKernels();
   Passes<Distance> passes;
-  SquaredRows<Square> squaredRows;
+  SquaredRows<Square> squaredRows(kernels);
   Scratch<KyBW16> results;
   Scratch<std::int32_t> unsure;
   if (!passes.Allocate(n) || !squaredRows.Allocate(n) ||
       !results.Allocate(n + ky::kDistanceSlack) || !unsure.Allocate(n))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
-  const ky::DistanceKernels& kernels = ky::ChooseDistanceKernels();
   const ScaledRoot scaledRoot(scale);
   const auto finish = [&](std::ptrdiff_t y, const Distance* row) {
     const bool isEuclidean = mode == IMG_DISTANCE_EUCLIDEAN;
     if constexpr (kNarrowRows) {
       const KyBW16* made = results.get();
       if (isEuclidean) {
-        const Square* const squares = squaredRows.Make(row, n);
+        if (scale == 1 && squaredRows.MakeRoots(out.Row(y), row, n)) return;
+        const Square* const squares =
+            scale == 1 ? squaredRows.MakeFar(row, n) : squaredRows.Make(row, n);
         const std::ptrdiff_t count = kernels.root(results.get(), squares, n, scale, unsure.get());
         for (std::ptrdiff_t i = 0; i < count; ++i)
           results[unsure[i]] = scaledRoot(squares[unsure[i]]);
@@ -206,7 +223,7 @@ KY_ERRORS Run16(Rows<const KyBW8> in, Rows<Distance> store, Rows<KyBW16> out,
 template <class Square>
 KY_ERRORS Run32(Rows<const KyBW8> in, Rows<KyBW32> out) noexcept {
   Passes<std::uint32_t> passes;
-  SquaredRows<Square> squaredRows;
+  SquaredRows<Square> squaredRows(ky::ChooseDistanceKernels());
   if (!passes.Allocate(in.width) || !squaredRows.Allocate(in.width))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
   const auto finish = [&](std::ptrdiff_t y, const std::uint32_t* row) {

@@ -125,10 +125,32 @@ void SquareOf(uint16_t* to, const uint16_t* down, ptrdiff_t n) {
 // Long vectors that cross lines of a cache take twice as long to load.
 using DNear = hn::CappedTag<uint16_t, 16>;
 
+// Up to 2^20 the roots, in single precision, are right to a thirtieth of their distance from the
+// next half.
+template <class D>
+HWY_INLINE void StoreRoundedRoots(D d, hn::Vec<D> squares, KyBW16* out) {
+  const hn::RebindToFloat<D> df;
+  const auto root = hn::Sqrt(hn::ConvertTo(df, squares));
+  const auto rounded = hn::ConvertTo(d, hn::Add(root, hn::Set(df, 0.5f)));
+  const hn::Rebind<uint16_t, D> narrow;
+  hn::StoreU(hn::DemoteTo(narrow, rounded), narrow, out);
+}
+
+// What becomes of squares that fit 16 bits: they are stored, or their rounded roots.
+template <class DWide>
+HWY_INLINE void Finish(DWide d, const uint16_t* squares, uint32_t* to) {
+  hn::StoreU(LoadLanes(d, squares), d, to);
+}
+template <class DWide>
+HWY_INLINE void Finish(DWide, const uint16_t* squares, KyBW16* to) {
+  const hn::RebindToSigned<DWide> d;
+  StoreRoundedRoots(d, LoadLanes(d, squares), to);
+}
+
 // The least of k^2 + down2[x + k] for kCount vectors of places from x on; false where it may lie
 // beyond reach. Columns k away are of no use once k^2 is not below the least that has been found.
-template <int kCount>
-HWY_INLINE bool NearestOf(uint32_t* squares, const uint16_t* down2) {
+template <int kCount, class To>
+HWY_INLINE bool NearestOf(To* to, const uint16_t* down2) {
   const DNear d;
   constexpr ptrdiff_t kLanes = hn::MaxLanes(d), kAtOnce = 4;
   static_assert(kReach % kAtOnce == 0);
@@ -156,37 +178,31 @@ HWY_INLINE bool NearestOf(uint32_t* squares, const uint16_t* down2) {
   for (int j = 0; j < kCount; ++j) hn::Store(least[j], d, results + j * kLanes);
   const hn::CappedTag<uint32_t, kCount * kLanes> wide;
   for (ptrdiff_t i = 0; i < kCount * kLanes; i += hn::MaxLanes(wide))
-    hn::StoreU(LoadLanes(wide, results + i), wide, squares + i);
+    Finish(wide, results + i, to + i);
   return true;
 }
-template <int kCount>
-HWY_INLINE bool NearestAlong(uint32_t* squares, const uint16_t* down2, ptrdiff_t n) {
+template <int kCount, class To>
+HWY_INLINE bool NearestAlong(To* to, const uint16_t* down2, ptrdiff_t n) {
   constexpr ptrdiff_t kPlaces = kCount * hn::MaxLanes(DNear());
   for (ptrdiff_t next = 0; next < n; next += kPlaces) {
     const ptrdiff_t x = std::min(next, n - kPlaces);
-    if (!NearestOf<kCount>(squares + x, down2 + x)) return false;
+    if (!NearestOf<kCount>(to + x, down2 + x)) return false;
   }
   return true;
 }
-bool Nearest(uint32_t* squares, const uint16_t* down2, ptrdiff_t n) {
+template <class To>
+bool Nearest(To* to, const uint16_t* down2, ptrdiff_t n) {
   constexpr ptrdiff_t kLanes = hn::MaxLanes(DNear());
-  if (n >= 2 * kLanes) return NearestAlong<2>(squares, down2, n);
-  return n >= kLanes && NearestAlong<1>(squares, down2, n);
+  if (n >= 2 * kLanes) return NearestAlong<2>(to, down2, n);
+  return n >= kLanes && NearestAlong<1>(to, down2, n);
 }
 
-// Up to 2^20 the roots, in single precision, are right to a thirtieth of their distance from the
-// next half.
 void RoundRoots(KyBW16* out, const uint32_t* squares, ptrdiff_t n) {
-  const hn::ScalableTag<float> df;
   const hn::ScalableTag<int32_t> d;
-  const hn::Rebind<uint16_t, decltype(d)> narrow;
   for (ptrdiff_t x = 0; x < n; x += kLanesOf<int32_t>) {
-    const auto square = hn::LoadU(hn::ScalableTag<uint32_t>(), squares + x);
+    const auto square = hn::BitCast(d, hn::LoadU(hn::ScalableTag<uint32_t>(), squares + x));
     // What lies beyond the end of the row may be negative.
-    const auto level = hn::Max(hn::ConvertTo(df, hn::BitCast(d, square)), hn::Zero(df));
-    const auto root = hn::Sqrt(level);
-    const auto rounded = hn::ConvertTo(d, hn::Add(root, hn::Set(df, 0.5f)));
-    hn::StoreU(hn::DemoteTo(narrow, rounded), narrow, out + x);
+    StoreRoundedRoots(d, hn::Max(square, hn::Zero(d)), out + x);
   }
 }
 
@@ -239,8 +255,13 @@ void Scale(KyBW16* out, const uint16_t* row, ptrdiff_t n, float scale) {
 template <class T>
 constexpr DistanceKernelsOf<T> kKernelsOf = {{&Down<0, T>, &Down<1, T>, &Down<2, T>},
                                              {&Up<0, T>, &Up<1, T>, &Up<2, T>}};
-constexpr DistanceKernels kKernels = {
-    kKernelsOf<uint16_t>, kKernelsOf<uint32_t>, &SquareOf, &Nearest, &Root, &Scale};
+constexpr DistanceKernels kKernels = {kKernelsOf<uint16_t>,
+                                      kKernelsOf<uint32_t>,
+                                      &SquareOf,
+                                      &Nearest<uint32_t>,
+                                      &Nearest<KyBW16>,
+                                      &Root,
+                                      &Scale};
 
 }  // namespace
 // NOLINTNEXTLINE(google-readability-namespace-comments)

@@ -35,6 +35,8 @@ struct DistanceKernels {
   // squares[i] = the least of k^2 + down2[i + k], if that is found from columns within reach for
   // all i; false otherwise.
   bool (*nearest)(std::uint32_t* squares, const std::uint16_t* down2, std::ptrdiff_t n);
+  // The same of their rounded roots. Nothing is written beyond the n.
+  bool (*nearestRoots)(KyBW16* roots, const std::uint16_t* down2, std::ptrdiff_t n);
   // min(65535, floor(scale * sqrt(squares[i]) + 1/2)) but for those that are too close to call,
   // whose places go to `unsure`; returns how many. Squares are below 2^31.
   std::ptrdiff_t (*root)(KyBW16* out, const std::uint32_t* squares, std::ptrdiff_t n, float scale,

@@ -5,11 +5,11 @@
 #include "morphology/strip_rows.h"
 
 #include <algorithm>
-#include <type_traits>
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
 #include "foundation/window-inl.h"
+#include "morphology/strip_sums-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -19,12 +19,6 @@ namespace {
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 constexpr StripKernels kKernels = {};
 #else
-// Levels between two bounds, and so many counts. Vectors are of at most as many bytes.
-constexpr int kLevels = RankStrip::kColumn;
-using D = hn::CappedTag<uint8_t, kLevels>;
-using V = hn::Vec<D>;
-constexpr ptrdiff_t kLanes = hn::MaxLanes(D());
-
 // All bits where pixels are below the k-th bound.
 HWY_INLINE V IsBelow(V pixels, ptrdiff_t k) {
   const D d;
@@ -128,9 +122,10 @@ void Add(const RankStrip& strip, const KyBW8* row, uint8_t times) {
 // The two rows change some columns each in turn: what one has stored takes a while to be read.
 void Slide(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming) {
   const D d;
+  const ptrdiff_t pitch = strip.pitch;
   for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
-    uint8_t* const below = strip.below + k * strip.pitch;
-    for (ptrdiff_t x = 0; x < strip.pitch; x += kLanes) {
+    uint8_t* const below = strip.below + k * pitch;
+    for (ptrdiff_t x = 0; x < pitch; x += kLanes) {
       const V less = IsBelow(hn::LoadU(d, leaving + x), k);
       const V more = IsBelow(hn::LoadU(d, coming + x), k);
       hn::StoreU(hn::Sub(hn::Add(hn::LoadU(d, below + x), less), more), d, below + x);
@@ -186,24 +181,26 @@ HWY_INLINE void FindBounds(const RankStrip& strip, int rank, uint8_t* bounds, Su
                            Sum* totals) {
   const SumTag<Sum> d;
   constexpr ptrdiff_t kStep = hn::MaxLanes(d);
-  const ptrdiff_t pitch = strip.pitch + 64;
+  const ptrdiff_t columns = strip.pitch, width = strip.width, size = 2 * strip.half + 1;
+  const ptrdiff_t pitch = columns + 64;
   for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
+    const uint8_t* const belowOf = strip.below + k * columns;
     Sum* const total = totals + k * pitch;  // of the columns before the i-th
     total[0] = 0;
     auto carry = hn::Zero(d);
-    for (ptrdiff_t x = 0; x < strip.pitch; x += kStep) {
-      const auto counts = LoadLanes(d, strip.below + k * strip.pitch + x);
+    for (ptrdiff_t x = 0; x < columns; x += kStep) {
+      const auto counts = LoadLanes(d, belowOf + x);
       const auto sum = Accumulate(d, counts);
       hn::StoreU(hn::Add(carry, sum), d, total + 1 + x);
       carry = hn::Add(carry, BroadcastLast(d, sum));
     }
   }
   const auto most = hn::Set(d, static_cast<Sum>(rank));
-  for (ptrdiff_t x = 0; x < strip.width; x += kStep) {
+  for (ptrdiff_t x = 0; x < width; x += kStep) {
     auto bound = hn::Zero(d), highest = hn::Zero(d);
     for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
       const Sum* const total = totals + k * pitch + x;
-      const auto count = hn::Sub(hn::LoadU(d, total + 2 * strip.half + 1), hn::LoadU(d, total));
+      const auto count = hn::Sub(hn::LoadU(d, total + size), hn::LoadU(d, total));
       const auto isReached = hn::VecFromMask(d, hn::Eq(hn::Max(count, most), most));
       bound = hn::Sub(bound, isReached);
       highest = hn::Max(highest, hn::And(isReached, count));
@@ -212,171 +209,6 @@ HWY_INLINE void FindBounds(const RankStrip& strip, int rank, uint8_t* bounds, Su
     hn::StoreU(highest, d, below + x);
   }
 }
-
-// Calls take(counts) for the counts of n columns.
-template <class Take>
-HWY_INLINE void ForEachColumn(const uint8_t* counts, ptrdiff_t n, const Take& take) {
-  constexpr int kAtOnce = 4;
-  for (; n >= kAtOnce; n -= kAtOnce, counts += kAtOnce * RankStrip::kColumn)
-    ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>)
-                         KY_INLINE_ATTR { take(counts + i * RankStrip::kColumn); });
-  for (; n > 0; --n, counts += RankStrip::kColumn) take(counts);
-}
-
-// The sums of a window's counts between two bounds, less what is given.
-template <class Sum>
-class Sums;
-
-// In 8 bits. Those above the rank have their highest bit set.
-template <>
-class Sums<uint8_t> {
- public:
-  static constexpr uint8_t StartFor(int rank) { return static_cast<uint8_t>(127 - rank); }
-
-  HWY_INLINE void Set(uint8_t value) {
-    for (V& v : v_) v = hn::Set(D(), value);
-  }
-  HWY_INLINE void Get(const uint8_t* from) {
-    for (ptrdiff_t k = 0; k < kVectors; ++k) v_[k] = hn::LoadU(D(), from + k * kLanes);
-  }
-  HWY_INLINE void Put(uint8_t* to) const {
-    for (ptrdiff_t k = 0; k < kVectors; ++k) hn::StoreU(v_[k], D(), to + k * kLanes);
-  }
-  // n columns of up to so many pixels come, or leave.
-  HWY_INLINE void Add(const uint8_t* columns, ptrdiff_t n, ptrdiff_t) {
-    ForEachColumn(columns, n, [&](const uint8_t* counts) HWY_ATTR {
-      for (ptrdiff_t k = 0; k < kVectors; ++k)
-        v_[k] = hn::Add(v_[k], hn::LoadU(D(), counts + k * kLanes));
-    });
-  }
-  HWY_INLINE void Remove(const uint8_t* columns, ptrdiff_t n, ptrdiff_t) {
-    ForEachColumn(columns, n, [&](const uint8_t* counts) HWY_ATTR {
-      for (ptrdiff_t k = 0; k < kVectors; ++k)
-        v_[k] = hn::Sub(v_[k], hn::LoadU(D(), counts + k * kLanes));
-    });
-  }
-  HWY_INLINE void Slide(const uint8_t* leaving, const uint8_t* coming) {
-    for (ptrdiff_t k = 0; k < kVectors; ++k)
-      v_[k] = hn::Add(v_[k], hn::Sub(hn::LoadU(D(), coming + k * kLanes),
-                                     hn::LoadU(D(), leaving + k * kLanes)));
-  }
-  // How many are above the rank, with so many pixels below.
-  HWY_INLINE size_t CountAbove(uint8_t below) const {
-    const hn::RebindToSigned<D> d;
-    size_t above = 0;
-    for (const V& v : v_) {
-      const auto sum = hn::BitCast(d, hn::Add(v, hn::Set(D(), below)));
-#if HWY_ARCH_X86  // only the highest bits count
-      above += hn::CountTrue(d, hn::MaskFromVec(sum));
-#else
-      above += hn::CountTrue(d, hn::Lt(sum, hn::Zero(d)));
-#endif
-    }
-    return above;
-  }
-
- private:
-  static constexpr ptrdiff_t kVectors = kLevels / kLanes;
-  V v_[kVectors];
-};
-
-// In 16 bits, of columns of up to 127 pixels. Those up to the rank are below 0.
-template <>
-class Sums<uint16_t> {
- public:
-  static constexpr uint16_t StartFor(int rank) { return static_cast<uint16_t>(-1 - rank); }
-
-  HWY_INLINE void Set(uint16_t value) {
-    for (VSum& v : v_) v = hn::BitCast(DSum(), hn::Set(DUnsigned(), value));
-  }
-  HWY_INLINE void Get(const uint16_t* from) {
-    for (ptrdiff_t k = 0; k < kVectors; ++k)
-      v_[k] = hn::BitCast(DSum(), hn::LoadU(DUnsigned(), from + k * kSums));
-  }
-  HWY_INLINE void Put(uint16_t* to) const {
-    for (ptrdiff_t k = 0; k < kVectors; ++k)
-      hn::StoreU(hn::BitCast(DUnsigned(), v_[k]), DUnsigned(), to + k * kSums);
-  }
-  // n columns of up to so many pixels come, or leave.
-  HWY_INLINE void Add(const uint8_t* columns, ptrdiff_t n, ptrdiff_t pixels) {
-    ForEachTotal(columns, n, pixels,
-                 [](VSum sum, VSum total) HWY_ATTR { return hn::Add(sum, total); });
-  }
-  HWY_INLINE void Remove(const uint8_t* columns, ptrdiff_t n, ptrdiff_t pixels) {
-    ForEachTotal(columns, n, pixels,
-                 [](VSum sum, VSum total) HWY_ATTR { return hn::Sub(sum, total); });
-  }
-  HWY_INLINE void Slide(const uint8_t* leaving, const uint8_t* coming) {
-    for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
-      AddSigned(
-          k, hn::BitCast(D8(), hn::Sub(hn::LoadU(D(), coming + k), hn::LoadU(D(), leaving + k))));
-  }
-  // How many are above the rank, with so many pixels below.
-  HWY_INLINE size_t CountAbove(uint16_t below) const {
-    const VSum more = hn::BitCast(DSum(), hn::Set(DUnsigned(), below));
-    size_t count = 0;
-#if HWY_ARCH_X86 && HWY_TARGET == HWY_AVX2
-    const auto packed = _mm256_packs_epi16(hn::Add(v_[0], more).raw, hn::Add(v_[1], more).raw);
-    count = hn::CountTrue(D8(), hn::MaskFromVec(hn::Vec<D8>{packed}));
-#elif HWY_ARCH_X86 && HWY_TARGET > HWY_AVX2
-    for (ptrdiff_t k = 0; k < kVectors; k += 2) {
-      const auto packed = _mm_packs_epi16(hn::Add(v_[k], more).raw, hn::Add(v_[k + 1], more).raw);
-      count += hn::CountTrue(D8(), hn::MaskFromVec(hn::Vec<D8>{packed}));
-    }
-#else
-    for (const VSum& v : v_)
-      count += hn::CountTrue(DSum(), hn::Lt(hn::Add(v, more), hn::Zero(DSum())));
-#endif
-    return kLevels - count;
-  }
-
- private:
-  // One vector more than 32 bytes where there are such.
-  using DSum = hn::CappedTag<int16_t, kLevels>;
-  using DUnsigned = hn::RebindToUnsigned<DSum>;
-  using VSum = hn::Vec<DSum>;
-  using D8 = hn::RebindToSigned<D>;
-  template <class T>
-  using Wide = std::conditional_t<hwy::IsSigned<T>(), int16_t, uint16_t>;
-  static constexpr ptrdiff_t kSums = hn::MaxLanes(DSum()), kVectors = kLevels / kSums;
-
-  // As many columns as 8 bits allow are added up first.
-  template <class Change>
-  HWY_INLINE void ForEachTotal(const uint8_t* columns, ptrdiff_t n, ptrdiff_t pixels,
-                               const Change& change) {
-    const ptrdiff_t most = 255 / pixels;
-    for (; n > 0; n -= most, columns += most * RankStrip::kColumn) {
-      V totals[kLevels / kLanes];
-      for (V& v : totals) v = hn::Zero(D());
-      ForEachColumn(columns, std::min(n, most), [&](const uint8_t* counts) HWY_ATTR {
-        for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
-          totals[k / kLanes] = hn::Add(totals[k / kLanes], hn::LoadU(D(), counts + k));
-      });
-      for (ptrdiff_t k = 0; k < kLevels; k += kLanes)
-        Widen(totals[k / kLanes], hn::Zero(D()), v_ + k / kSums, change);
-    }
-  }
-  // Lanes with what stands in their upper halves, in the order of Interleave.
-  template <class VBytes, class Change>
-  HWY_INLINE static void Widen(VBytes bytes, VBytes upper, VSum* sums, const Change& change) {
-    const hn::DFromV<VBytes> d;
-    if constexpr (kVectors == 1) {
-      const auto wide = hn::PromoteTo(hn::Rebind<Wide<hn::TFromD<decltype(d)> >, DSum>(), bytes);
-      sums[0] = change(sums[0], hn::BitCast(DSum(), wide));
-    } else {
-      sums[0] = change(sums[0], hn::BitCast(DSum(), hn::InterleaveLower(d, bytes, upper)));
-      sums[1] = change(sums[1], hn::BitCast(DSum(), hn::InterleaveUpper(d, bytes, upper)));
-    }
-  }
-  // The order of the sums does not matter.
-  HWY_INLINE void AddSigned(ptrdiff_t k, hn::Vec<D8> counts) {
-    const auto signs = hn::VecFromMask(D8(), hn::Lt(counts, hn::Zero(D8())));
-    Widen(counts, signs, v_ + k / kSums,
-          [](VSum sum, VSum more) HWY_ATTR { return hn::Add(sum, more); });
-  }
-
-  VSum v_[kVectors];
-};
 
 // The place of the first of a row's bounds that differs from the one at x.
 HWY_INLINE ptrdiff_t EndOfRun(const uint8_t* bounds, ptrdiff_t x, ptrdiff_t width) {
@@ -396,10 +228,10 @@ HWY_INLINE ptrdiff_t EndOfRun(const uint8_t* bounds, ptrdiff_t x, ptrdiff_t widt
 //
 // A run is gone through some windows at a time; those beyond its end belong to the next one, which
 // comes to them again.
-template <class Sum>
+template <class Sum, bool kTwo = false>
 void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
-  uint8_t *const bounds = work, *const above = work + strip.pitch + kLevels;
-  Sum* const below = reinterpret_cast<Sum*>(above + strip.pitch + kLevels);
+  uint8_t *const bounds = work, *const levels = work + strip.pitch + kLevels;
+  Sum* const below = reinterpret_cast<Sum*>(levels + strip.pitch + kLevels);
   FindBounds<Sum>(strip, rank, bounds, below, below + strip.pitch);
   constexpr ptrdiff_t kStep = RankStrip::kColumn, kAtOnce = RankStrip::kBeyond;
   const ptrdiff_t size = 2 * strip.half + 1;
@@ -422,11 +254,23 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
     }
     const uint8_t *leaving = columns + (x - 1) * kStep, *coming = leaving + size * kStep;
     const ptrdiff_t end = EndOfRun(bounds, x, strip.width);
-    for (; x < end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
-      ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
-        sums.Slide(leaving + i * kStep, coming + i * kStep);
-        above[x + i] = static_cast<uint8_t>(sums.CountAbove(below[x + i]));
-      });
+    if constexpr (kTwo) {
+      typename Sums<Sum>::Steps pending;
+      for (V& v : pending) v = hn::Zero(D());
+      for (; x < end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
+        ForEach<kAtOnce / 2>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
+          constexpr int i = 2 * k;
+          sums.SlideTwo(leaving + i * kStep, coming + i * kStep, below + x + i, levels + x + i,
+                        pending);
+        });
+      sums.MakeUpFor(pending);
+    } else {
+      for (; x < end; x += kAtOnce, leaving += kAtOnce * kStep, coming += kAtOnce * kStep)
+        ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
+          sums.Slide(leaving + i * kStep, coming + i * kStep);
+          levels[x + i] = static_cast<uint8_t>(sums.CountUpToRank(below[x + i]));
+        });
+    }
     if (mostPassed > 0) {
       sums.Put(kept[bound]);
       keptAt[bound] = x - 1;
@@ -436,15 +280,19 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   const D d;
   const hn::Repartition<uint16_t, D> d16;
   for (ptrdiff_t x = 0; x < strip.width; x += kLanes) {
-    const auto next = hn::Add(hn::LoadU(d, bounds + x), hn::Set(d, 1));  // at most 8
-    // The last one's 256 is 0.
-    const V level =
-        hn::BitCast(d, hn::ShiftLeft<5>(hn::BitCast(d16, hn::And(next, hn::Set(d, 7)))));
-    hn::StoreU(hn::Sub(level, hn::LoadU(d, above + x)), d, results + x);
+    const auto first = hn::ShiftLeft<5>(hn::BitCast(d16, hn::LoadU(d, bounds + x)));  // up to 224
+    hn::StoreU(hn::Add(hn::BitCast(d, first), hn::LoadU(d, levels + x)), d, results + x);
   }
 }
 
-constexpr StripKernels kKernels = {true, &Add, &Slide, &Run<uint8_t>, &Run<uint16_t>};
+void RunLarge(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
+  if (Sums<uint16_t>::kPacks && strip.rows <= 63)
+    Run<uint16_t, Sums<uint16_t>::kPacks>(strip, rank, work, results);
+  else
+    Run<uint16_t>(strip, rank, work, results);
+}
+
+constexpr StripKernels kKernels = {true, &Add, &Slide, &Run<uint8_t>, &RunLarge};
 #endif
 
 }  // namespace

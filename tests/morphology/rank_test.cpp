@@ -153,11 +153,13 @@ TEST(Rank, SlopesAndSteps) {
     for (int x = 0; x < 300; ++x)
       picture.At(x, y) = static_cast<KyBW8>(128 + 100 * ((x / 40) % 2) - x / 5 % 30 * 4 +
                                             static_cast<int>(random() % 9) + y);
-  for (const unsigned half : {3u, 10u}) {
-    const Picture<KyBW8> expected = Ranked(picture, half, half, -1);
+  constexpr unsigned kHalves[][2] = {{3, 3}, {7, 7}, {10, 10}, {40, 12}, {40, 35}};
+  for (const auto& half : kHalves) {
+    SCOPED_TRACE(half[0]);
+    const Picture<KyBW8> expected = Ranked(picture, half[0], half[1], -1);
     ForEachPath([&](const std::string&) {
       Canvas<KyBW8> source(picture, {1, 0, 2}, random);
-      ASSERT_EQ(ImgMedian(source.roi(), nullptr, half), KY_OK);
+      ASSERT_EQ(ImgMedian(source.roi(), nullptr, half[0], half[1]), KY_OK);
       EXPECT_TRUE(Same(expected, source.Get()));
     });
   }
