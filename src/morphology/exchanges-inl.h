@@ -40,15 +40,6 @@ HWY_INLINE V8 Median3(V8 a, V8 b, V8 c) {
   return hn::Max(hn::Min(a, b), hn::Min(hn::Max(a, b), c));
 }
 
-// Kept from being loaded again by each instruction that may have an operand in memory.
-HWY_INLINE V8 LoadOnce(const uint8_t* from) {
-  V8 v = hn::LoadU(D8(), from);
-#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3 && HWY_COMPILER_GCC_ACTUAL
-  __asm__("" : "+x"(v.raw));
-#endif
-  return v;
-}
-
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky

@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "foundation/window-inl.h"
+#include "morphology/pinned-inl.h"
 #include "morphology/strip_rows.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -67,8 +68,8 @@ class Sums<uint8_t> {
   }
   HWY_INLINE void Slide(const uint8_t* leaving, const uint8_t* coming) {
     for (ptrdiff_t k = 0; k < kVectors; ++k)
-      v_[k] = hn::Add(v_[k], hn::Sub(hn::LoadU(D(), coming + k * kLanes),
-                                     hn::LoadU(D(), leaving + k * kLanes)));
+      v_[k] = hn::Add(v_[k], Pinned(hn::Sub(hn::LoadU(D(), coming + k * kLanes),
+                                            hn::LoadU(D(), leaving + k * kLanes))));
   }
   // How many are up to the rank, with so many pixels below.
   HWY_INLINE size_t CountUpToRank(uint8_t below) const {
