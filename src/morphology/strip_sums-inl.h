@@ -181,7 +181,7 @@ class Sums<uint16_t> {
   HWY_INLINE VSum PlusBelow(ptrdiff_t k, uint16_t below) const {
     return hn::Add(v_[k], hn::BitCast(DSum(), hn::Set(DUnsigned(), below)));
   }
-  // The sums of the k-th vector and the next one, in order.
+  // The sums of the k-th vector and the next one, in the order of a column's counts.
   HWY_INLINE hn::Vec<D8> Limited([[maybe_unused]] ptrdiff_t k,
                                  [[maybe_unused]] uint16_t below) const {
 #if HWY_ARCH_X86 && HWY_TARGET == HWY_AVX2
@@ -233,7 +233,7 @@ class Sums<uint16_t> {
       sums[1] = change(sums[1], hn::BitCast(DSum(), hn::InterleaveUpper(d, bytes, upper)));
     }
   }
-  // The order of the sums does not matter.
+  // In an order that Limited makes up for.
   HWY_INLINE void AddSigned(ptrdiff_t k, hn::Vec<D8> counts) {
     const auto signs = hn::VecFromMask(D8(), hn::Lt(counts, hn::Zero(D8())));
     Widen(counts, signs, v_ + k / kSums,
