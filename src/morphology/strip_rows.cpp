@@ -285,6 +285,7 @@ void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   }
 }
 
+// Windows of few rows two at a time.
 void RunLarge(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   if (Sums<uint16_t>::kPacks && strip.rows <= 63)
     Run<uint16_t, Sums<uint16_t>::kPacks>(strip, rank, work, results);

@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "foundation/window-inl.h"
+#include "morphology/pinned-inl.h"
 #include "morphology/strip_rows.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -67,8 +68,8 @@ class Sums<uint8_t> {
   }
   HWY_INLINE void Slide(const uint8_t* leaving, const uint8_t* coming) {
     for (ptrdiff_t k = 0; k < kVectors; ++k)
-      v_[k] = hn::Add(v_[k], hn::Sub(hn::LoadU(D(), coming + k * kLanes),
-                                     hn::LoadU(D(), leaving + k * kLanes)));
+      v_[k] = hn::Add(v_[k], Pinned(hn::Sub(hn::LoadU(D(), coming + k * kLanes),
+                                            hn::LoadU(D(), leaving + k * kLanes))));
   }
   // How many are up to the rank, with so many pixels below.
   HWY_INLINE size_t CountUpToRank(uint8_t below) const {
@@ -180,7 +181,7 @@ class Sums<uint16_t> {
   HWY_INLINE VSum PlusBelow(ptrdiff_t k, uint16_t below) const {
     return hn::Add(v_[k], hn::BitCast(DSum(), hn::Set(DUnsigned(), below)));
   }
-  // The sums of the k-th vector and the next one, in order.
+  // The sums of the k-th vector and the next one, in the order of a column's counts.
   HWY_INLINE hn::Vec<D8> Limited([[maybe_unused]] ptrdiff_t k,
                                  [[maybe_unused]] uint16_t below) const {
 #if HWY_ARCH_X86 && HWY_TARGET == HWY_AVX2
@@ -232,7 +233,7 @@ class Sums<uint16_t> {
       sums[1] = change(sums[1], hn::BitCast(DSum(), hn::InterleaveUpper(d, bytes, upper)));
     }
   }
-  // The order of the sums does not matter.
+  // In an order that Limited makes up for.
   HWY_INLINE void AddSigned(ptrdiff_t k, hn::Vec<D8> counts) {
     const auto signs = hn::VecFromMask(D8(), hn::Lt(counts, hn::Zero(D8())));
     Widen(counts, signs, v_ + k / kSums,
