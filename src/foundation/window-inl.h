@@ -103,11 +103,10 @@ class Neighbours {
  public:
   HWY_INLINE Neighbours() {}
   HWY_INLINE explicit Neighbours(const uint8_t* places) {
-    const D8 d;
     const D16 d16;
 #if HWY_TARGET == HWY_SCALAR
     for (int i = 0; i < kColumns; ++i)
-      columns_[i] = hn::PromoteTo(d16, hn::LoadU(d, places + kStep * (i - kRadius)));
+      columns_[i] = hn::PromoteTo(d16, hn::LoadU(D8(), places + kStep * (i - kRadius)));
 #else
     const hn::Repartition<uint16_t, D8> unsigned16;
     ForEach<(kColumns + 1) / 2>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
