@@ -35,4 +35,15 @@ struct BoxJob {
   std::ptrdiff_t RowsAtOnce() const noexcept { return 2 * box.halfHeight + 2; }
 };
 
+// Calls add(position, times) for what the window around the first of n positions counts, which is
+// no position it does not reach.
+template <class Add>
+void AddFirstWindow(std::ptrdiff_t half, std::ptrdiff_t n, bool nearest, const Add& add) noexcept {
+  const std::ptrdiff_t last = std::min(half, n - 1);
+  for (std::ptrdiff_t i = 0; i <= last; ++i) add(i, 1);
+  if (!nearest) return;
+  add(0, static_cast<std::uint64_t>(half));
+  if (last < half) add(last, static_cast<std::uint64_t>(half - last));
+}
+
 }  // namespace ky

@@ -67,19 +67,14 @@ class ColumnSums {
 
  private:
   void Start(const Columns& columns, const PlaneRows& source, int plane) const noexcept {
-    const auto n = static_cast<std::size_t>(width_);
-    const std::ptrdiff_t last = std::min(halfHeight_, source.height() - 1);
-    for (std::ptrdiff_t y = 0; y <= last; ++y) kernels_.add(columns, n, source.Row(y, plane));
-    if (!nearest_) return;
-    const auto times = [](std::ptrdiff_t rows, KyBW8 level) {
-      return static_cast<Element>(static_cast<std::uint64_t>(rows) * level);
-    };
-    // Rows beyond the last one that windows of the first row reach are not among those at hand.
-    const KyBW8* const above = source.Row(-1, plane);
-    const KyBW8* const below = source.Row(last, plane);
-    for (std::ptrdiff_t x = 0; x < width_; ++x)
-      *columns.At(x) = static_cast<Element>(*columns.At(x) + times(halfHeight_, above[x]) +
-                                            times(halfHeight_ - last, below[x]));
+    AddFirstWindow(halfHeight_, source.height(), nearest_,
+                   [&](std::ptrdiff_t y, std::uint64_t times) {
+                     const KyBW8* const row = source.Row(y, plane);
+                     if (times == 1)
+                       return kernels_.add(columns, static_cast<std::size_t>(width_), row);
+                     for (std::ptrdiff_t x = 0; x < width_; ++x)
+                       *columns.At(x) = static_cast<Element>(*columns.At(x) + times * row[x]);
+                   });
   }
 
   ColumnKernels<Columns> kernels_ = {};

@@ -80,15 +80,6 @@ class LargeBoxes {
   }
 
  private:
-  // What positions -half to half around 0 add up to, of n positions that `add(i, times)` adds.
-  template <class Add>
-  void Start(std::ptrdiff_t half, std::ptrdiff_t n, const Add& add) const {
-    const std::ptrdiff_t last = std::min(half, n - 1);
-    for (std::ptrdiff_t i = 0; i <= last; ++i) add(i, 1);
-    if (inside_) return;
-    add(0, static_cast<std::uint64_t>(half));
-    add(last, static_cast<std::uint64_t>(half - last));  // of rows, later ones are not at hand
-  }
   // The position that stands at i among n; false where none does.
   bool Find(std::ptrdiff_t& i, std::ptrdiff_t n) const {
     if (inside_) return i >= 0 && i < n;
@@ -99,10 +90,12 @@ class LargeBoxes {
   void Advance(const PlaneRows& source, std::ptrdiff_t y, int plane) noexcept {
     Sums* const columns = columns_.get() + plane * width_;
     if (y == 0)
-      return Start(box_.halfHeight, height_, [&](std::ptrdiff_t at, std::uint64_t times) {
-        const KyBW8* const row = source.Row(at, plane);
-        for (std::ptrdiff_t x = 0; x < width_; ++x) columns[x].Add(SumsOf(row[x]), times);
-      });
+      return AddFirstWindow(box_.halfHeight, height_, !inside_,
+                            [&](std::ptrdiff_t at, std::uint64_t times) {
+                              const KyBW8* const row = source.Row(at, plane);
+                              for (std::ptrdiff_t x = 0; x < width_; ++x)
+                                columns[x].Add(SumsOf(row[x]), times);
+                            });
     std::ptrdiff_t in = y + box_.halfHeight, out = y - box_.halfHeight - 1;
     if (Find(in, height_))
       for (std::ptrdiff_t x = 0; x < width_; ++x) columns[x].Add(SumsOf(source.Row(in, plane)[x]));
@@ -118,8 +111,8 @@ class LargeBoxes {
     };
     const std::uint64_t rows = count(y, box_.halfHeight, height_);
     Sums sums;
-    Start(box_.halfWidth, width_,
-          [&](std::ptrdiff_t x, std::uint64_t times) { sums.Add(columns[x], times); });
+    AddFirstWindow(box_.halfWidth, width_, !inside_,
+                   [&](std::ptrdiff_t x, std::uint64_t times) { sums.Add(columns[x], times); });
     for (std::ptrdiff_t x = 0; x < width_; ++x) {
       row[x] = result(sums, rows * count(x, box_.halfWidth, width_));
       std::ptrdiff_t in = x + box_.halfWidth + 1, out = x - box_.halfWidth;

@@ -14,10 +14,9 @@ namespace {
 
 // False where `division` cannot do it for windows of so many columns and that area, an odd number.
 //
-// Sums to divide are a rest and a row's change, at most area / 2 + 255 columns, and 4 more where
-// the rest is that of a level that single precision is less than 2^-14 off. Quotients of an odd
-// area are at least 1 / (2 area) away from where rounding changes, and those by `factor` less than
-// that from the quotients.
+// Sums to divide are a rest and a row's change: at most area / 2 + 255 columns. Quotients of an odd
+// area are at least 1 / (2 area) away from where rounding changes, and those by `factor` are off by
+// less than that.
 bool DivideBy(std::int64_t area, std::int64_t columns, MeanDivision& division) noexcept {
   const std::int64_t most = area / 2 + 255 * columns;
   if (most > INT16_MAX) return false;

@@ -109,7 +109,8 @@ class WindowWalk {
     const std::ptrdiff_t bytes = in_.height * (in_.RowBytes() + out_.RowBytes());
     isLarge_ = !copies_ && bytes > kThirdCache;
     exceedsSecondCache_ = !copies_ && bytes > kSecondCache;
-    rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, kMost) : kMost;
+    const std::ptrdiff_t most = descends_ ? kMostDescended : kMost;
+    rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, most) : most;
     return Allocate();
   }
   template <class Kernel>
@@ -120,7 +121,7 @@ class WindowWalk {
  private:
   // Rows of a band, so many that what is done once a band costs little. Copies of rows are to stay
   // in a first cache.
-  static constexpr std::ptrdiff_t kMost = 24, kCopied = 12 << 10;
+  static constexpr std::ptrdiff_t kMost = 24, kMostDescended = 48, kCopied = 12 << 10;
   static constexpr std::ptrdiff_t kSecondCache = 1 << 20, kThirdCache = 8 << 20;
   // The lines of one address that a first cache has room for, mostly.
   static constexpr std::ptrdiff_t kWays = 8;

@@ -103,7 +103,7 @@ HWY_INLINE void DescendBand(const Rows<uint8_t>& out, const uint8_t* const* rows
 template <class Op, int kStep>
 HWY_INLINE void DescendWindows(Rows<uint8_t> out, const uint8_t* const* rows,
                                const Layout& layout) {
-  constexpr ptrdiff_t kBand = 48 << 10, kLeast = 8;
+  constexpr ptrdiff_t kBand = 96 << 10, kLeast = 8;
   const ptrdiff_t most = HWY_MAX(kBand / HWY_MAX(layout.pitch, 1), kLeast);
   while (out.height > 0) {
     Rows<uint8_t> band = out;
