@@ -1,5 +1,5 @@
-// Histograms, equalisation, projections. Histograms of noise, of a scene, and of a flat image: there
-// a counter that waits for itself is slow.
+// Histograms, equalisation, projections. Histograms of noise, of a scene, and of a flat image:
+// there a counter that waits for itself is slow.
 #include "benchmarks/bench.h"
 
 namespace ky::bench {

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "foundation/lanes-inl.h"
+#include "foundation/pinned-inl.h"
 #include "foundation/pitch.h"
 #include "foundation/prefetch-inl.h"
 #include "foundation/widen-inl.h"
@@ -86,15 +87,7 @@ using V32 = hn::Vec<D32>;
 
 // A vector that is loaded once. Compilers would rather read a vector that has several uses from
 // memory for each of them, where every other one that is not aligned crosses a cache line.
-HWY_INLINE hn::Vec<D8> LoadOnce(const uint8_t* from) {
-  auto v = hn::LoadU(D8(), from);
-#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
-  __asm__("" : "+v"(v.raw));
-#elif HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
-  __asm__("" : "+x"(v.raw));
-#endif
-  return v;
-}
+HWY_INLINE hn::Vec<D8> LoadOnce(const uint8_t* from) { return Pinned(hn::LoadU(D8(), from)); }
 
 // The pixels of one row around a vector of places: at[i] of a phase are those i pixels to the right
 // of its places, which is kStep elements each.

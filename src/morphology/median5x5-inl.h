@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "morphology/exchanges-inl.h"
-#include "morphology/pinned-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -78,8 +77,7 @@ class MediansOf5x5 {
     ForEach<n>([&](auto k) KY_INLINE_ATTR { hn::Store(v[k], D8(), planes[k] + x); });
   }
   static HWY_INLINE void SortRow(const uint8_t* at, V8* v) {
-    ForEach<5>([&](auto k)
-                   KY_INLINE_ATTR { v[k] = Pinned(hn::LoadU(D8(), at + (k - 2) * kStep)); });
+    ForEach<5>([&](auto k) KY_INLINE_ATTR { v[k] = LoadOnce(at + (k - 2) * kStep); });
     Sort5(v[0], v[1], v[2], v[3], v[4]);
   }
 

@@ -8,7 +8,6 @@
 #include "foundation/window-inl.h"
 #include "morphology/exchanges-inl.h"
 #include "morphology/median5x5-inl.h"
-#include "morphology/pinned-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -76,8 +75,7 @@ HWY_INLINE void RankOf3Rows(uint8_t* to, ptrdiff_t n, const uint8_t* const* rows
     V8 v[3];
   };
   const auto sort = [&](ptrdiff_t i) KY_INLINE_ATTR {
-    Column c = {Pinned(hn::LoadU(d, above + i)), Pinned(hn::LoadU(d, middle + i)),
-                Pinned(hn::LoadU(d, below + i))};
+    Column c = {LoadOnce(above + i), LoadOnce(middle + i), LoadOnce(below + i)};
     Sort3(c.v[0], c.v[1], c.v[2]);
     return c;
   };

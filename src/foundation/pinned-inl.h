@@ -1,9 +1,9 @@
 // Vectors as they stand, for row files; see lanes-inl.h.
-#if defined(KY_MORPHOLOGY_PINNED_INL_H_) == defined(HWY_TARGET_TOGGLE)
-#ifdef KY_MORPHOLOGY_PINNED_INL_H_
-#undef KY_MORPHOLOGY_PINNED_INL_H_
+#if defined(KY_FOUNDATION_PINNED_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_FOUNDATION_PINNED_INL_H_
+#undef KY_FOUNDATION_PINNED_INL_H_
 #else
-#define KY_MORPHOLOGY_PINNED_INL_H_
+#define KY_FOUNDATION_PINNED_INL_H_
 #endif
 
 #include "foundation/lanes-inl.h"
