@@ -4,6 +4,8 @@
 
 #include "convolution/rolling_rows.h"
 
+#include <algorithm>
+
 #include "foundation/dispatch.h"
 #include "foundation/shifts-inl.h"
 #include "foundation/spans-inl.h"
@@ -19,10 +21,12 @@ namespace {
 void SumChanges(const RowSums& sums, size_t n, size_t margin, bool nearest, const KyBW8* entering,
                 const KyBW8* leaving) {
   const auto width = static_cast<ptrdiff_t>(n), beyond = static_cast<ptrdiff_t>(margin);
-  int sum = nearest ? static_cast<int>(margin) * (leaving[0] - entering[0]) : 0;
+  // Wraps in long rows: differences of sums are what counts.
+  auto sum =
+      static_cast<uint32_t>(nearest ? static_cast<int>(margin) * (leaving[0] - entering[0]) : 0);
   for (ptrdiff_t x = -beyond; x < width + beyond; ++x) {
     const ptrdiff_t place = std::clamp<ptrdiff_t>(x, 0, width - 1);
-    if (nearest || place == x) sum += entering[place] - leaving[place];
+    if (nearest || place == x) sum += static_cast<uint32_t>(entering[place] - leaving[place]);
     *sums.At(x) = static_cast<uint16_t>(sum);
   }
 }
