@@ -67,6 +67,7 @@ WHY = {
     r"^ImgHistogram|^automatic threshold": "In the noise of these pictures every pixel "
     "increments a counter, and the processor makes one store a cycle; OpenCV and Simd meet the same "
     "limit.",
+    r"^ImgPixelStat": "The mean is that of the rows' means: each row is summed up by itself, and divided.",
     r"^segments, columns": "Every pixel is in a cache line of its own, and both libraries wait for "
     "memory.",
     r"^objects and labels": "OpenCV's labels alone are compared with objects, their measures and "
