@@ -12,8 +12,8 @@ enum KY_ERRORS : int {
   /// The border of the ROI stopped a path. ImgContour: the contour met the border in a mode that
   /// stops there. ImgImageToPath, ImgPathToImage: at least one element lay outside and was skipped.
   KY_ERROR_PATH_STOPPED = 106,
-  /// No such operation, mode, order, format, direction, rotation, connexity, polarity, edge, unit:
-  /// the calls that take one and say so. KyMovingAverage in the wrong way of passing frames.
+  /// The call has no such operation, mode, order, format, direction, rotation, connexity, polarity,
+  /// edge or unit. KyMovingAverage: frames are passed in the wrong way.
   KY_ERROR_UNSUPPORTED_OPERATION = 1003,
   /// A lower limit exceeds its upper limit: thresholds of histograms and profiles, ImgMatchFrames.
   /// Geometric transforms: an interpolation other than 0, 4 and 8. ImgVectToLineSeg: the first or

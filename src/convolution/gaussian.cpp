@@ -138,8 +138,8 @@ class GaussianWalk {
       }
       if (planeCount_ > 1)
         for (int r = 0; r < 4; ++r)
-          ChoosePlaneKernels().join(reinterpret_cast<KyC24*>(rows[r]), Columns(), Split(r, 0),
-                                    static_cast<std::size_t>(splitPitch_));
+          planeKernels_.join(reinterpret_cast<KyC24*>(rows[r]), Columns(), Split(r, 0),
+                             static_cast<std::size_t>(splitPitch_));
     }
   }
 
@@ -194,8 +194,8 @@ class GaussianWalk {
     for (int r = 0; r < 2; ++r) {
       source[r] = Source(rows[r], left, right);
       if (planeCount_ > 1)
-        ChoosePlaneKernels().split(Split(r, 0), static_cast<std::size_t>(splitPitch_), columns,
-                                   reinterpret_cast<const KyC24*>(source[r]));
+        planeKernels_.split(Split(r, 0), static_cast<std::size_t>(splitPitch_), columns,
+                            reinterpret_cast<const KyC24*>(source[r]));
       else if (keepsEnds_)
         source[r] = static_cast<KyBW8*>(std::memcpy(Split(r, 0), source[r], columns));
     }
@@ -222,6 +222,7 @@ class GaussianWalk {
   bool keepsEnds_ = false;
   // The strip at hand, and how many have been before it.
   std::ptrdiff_t begin_ = 0, end_ = 0, strips_ = 0;
+  const PlaneKernels& planeKernels_ = ChoosePlaneKernels();
   Rows<const KyBW8> in_;
   Rows<KyBW8> out_;
   Input<KyBW8> input_;

@@ -41,9 +41,8 @@ class PlaneRows {
       if (planes_ == 1)
         std::memcpy(slot, in_.Row(y), static_cast<std::size_t>(width_));
       else
-        ChoosePlaneKernels().split(slot, static_cast<std::size_t>(pitch_),
-                                   static_cast<std::size_t>(width_),
-                                   reinterpret_cast<const KyC24*>(in_.Row(y)));
+        kernels_.split(slot, static_cast<std::size_t>(pitch_), static_cast<std::size_t>(width_),
+                       reinterpret_cast<const KyC24*>(in_.Row(y)));
     });
   }
   // What stands at row y, inside or outside.
@@ -58,6 +57,7 @@ class PlaneRows {
   std::ptrdiff_t height() const noexcept { return in_.height; }
 
  private:
+  const PlaneKernels& kernels_ = ChoosePlaneKernels();
   Rows<const KyBW8> in_;
   Input<KyBW8> input_;
   Border border_ = {};
@@ -82,12 +82,12 @@ class PlaneResults {
   }
   void Done(std::ptrdiff_t y) const noexcept {
     if (planes_.get() == nullptr) return;
-    ChoosePlaneKernels().join(reinterpret_cast<KyC24*>(out_.Row(y)),
-                              static_cast<std::size_t>(width_), planes_.get(),
-                              static_cast<std::size_t>(pitch_));
+    kernels_.join(reinterpret_cast<KyC24*>(out_.Row(y)), static_cast<std::size_t>(width_),
+                  planes_.get(), static_cast<std::size_t>(pitch_));
   }
 
  private:
+  const PlaneKernels& kernels_ = ChoosePlaneKernels();
   Rows<KyBW8> out_;
   std::ptrdiff_t width_ = 0, pitch_ = 0;
   Scratch<KyBW8> planes_;

@@ -19,7 +19,7 @@ class PairCounter {
  public:
   // Pixels are counted in steps of so many.
   static constexpr std::ptrdiff_t kStep = 32;
-  // To clear the table and to add it up takes as long as to count so many pixels twice.
+  // Of fewer pixels, clearing the table and adding it up would take most of what pairs save.
   static constexpr std::int64_t kFewest = 1 << 17;
 
   bool Allocate() noexcept {
