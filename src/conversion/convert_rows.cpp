@@ -4,9 +4,9 @@
 
 #include "conversion/convert_rows.h"
 
+#include <cstring>
 #include <type_traits>
 
-#include "conversion/bytes-inl.h"
 #include "conversion/luma-inl.h"
 #include "foundation/dispatch.h"
 #include "foundation/spans-inl.h"
@@ -157,11 +157,17 @@ void ConvertRow(B* out, size_t n, const A* in) {
   for (; i + kLanes <= n; i += kLanes) {
     auto* const to = reinterpret_cast<uint8_t*>(out + i);
     if constexpr (std::is_same_v<A, KyC24> && Law<B>::kIsGrey)
-      StorePlanes(d, Law<B>::From(d, LumaOf(d, in + i)), to);
+      StorePlanes(Law<B>::From(d, LumaOf(d, in + i)), to);
     else
-      StorePlanes(d, Convert<B, A>()(d, LoadPlanes(d, in + i)), to);
+      StorePlanes(Convert<B, A>()(d, LoadPlanes(d, in + i)), to);
   }
-  if (i < n) MakePart<kLanes>(&ConvertRow<B, A>, out + i, n - i, in + i);
+  if (i == n) return;
+  A from[kLanes];
+  B to[kLanes];
+  std::memset(static_cast<void*>(from), 0, sizeof from);
+  std::memcpy(static_cast<void*>(from), in + i, (n - i) * sizeof(A));
+  ConvertRow(to, kLanes, from);
+  std::memcpy(static_cast<void*>(out + i), to, (n - i) * sizeof(B));
 }
 
 struct ShiftRightBy {

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "foundation/planes-inl.h"
 #include "ky/pixels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -57,81 +58,24 @@ HWY_INLINE void StoreLanes(V v, T* to) {
   }
 }
 
-// Elements of three and four bytes as one vector for each byte.
-template <class V>
-struct Planes3 {
-  V c0, c1, c2;
-};
-template <class V>
-struct Planes4 {
-  V c0, c1, c2, c3;
-};
 template <class D>
 HWY_INLINE Planes3<hn::Vec<D>> LoadLanes(D d, const KyC24* from) {
-  Planes3<hn::Vec<D>> planes;
-  hn::LoadInterleaved3(d, &from->c0, planes.c0, planes.c1, planes.c2);
-  return planes;
+  return LoadPlanes(d, from);
 }
 template <class V, class T>
 HWY_INLINE void StoreLanes(const Planes3<V>& v, T* to) {
   static_assert(sizeof(T) == 3);
-  hn::StoreInterleaved3(v.c0, v.c1, v.c2, hn::DFromV<V>(), reinterpret_cast<uint8_t*>(to));
+  StorePlanes(v, reinterpret_cast<uint8_t*>(to));
 }
 template <class V, class T>
 HWY_INLINE void StoreLanes(const Planes4<V>& v, T* to) {
   static_assert(sizeof(T) == 4);
-  hn::StoreInterleaved4(v.c0, v.c1, v.c2, v.c3, hn::DFromV<V>(), reinterpret_cast<uint8_t*>(to));
+  StorePlanes(v, reinterpret_cast<uint8_t*>(to));
 }
-
-// Three planes that are all the same: a grey level as a colour.
-template <class V>
-struct SamePlanes3 {
-  V grey;
-};
 template <class V, class T>
 HWY_INLINE void StoreLanes(const SamePlanes3<V>& v, T* to) {
   static_assert(sizeof(T) == 3);
-  const hn::DFromV<V> d;
-  auto* const bytes = reinterpret_cast<uint8_t*>(to);
-#if HWY_TARGET == HWY_SCALAR
-  hn::StoreInterleaved3(v.grey, v.grey, v.grey, d, bytes);
-#else
-  constexpr size_t kBytes = hn::MaxLanes(d);
-  // Which of the lanes stands in each byte, and which of its block's.
-  struct Places {
-    uint8_t lane[3 * kBytes], inBlock[3 * kBytes];
-  };
-  alignas(64) static constexpr Places kPlaces = [] {
-    Places places{};
-    for (size_t i = 0; i < 3 * kBytes; ++i) {
-      places.lane[i] = static_cast<uint8_t>(i / 3);
-      places.inBlock[i] = static_cast<uint8_t>(i / 3 % 16);
-    }
-    return places;
-  }();
-  if constexpr (kBytes == 64) {
-#if HWY_TARGET == HWY_AVX3_DL
-    for (size_t i = 0; i < 3; ++i) {
-      const auto places = hn::Load(d, kPlaces.lane + 64 * i);
-      hn::StoreU(V{_mm512_permutexvar_epi8(places.raw, v.grey.raw)}, d, bytes + 64 * i);
-    }
-#else
-    hn::StoreInterleaved3(v.grey, v.grey, v.grey, d, bytes);
-#endif
-  } else {
-    const auto store = [&](size_t i, V blocks) HWY_ATTR {
-      const auto places = hn::Load(d, kPlaces.inBlock + kBytes * i);
-      hn::StoreU(hn::TableLookupBytes(blocks, places), d, bytes + kBytes * i);
-    };
-    if constexpr (kBytes == 32) {
-      store(0, hn::ConcatLowerLower(d, v.grey, v.grey));
-      store(1, v.grey);
-      store(2, hn::ConcatUpperUpper(d, v.grey, v.grey));
-    } else {
-      for (size_t i = 0; i < 3; ++i) store(i, v.grey);
-    }
-  }
-#endif
+  StorePlanes(v, reinterpret_cast<uint8_t*>(to));
 }
 
 // The first n of the elements that the lanes of D stand for; lanes without an element are 0. No
