@@ -7,6 +7,7 @@
 #endif
 
 #include "foundation/lanes-inl.h"
+#include "foundation/pick-inl.h"
 #include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -61,6 +62,27 @@ HWY_INLINE V Luma(D d, const Planes3<V>& color) {
                                   hn::InterleaveUpper(d, color.c2, color.c2)));
 }
 
+// The grey levels of as many colours as there are lanes.
+#if HWY_TARGET == HWY_AVX3_DL
+// Of 32 colours, which begin so many bytes into a.
+template <size_t kBegin>
+HWY_INLINE hn::Vec<hn::ScalableTag<int16_t>> LumaOf32(VBytes a, VBytes b) {
+  static constexpr BytePlaces kFirstTwo =
+      MakeBytePlaces([](size_t i) { return kBegin + i / 2 * 3 + i % 2; });
+  static constexpr BytePlaces kThird =
+      MakeBytePlaces([](size_t i) { return kBegin + i / 2 * 3 + 2; });
+  return LumaOfPairs(hn::ScalableTag<uint8_t>(), PickBytes(kFirstTwo, a, b),
+                     PickBytes(kThird, a, b));
+}
+template <class D>
+HWY_INLINE hn::Vec<D> LumaOf(D d, const KyC24* colors) {
+  static constexpr BytePlaces kLowBytes = MakeBytePlaces([](size_t i) { return 2 * i; });
+  const uint8_t* const bytes = &colors->c0;
+  const auto a = hn::LoadU(d, bytes), b = hn::LoadU(d, bytes + 64), c = hn::LoadU(d, bytes + 128);
+  return PickBytes(kLowBytes, hn::BitCast(d, LumaOf32<0>(a, b)),
+                   hn::BitCast(d, LumaOf32<32>(b, c)));
+}
+#else
 // 16 bytes for each block, from places 48 bytes apart.
 template <class D>
 HWY_INLINE hn::Vec<D> LoadEvery48(D d, const uint8_t* from) {
@@ -72,7 +94,7 @@ HWY_INLINE hn::Vec<D> LoadEvery48(D d, const uint8_t* from) {
     return hn::Combine(d, LoadEvery48(half, from + kBytes), LoadEvery48(half, from));
   }
 }
-// Of as many colours as there are lanes. A shuffle brings the pairs of four colours, 12 bytes, into
+// A shuffle brings the pairs of four colours, 12 bytes, into
 // place.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE V LumaOf(D d, const KyC24* colors) {
@@ -92,6 +114,7 @@ HWY_INLINE V LumaOf(D d, const KyC24* colors) {
   };
   return NarrowBlocks(d, eight(bytes), eight(bytes + 24));
 }
+#endif
 #else
 struct WideLuma {
   template <class D16, class V>

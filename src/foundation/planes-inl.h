@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "foundation/pick-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
@@ -65,6 +67,7 @@ class Interleaving {
     hn::StoreInterleaved3(v.grey, v.grey, v.grey, d, to);
 #else
     constexpr size_t kBytes = hn::MaxLanes(d);
+    static_assert(kBytes <= 32);
     // Which of its block's lanes stands in each byte.
     struct Places {
       uint8_t of[3 * kBytes];
@@ -132,79 +135,51 @@ class Interleaving<hn::ScalableTag<uint8_t>> {
   }
 
  private:
-  static constexpr size_t kBytes = 64;
-  struct alignas(64) Places {
-    uint8_t of[kBytes];
-  };
-  // placeOf(i) is where the i-th byte comes from; the places of a second vector follow those of the
-  // first.
-  template <class PlaceOf>
-  static constexpr Places MakePlaces(const PlaceOf& placeOf) {
-    Places places{};
-    for (size_t i = 0; i < kBytes; ++i) places.of[i] = static_cast<uint8_t>(placeOf(i));
-    return places;
-  }
-  template <class IsOf>
-  static constexpr uint64_t MakeMask(const IsOf& isOf) {
-    uint64_t mask = 0;
-    for (size_t i = 0; i < kBytes; ++i) mask |= uint64_t{isOf(i)} << i;
-    return mask;
-  }
+  static constexpr size_t kBytes = BytePlaces::kBytes;
 
   HWY_INLINE static V At(const uint8_t* from, size_t i) {
     return hn::LoadU(D(), from + kBytes * i);
   }
   HWY_INLINE static void Put(V v, uint8_t* to, size_t i) { hn::StoreU(v, D(), to + kBytes * i); }
 
-  HWY_INLINE static V Pick(const Places& places, V a) {
-    return V{_mm512_permutexvar_epi8(_mm512_load_si512(places.of), a.raw)};
-  }
-  HWY_INLINE static V Pick(const Places& places, V a, V b) {
-    return V{_mm512_permutex2var_epi8(a.raw, _mm512_load_si512(places.of), b.raw)};
-  }
-  // Those in the mask come from c, from their places modulo 64.
-  HWY_INLINE static V Pick(const Places& places, V a, V b, V c, uint64_t mask) {
-    return V{_mm512_mask_permutexvar_epi8(Pick(places, a, b).raw, mask,
-                                          _mm512_load_si512(places.of), c.raw)};
-  }
-
   template <size_t kPlane>
   HWY_INLINE static V PlaneOf3(V a, V b, V c) {
-    static constexpr Places kPlaces = MakePlaces([](size_t i) { return 3 * i + kPlane; });
-    constexpr uint64_t kLast = MakeMask([](size_t i) { return 3 * i + kPlane >= 2 * kBytes; });
-    return Pick(kPlaces, a, b, c, kLast);
+    static constexpr BytePlaces kPlaces = MakeBytePlaces([](size_t i) { return 3 * i + kPlane; });
+    constexpr uint64_t kLast = MakeByteMask([](size_t i) { return 3 * i + kPlane >= 2 * kBytes; });
+    return PickBytes(kPlaces, a, b, c, kLast);
   }
   template <size_t kVector>
   HWY_INLINE static V VectorOf3(const Planes3<V>& v) {
-    static constexpr Places kPlaces = MakePlaces([](size_t i) {
+    static constexpr BytePlaces kPlaces = MakeBytePlaces([](size_t i) {
       const size_t byte = kBytes * kVector + i;
       return byte / 3 + (byte % 3 == 1 ? kBytes : 0);
     });
-    constexpr uint64_t kLast = MakeMask([](size_t i) { return (kBytes * kVector + i) % 3 == 2; });
-    return Pick(kPlaces, v.c0, v.c1, v.c2, kLast);
+    constexpr uint64_t kLast =
+        MakeByteMask([](size_t i) { return (kBytes * kVector + i) % 3 == 2; });
+    return PickBytes(kPlaces, v.c0, v.c1, v.c2, kLast);
   }
   template <size_t kVector>
   HWY_INLINE static V VectorOf3(V grey) {
-    static constexpr Places kPlaces =
-        MakePlaces([](size_t i) { return (kBytes * kVector + i) / 3; });
-    return Pick(kPlaces, grey);
+    static constexpr BytePlaces kPlaces =
+        MakeBytePlaces([](size_t i) { return (kBytes * kVector + i) / 3; });
+    return PickBytes(kPlaces, grey);
   }
   // The first bytes of elements of so many bytes, then the second ones, ...
   template <size_t kSize>
   HWY_INLINE static V Grouped(V v) {
-    static constexpr Places kPlaces = MakePlaces([](size_t i) {
+    static constexpr BytePlaces kPlaces = MakeBytePlaces([](size_t i) {
       constexpr size_t kElements = kBytes / kSize;
       return i % kElements * kSize + i / kElements;
     });
-    return Pick(kPlaces, v);
+    return PickBytes(kPlaces, v);
   }
   // Elements of so many bytes of a and b in turn, of their lower or their upper halves.
   template <size_t kSize, size_t kHalf>
   HWY_INLINE static V Zip(V a, V b) {
-    static constexpr Places kPlaces = MakePlaces([](size_t i) {
+    static constexpr BytePlaces kPlaces = MakeBytePlaces([](size_t i) {
       return kBytes / 2 * kHalf + i / (2 * kSize) * kSize + i % kSize + kBytes * (i / kSize % 2);
     });
-    return Pick(kPlaces, a, b);
+    return PickBytes(kPlaces, a, b);
   }
 };
 #endif
