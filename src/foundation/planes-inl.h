@@ -45,7 +45,7 @@ struct SamePlanes3 {
 
 // How planes are taken apart and joined.
 template <class D>
-class Interleaving {
+class Shuffled {
   using V = hn::Vec<D>;
 
  public:
@@ -92,7 +92,84 @@ class Interleaving {
   }
 };
 
-#if HWY_TARGET == HWY_AVX3_DL
+template <class D>
+class Interleaving : public Shuffled<D> {};
+
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_SSE4
+// Three blocks of 16 bytes hold 16 colours. A plane's bytes stand at other places in each of them,
+// so that they blend into one block, which a shuffle puts in order. Shuffles alone would be nine,
+// and many processors make one a cycle.
+template <>
+class Interleaving<hn::ScalableTag<uint8_t>> : public Shuffled<hn::ScalableTag<uint8_t>> {
+  using D = hn::ScalableTag<uint8_t>;
+  using V = hn::Vec<D>;
+
+ public:
+  using Shuffled<D>::Load;
+  using Shuffled<D>::Store;
+  HWY_INLINE static void Load(const uint8_t* from, Planes3<V>& to) {
+    const V a = BlocksAt(from), b = BlocksAt(from + 16), c = BlocksAt(from + 32);
+    to = {InOrder<0>(Blend(a, c, b)), InOrder<1>(Blend(b, a, c)), InOrder<2>(Blend(c, b, a))};
+  }
+  HWY_INLINE static void Store(const Planes3<V>& v, uint8_t* to) {
+    const V c0 = InPlace<0>(v.c0), c1 = InPlace<1>(v.c1), c2 = InPlace<2>(v.c2);
+    const V a = Blend(c0, c1, c2), b = Blend(c1, c2, c0), c = Blend(c2, c0, c1);
+    const D d;
+#if HWY_TARGET == HWY_AVX2
+    hn::StoreU(hn::ConcatLowerLower(d, b, a), d, to);
+    hn::StoreU(hn::ConcatUpperLower(d, a, c), d, to + 32);
+    hn::StoreU(hn::ConcatUpperUpper(d, c, b), d, to + 64);
+#else
+    hn::StoreU(a, d, to);
+    hn::StoreU(b, d, to + 16);
+    hn::StoreU(c, d, to + 32);
+#endif
+  }
+
+ private:
+  struct alignas(16) Block {
+    uint8_t of[16];
+  };
+  template <class ByteOf>
+  static constexpr Block MakeBlock(const ByteOf& byteOf) {
+    Block block{};
+    for (int i = 0; i < 16; ++i) block.of[i] = static_cast<uint8_t>(byteOf(i));
+    return block;
+  }
+
+  // The block there, and for each further block of a vector the one 48 bytes on.
+  HWY_INLINE static V BlocksAt(const uint8_t* from) {
+    const hn::FixedTag<uint8_t, 16> d;
+#if HWY_TARGET == HWY_AVX2
+    return hn::Combine(D(), hn::LoadU(d, from + 48), hn::LoadU(d, from));
+#else
+    return hn::LoadU(d, from);
+#endif
+  }
+  // Of the bytes 0, 3, ... of a block, those of `first`; `second` follows, then `third`.
+  HWY_INLINE static V Blend(V first, V second, V third) {
+    const auto every3rdFrom = [](int begin) {
+      return [=](int i) { return i % 3 == begin ? 255 : 0; };
+    };
+    static constexpr Block kFirst = MakeBlock(every3rdFrom(0)),
+                           kSecond = MakeBlock(every3rdFrom(1));
+    const auto mask = [](const Block& block)
+                          HWY_ATTR { return hn::MaskFromVec(hn::LoadDup128(D(), block.of)); };
+    return hn::IfThenElse(mask(kFirst), first, hn::IfThenElse(mask(kSecond), second, third));
+  }
+  template <int kPlane>
+  HWY_INLINE static V InOrder(V v) {
+    static constexpr Block kPlaces = MakeBlock([](int i) { return (3 * i + kPlane) % 16; });
+    return hn::TableLookupBytes(v, hn::LoadDup128(D(), kPlaces.of));
+  }
+  template <int kPlane>
+  HWY_INLINE static V InPlace(V v) {
+    // 11 is a third of 1, modulo 16.
+    static constexpr Block kPlaces = MakeBlock([](int i) { return 11 * (i - kPlane + 16) % 16; });
+    return hn::TableLookupBytes(v, hn::LoadDup128(D(), kPlaces.of));
+  }
+};
+#elif HWY_TARGET == HWY_AVX3_DL
 // Bytes are picked from anywhere in two whole vectors, which takes a third of the instructions that
 // shuffles within blocks of 16 bytes do.
 template <>
