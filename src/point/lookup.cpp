@@ -74,6 +74,18 @@ struct GainOffsetLaw {
   std::int32_t g, o;
 };
 
+ky::Palette PaletteOf(const KyC24* colors) {
+  ky::Palette palette;
+  for (int i = 0; i < 256; ++i) {
+    const KyC24 color = colors[i];
+    palette.components.component[0].level[i] = color.c0;
+    palette.components.component[1].level[i] = color.c1;
+    palette.components.component[2].level[i] = color.c2;
+    palette.colors[i] = {color.c0, color.c1, color.c2, 0};
+  }
+  return palette;
+}
+
 }  // namespace
 
 KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
@@ -161,11 +173,7 @@ KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyC24>* destination,
   return ky::CallOn(
       "ImgLut (BW8 to C24)", source, destination, [&](const auto& in, const auto& out) {
         if (palette == nullptr || palette->GetNumElements() != 256) return KY_ERROR_NOT_256_ENTRIES;
-        const KyC24* const colors = palette->GetDataPtr();
-        const ky::ColorTables tables{{TableBy([&](std::uint32_t i) { return colors[i].c0; }),
-                                      TableBy([&](std::uint32_t i) { return colors[i].c1; }),
-                                      TableBy([&](std::uint32_t i) { return colors[i].c2; })}};
         return ky::MapRows(ky::ChooseLookupKernels().falseColors, out, ky::FromRows(in),
-                           ky::FromParameters(tables));
+                           ky::FromParameters(PaletteOf(palette->GetDataPtr())));
       });
 }

@@ -5,6 +5,7 @@
 #include "foundation/kernels/lookup_rows.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "foundation/components-inl.h"
 #include "foundation/dispatch.h"
@@ -102,13 +103,6 @@ struct OnComponents {
     return {first(d, color.c0), second(d, color.c1), third(d, color.c2)};
   }
 };
-template <class Law>
-struct OnGrey : OnComponents<Law> {
-  template <class D, class V>
-  HWY_INLINE Planes3<V> operator()(D d, V grey) const {
-    return OnComponents<Law>::operator()(d, Planes3<V>{grey, grey, grey});
-  }
-};
 LookUpLevels TableOf(const ColorTables* tables, int i) {
   return LookUpLevels(tables->component[i].level);
 }
@@ -116,10 +110,28 @@ void LookUpColorsRow(KyC24* out, size_t n, const KyC24* in, const ColorTables* t
   using Op = OnComponents<LookUpLevels>;
   MapSpan(Op{TableOf(tables, 0), TableOf(tables, 1), TableOf(tables, 2)}, out, n, in);
 }
-void FalseColorsRow(KyC24* out, size_t n, const KyBW8* in, const ColorTables* tables) {
-  using Op = OnGrey<LookUpLevels>;
-  MapSpan(Op{{TableOf(tables, 0), TableOf(tables, 1), TableOf(tables, 2)}}, out, n, in);
+
+#if HWY_TARGET == HWY_AVX3_DL
+struct ToFalseColors : OnComponents<LookUpLevels> {
+  template <class D, class V>
+  HWY_INLINE Planes3<V> operator()(D d, V grey) const {
+    return OnComponents::operator()(d, Planes3<V>{grey, grey, grey});
+  }
+};
+void FalseColorsRow(KyC24* out, size_t n, const KyBW8* in, const Palette* palette) {
+  const ColorTables* const tables = &palette->components;
+  MapSpan(ToFalseColors{{TableOf(tables, 0), TableOf(tables, 1), TableOf(tables, 2)}}, out, n, in);
 }
+#else
+// Tables in registers take as long for each component as this for all. The fourth byte of a colour
+// is the first of the next pixel, which is stored later.
+void FalseColorsRow(KyC24* out, size_t n, const KyBW8* in, const Palette* palette) {
+  if (n == 0) return;
+  for (size_t i = 0; i + 1 < n; ++i)
+    std::memcpy(static_cast<void*>(out + i), palette->colors + in[i], sizeof(KyC24A));
+  std::memcpy(static_cast<void*>(out + n - 1), palette->colors + in[n - 1], sizeof(KyC24));
+}
+#endif
 void GainOffsetColorsRow(KyC24* out, size_t n, const KyC24* in, const ColorGainOffset* laws) {
   static_assert(hn::MaxLanes(D16()) <= ColorGainOffset::kLanes);
   const auto from = [=](size_t component) HWY_ATTR {

@@ -25,6 +25,11 @@ struct FloatLaw {
 struct ColorTables {
   LookupTable component[3];
 };
+// A colour for each level, by its components and as a whole.
+struct Palette {
+  ColorTables components;
+  KyC24A colors[256];
+};
 // Those of every second element in a row of components, from the first component on; from the i-th
 // on, they begin at place (3 - i) % 3.
 struct ColorGainOffset {
@@ -47,7 +52,7 @@ struct LookupKernels {
   MapKernel<KyBW8, KyBW8, FloatLaw> floatLaw;  // null where tables are faster
   MapKernel<KyC24, KyC24, ColorTables> lookUpColors;
   MapKernel<KyC24, KyC24, ColorGainOffset> gainOffsetColors;
-  MapKernel<KyC24, KyBW8, ColorTables> falseColors;
+  MapKernel<KyC24, KyBW8, Palette> falseColors;
   MapKernel<KyBW8, KyBW16, DeepTable> lookUpDeep;
 };
 
