@@ -15,32 +15,42 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-// A strip of some vectors, of which no more than `part` elements are stored when it is one vector.
-// The rows are kCount, or any number where that is 0.
+// The extremes of a strip of some vectors. The rows are kCount, or any number where that is 0.
 template <class Op, int kVectors, int kCount>
-HWY_INLINE void JoinStrip(KyBW8* out, const KyBW8* const* rows, ptrdiff_t count, ptrdiff_t x,
-                          ptrdiff_t part) {
+HWY_INLINE void JoinStrip(V (&extreme)[kVectors], const KyBW8* const* rows, ptrdiff_t count,
+                          ptrdiff_t x) {
   const D d;
-  V extreme[kVectors];
   for (int k = 0; k < kVectors; ++k) extreme[k] = hn::LoadU(d, rows[0] + x + k * Lanes());
   for (ptrdiff_t i = 1; i < (kCount > 0 ? kCount : count); ++i) {
     const KyBW8* const row = rows[i] + x;
     for (int k = 0; k < kVectors; ++k)
       extreme[k] = Op()(extreme[k], hn::LoadU(d, row + k * Lanes()));
   }
-  if (part < Lanes()) return StorePart(d, extreme[0], out + x, static_cast<size_t>(part));
-  for (int k = 0; k < kVectors; ++k) {
-    if (k * Lanes() % 64 == 0) PrefetchAhead<64>(out + x, (kVectors + k) * Lanes());
-    hn::StoreU(extreme[k], d, out + x + k * Lanes());
-  }
 }
 
+// The last vector may overlap the one before it, and is made before that becomes the source of
+// anything.
 template <class Op, int kVectors, int kCount>
 HWY_INLINE void JoinCount(KyBW8* out, ptrdiff_t n, const KyBW8* const* rows, ptrdiff_t count) {
+  const D d;
+  const ptrdiff_t end = std::max<ptrdiff_t>(n - Lanes(), 0);
+  V last[1], extreme[kVectors];
+  JoinStrip<Op, 1, 0>(last, rows, count, end);
+  if (n < Lanes()) return StorePart(d, last[0], out, static_cast<size_t>(n));
   ptrdiff_t x = 0;
-  for (; x + kVectors * Lanes() <= n; x += kVectors * Lanes())
-    JoinStrip<Op, kVectors, kCount>(out, rows, count, x, Lanes());
-  for (; x < n; x += Lanes()) JoinStrip<Op, 1, 0>(out, rows, count, x, std::min(Lanes(), n - x));
+  for (; x + kVectors * Lanes() <= n; x += kVectors * Lanes()) {
+    JoinStrip<Op, kVectors, kCount>(extreme, rows, count, x);
+    for (int k = 0; k < kVectors; ++k) {
+      if (k * Lanes() % 64 == 0) PrefetchAhead<64>(out + x, (kVectors + k) * Lanes());
+      hn::StoreU(extreme[k], d, out + x + k * Lanes());
+    }
+  }
+  for (; x < end; x += Lanes()) {
+    V next[1];
+    JoinStrip<Op, 1, 0>(next, rows, count, x);
+    hn::StoreU(next[0], d, out + x);
+  }
+  hn::StoreU(last[0], d, out + end);
 }
 
 template <class Op>

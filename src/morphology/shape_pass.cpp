@@ -41,7 +41,7 @@ bool ShapePass::AllocateRings(KyBW8 neutral) noexcept {
     mostParts = std::max(mostParts, level.parts);
     const std::ptrdiff_t reach = level.tall - 1;
     const std::ptrdiff_t count = std::min(std::max(oldest[l], reach) - reach + 1, height_ + reach);
-    rings_[l] = {nullptr, pitch, count};
+    rings_[l] = {nullptr, pitch, count, 0};
     rows += count;
   }
   if (!joined_.Allocate(mostParts) || !memory_.Allocate(rows * pitch)) return false;
@@ -56,8 +56,11 @@ bool ShapePass::AllocateRings(KyBW8 neutral) noexcept {
 }
 
 KyBW8* ShapePass::RowOf(std::ptrdiff_t level, std::ptrdiff_t y) const noexcept {
-  const std::ptrdiff_t reach = plan_.level(level).tall - 1;
-  return y < -reach || y >= height_ ? nothing_ : rings_[level](y + reach);
+  const std::ptrdiff_t end = y + plan_.level(level).tall - 1;
+  if (end < 0 || y >= height_) return nothing_;
+  const Ring& ring = rings_[level];
+  const std::ptrdiff_t slot = ring.slot - (taken_ - end);
+  return ring.first + (slot < 0 ? slot + ring.count : slot) * ring.pitch;
 }
 
 // out[i] = the extreme of the parts around (x + i, y) for n elements.
@@ -69,25 +72,31 @@ void ShapePass::Join(KyBW8* out, std::ptrdiff_t n, const ShapePlan::Part* parts,
   join_(out, n, joined_.get(), std::max<std::ptrdiff_t>(count, 1));
 }
 
-// The rows of all levels that end in row t.
-void ShapePass::MakeLevels(std::ptrdiff_t t) noexcept {
+// The rows of all levels that end in row taken_.
+void ShapePass::MakeLevels() noexcept {
   for (std::ptrdiff_t l = 1; l < plan_.levels(); ++l) {
     const ShapePlan::Level& level = plan_.level(l);
-    const std::ptrdiff_t y = t - level.tall + 1, n = padded_ - (level.length - 1) * step_;
+    const std::ptrdiff_t y = taken_ - level.tall + 1, n = padded_ - (level.length - 1) * step_;
     if (y < height_) Join(RowOf(l, y) + left_, n, plan_.PartsOf(level), level.parts, left_, y);
   }
+}
+
+void ShapePass::MoveOn() noexcept {
+  ++taken_;
+  for (std::ptrdiff_t l = 0; l < plan_.levels(); ++l)
+    if (Ring& ring = rings_[l]; ++ring.slot == ring.count) ring.slot = 0;
 }
 
 std::ptrdiff_t ShapePass::Advance(std::ptrdiff_t ready, Lines<const KyBW8> in,
                                   Lines<KyBW8> out) noexcept {
   const std::ptrdiff_t end = ready == height_ ? height_ + Lag() : ready;
-  for (; taken_ < end; ++taken_) {
+  while (taken_ < end) {
     if (taken_ < height_)
       std::memcpy(RowOf(0, taken_), in(taken_), static_cast<std::size_t>(width_));
-    MakeLevels(taken_);
-    if (taken_ < Lag()) continue;
-    const std::ptrdiff_t y = taken_ - Lag();
-    Join(out(y), width_, plan_.results() > 0 ? &plan_.result(0) : nullptr, plan_.results(), 0, y);
+    MakeLevels();
+    if (const std::ptrdiff_t y = taken_ - Lag(); y >= 0)
+      Join(out(y), width_, plan_.results() > 0 ? &plan_.result(0) : nullptr, plan_.results(), 0, y);
+    MoveOn();
   }
   return std::max<std::ptrdiff_t>(taken_ - Lag(), 0);
 }

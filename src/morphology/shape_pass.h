@@ -21,11 +21,19 @@ class ShapePass {
   std::ptrdiff_t Lag() const noexcept { return plan_.down(); }
 
  private:
+  // Column 0 of a level's rows. The slot of the row that comes last, which ends in row taken_ of
+  // the source, moves along with that: divisions are slow.
+  struct Ring {
+    KyBW8* first;
+    std::ptrdiff_t pitch, count, slot;
+  };
+
   bool AllocateRings(KyBW8 neutral) noexcept;
   KyBW8* RowOf(std::ptrdiff_t level, std::ptrdiff_t y) const noexcept;
   void Join(KyBW8* out, std::ptrdiff_t n, const ShapePlan::Part* parts, std::ptrdiff_t count,
             std::ptrdiff_t x, std::ptrdiff_t y) noexcept;
-  void MakeLevels(std::ptrdiff_t t) noexcept;
+  void MakeLevels() noexcept;
+  void MoveOn() noexcept;
 
   JoinKernel join_ = nullptr;
   ShapePlan plan_;
@@ -33,7 +41,7 @@ class ShapePass {
   std::ptrdiff_t left_ = 0, padded_ = 0;              // where rows of levels start, and their width
   std::ptrdiff_t taken_ = 0;
   Scratch<KyBW8> memory_;
-  Scratch<Lines<KyBW8>> rings_;   // column 0 of each level's rows
+  Scratch<Ring> rings_;
   Scratch<const KyBW8*> joined_;  // the rows that a row is made of
   KyBW8* nothing_ = nullptr;      // the row that stands for those that do not exist
 };
