@@ -66,7 +66,7 @@ HWY_INLINE V Luma(D d, const Planes3<V>& color) {
 #if HWY_TARGET == HWY_AVX3_DL
 // Of 32 colours, which begin so many bytes into a.
 template <size_t kBegin>
-HWY_INLINE hn::Vec<hn::ScalableTag<int16_t>> LumaOf32(VBytes a, VBytes b) {
+HWY_INLINE hn::Vec<hn::ScalableTag<int16_t>> LumaOf32(Bytes64 a, Bytes64 b) {
   static constexpr BytePlaces kFirstTwo =
       MakeBytePlaces([](size_t i) { return kBegin + i / 2 * 3 + i % 2; });
   static constexpr BytePlaces kThird =

@@ -37,16 +37,16 @@ constexpr uint64_t MakeByteMask(const IsOf& isOf) {
   return mask;
 }
 
-using VBytes = hwy::HWY_NAMESPACE::Vec<hwy::HWY_NAMESPACE::ScalableTag<uint8_t>>;
-HWY_INLINE VBytes PickBytes(const BytePlaces& places, VBytes a) {
-  return VBytes{_mm512_permutexvar_epi8(_mm512_load_si512(places.of), a.raw)};
+using Bytes64 = hwy::HWY_NAMESPACE::Vec<hwy::HWY_NAMESPACE::ScalableTag<uint8_t>>;
+HWY_INLINE Bytes64 PickBytes(const BytePlaces& places, Bytes64 a) {
+  return Bytes64{_mm512_permutexvar_epi8(_mm512_load_si512(places.of), a.raw)};
 }
-HWY_INLINE VBytes PickBytes(const BytePlaces& places, VBytes a, VBytes b) {
-  return VBytes{_mm512_permutex2var_epi8(a.raw, _mm512_load_si512(places.of), b.raw)};
+HWY_INLINE Bytes64 PickBytes(const BytePlaces& places, Bytes64 a, Bytes64 b) {
+  return Bytes64{_mm512_permutex2var_epi8(a.raw, _mm512_load_si512(places.of), b.raw)};
 }
 // Those in the mask come from c, from their places modulo 64.
-HWY_INLINE VBytes PickBytes(const BytePlaces& places, VBytes a, VBytes b, VBytes c, uint64_t mask) {
-  return VBytes{_mm512_mask_permutexvar_epi8(PickBytes(places, a, b).raw, mask,
+HWY_INLINE Bytes64 PickBytes(const BytePlaces& places, Bytes64 a, Bytes64 b, Bytes64 c, uint64_t mask) {
+  return Bytes64{_mm512_mask_permutexvar_epi8(PickBytes(places, a, b).raw, mask,
                                              _mm512_load_si512(places.of), c.raw)};
 }
 #endif
