@@ -58,6 +58,17 @@ HWY_INLINE void StorePart(D d, const Several<V, Vs...>& v, const Several<T*, Mor
 template <class Op>
 concept Keeping = Op::kKeeps;
 
+// The lanes of a formula: as many as a vector has, or fewer where it says so by
+// `static constexpr size_t kMostLanes`.
+template <class Op>
+struct LanesOf {
+  using D = hn::ScalableTag<typename Op::Lane>;
+};
+template <class Op>
+requires(Op::kMostLanes > 0) struct LanesOf<Op> {
+  using D = hn::CappedTag<typename Op::Lane, Op::kMostLanes>;
+};
+
 // True when elements of both may be the same ones.
 template <class Out, class In>
 inline constexpr bool kMayBeSame = true;
@@ -78,7 +89,7 @@ inline constexpr bool kWaitsForStores<Lane, T*> = sizeof(T) > sizeof(Lane) && si
 // take a long time for what lies ahead of what is read in order.)
 template <class Op, class Out, class... In>
 HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
-  const hn::ScalableTag<typename Op::Lane> d;
+  const typename LanesOf<Op>::D d;
   const size_t lanes = hn::Lanes(d);
   const auto apply = [&](const auto& load) HWY_ATTR {
     if constexpr (Keeping<Op>)

@@ -19,6 +19,7 @@ namespace {
 // Differences have 9 bits: the low byte wraps, the high one is the sign.
 struct Gradient {
   using Lane = uint8_t;
+  static constexpr size_t kMostLanes = hn::MaxLanes(DBytes());
 
   template <class D, class V>
   HWY_INLINE Planes4<V> operator()(D d, V left, V right, V up, V down) const {
@@ -76,7 +77,7 @@ HWY_NOINLINE void LookUpAll(KyBW8* out, size_t n, const KyBW8* const* rows,
 // which are few, are replaced.
 HWY_INLINE void LookUpNear(KyBW8* out, size_t n, const KyBW8* const* rows,
                            const GradientTable& table) {
-  const hn::ScalableTag<uint8_t> d;
+  const DBytes d;
   const hn::RebindToSigned<decltype(d)> signed8;
   const size_t lanes = hn::Lanes(d);
   HWY_ALIGN uint16_t places[kPiece];
