@@ -10,7 +10,7 @@ using ky::ConvertKernels;
 template <class A, class B>
 KY_ERRORS Convert(const char* name, const KyROI<A>* source, KyROI<B>* destination) noexcept {
   return ky::CallOn(name, source, destination, [&](const auto& in, const auto& out) {
-    return ky::MapFreshRows(ky::ChooseConvertKernels().Get<B, A>(), out, in);
+    return ky::MapFreshRows({ky::ChooseConvertKernels().Get<B, A>()}, out, ky::FromRows(in));
   });
 }
 template <class A, class B>

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 #include "foundation/rows.h"
 #include "foundation/several.h"
@@ -29,6 +30,15 @@ using SeveralKernel = typename SeveralKernelOf<Out, In...>::Type;
 // written; false means no memory. `Span(y, x, n)` is where elements x.. x + n - 1 of row y stand. A
 // source that has to make them does so in pieces of kPiece elements; spans start at multiples of
 // it.
+//
+// `Bytes` counts those of its rows, and `IsApart` tells that none of them is the destination's.
+struct WithoutRows {
+  static constexpr std::int64_t Bytes() noexcept { return 0; }
+  template <class Out>
+  static constexpr bool IsApart(const Rows<Out>&) noexcept {
+    return true;
+  }
+};
 inline constexpr std::ptrdiff_t kWholeRow = PTRDIFF_MAX;
 inline constexpr std::ptrdiff_t kPiece = 6144;  // whole colours; small beside a first cache
 
@@ -45,6 +55,11 @@ class FromRows {
   bool Open(const Rows<Out>&... destination) noexcept {
     return input_.Open(source_, destination...);
   }
+  std::int64_t Bytes() const noexcept { return source_.RowBytes() * source_.height; }
+  template <class Out>
+  bool IsApart(const Rows<Out>& destination) const noexcept {
+    return SharingOf(source_, destination) == Sharing::kNothing;
+  }
   bool Joined() const noexcept { return input_.rows().Joined(); }
   const T* Span(std::ptrdiff_t y, std::ptrdiff_t x, std::ptrdiff_t) const noexcept {
     return input_.rows().Row(y) + x;
@@ -59,7 +74,7 @@ FromRows(Rows<T>) -> FromRows<std::remove_const_t<T>>;
 
 // A constant: the same few elements over and over, such as the three components of a colour.
 template <class T, int kPeriod = 1>
-class FromConstant {
+class FromConstant : public WithoutRows {
  public:
   using Element = T;
   static constexpr std::ptrdiff_t kLongest = kPiece / std::ptrdiff_t{sizeof(T)};
@@ -87,7 +102,7 @@ class FromConstant {
 // Not pixels but what the kernel is told once for all of them: a lookup table, factors. It is a
 // copy and so cannot change while the destination is written.
 template <class T>
-class FromParameters {
+class FromParameters : public WithoutRows {
  public:
   using Element = T;
   static constexpr std::ptrdiff_t kLongest = kWholeRow;
@@ -118,6 +133,11 @@ class FromGreyAsColor {
   template <class... Out>
   bool Open(const Rows<Out>&... destination) noexcept {
     return source_.Open(destination...);
+  }
+  std::int64_t Bytes() const noexcept { return source_.Bytes(); }
+  template <class Out>
+  bool IsApart(const Rows<Out>& destination) const noexcept {
+    return source_.IsApart(destination);
   }
   bool Joined() const noexcept { return source_.Joined(); }
   const KyBW8* Span(std::ptrdiff_t y, std::ptrdiff_t x, std::ptrdiff_t n) noexcept {

@@ -28,26 +28,39 @@ HWY_INLINE Planes3<V> Without(V absent, const Planes3<V>& v) {
 
 // Start, step, done over the elements at the same place in each row, in lanes of type Lane, which
 // may be wider: Fold<D>() starts, Step(d, v..., absent) takes a vector of each in, Done() gives the
-// result. The lanes that the rows leave free in their last vector are 0 in v and all ones in
-// `absent`, which is 0 in all others.
-template <class D, class Fold, class... T>
-HWY_INLINE void TakePiece(D d, Fold& fold, size_t n, const T*... row) {
+// result. The lanes that the rows leave free in their first and last vectors are 0 in v and all
+// ones in `absent`, which is 0 in all others. Vectors of 64 bytes are aligned in the first row:
+// unaligned ones, each of which crosses a cache line, take up to a third longer.
+template <class D, class Fold, class T, class... More>
+HWY_INLINE void TakePiece(D d, Fold& fold, size_t n, const T* first, const More*... more) {
   const size_t lanes = hn::Lanes(d);
   constexpr size_t kAtOnce = 4;
-  const auto step = [&](size_t at)
-                        HWY_ATTR { fold.Step(d, LoadLanes(d, row + at)..., hn::Zero(d)); };
+  const auto step = [&](size_t at) HWY_ATTR {
+    fold.Step(d, LoadLanes(d, first + at), LoadLanes(d, more + at)..., hn::Zero(d));
+  };
+  // The vector from `at` on, without some lanes, whose elements are others' to take.
+  const auto stepWithout = [&](hn::Mask<D> mask, size_t at) HWY_ATTR {
+    const auto absent = hn::VecFromMask(d, mask);
+    fold.Step(d, Without(absent, LoadLanes(d, first + at)),
+              Without(absent, LoadLanes(d, more + at))..., absent);
+  };
   size_t i = 0;
+  if constexpr (sizeof(T) == 1 && hn::MaxLanes(D()) == 64) {
+    const size_t before = -reinterpret_cast<uintptr_t>(first) % hn::MaxLanes(D());
+    if (before > 0 && n >= 4 * kAtOnce * lanes) {
+      stepWithout(hn::Not(hn::FirstN(d, before)), 0);
+      i = before;
+    }
+  }
   // Without prefetches: where the processor's own suffice, as on Zen 4, they cost a third.
   for (; i + kAtOnce * lanes <= n; i += kAtOnce * lanes)
     for (size_t k = 0; k < kAtOnce; ++k) step(i + k * lanes);
   for (; i + lanes <= n; i += lanes) step(i);
   if (const size_t rest = n - i; rest > 0 && n >= lanes) {
-    // The last vector overlaps the one before it, whose elements are not taken twice.
-    const auto absent = hn::VecFromMask(d, hn::FirstN(d, lanes - rest));
-    fold.Step(d, Without(absent, LoadLanes(d, row + n - lanes))..., absent);
+    stepWithout(hn::FirstN(d, lanes - rest), n - lanes);
   } else if (rest > 0) {
     const auto absent = hn::VecFromMask(d, hn::Not(hn::FirstN(d, rest)));
-    fold.Step(d, LoadPart(d, row + i, rest)..., absent);
+    fold.Step(d, LoadPart(d, first + i, rest), LoadPart(d, more + i, rest)..., absent);
   }
 }
 template <class D, class Fold, class... T>

@@ -49,6 +49,24 @@ struct WindowOp {
   static constexpr int kRadius = radius;
 };
 
+using D8 = hn::ScalableTag<uint8_t>;
+#if HWY_TARGET == HWY_SCALAR
+constexpr int kPhases = 1;
+using D16 = hn::Rebind<int16_t, D8>;
+using D32 = hn::Rebind<int32_t, D8>;
+#else
+constexpr int kPhases = 2;
+using D16 = hn::Repartition<int16_t, D8>;
+using D32 = hn::Repartition<int32_t, D8>;
+#endif
+using V16 = hn::Vec<D16>;
+using V32 = hn::Vec<D32>;
+
+// The lanes of formulas that stay within bytes. These do little with what they load, and most loads
+// of neighbours cross a cache line: all that are 64 bytes wide, but half of those of 32.
+using DBytes = hn::CappedTag<uint8_t, 32>;
+using VBytes = hn::Vec<DBytes>;
+
 // The pixels around one vector of places in the rows of a window: at(right, down) are those that
 // lie so many columns to the right and rows below.
 template <class D, int kRadius, int kStep = 1>
@@ -64,26 +82,13 @@ struct Around {
 };
 
 // Every result is op(d, at), with at(right, down) as above.
-template <class Op, int kStep = 1>
+template <class Op, int kStep = 1, class D = D8>
 HWY_INLINE void MapWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows) {
-  const hn::ScalableTag<uint8_t> d;
+  const D d;
   for (ptrdiff_t y = 0; y < out.height; ++y)
     for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d)))
-      hn::StoreU(op(d, Around<decltype(d), Op::kRadius, kStep>{d, rows + y, x}), d, out.Row(y) + x);
+      hn::StoreU(op(d, Around<D, Op::kRadius, kStep>{d, rows + y, x}), d, out.Row(y) + x);
 }
-
-using D8 = hn::ScalableTag<uint8_t>;
-#if HWY_TARGET == HWY_SCALAR
-constexpr int kPhases = 1;
-using D16 = hn::Rebind<int16_t, D8>;
-using D32 = hn::Rebind<int32_t, D8>;
-#else
-constexpr int kPhases = 2;
-using D16 = hn::Repartition<int16_t, D8>;
-using D32 = hn::Repartition<int32_t, D8>;
-#endif
-using V16 = hn::Vec<D16>;
-using V32 = hn::Vec<D32>;
 
 // A vector that is loaded once. Compilers would rather read a vector that has several uses from
 // memory for each of them, where every other one that is not aligned crosses a cache line.
@@ -296,6 +301,7 @@ struct ByteRow {
 // What a row contributes, for each phase, and results of it.
 template <class Op, int kStep>
 struct RowParts {
+  using D = D8;
   using Part = decltype(std::declval<Op>().Row(D16(), nullptr));
   Part part[kPhases];
 
@@ -337,26 +343,27 @@ struct RowParts {
   }
 };
 
-// Formulas that work on bytes say so by `using Lane = uint8_t`: op.Row(d8, at) is what a row
-// contributes, with at(right) as above.
+// Formulas that work on bytes say so by `using Lane = uint8_t`: op.Row(d, at), in lanes of DBytes,
+// is what a row contributes, with at(right) as above.
 template <int kStep>
 struct BytesAround {
   const uint8_t* places;
 
-  HWY_INLINE hn::Vec<D8> operator()(int right) const {
-    return hn::LoadU(D8(), places + kStep * right);
+  HWY_INLINE VBytes operator()(int right) const {
+    return hn::LoadU(DBytes(), places + kStep * right);
   }
 };
 template <class Op, int kStep>
 requires std::is_same_v<typename Op::Lane, uint8_t>
 struct RowParts<Op, kStep> {
+  using D = DBytes;
   using Around = BytesAround<kStep>;
-  decltype(std::declval<Op>().Row(D8(), Around())) part;
+  decltype(std::declval<Op>().Row(D(), Around())) part;
 
-  HWY_INLINE void Make(const Op& op, const uint8_t* places) { part = op.Row(D8(), Around{places}); }
+  HWY_INLINE void Make(const Op& op, const uint8_t* places) { part = op.Row(D(), Around{places}); }
   template <class... RowPart>
-  HWY_INLINE static hn::Vec<D8> Result(const Op& op, const RowPart&... row) {
-    return op(D8(), row.part...);
+  HWY_INLINE static VBytes Result(const Op& op, const RowPart&... row) {
+    return op(D(), row.part...);
   }
 };
 
@@ -371,7 +378,7 @@ template <class Op, int kStep, int kRows, Ahead kAhead>
 HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
                          ptrdiff_t pitch, bool prefetches) {
   constexpr int kSize = 2 * Op::kRadius + 1, kIn = kRows + 2 * Op::kRadius;
-  const D8 d;
+  const typename RowParts<Op, kStep>::D d;
   const uint8_t* in[kIn];
   for (int k = 0; k < kIn; ++k) in[k] = rows[k];
   uint8_t* to[kRows];
@@ -436,15 +443,15 @@ template <class Op, int kStep = 1>
 constexpr WindowKernel<WindowRun> MappedWindows() {
   static_assert(kStep == 1 || kStep == 3);
   const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout&)
-                       HWY_ATTR { MapWindows<Op, kStep>(Op(), out, rows); };
-  return {Op::kRadius, hn::MaxLanes(D8()), run, kStep};
+                       HWY_ATTR { MapWindows<Op, kStep, DBytes>(Op(), out, rows); };
+  return {Op::kRadius, hn::MaxLanes(DBytes()), run, kStep};
 }
 template <class Op, int kStep = 1>
 constexpr WindowKernel<WindowRun> RolledWindows() {
   static_assert(kStep == 1 || kStep == 3);
   const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
                        HWY_ATTR { RollWindows<Op, kStep>(Op(), out, rows, layout); };
-  return {Op::kRadius, hn::MaxLanes(D8()), run, kStep};
+  return {Op::kRadius, hn::MaxLanes(typename RowParts<Op, kStep>::D()), run, kStep};
 }
 // Both of a formula, for a table.
 template <class Op>

@@ -29,12 +29,13 @@ template <int kStep>
 class Columns {
  public:
   // False when there is no memory.
-  bool Allocate(std::ptrdiff_t from, std::ptrdiff_t to) noexcept {
-    constexpr auto kAtOnce = static_cast<std::ptrdiff_t>(kGroup * kGroupsAtOnce);
+  bool Allocate(std::ptrdiff_t from, std::ptrdiff_t to, std::size_t group) noexcept {
+    constexpr auto kAtOnce = static_cast<std::ptrdiff_t>(kMostAtOnce);
     const std::ptrdiff_t n = to * kStep;
+    group_ = static_cast<std::ptrdiff_t>(group);
     padded_ = (n + kAtOnce - 1) / kAtOnce * kAtOnce;
     if (!left_.Allocate(padded_) || !pairs_.Allocate(padded_) ||
-        !starts_.Allocate(padded_ / kPerGroup) || !picks_.Allocate(padded_ * kPairBytes))
+        !starts_.Allocate(padded_ / group_) || !picks_.Allocate(padded_ * kBytes))
       return false;
     for (std::ptrdiff_t x = 0; x < to; ++x) {
       const Between at = PositionOf(x, from, to);
@@ -51,30 +52,29 @@ class Columns {
   std::ptrdiff_t Padded() const noexcept { return padded_; }
 
  private:
-  static constexpr auto kPerGroup = static_cast<std::ptrdiff_t>(kGroup);
-  static constexpr auto kBytes = static_cast<std::ptrdiff_t>(kGroupBytes);
-  static constexpr std::ptrdiff_t kPairBytes = 4;
+  static constexpr auto kBytes = static_cast<std::ptrdiff_t>(kPairBytes);
 
   void Put(std::ptrdiff_t i, std::ptrdiff_t left, std::uint32_t weight) noexcept {
     left_[i] = left;
     pairs_[i] = (kWeightOne - weight) | weight << 16;
   }
 
-  // False when there is a group that 16 bytes within the row do not hold.
+  // False when there is a group that so many bytes within the row do not hold.
   bool MakeGroups(std::ptrdiff_t elements) noexcept {
     constexpr std::uint8_t kZero = 0x80;
-    if (elements < kBytes) return false;
-    for (std::ptrdiff_t group = 0; group < padded_ / kPerGroup; ++group) {
-      const std::ptrdiff_t first = group * kPerGroup;
+    const std::ptrdiff_t bytes = group_ * kBytes;
+    if (elements < bytes) return false;
+    for (std::ptrdiff_t group = 0; group < padded_ / group_; ++group) {
+      const std::ptrdiff_t first = group * group_;
       const std::ptrdiff_t* const left = left_.get() + first;
       const std::ptrdiff_t start =
-          std::min(*std::min_element(left, left + kPerGroup), elements - kBytes);
+          std::min(*std::min_element(left, left + group_), elements - bytes);
       starts_[group] = start;
-      for (std::ptrdiff_t i = 0; i < kPerGroup; ++i) {
+      for (std::ptrdiff_t i = 0; i < group_; ++i) {
         const std::ptrdiff_t one = left[i] - start;
         const std::ptrdiff_t other = pairs_[first + i] >> 16 != 0 ? one + kStep : one;
-        if (other >= kBytes) return false;
-        std::uint8_t* const pick = picks_.get() + (first + i) * kPairBytes;
+        if (other >= bytes) return false;
+        std::uint8_t* const pick = picks_.get() + (first + i) * kBytes;
         pick[0] = static_cast<std::uint8_t>(one);
         pick[2] = static_cast<std::uint8_t>(other);
         pick[1] = pick[3] = kZero;
@@ -83,7 +83,7 @@ class Columns {
     return true;
   }
 
-  std::ptrdiff_t padded_ = 0;
+  std::ptrdiff_t group_ = 0, padded_ = 0;
   Scratch<std::ptrdiff_t> left_, starts_;
   Scratch<std::uint32_t> pairs_;
   Scratch<std::uint8_t> picks_;
@@ -95,20 +95,26 @@ KY_ERRORS Resize(const Rows<T>& out, const Rows<const T>& in) noexcept {
   constexpr int kStep = sizeof(T);
   Columns<kStep> columns;
   Scratch<std::int32_t> memory;
-  if (!columns.Allocate(in.width, out.width) || !memory.Allocate(2 * columns.Padded()))
-    return KY_ERROR_NOT_ENOUGH_MEMORY;
   const SizeKernels& kernels = ChooseSizeKernels();
+  if (!columns.Allocate(in.width, out.width, kernels.group) ||
+      !memory.Allocate(2 * columns.Padded()))
+    return KY_ERROR_NOT_ENOUGH_MEMORY;
   // Interpolated rows of the source: the even ones in one slot, the odd ones in the other.
-  std::ptrdiff_t rows[2] = {-1, -1};
+  std::ptrdiff_t rows[2] = {-1, -1}, ahead = 0;
   const auto interpolated = [&](std::ptrdiff_t y) {
     std::int32_t* const slot = memory.get() + y % 2 * columns.Padded();
     if (rows[y % 2] != y)
-      kernels.interpolate(slot, reinterpret_cast<const KyBW8*>(in.Row(y)), columns.View());
+      kernels.interpolate(slot, reinterpret_cast<const KyBW8*>(in.Row(y)), columns.View(), ahead);
     rows[y % 2] = y;
     return slot;
   };
+  constexpr std::ptrdiff_t kLarge = 8 << 20;
+  const bool prefetches = in.height * in.RowBytes() > kLarge;
   for (std::ptrdiff_t y = 0; y < out.height; ++y) {
     const Between at = PositionOf(y, in.height, out.height);
+    // Processors do not see by themselves which rows are left out.
+    const std::int64_t step = PositionOf(y + 1, in.height, out.height).pixel - at.pixel;
+    ahead = prefetches && step > 1 ? step * in.pitch : 0;
     const std::int32_t* const upper = interpolated(at.pixel);
     const std::int32_t* const lower = at.weight != 0 ? interpolated(at.pixel + 1) : upper;
     kernels.blend(reinterpret_cast<KyBW8*>(out.Row(y)), columns.View().n, upper, lower, at.weight);

@@ -5,6 +5,7 @@
 #include "geometry/sizes_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/prefetch-inl.h"
 #include "foundation/spans-inl.h"
 #include "foundation/widen-inl.h"
 
@@ -97,50 +98,64 @@ HWY_INLINE void InterpolateEach(int32_t* out, const KyBW8* row, const PairsOfEle
 }
 
 #if HWY_TARGET == HWY_SCALAR
-void Interpolate(int32_t* out, const KyBW8* row, const PairsOfElements& pairs) {
+constexpr size_t kGroup = 4;
+void Interpolate(int32_t* out, const KyBW8* row, const PairsOfElements& pairs, ptrdiff_t) {
   InterpolateEach(out, row, pairs);
 }
 #else
+using DPairs = hn::CappedTag<uint32_t, kMostAtOnce>;
+using VPairs = hn::Vec<DPairs>;
 // The products of 16-bit lanes with 16-bit weights below 2^15, the two of each pair added up.
-template <class D>
-HWY_INLINE hn::Vec<D> MultiplyPairs(D d, hn::Vec<D> v, hn::Vec<D> weights) {
-#if HWY_TARGET <= HWY_AVX2 && HWY_ARCH_X86
-  (void)d;
-  return hn::Vec<D>{_mm256_madd_epi16(v.raw, weights.raw)};
+HWY_INLINE VPairs MultiplyPairs(VPairs v, VPairs weights) {
+#if HWY_TARGET < HWY_AVX2 && HWY_ARCH_X86
+  return VPairs{_mm512_madd_epi16(v.raw, weights.raw)};
+#elif HWY_TARGET == HWY_AVX2 && HWY_ARCH_X86
+  return VPairs{_mm256_madd_epi16(v.raw, weights.raw)};
 #elif HWY_TARGET <= HWY_SSSE3 && HWY_ARCH_X86
-  (void)d;
-  return hn::Vec<D>{_mm_madd_epi16(v.raw, weights.raw)};
+  return VPairs{_mm_madd_epi16(v.raw, weights.raw)};
 #else
+  const DPairs d;
   const auto low = hn::Set(d, 0xFFFF);
   return hn::Add(hn::Mul(hn::And(v, low), hn::And(weights, low)),
                  hn::Mul(hn::ShiftRight<16>(v), hn::ShiftRight<16>(weights)));
 #endif
 }
 
-template <class D>
-HWY_INLINE void InterpolateGroups(D d, int32_t* out, const KyBW8* row,
-                                  const PairsOfElements& pairs) {
-  const hn::Repartition<uint8_t, D> d8;
-  const hn::FixedTag<uint8_t, kGroupBytes> group;
-  const hn::RebindToSigned<D> result;
+// What the pairs of a vector of results need, out of the bytes of its groups.
+#if HWY_TARGET == HWY_AVX3_DL  // which picks out of 64 bytes
+constexpr size_t kGroup = 16;
+HWY_INLINE VPairs Pick(const KyBW8* row, const ptrdiff_t* starts, const uint8_t* picks) {
+  const hn::Repartition<uint8_t, DPairs> d8;
+  const auto places = hn::LoadU(d8, picks), bytes = hn::LoadU(d8, row + starts[0]);
+  constexpr uint64_t kFirstOfTwo = 0x5555555555555555;
+  return VPairs{_mm512_maskz_permutexvar_epi8(kFirstOfTwo, places.raw, bytes.raw)};
+}
+#else
+constexpr size_t kGroup = 4;
+HWY_INLINE VPairs Pick(const KyBW8* row, const ptrdiff_t* starts, const uint8_t* picks) {
+  const hn::Repartition<uint8_t, DPairs> d8;
+#if HWY_TARGET == HWY_AVX2
+  const hn::Half<decltype(d8)> group;
+  const auto bytes =
+      hn::Combine(d8, hn::LoadU(group, row + starts[1]), hn::LoadU(group, row + starts[0]));
+#else
+  const auto bytes = hn::LoadU(d8, row + starts[0]);
+#endif
+  return hn::BitCast(DPairs(), hn::TableLookupBytesOr0(bytes, hn::LoadU(d8, picks)));
+}
+#endif
+
+void Interpolate(int32_t* out, const KyBW8* row, const PairsOfElements& pairs, ptrdiff_t ahead) {
+  if (pairs.starts == nullptr) return InterpolateEach(out, row, pairs);
+  const DPairs d;
+  const hn::RebindToSigned<DPairs> result;
   for (size_t x = 0; x < pairs.n; x += hn::Lanes(d)) {
-    const auto bytesOf = [&](size_t i) HWY_ATTR {
-      return hn::LoadU(group, row + pairs.starts[x / kGroup + i]);
-    };
-    hn::Vec<decltype(d8)> bytes;
-    if constexpr (hn::MaxLanes(d) == kGroup)
-      bytes = bytesOf(0);
-    else
-      bytes = hn::Combine(d8, bytesOf(1), bytesOf(0));
-    const auto picked =
-        hn::TableLookupBytesOr0(bytes, hn::LoadU(d8, pairs.picks + x * sizeof(uint32_t)));
-    const auto sums = MultiplyPairs(d, hn::BitCast(d, picked), hn::LoadU(d, pairs.pairs + x));
+    const ptrdiff_t* const starts = pairs.starts + x / kGroup;
+    if (ahead != 0) PrefetchAhead<1>(row + starts[0], ahead);
+    const auto picked = Pick(row, starts, pairs.picks + x * kPairBytes);
+    const auto sums = MultiplyPairs(picked, hn::LoadU(d, pairs.pairs + x));
     hn::StoreU(hn::BitCast(result, sums), result, out + x);
   }
-}
-void Interpolate(int32_t* out, const KyBW8* row, const PairsOfElements& pairs) {
-  if (pairs.starts == nullptr) return InterpolateEach(out, row, pairs);
-  InterpolateGroups(hn::CappedTag<uint32_t, kGroup * kGroupsAtOnce>(), out, row, pairs);
 }
 #endif
 
@@ -177,7 +192,7 @@ void Blend(KyBW8* out, size_t n, const int32_t* upper, const int32_t* lower, int
   MapSpan(op, out + x, n - x, upper + x, lower + x);
 }
 
-constexpr SizeKernels kKernels = {&Halve<KyBW8>, &Halve<KyC24>, &Interpolate, &Blend};
+constexpr SizeKernels kKernels = {kGroup, &Halve<KyBW8>, &Halve<KyC24>, &Interpolate, &Blend};
 
 }  // namespace
 

@@ -24,19 +24,22 @@ struct PairsOfElements {
   std::ptrdiff_t step;
   const std::ptrdiff_t* left;
   const std::uint32_t* pairs;
-  // The same in groups of kGroup results: the 16 bytes from starts[i] on hold what the group needs,
-  // and picks says which 16 of them, or zeros, are the four pairs of 16 bits. Null where a group
-  // needs more than 16 bytes. There is a whole number of kGroupsAtOnce groups.
+  // The same in groups of results: as many bytes from starts[i] on as four for each result hold
+  // what the group needs, and picks says which of them, or zeros, are the pairs of 16 bits. Null
+  // where a group needs more bytes. There is room for a multiple of kMostAtOnce results.
   const std::ptrdiff_t* starts;
   const std::uint8_t* picks;
 };
-inline constexpr std::size_t kGroup = 4, kGroupBytes = 16, kGroupsAtOnce = 2;
+inline constexpr std::size_t kMostAtOnce = 16, kPairBytes = 4;
 
 struct SizeKernels {
+  std::size_t group;  // results
   HalveKernel<KyBW8> halve;
   HalveKernel<KyC24> halveColors;
-  // out[x] = the weighed sum of pair x. `out` has room for whole groups.
-  void (*interpolate)(std::int32_t* out, const KyBW8* row, const PairsOfElements& pairs);
+  // out[x] = the weighed sum of pair x. `out` has room for whole groups. What stands `ahead` bytes
+  // further on is prefetched, unless that is 0.
+  void (*interpolate)(std::int32_t* out, const KyBW8* row, const PairsOfElements& pairs,
+                      std::ptrdiff_t ahead);
   // out[x] = (upper[x] (kWeightOne - g) + lower[x] g) / kWeightOne^2, rounded.
   void (*blend)(KyBW8* out, std::size_t n, const std::int32_t* upper, const std::int32_t* lower,
                 std::int32_t g);

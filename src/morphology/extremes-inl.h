@@ -38,8 +38,8 @@ using D = hn::ScalableTag<uint8_t>;
 using V = hn::Vec<D>;
 HWY_INLINE ptrdiff_t Lanes() { return static_cast<ptrdiff_t>(hn::Lanes(D())); }
 
-template <class Op, class... More>
-HWY_INLINE V ExtremeOf(V v, More... more) {
+template <class Op, class Vector, class... More>
+HWY_INLINE Vector ExtremeOf(Vector v, More... more) {
   ((v = Op()(v, more)), ...);
   return v;
 }

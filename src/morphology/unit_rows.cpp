@@ -17,10 +17,10 @@ template <class Op>
 struct Square : WindowOp<1> {
   using Lane = uint8_t;
   template <class At>
-  HWY_INLINE V Row(D, const At& at) const {
+  HWY_INLINE VBytes Row(DBytes, const At& at) const {
     return ExtremeOf<Op>(at(-1), at(0), at(1));
   }
-  HWY_INLINE V operator()(D, V above, V here, V below) const {
+  HWY_INLINE VBytes operator()(DBytes, VBytes above, VBytes here, VBytes below) const {
     return ExtremeOf<Op>(above, here, below);
   }
 };
@@ -29,14 +29,15 @@ template <class Op>
 struct Cross : WindowOp<1> {
   using Lane = uint8_t;
   struct Pixels {
-    V one, three;  // the extreme of the three in a row
+    VBytes one, three;  // the extreme of the three in a row
   };
   template <class At>
-  HWY_INLINE Pixels Row(D, const At& at) const {
-    const V here = at(0);
+  HWY_INLINE Pixels Row(DBytes, const At& at) const {
+    const VBytes here = at(0);
     return {here, ExtremeOf<Op>(at(-1), here, at(1))};
   }
-  HWY_INLINE V operator()(D, const Pixels& above, const Pixels& here, const Pixels& below) const {
+  HWY_INLINE VBytes operator()(DBytes, const Pixels& above, const Pixels& here,
+                               const Pixels& below) const {
     return ExtremeOf<Op>(above.one, here.three, below.one);
   }
 };
@@ -46,11 +47,12 @@ template <template <class> class Element>
 struct Range : WindowOp<1> {
   using Lane = uint8_t;
   template <class At>
-  HWY_INLINE auto Row(D d, const At& at) const {
+  HWY_INLINE auto Row(DBytes d, const At& at) const {
     return PairOf(Element<Maximum>().Row(d, at), Element<Minimum>().Row(d, at));
   }
   template <class Rows>
-  HWY_INLINE V operator()(D d, const Rows& above, const Rows& here, const Rows& below) const {
+  HWY_INLINE VBytes operator()(DBytes d, const Rows& above, const Rows& here,
+                               const Rows& below) const {
     return hn::Sub(Element<Maximum>()(d, above.largest, here.largest, below.largest),
                    Element<Minimum>()(d, above.smallest, here.smallest, below.smallest));
   }

@@ -125,7 +125,8 @@ KY_ERRORS ImgGainOffset(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, f
   return ky::CallOn("ImgGainOffset", source, destination, [&](const auto& in, const auto& out) {
     const GainOffsetLaw law(gain, offset);
     if (!law.FitsLanes()) return ky::LookUp(out, in, TableBy(law));
-    return ky::MapFreshRows(ky::ChooseLookupKernels().gainOffset, out, in, law.InLanes());
+    return ky::MapFreshRows({ky::ChooseLookupKernels().gainOffset}, out, ky::FromRows(in),
+                            ky::FromParameters(law.InLanes()));
   });
 }
 
@@ -143,7 +144,8 @@ KY_ERRORS ImgGainOffset(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
             inLanes.gain[i] = law.gain;
             inLanes.offset[i] = law.offset;
           }
-          return ky::MapFreshRows(kernels.gainOffsetColors, out, in, inLanes);
+          return ky::MapFreshRows({kernels.gainOffsetColors}, out, ky::FromRows(in),
+                                  ky::FromParameters(inLanes));
         }
         const ky::ColorTables tables{{TableBy(laws[0]), TableBy(laws[1]), TableBy(laws[2])}};
         return ky::MapRows(kernels.lookUpColors, out, ky::FromRows(in), ky::FromParameters(tables));

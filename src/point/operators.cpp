@@ -18,6 +18,7 @@ using ky::FromGreyAsColor;
 using ky::FromRows;
 using ky::MapRows;
 using ky::RoiNames;
+using ky::Rows;
 using ky::RowsOf;
 using ky::ShiftOperand;
 using Operation = ARITH_LOGIC_OPERATIONS;
@@ -85,26 +86,17 @@ Kernel KernelOf(const Kernel (&table)[KY_OPER_OVERLAY + 1], Operation operation)
   const unsigned index = static_cast<unsigned>(operation);
   return index <= KY_OPER_OVERLAY ? table[index] : nullptr;
 }
-template <class Kernel, class Roi, class... Source>
-KY_ERRORS Combine(const Kernel (&table)[KY_OPER_OVERLAY + 1], Operation operation, Roi* destination,
-                  Source&&... source) noexcept {
-  const Kernel kernel = KernelOf(table, operation);
-  return kernel != nullptr ? MapRows(kernel, ComponentRowsOf(destination), source...)
-                           : KY_ERROR_INTERNAL;
-}
-// Two images of the destination's type.
-template <class T>
-KY_ERRORS CombineImages(const ky::OperatorKernels& kernels, Operation operation, const KyROI<T>* a,
-                        const KyROI<T>* b, KyROI<T>* destination) noexcept {
+// Two operands of 8-bit elements.
+template <class Roi, class A, class B>
+KY_ERRORS Combine(const ky::OperatorKernels& kernels, Operation operation, Roi* destination, A&& a,
+                  B&& b) noexcept {
   const auto kernel = KernelOf(kernels.combine, operation);
-  if (operation == KY_OPER_SET_WHERE_ZERO || operation == KY_OPER_SET_WHERE_NONZERO)
-    return MapRows(kernel, ComponentRowsOf(destination), FromRows(ComponentRowsOf(a)),
-                   FromRows(ComponentRowsOf(b)));
-  return kernel != nullptr ? ky::MapFreshRows(kernel, ComponentRowsOf(destination),
-                                              ComponentRowsOf(a), ComponentRowsOf(b))
-                           : KY_ERROR_INTERNAL;
+  if (kernel == nullptr) return KY_ERROR_INTERNAL;
+  const Rows<KyBW8> out = ComponentRowsOf(destination);
+  const bool keeps = operation == KY_OPER_SET_WHERE_ZERO || operation == KY_OPER_SET_WHERE_NONZERO;
+  return keeps ? MapRows(kernel, out, a, b)
+               : ky::MapFreshRows({kernel, KernelOf(kernels.stream, operation)}, out, a, b);
 }
-
 bool IsShift(Operation operation) noexcept {
   return operation == KY_OPER_SHIFT_LEFT || operation == KY_OPER_SHIFT_RIGHT;
 }
@@ -134,7 +126,8 @@ template <class T>
 KY_ERRORS CopyOrInvert(const ky::OperatorKernels& kernels, Operation operation, const KyROI<T>* a,
                        KyROI<T>* destination) noexcept {
   if (operation == KY_OPER_INVERT)
-    return ky::MapFreshRows(kernels.invert, ComponentRowsOf(destination), ComponentRowsOf(a));
+    return ky::MapFreshRows({kernels.invert}, ComponentRowsOf(destination),
+                            FromRows(ComponentRowsOf(a)));
   return ky::CopyFreshRows(ComponentRowsOf(destination), ComponentRowsOf(a));
 }
 template <class T>
@@ -143,8 +136,7 @@ KY_ERRORS ConstantAndImage(const char* name, Operation operation, T a, const KyR
   return Operate(
       kB, name, operation, kConstantAndImage,
       [&](const auto& kernels) {
-        return Combine(kernels.combine, operation, destination, Constant(a),
-                       FromRows(ComponentRowsOf(b)));
+        return Combine(kernels, operation, destination, Constant(a), FromRows(ComponentRowsOf(b)));
       },
       b, destination);
 }
@@ -154,7 +146,7 @@ KY_ERRORS ImageAndConstant(const char* name, Operation operation, Operations acc
   return Operate(
       kA, name, operation, accepted,
       [&](const auto& kernels) {
-        return Combine(kernels.combine, operation, destination, FromRows(ComponentRowsOf(a)),
+        return Combine(kernels, operation, destination, FromRows(ComponentRowsOf(a)),
                        Constant(SecondOperand(operation, b)));
       },
       a, destination);
@@ -233,8 +225,11 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const
                   KyROI<KyBW8>* destination) noexcept {
   return Operate(
       kAAndB, "ImgOper (BW8 Image, Image to Image)", operation, kTwoImages,
-      [&](const auto& kernels) { return CombineImages(kernels, operation, a, b, destination); }, a,
-      b, destination);
+      [&](const auto& kernels) {
+        return Combine(kernels, operation, destination, FromRows(ComponentRowsOf(a)),
+                       FromRows(ComponentRowsOf(b)));
+      },
+      a, b, destination);
 }
 
 KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, KyC24 a, KyROI<KyC24>* destination) noexcept {
@@ -272,7 +267,8 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, const
         if (operation == KY_OPER_OVERLAY)
           return MapRows(kernels.overlay, RowsOf(destination), FromRows(RowsOf(a)),
                          FromRows(RowsOf(b)));
-        return CombineImages(kernels, operation, a, b, destination);
+        return Combine(kernels, operation, destination, FromRows(ComponentRowsOf(a)),
+                       FromRows(ComponentRowsOf(b)));
       },
       a, b, destination);
 }
@@ -282,7 +278,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a, const
   return Operate(
       kAAndB, "ImgOper (BW8 Image, C24 Image to C24 Image)", operation, kTwoImages,
       [&](const auto& kernels) {
-        return Combine(kernels.combine, operation, destination, GreyAsColor(a, kernels),
+        return Combine(kernels, operation, destination, GreyAsColor(a, kernels),
                        FromRows(ComponentRowsOf(b)));
       },
       a, b, destination);
@@ -293,7 +289,7 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyC24>* a, const
   return Operate(
       kAAndB, "ImgOper (C24 Image, BW8 Image to C24 Image)", operation, kTwoImages,
       [&](const auto& kernels) {
-        return Combine(kernels.combine, operation, destination, FromRows(ComponentRowsOf(a)),
+        return Combine(kernels, operation, destination, FromRows(ComponentRowsOf(a)),
                        GreyAsColor(b, kernels));
       },
       a, b, destination);

@@ -3,8 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
 #include <string>
+#include <vector>
 
+#include "foundation/kernels/operators_rows.h"
 #include "ky/operators.h"
 #include "tests/support/harness.h"
 
@@ -43,6 +47,50 @@ TEST(Stream, EveryByte) {
   CheckStreamed<KyC24>();
 }
 
+// Kernels for whole lines give what the usual ones do, wherever their sources stand.
+TEST(Stream, Lines) {
+  test::ForEachPath([](const std::string&) {
+    const OperatorKernels& kernels = ChooseOperatorKernels();
+    constexpr std::size_t kBytes = 640;
+    Random random(1);
+    std::vector<KyBW8> in(2 * kBytes + 7);
+    for (KyBW8& level : in) level = static_cast<KyBW8>(random() >> (random() % 8));
+    const KyBW8 *const a = in.data() + 3, *const b = in.data() + kBytes + 4;
+    for (int operation = 0; operation <= KY_OPER_OVERLAY; ++operation) {
+      if (kernels.stream[operation] == nullptr) continue;
+      alignas(64) KyBW8 usual[kBytes], lines[kBytes];
+      kernels.combine[operation](usual, kBytes, a, b);
+      kernels.stream[operation](lines, kBytes, a, b);
+      ChooseStreamKernels().finish();
+      ASSERT_EQ(std::memcmp(usual, lines, kBytes), 0) << operation;
+    }
+  });
+}
+
+// Every byte is taken once, in order, and most as whole lines of whole colours.
+TEST(Stream, LinesOfRows) {
+  alignas(64) static KyBW8 memory[1 << 15];
+  for (const std::ptrdiff_t left : {0, 1, 21, 63})
+    for (const std::ptrdiff_t width : {0, 1, 63, 64, 191, 192, 400, 7000}) {
+      const Rows<KyBW8> rows{memory + left, 7001, width, 2};
+      std::ptrdiff_t taken = 0, other = 0;
+      ForLines(rows, [&](std::size_t n, std::ptrdiff_t y, std::ptrdiff_t x, bool whole) {
+        EXPECT_EQ(y * width + x, taken);
+        EXPECT_LE(n, std::size_t{kPiece});
+        const auto place = reinterpret_cast<std::uintptr_t>(rows.Row(y) + x);
+        if (whole) {
+          EXPECT_TRUE(place % 64 == 0 && n % 192 == 0 && x % 3 == 0);
+        } else {
+          EXPECT_EQ(x % 3, 0);
+          other += static_cast<std::ptrdiff_t>(n);
+        }
+        taken += static_cast<std::ptrdiff_t>(n);
+      });
+      EXPECT_EQ(taken, 2 * width);
+      EXPECT_LT(other, 2 * 384) << left << " " << width;
+    }
+}
+
 // Only what no cache holds, and never what a call reads, which streaming would not copy first.
 TEST(Stream, WhenItPays) {
   const std::int64_t cache = LargestCache();
@@ -52,11 +100,11 @@ TEST(Stream, WhenItPays) {
   const auto rows = [](std::int64_t height) { return Rows<KyBW8>{&byte, 4096, 4096, height}; };
   const std::int64_t half = cache / 8192 + 1024;
   const auto apart = [&](const Rows<KyBW8>& r) {
-    return Rows<const KyBW8>{r.first + r.pitch * r.height, r.pitch, r.width, r.height};
+    return FromRows<KyBW8>(Rows<KyBW8>{r.first + r.pitch * r.height, r.pitch, r.width, r.height});
   };
   EXPECT_NE(StreamFor(rows(half), apart(rows(half))), nullptr);
-  EXPECT_EQ(StreamFor(rows(half), Rows<const KyBW8>(rows(half))), nullptr);
-  EXPECT_EQ(StreamFor(rows(half), apart(rows(half)), Rows<const KyBW8>(rows(half))), nullptr);
+  EXPECT_EQ(StreamFor(rows(half), FromRows<KyBW8>(rows(half))), nullptr);
+  EXPECT_EQ(StreamFor(rows(half), apart(rows(half)), FromRows<KyBW8>(rows(half))), nullptr);
   EXPECT_EQ(StreamFor(rows(cache / 16384), apart(rows(cache / 16384))), nullptr);
 }
 
@@ -86,10 +134,26 @@ TEST(Stream, WholeImages) {
   };
   ASSERT_EQ(ImgOper(KY_OPER_XOR, &a, &b, &out), KY_OK);
   EXPECT_TRUE(holds([](int p, int q) { return p ^ q; }));
+  ASSERT_EQ(ImgOper(KY_OPER_SUBTRACT, KyBW8(200), &b, &out), KY_OK);
+  EXPECT_TRUE(holds([](int, int q) { return std::max(200 - q, 0); }));
   ASSERT_EQ(ImgCopy(&a, &out), KY_OK);
   EXPECT_TRUE(holds([](int p, int) { return p; }));
   ASSERT_EQ(ImgOper(KY_OPER_SET_WHERE_ZERO, &b, &b, &out), KY_OK);
   EXPECT_TRUE(holds([](int p, int q) { return q == 0 ? q : p; }));
+
+  const int colors = kWidth / 3;
+  KyImage<KyC24> in(colors, height), sum(colors, height);
+  const auto row = [](auto& image, int y) { return static_cast<KyC24*>(image.GetPixelPtr(0, y)); };
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < colors; ++x) row(in, y)[x] = {KyBW8(x), KyBW8(x >> 8), KyBW8(y)};
+  ASSERT_EQ(ImgOper(KY_OPER_XOR, &in, KyC24{1, 30, 200}, &sum), KY_OK);
+  std::int64_t wrong = 0;
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < colors; ++x) {
+      const KyC24 from = row(in, y)[x], to = row(sum, y)[x];
+      wrong += to.c0 != (from.c0 ^ 1) || to.c1 != (from.c1 ^ 30) || to.c2 != (from.c2 ^ 200);
+    }
+  EXPECT_EQ(wrong, 0);
 }
 
 }  // namespace

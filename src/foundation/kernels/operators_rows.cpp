@@ -7,6 +7,7 @@
 #include "foundation/dispatch.h"
 #include "foundation/kernels/division-inl.h"
 #include "foundation/spans-inl.h"
+#include "foundation/stream-inl.h"
 #include "foundation/widen-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -274,6 +275,19 @@ template <class Op, class Out, class... In>
 void Map(Out* out, size_t n, const In*... in) {
   MapSpan(Op(), out, n, in...);
 }
+#if KY_STREAMS
+template <class Op>
+void Stream(KyBW8* out, size_t n, const KyBW8* a, const KyBW8* b) {
+  StreamSpan(Op(), out, n, a, b);
+}
+#endif
+template <class Op>
+constexpr void Put(ARITH_LOGIC_OPERATIONS operation, OperatorKernels& kernels) {
+  kernels.combine[operation] = &Map<Op>;
+#if KY_STREAMS
+  if constexpr (!Keeping<Op>) kernels.stream[operation] = &Stream<Op>;
+#endif
+}
 constexpr OperatorKernels MakeKernels() {
   OperatorKernels kernels{};
   kernels.invert = &Map<Invert>;
@@ -282,35 +296,34 @@ constexpr OperatorKernels MakeKernels() {
   kernels.overlay = &Map<Overlay>;
   kernels.overlayWhere = &Map<OverlayWhere>;
 
-  auto& combine = kernels.combine;
-  combine[KY_OPER_ADD] = &Map<Add<Op8>>;
-  combine[KY_OPER_SUBTRACT] = &Map<Subtract<Op8>>;
-  combine[KY_OPER_MULTIPLY] = &Map<OnWideLanes<Multiply>>;
-  combine[KY_OPER_DIVIDE] = &Map<Divide>;
-  combine[KY_OPER_MODULO] = &Map<Modulo>;
-  combine[KY_OPER_SHIFT_LEFT] = &Map<OnWideLanes<ShiftLeft>>;
-  combine[KY_OPER_SHIFT_RIGHT] = &Map<OnWideLanes<ShiftRight>>;
-  combine[KY_OPER_AVERAGE] = &Map<Average>;
-  combine[KY_OPER_HALF_DIFFERENCE] = &Map<HalfDifference>;
-  combine[KY_OPER_SCALED_MULTIPLY] = &Map<OnWideLanes<ScaledMultiply>>;
-  combine[KY_OPER_SCALED_DIVIDE] = &Map<ScaledDivide>;
-  combine[KY_OPER_AND] = &Map<And>;
-  combine[KY_OPER_OR] = &Map<Or>;
-  combine[KY_OPER_XOR] = &Map<Xor>;
-  combine[KY_OPER_LOGICAL_AND] = &Map<LogicalAnd>;
-  combine[KY_OPER_LOGICAL_OR] = &Map<LogicalOr>;
-  combine[KY_OPER_LOGICAL_XOR] = &Map<LogicalXor>;
-  combine[KY_OPER_MIN] = &Map<Minimum>;
-  combine[KY_OPER_MAX] = &Map<Maximum>;
-  combine[KY_OPER_SET_WHERE_ZERO] = &Map<SetWhereZero>;
-  combine[KY_OPER_SET_WHERE_NONZERO] = &Map<SetWhereNonzero>;
-  combine[KY_OPER_EQUAL] = &Map<Equal>;
-  combine[KY_OPER_NOT_EQUAL] = &Map<Not<Equal>>;
-  combine[KY_OPER_GREATER_OR_EQUAL] = &Map<GreaterOrEqual>;
-  combine[KY_OPER_LESS_OR_EQUAL] = &Map<LessOrEqual>;
-  combine[KY_OPER_GREATER] = &Map<Not<LessOrEqual>>;
-  combine[KY_OPER_LESS] = &Map<Not<GreaterOrEqual>>;
-  combine[KY_OPER_ABS_DIFFERENCE] = &Map<AbsDifference>;
+  Put<Add<Op8>>(KY_OPER_ADD, kernels);
+  Put<Subtract<Op8>>(KY_OPER_SUBTRACT, kernels);
+  Put<OnWideLanes<Multiply>>(KY_OPER_MULTIPLY, kernels);
+  Put<Divide>(KY_OPER_DIVIDE, kernels);
+  Put<Modulo>(KY_OPER_MODULO, kernels);
+  Put<OnWideLanes<ShiftLeft>>(KY_OPER_SHIFT_LEFT, kernels);
+  Put<OnWideLanes<ShiftRight>>(KY_OPER_SHIFT_RIGHT, kernels);
+  Put<Average>(KY_OPER_AVERAGE, kernels);
+  Put<HalfDifference>(KY_OPER_HALF_DIFFERENCE, kernels);
+  Put<OnWideLanes<ScaledMultiply>>(KY_OPER_SCALED_MULTIPLY, kernels);
+  Put<ScaledDivide>(KY_OPER_SCALED_DIVIDE, kernels);
+  Put<And>(KY_OPER_AND, kernels);
+  Put<Or>(KY_OPER_OR, kernels);
+  Put<Xor>(KY_OPER_XOR, kernels);
+  Put<LogicalAnd>(KY_OPER_LOGICAL_AND, kernels);
+  Put<LogicalOr>(KY_OPER_LOGICAL_OR, kernels);
+  Put<LogicalXor>(KY_OPER_LOGICAL_XOR, kernels);
+  Put<Minimum>(KY_OPER_MIN, kernels);
+  Put<Maximum>(KY_OPER_MAX, kernels);
+  Put<SetWhereZero>(KY_OPER_SET_WHERE_ZERO, kernels);
+  Put<SetWhereNonzero>(KY_OPER_SET_WHERE_NONZERO, kernels);
+  Put<Equal>(KY_OPER_EQUAL, kernels);
+  Put<Not<Equal>>(KY_OPER_NOT_EQUAL, kernels);
+  Put<GreaterOrEqual>(KY_OPER_GREATER_OR_EQUAL, kernels);
+  Put<LessOrEqual>(KY_OPER_LESS_OR_EQUAL, kernels);
+  Put<Not<LessOrEqual>>(KY_OPER_GREATER, kernels);
+  Put<Not<GreaterOrEqual>>(KY_OPER_LESS, kernels);
+  Put<AbsDifference>(KY_OPER_ABS_DIFFERENCE, kernels);
 
   auto& combine8To16 = kernels.combine8To16;
   combine8To16[KY_OPER_ADD] = &Map<AddWrap>;

@@ -4,36 +4,33 @@
 
 #include "foundation/kernels/stream_rows.h"
 
-#include <hwy/cache_control.h>
-#include <hwy/highway.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 #include "foundation/dispatch.h"
+#include "foundation/stream-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
-namespace hn = hwy::HWY_NAMESPACE;
+#if KY_STREAMS
 
+struct Same {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V v) const {
+    return v;
+  }
+};
 // Lines are written whole, at once; what belongs to parts of lines is stored as usual.
 void Write(KyBW8* to, size_t n, const KyBW8* from) {
-  const hn::ScalableTag<uint8_t> d;
-  constexpr size_t kLine = 64, kLanes = hn::MaxLanes(d);
-  const size_t head = std::min(n, (kLine - reinterpret_cast<uintptr_t>(to) % kLine) % kLine);
+  const size_t head = std::min<size_t>(n, -reinterpret_cast<uintptr_t>(to) % kCacheLine);
+  const size_t lines = (n - head) / kCacheLine * kCacheLine;
   std::memcpy(to, from, head);
-  size_t i = head;
-  for (; i + kLine <= n; i += kLine) {
-    hn::Vec<decltype(d)> line[kLine / kLanes];
-    for (size_t k = 0; k < kLine / kLanes; ++k) line[k] = hn::LoadU(d, from + i + k * kLanes);
-    for (size_t k = 0; k < kLine / kLanes; ++k) hn::Stream(line[k], d, to + i + k * kLanes);
-  }
-  std::memcpy(to + i, from + i, n - i);
+  StreamSpan(Same(), to + head, lines, from + head);
+  std::memcpy(to + head + lines, from + head + lines, n - head - lines);
 }
 constexpr StreamKernels kKernels = {&Write, &hwy::FlushStream};
 #else
