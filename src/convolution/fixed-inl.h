@@ -117,9 +117,9 @@ struct Narrow : WindowOp<1> {
 };
 template <template <int> class Weights, bool kUnsigned, int kStep>
 void NarrowRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows,
-                const Layout&) {
+                const Layout& layout) {
   using Op = Narrow<Weights<kStep>, kUnsigned>;
-  MapWindows<Op, kStep>(Op(kernel), out, rows);
+  MapWindows<Op, kStep>(Op(kernel), out, rows, layout);
 }
 
 #if HWY_TARGET == HWY_SCALAR
@@ -307,9 +307,9 @@ struct Symmetric3x3 : WindowOp<1> {
 
 template <template <int, bool, int> class Op, int kRadius, bool kSplit, int kStep>
 void WeighRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* rows,
-               const Layout&) {
+               const Layout& layout) {
   using Weighted = Op<kRadius, kSplit, kStep>;
-  MapWindows<Weighted, kStep>({{}, kernel}, out, rows);
+  MapWindows<Weighted, kStep>({{}, kernel}, out, rows, layout);
 }
 #if HWY_TARGET != HWY_SCALAR
 template <bool kSplit, int kStep>

@@ -8,6 +8,7 @@
 #include "foundation/elementary.h"
 #include "foundation/frame.h"
 #include "foundation/pitch.h"
+#include "foundation/prefetch.h"
 #include "ky/neighbourhoods.h"
 
 namespace {
@@ -73,8 +74,8 @@ class Weights {
 };
 
 // Goes down strips of an image four rows at a time. Strips are so narrow that the intermediate
-// values of a window stay in a first cache. Row v of these is made of source row v - half; rows 2 j
-// and 2 j + 1 are a pair.
+// values of a window, for one plane, stay in a first cache. Row v of these is made of source row
+// v - half; rows 2 j and 2 j + 1 are a pair.
 class GaussianWalk {
  public:
   bool Open(Rows<const KyBW8> in, Rows<KyBW8> out, int planes, const Weights& x,
@@ -86,6 +87,7 @@ class GaussianWalk {
     out_ = out;
     if (!input_.Open(in, out)) return false;
     in_ = input_.rows();
+    prefetches_ = ExceedsSecondCache(2 * out.height * out.RowBytes());
     const bool inPlace = SharingOf(in_, out_) == Sharing::kTheSame;
     strip_ = StripWidth(inPlace);
     const std::ptrdiff_t reach = strip_ + 2 * x.half();
@@ -112,9 +114,12 @@ class GaussianWalk {
   }
 
  private:
+  // Rows from what is read to what is prefetched.
+  static constexpr std::ptrdiff_t kAhead = 8;
+
   std::ptrdiff_t StripWidth(bool inPlace) const {
     constexpr std::ptrdiff_t kFirstCache = 24 << 10, kLeast = 256, kPlaces = 64;
-    const std::ptrdiff_t bytes = std::ptrdiff_t{sizeof(std::uint32_t)} * planeCount_ * Slots();
+    const std::ptrdiff_t bytes = std::ptrdiff_t{sizeof(std::uint32_t)} * Slots();
     // In place, what a strip needs of the one before it is kept.
     const std::ptrdiff_t least = inPlace ? std::max(kLeast, x_->half()) : kLeast;
     const std::ptrdiff_t wanted = std::max(kFirstCache / bytes, least);
@@ -192,6 +197,8 @@ class GaussianWalk {
     const auto columns = static_cast<std::size_t>(right - left);
     const KyBW8* source[2];
     for (int r = 0; r < 2; ++r) {
+      if (prefetches_ && rows[r] + kAhead < in_.height)
+        PrefetchRow(in_.Row(rows[r] + kAhead) + left * planeCount_, (right - left) * planeCount_);
       source[r] = Source(rows[r], left, right);
       if (planeCount_ > 1)
         planeKernels_.split(Split(r, 0), static_cast<std::size_t>(splitPitch_), columns,
@@ -219,7 +226,7 @@ class GaussianWalk {
   int planeCount_ = 1;
   const Weights *x_ = nullptr, *y_ = nullptr;
   std::ptrdiff_t width_ = 0, strip_ = 0, widePitch_ = 0, phase_ = 0, splitPitch_ = 0;
-  bool keepsEnds_ = false;
+  bool prefetches_ = false, keepsEnds_ = false;
   // The strip at hand, and how many have been before it.
   std::ptrdiff_t begin_ = 0, end_ = 0, strips_ = 0;
   const PlaneKernels& planeKernels_ = ChoosePlaneKernels();

@@ -6,10 +6,14 @@
 #include <cstring>
 
 #include "foundation/kernels/planes_rows.h"
+#include "foundation/prefetch.h"
 #include "foundation/ring.h"
 #include "foundation/rows.h"
 
 namespace ky {
+
+// Rows from what is read or written to what is prefetched.
+inline constexpr std::ptrdiff_t kPlanesAhead = 4;
 
 // The rows of a source, of which `rows` are needed at once. Those of grey images are read where
 // they are; in place, and split into planes where there are three, they are copied to a ring.
@@ -24,6 +28,8 @@ class PlaneRows {
     planes_ = planes;
     width_ = in_.width / planes;
     pitch_ = ScratchPitch(width_);
+    const std::ptrdiff_t bytes = 2 * in_.height * in_.RowBytes();
+    prefetches_ = planes > 1 ? ExceedsSecondCache(bytes) : ExceedsThirdCache(bytes);
     copies_ = planes > 1 || SharingOf(in_, destination) == Sharing::kTheSame;
     if (copies_)
       return ring_.Allocate(
@@ -36,6 +42,8 @@ class PlaneRows {
 
   // Makes the rows before `end` readable.
   void FetchTo(std::ptrdiff_t end) noexcept {
+    const std::ptrdiff_t ahead = end - 1 + kPlanesAhead;
+    if (prefetches_ && ahead < in_.height) PrefetchRow(in_.Row(ahead), in_.RowBytes());
     if (!copies_) return;
     ring_.FetchTo(end, [&](KyBW8* slot, std::ptrdiff_t y) {
       if (planes_ == 1)
@@ -63,7 +71,7 @@ class PlaneRows {
   Border border_ = {};
   int planes_ = 1;
   std::ptrdiff_t width_ = 0, pitch_ = 0;
-  bool copies_ = false;
+  bool prefetches_ = false, copies_ = false;
   RowRing<KyBW8> ring_;
   Scratch<KyBW8> outside_;
 };
@@ -75,6 +83,7 @@ class PlaneResults {
     out_ = destination;
     width_ = destination.width / planes;
     pitch_ = ScratchPitch(width_);
+    prefetches_ = ExceedsSecondCache(2 * out_.height * out_.RowBytes());
     return planes == 1 || planes_.Allocate(planes * pitch_);
   }
   KyBW8* Row(std::ptrdiff_t y, int plane) const noexcept {
@@ -82,6 +91,8 @@ class PlaneResults {
   }
   void Done(std::ptrdiff_t y) const noexcept {
     if (planes_.get() == nullptr) return;
+    const std::ptrdiff_t ahead = y + kPlanesAhead;
+    if (prefetches_ && ahead < out_.height) PrefetchRow(out_.Row(ahead), out_.RowBytes());
     kernels_.join(reinterpret_cast<KyC24*>(out_.Row(y)), static_cast<std::size_t>(width_),
                   planes_.get(), static_cast<std::size_t>(pitch_));
   }
@@ -90,6 +101,7 @@ class PlaneResults {
   const PlaneKernels& kernels_ = ChoosePlaneKernels();
   Rows<KyBW8> out_;
   std::ptrdiff_t width_ = 0, pitch_ = 0;
+  bool prefetches_ = false;
   Scratch<KyBW8> planes_;
 };
 

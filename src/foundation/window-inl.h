@@ -81,13 +81,36 @@ struct Around {
   }
 };
 
-// Every result is op(d, at), with at(right, down) as above.
-template <class Op, int kStep = 1, class D = D8>
-HWY_INLINE void MapWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows) {
+// What kRows rows further down is read and written is prefetched to the second cache, once a line:
+// processors are late to see by themselves that several rows are gone through side by side.
+template <int kRows>
+HWY_INLINE void PrefetchBandBelow(const Rows<uint8_t>& out, const uint8_t* const* lastRows,
+                                  ptrdiff_t pitch, ptrdiff_t x) {
+  if (x % 64 != 0) return;
+  for (int k = 0; k < kRows; ++k) {
+    PrefetchToSecondCache(lastRows[k], kRows * pitch + x);
+    PrefetchToSecondCache(out.Row(k), kRows * out.pitch + x);
+  }
+}
+
+// kRows rows of results, as many times as there are: every one is op(d, at), with at(right, down)
+// as above.
+template <class Op, int kStep, int kRows, class D>
+HWY_INLINE void MapBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const*& rows,
+                         ptrdiff_t pitch) {
   const D d;
-  for (ptrdiff_t y = 0; y < out.height; ++y)
-    for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d)))
-      hn::StoreU(op(d, Around<D, Op::kRadius, kStep>{d, rows + y, x}), d, out.Row(y) + x);
+  for (; out.height >= kRows; out.height -= kRows, rows += kRows, out.first = out.Row(kRows))
+    for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
+      if (kRows > 1) PrefetchBandBelow<kRows>(out, rows + 2 * Op::kRadius, pitch, x);
+      for (int y = 0; y < kRows; ++y)
+        hn::StoreU(op(d, Around<D, Op::kRadius, kStep>{d, rows + y, x}), d, out.Row(y) + x);
+    }
+}
+template <class Op, int kStep = 1, class D = D8>
+HWY_INLINE void MapWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
+                           const Layout& layout) {
+  if (layout.exceedsSecondCache) MapBands<Op, kStep, 3, D>(op, out, rows, layout.pitch);
+  MapBands<Op, kStep, 1, D>(op, out, rows, layout.pitch);
 }
 
 // A vector that is loaded once. Compilers would rather read a vector that has several uses from
@@ -233,9 +256,8 @@ struct ByteRow {
   const uint8_t* places;
 
   HWY_INLINE void Make(V16 (&part)[kPhases]) const {
-    using Count = std::make_integer_sequence<int, kRadius>;
     if constexpr (kStep != 1)
-      MakeBlocks(part, Count());
+      MakeBlocks(part);
     else if constexpr (kIsUniform)
       MakeUniform(part, std::make_integer_sequence<int, kRadius - 1>());
     else if constexpr (kRadius == 1 && Op::WeightOf(0) == 2 && Op::WeightOf(1) == 1)
@@ -251,10 +273,10 @@ struct ByteRow {
     return true;
   }();
 
-  // Blocks have two uses for each vector. Larger windows leave no registers to keep them in.
+  // Blocks have two uses for each vector.
   HWY_INLINE hn::Vec<D8> At(int column) const {
     const uint8_t* const from = places + kStep * column;
-    return kStep != 1 && kRadius <= 2 ? LoadOnce(from) : hn::LoadU(D8(), from);
+    return kStep != 1 ? LoadOnce(from) : hn::LoadU(D8(), from);
   }
 
   // The pairs lie so many columns to the right of the even places, and one column less to the right
@@ -278,17 +300,21 @@ struct ByteRow {
     part[0] = hn::Add(WeighBytes<1, 1>(At(-1)), inner);
     part[1] = hn::Add(inner, WeighBytes<1, 1>(At(1)));
   }
-  template <int... k>
-  HWY_INLINE void MakeBlocks(V16 (&part)[kPhases], std::integer_sequence<int, k...>) const {
+  // One pair after the other, or there are not enough registers.
+  HWY_INLINE void MakeBlocks(V16 (&part)[kPhases]) const {
     static_assert(Op::WeightOf(kRadius) == 1);
     const D8 d;
     const auto last = At(kRadius), zero = hn::Zero(d);
-    part[0] = SumOf(hn::BitCast(D16(), hn::InterleaveLower(d, last, zero)),
-                    WeighPair<2 * k - kRadius>(
-                        hn::InterleaveLower(d, At(2 * k - kRadius), At(2 * k + 1 - kRadius)))...);
-    part[1] = SumOf(hn::BitCast(D16(), hn::InterleaveUpper(d, last, zero)),
-                    WeighPair<2 * k - kRadius>(
-                        hn::InterleaveUpper(d, At(2 * k - kRadius), At(2 * k + 1 - kRadius)))...);
+    part[0] = hn::BitCast(D16(), hn::InterleaveLower(d, last, zero));
+    part[1] = hn::BitCast(D16(), hn::InterleaveUpper(d, last, zero));
+    ForEach<kRadius>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
+      constexpr int kColumn = 2 * k - kRadius;
+      const auto first = At(kColumn), second = At(kColumn + 1);
+      const V16 lower = WeighPair<kColumn>(hn::InterleaveLower(d, first, second));
+      const V16 upper = WeighPair<kColumn>(hn::InterleaveUpper(d, first, second));
+      part[0] = Pinned(hn::Add(part[0], lower));
+      part[1] = Pinned(hn::Add(part[1], upper));
+    });
   }
   // Under the weights of a column and of the next.
   template <int kColumn>
@@ -367,36 +393,21 @@ struct RowParts<Op, kStep> {
   }
 };
 
-// Where to what the next rows will read and write is prefetched: processors are late to see by
-// themselves that so many rows are gone through side by side.
-enum class Ahead { kNowhere, kToFirstCache, kToSecondCache };
-
 // kRows rows of windows. What a row contributes stays in registers while it is needed. Whether
 // something is prefetched is asked at run time: a copy of the code for each answer would double
 // what compilers have to do.
-template <class Op, int kStep, int kRows, Ahead kAhead>
-HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
-                         ptrdiff_t pitch, bool prefetches) {
+template <class Op, int kStep, int kRows>
+HWY_INLINE void RollRows(const Op& op, const Rows<uint8_t>& out, const uint8_t* const* rows,
+                         const Layout& layout) {
   constexpr int kSize = 2 * Op::kRadius + 1, kIn = kRows + 2 * Op::kRadius;
   const typename RowParts<Op, kStep>::D d;
   const uint8_t* in[kIn];
   for (int k = 0; k < kIn; ++k) in[k] = rows[k];
   uint8_t* to[kRows];
   for (int y = 0; y < kRows; ++y) to[y] = out.Row(y);
-  const ptrdiff_t inAhead = kRows * pitch;
-  const ptrdiff_t outAhead = kRows * out.pitch;
   for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
-    if (kAhead != Ahead::kNowhere && prefetches && x % 64 == 0) {
-      for (int y = 0; y < kRows; ++y) {
-        if constexpr (kAhead == Ahead::kToFirstCache) {
-          PrefetchAhead<64>(in[kIn - kRows + y], inAhead + x);
-          PrefetchAhead<64>(to[y], outAhead + x);
-        } else {
-          PrefetchToSecondCache(in[kIn - kRows + y], inAhead + x);
-          PrefetchToSecondCache(to[y], outAhead + x);
-        }
-      }
-    }
+    if (kRows > 1 && layout.exceedsSecondCache)
+      PrefetchBandBelow<kRows>(out, in + 2 * Op::kRadius, layout.pitch, x);
     RowParts<Op, kStep> parts[kIn];
     const auto result = [&]<int y, int... k>(std::integral_constant<int, y>,
                                              std::integer_sequence<int, k...>) KY_INLINE_ATTR {
@@ -412,11 +423,11 @@ HWY_INLINE void RollRows(const Op& op, Rows<uint8_t> out, const uint8_t* const* 
 }
 
 // As many bands of kRows rows as there are.
-template <class Op, int kStep, int kRows, Ahead kAhead>
+template <class Op, int kStep, int kRows>
 HWY_INLINE void RollBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const*& rows,
-                          ptrdiff_t pitch, bool prefetches) {
+                          const Layout& layout) {
   for (; out.height >= kRows; out.height -= kRows, rows += kRows, out.first = out.Row(kRows))
-    RollRows<Op, kStep, kRows, kAhead>(op, out, rows, pitch, prefetches);
+    RollRows<Op, kStep, kRows>(op, out, rows, layout);
 }
 
 // Windows by the row: op.Row(d16, at) is what a row contributes to the results around it, and a
@@ -424,17 +435,16 @@ HWY_INLINE void RollBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const
 // once in a band.
 //
 // Six rows of results share more of their work than three, but three are all that a first cache has
-// room for when the pitch fights it, and prefetches have to go to the second.
+// room for when the pitch fights it.
 template <class Op, int kStep = 1>
 HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
                             const Layout& layout) {
-  const ptrdiff_t pitch = layout.pitch;
 #if !KY_SANITIZED  // compilers take minutes over long code that they instrument: one row at a time
-  if (!FightsCache(out.pitch) && !FightsCache(pitch))
-    RollBands<Op, kStep, 6, Ahead::kToFirstCache>(op, out, rows, pitch, layout.isLarge);
-  RollBands<Op, kStep, 3, Ahead::kToSecondCache>(op, out, rows, pitch, layout.isLarge);
+  if (!FightsCache(out.pitch) && !FightsCache(layout.pitch))
+    RollBands<Op, kStep, 6>(op, out, rows, layout);
+  RollBands<Op, kStep, 3>(op, out, rows, layout);
 #endif
-  RollBands<Op, kStep, 1, Ahead::kNowhere>(op, out, rows, pitch, false);
+  RollBands<Op, kStep, 1>(op, out, rows, layout);
 }
 
 // The kernels of operations that need no arguments, in rows where neighbours are kStep elements
@@ -442,8 +452,8 @@ HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* cons
 template <class Op, int kStep = 1>
 constexpr WindowKernel<WindowRun> MappedWindows() {
   static_assert(kStep == 1 || kStep == 3);
-  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout&)
-                       HWY_ATTR { MapWindows<Op, kStep, DBytes>(Op(), out, rows); };
+  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
+                       HWY_ATTR { MapWindows<Op, kStep, DBytes>(Op(), out, rows, layout); };
   return {Op::kRadius, hn::MaxLanes(DBytes()), run, kStep};
 }
 template <class Op, int kStep = 1>

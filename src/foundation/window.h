@@ -7,17 +7,18 @@
 #include <cstring>
 #include <type_traits>
 
+#include "foundation/prefetch.h"
 #include "foundation/ring.h"
 #include "foundation/rows.h"
 
 namespace ky {
 
 // How the source rows of a kernel lie: the bytes from one to the next, but where the border
-// interferes, and whether more is read and written than a third cache, or a second one, holds, so
-// that prefetches pay.
+// interferes, and whether more is read and written than a second cache holds, so that prefetches
+// pay.
 struct Layout {
   std::ptrdiff_t pitch;
-  bool isLarge, exceedsSecondCache;
+  bool exceedsSecondCache;
 };
 
 // How results are made of windows of 2 * radius + 1 rows and columns.
@@ -106,9 +107,8 @@ class WindowWalk {
     halfStrip_ = (ends_ + reach_ + step_ - 1) / step_ * step_;
     copies_ = in_.width < 2 * ends_ + lanes_ || Crowds() ||
               SharingOf(in_, destination) == Sharing::kTheSame;
-    const std::ptrdiff_t bytes = in_.height * (in_.RowBytes() + out_.RowBytes());
-    isLarge_ = !copies_ && bytes > kThirdCache;
-    exceedsSecondCache_ = !copies_ && bytes > kSecondCache;
+    exceedsSecondCache_ =
+        !copies_ && ExceedsSecondCache(in_.height * (in_.RowBytes() + out_.RowBytes()));
     const std::ptrdiff_t most = descends_ ? kMostDescended : kMost;
     rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, most) : most;
     return Allocate();
@@ -122,7 +122,6 @@ class WindowWalk {
   // Rows of a band, so many that what is done once a band costs little. Copies of rows are to stay
   // in a first cache.
   static constexpr std::ptrdiff_t kMost = 24, kMostDescended = 48, kCopied = 12 << 10;
-  static constexpr std::ptrdiff_t kSecondCache = 1 << 20, kThirdCache = 8 << 20;
   // The lines of one address that a first cache has room for, mostly.
   static constexpr std::ptrdiff_t kWays = 8;
 
@@ -251,7 +250,7 @@ class WindowWalk {
       rows = at;
     }
     if constexpr (std::is_invocable_v<decltype(kernel.run), Rows<Out>, const T* const*, Layout>)
-      kernel.run(out, rows, Layout{pitch, isLarge_, exceedsSecondCache_});
+      kernel.run(out, rows, Layout{pitch, exceedsSecondCache_});
     else
       kernel.run(out, rows);
   }
@@ -267,7 +266,7 @@ class WindowWalk {
   // strip that one end's are made from: whole pixels.
   std::ptrdiff_t ends_ = 0, halfStrip_ = 0;
   std::ptrdiff_t rowsAtOnce_ = 0, made_ = 0;
-  bool isLarge_ = false, exceedsSecondCache_ = false;
+  bool exceedsSecondCache_ = false;
   Border border_;
   bool copies_ = false;  // of whole rows are in the ring, else their ends alone
   Rows<Out> out_, band_;

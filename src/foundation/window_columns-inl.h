@@ -56,27 +56,29 @@ class SumColumn {
   hn::Vec<D> sum_, before_[kCount - 1];
 };
 
-// Goes down the columns of one vector of places after another. Op::Columns() knows no row; with
-// what the next row contributes, columns.Next(parts) makes it the results of the window that ends
-// there, one vector for each phase: in the upper bytes of the lanes, else the lanes, as
-// Op::kInUpperBytes says.
+// Goes down the columns of one vector of places after another, from column `begin` to `end` - 1.
+// Op::Columns() knows no row; with what the next row contributes, columns.Next(parts) makes it the
+// results of the window that ends there, one vector for each phase: in the upper bytes of the
+// lanes, else the lanes, as Op::kInUpperBytes says.
+//
+// What comes next is inAhead and outAhead bytes further on than the rows and the results. It is
+// prefetched where these are not 0: processors do not see by themselves what comes next where so
+// many rows are gone through.
 template <class Op, int kStep>
-HWY_INLINE void DescendBand(const Rows<uint8_t>& out, const uint8_t* const* rows,
-                            const Layout& layout) {
+HWY_INLINE void DescendStrip(const Rows<uint8_t>& out, const uint8_t* const* rows, ptrdiff_t begin,
+                             ptrdiff_t end, ptrdiff_t inAhead, ptrdiff_t outAhead) {
   constexpr int kBefore = 2 * Op::kRadius, kUnrolled = 4;
   using Parts = RowParts<Op, kStep>;
   const D8 d;
   const Op op;
-  const ptrdiff_t inAhead = out.height * layout.pitch, outAhead = out.height * out.pitch;
-  for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
+  for (ptrdiff_t x = begin; x < end; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
     typename Op::Columns columns;
     Parts row;
     for (int k = 0; k < kBefore; ++k) {
       row.Make(op, rows[k] + x);
       columns.Next(row.part);
     }
-    // Processors do not see by themselves what comes next where so many rows are gone through.
-    const bool prefetches = layout.exceedsSecondCache && x % 64 == 0;
+    const bool prefetches = inAhead != 0 && x % 64 == 0;
     const uint8_t* const* in = rows + kBefore;
     const auto next = [&](ptrdiff_t y) KY_INLINE_ATTR {
       const uint8_t* const places = in[y] + x;
@@ -99,19 +101,24 @@ HWY_INLINE void DescendBand(const Rows<uint8_t>& out, const uint8_t* const* rows
   }
 }
 
-// In bands of so few rows that what is prefetched for the next one still is in a second cache then.
+// In strips so narrow that what is prefetched for the next one, which may be the first of the rows
+// below, still is in a second cache then.
 template <class Op, int kStep>
-HWY_INLINE void DescendWindows(Rows<uint8_t> out, const uint8_t* const* rows,
+HWY_INLINE void DescendWindows(const Rows<uint8_t>& out, const uint8_t* const* rows,
                                const Layout& layout) {
-  constexpr ptrdiff_t kBand = 96 << 10, kLeast = 8;
-  const ptrdiff_t most = HWY_MAX(kBand / HWY_MAX(layout.pitch, 1), kLeast);
-  while (out.height > 0) {
-    Rows<uint8_t> band = out;
-    band.height = HWY_MIN(out.height, most);
-    DescendBand<Op, kStep>(band, rows, layout);
-    rows += band.height;
-    out.first = out.Row(band.height);
-    out.height -= band.height;
+  constexpr ptrdiff_t kMost = 2048, kLine = 64;
+  if (out.width == 0) return;
+  const ptrdiff_t count = (out.width - 1) / kMost + 1;
+  const ptrdiff_t strip = ((out.width - 1) / count / kLine + 1) * kLine;
+  for (ptrdiff_t begin = 0; begin < out.width; begin += strip) {
+    const ptrdiff_t end = HWY_MIN(begin + strip, out.width);
+    ptrdiff_t inAhead = 0, outAhead = 0;
+    if (layout.exceedsSecondCache) {
+      const bool isLast = end == out.width;
+      inAhead = isLast ? out.height * layout.pitch - begin : strip;
+      outAhead = isLast ? out.height * out.pitch - begin : strip;
+    }
+    DescendStrip<Op, kStep>(out, rows, begin, end, inAhead, outAhead);
   }
 }
 

@@ -316,7 +316,7 @@ TEST(Gaussians, FixedPointAlongRowsAndColumns) {
     if (c.halfHeight < 7) continue;
     // Several strips.
     CheckOperation<KyBW8, KyBW8>(call, model, {{1100, 6}});
-    CheckOperation<KyC24, KyC24>(call, InColors(model), {{700, 3}});
+    CheckOperation<KyC24, KyC24>(call, InColors(model), {{1100, 3}});
   }
 }
 
