@@ -162,6 +162,11 @@ HWY_INLINE bool NearestOf(To* to, const uint16_t* down2) {
     for (int j = 1; j < kCount; ++j) most = hn::Max(most, least[j]);
     return hn::AllTrue(d, hn::Eq(hn::Max(most, square), square));
   };
+  if constexpr (sizeof(To) == sizeof(uint16_t))  // 0 and 1 are their own roots
+    if (isDone()) {
+      for (int j = 0; j < kCount; ++j) hn::StoreU(least[j], d, to + j * kLanes);
+      return true;
+    }
   for (ptrdiff_t k = 1; !isDone(); k += kAtOnce) {
     if (k > kReach) return false;
     for (ptrdiff_t i = k; i < k + kAtOnce; ++i) {

@@ -77,12 +77,14 @@ class StripRanks {
   bool Allocate() noexcept {
     Resize(std::min(kWidth, pixels_));
     if (!histograms_.Allocate(HistogramBytes()) ||
-        !below_.Allocate(RankStrip::kBounds * strip_.pitch) ||
+        !below_.Allocate(RankStrip::BelowOf(strip_.pitch)) ||
+        !ranges_.Allocate(RankStrip::RangesOf(strip_.pitch)) ||
         !work_.Allocate(RankStrip::WorkOf(strip_.pitch)) || !results_.Allocate(strip_.pitch) ||
         !rows_.Allocate(2 * strip_.pitch))
       return false;
     strip_.histograms = histograms_.get() + RankStrip::kColumn;
     strip_.below = below_.get();
+    strip_.ranges = ranges_.get();
     std::memset(rows_.get(), 0, static_cast<std::size_t>(2 * strip_.pitch));
     return true;
   }
@@ -91,7 +93,8 @@ class StripRanks {
   void Start() noexcept {
     const std::ptrdiff_t last = in_.height - 1, end = std::min(halfHeight_, last);
     std::memset(histograms_.get(), 0, static_cast<std::size_t>(HistogramBytes()));
-    std::memset(below_.get(), 0, static_cast<std::size_t>(RankStrip::kBounds * strip_.pitch));
+    std::memset(below_.get(), 0, static_cast<std::size_t>(RankStrip::BelowOf(strip_.pitch)));
+    std::memset(ranges_.get(), 0, static_cast<std::size_t>(RankStrip::RangesOf(strip_.pitch)));
     kernels_.add(strip_, Row(0, 0), static_cast<std::uint8_t>(halfHeight_ + 1));
     for (std::ptrdiff_t y = 1; y <= end; ++y) kernels_.add(strip_, Row(0, y), 1);
     kernels_.add(strip_, Row(0, last), static_cast<std::uint8_t>(halfHeight_ - end));
@@ -129,7 +132,7 @@ class StripRanks {
   std::ptrdiff_t step_, pixels_, halfHeight_ = 0;
   std::ptrdiff_t first_ = 0, component_ = 0;  // of the strip's results
   RankStrip strip_ = {};
-  Scratch<std::uint8_t> histograms_, below_, work_;
+  Scratch<std::uint8_t> histograms_, below_, ranges_, work_;
   Scratch<KyBW8> results_, rows_;
 };
 

@@ -9,6 +9,7 @@
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
 #include "foundation/window-inl.h"
+#include "morphology/strip_bounds-inl.h"
 #include "morphology/strip_sums-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -144,72 +145,6 @@ void Slide(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming) {
   }
 }
 
-// Vectors of as many bytes as V.
-template <class Sum>
-using SumTag = hn::CappedTag<Sum, kLevels / sizeof(Sum)>;
-
-// The last lane of each block.
-template <class DSum, class VSum>
-HWY_INLINE VSum LastOfBlocks(DSum d, VSum v) {
-  const hn::Repartition<uint8_t, DSum> d8;
-  const hn::Repartition<uint16_t, DSum> d16;
-  const auto places =
-      sizeof(hn::TFromD<DSum>) == 1 ? hn::Set(d8, 15) : hn::BitCast(d8, hn::Set(d16, 0x0F0E));
-  return hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(d8, v), places));
-}
-// Every lane plus all before it; the last lane in all.
-template <class DSum, class VSum>
-HWY_INLINE VSum Accumulate(DSum d, VSum v) {
-  if constexpr (sizeof(hn::TFromD<DSum>) == 1) v = hn::Add(v, hn::ShiftLeftBytes<1>(d, v));
-  v = hn::Add(v, hn::ShiftLeftBytes<2>(d, v));
-  v = hn::Add(v, hn::ShiftLeftBytes<4>(d, v));
-  v = hn::Add(v, hn::ShiftLeftBytes<8>(d, v));
-  if constexpr (kLanes == 32)
-    v = hn::Add(v, LastOfBlocks(d, hn::ConcatLowerLower(d, v, hn::Zero(d))));
-  return v;
-}
-template <class DSum, class VSum>
-HWY_INLINE VSum BroadcastLast(DSum d, VSum v) {
-  if constexpr (kLanes == 32) v = hn::ConcatUpperUpper(d, v, v);
-  return LastOfBlocks(d, v);
-}
-
-// Of the bounds that no more pixels of a window are below than the rank: how many there are, and
-// how many pixels are below the highest. Totals of columns wrap, but their differences are right.
-template <class Sum>
-HWY_INLINE void FindBounds(const RankStrip& strip, int rank, uint8_t* bounds, Sum* below,
-                           Sum* totals) {
-  const SumTag<Sum> d;
-  constexpr ptrdiff_t kStep = hn::MaxLanes(d);
-  const ptrdiff_t columns = strip.pitch, width = strip.width, size = 2 * strip.half + 1;
-  const ptrdiff_t pitch = columns + 64;
-  for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
-    const uint8_t* const belowOf = strip.below + k * columns;
-    Sum* const total = totals + k * pitch;  // of the columns before the i-th
-    total[0] = 0;
-    auto carry = hn::Zero(d);
-    for (ptrdiff_t x = 0; x < columns; x += kStep) {
-      const auto counts = LoadLanes(d, belowOf + x);
-      const auto sum = Accumulate(d, counts);
-      hn::StoreU(hn::Add(carry, sum), d, total + 1 + x);
-      carry = hn::Add(carry, BroadcastLast(d, sum));
-    }
-  }
-  const auto most = hn::Set(d, static_cast<Sum>(rank));
-  for (ptrdiff_t x = 0; x < width; x += kStep) {
-    auto bound = hn::Zero(d), highest = hn::Zero(d);
-    for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
-      const Sum* const total = totals + k * pitch + x;
-      const auto count = hn::Sub(hn::LoadU(d, total + size), hn::LoadU(d, total));
-      const auto isReached = hn::VecFromMask(d, hn::Eq(hn::Max(count, most), most));
-      bound = hn::Sub(bound, isReached);
-      highest = hn::Max(highest, hn::And(isReached, count));
-    }
-    StoreLanes(bound, bounds + x);
-    hn::StoreU(highest, d, below + x);
-  }
-}
-
 // The place of the first of a row's bounds that differs from the one at x.
 HWY_INLINE ptrdiff_t EndOfRun(const uint8_t* bounds, ptrdiff_t x, ptrdiff_t width) {
   const D d;
@@ -232,7 +167,7 @@ template <class Sum, bool kTwo = false>
 void Run(const RankStrip& strip, int rank, uint8_t* work, KyBW8* results) {
   uint8_t *const bounds = work, *const levels = work + strip.pitch + kLevels;
   Sum* const below = reinterpret_cast<Sum*>(levels + strip.pitch + kLevels);
-  FindBounds<Sum>(strip, rank, bounds, below, below + strip.pitch);
+  FindBounds(strip, rank, bounds, below);
   constexpr ptrdiff_t kStep = RankStrip::kColumn, kAtOnce = RankStrip::kBeyond;
   const ptrdiff_t size = 2 * strip.half + 1;
   const size_t mostPassed = size <= 64 ? 0 : static_cast<size_t>(strip.half);

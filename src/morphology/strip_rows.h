@@ -28,14 +28,20 @@ struct RankStrip {
     return ((1 + pitch + kBeyond) * kColumn + 4095) / 4096 * 4096 + 320;
   }
   static constexpr std::ptrdiff_t WorkOf(std::ptrdiff_t pitch) noexcept {
-    return 2 * (pitch + 32) + 2 * pitch + 2 * kBounds * (pitch + 64);
+    return 2 * (pitch + 32) + (1 + kBounds) * (pitch + 64);
   }
+  static constexpr std::ptrdiff_t BelowOf(std::ptrdiff_t pitch) noexcept {
+    return kBounds * pitch + 64;
+  }
+  static constexpr std::ptrdiff_t RangesOf(std::ptrdiff_t pitch) noexcept { return pitch / 16; }
 
   std::ptrdiff_t width, half, columns, pitch;
   std::ptrdiff_t plane;      // PlaneOf(pitch)
   std::ptrdiff_t rows;       // of a window
   std::uint8_t* histograms;  // kBounds + 1 planes, each after a column of zeros and before kBeyond
-  std::uint8_t* below;       // kBounds rows
+  std::uint8_t* below;       // kBounds rows, after which 64 bytes may be read, in vain
+  // At first zeros, RangesOf(pitch) bytes that the kernels keep from one row to the next.
+  std::uint8_t* ranges;
 };
 
 struct StripKernels {
