@@ -4,9 +4,6 @@
 
 #include "conversion/bayer_rows.h"
 
-#include <algorithm>
-#include <cstring>
-
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
 
@@ -57,36 +54,44 @@ HWY_INLINE void MakeColors(KyC24* out, const KyBW8* above, const KyBW8* here, co
   StoreLanes(Planes3<V8>{kHasRed ? ofRow : ofOthers, green, kHasRed ? ofOthers : ofRow}, out);
 }
 
-// Up to a vector of pixels from column x on, from copies of the rows that go on beyond their ends.
+// The same of one pixel, beside which those at both ends of the row stand mirrored.
 template <bool kHasRed>
-void MakeEnd(KyC24* out, size_t x, size_t count, size_t n, const MosaicRow& row) {
-  constexpr size_t kLanes = hn::MaxLanes(D8());
-  KyBW8 copies[3][kLanes + 2] = {};
-  const KyBW8* const rows[3] = {row.above, row.here, row.below};
-  for (size_t k = 0; k < 3; ++k) {
-    const size_t end = std::min(x + count + 1, n), start = x > 0 ? x - 1 : 0;
-    std::memcpy(copies[k] + (x > 0 ? 0 : 1), rows[k] + start, end - start);
-    if (x == 0) copies[k][0] = rows[k][1];
-    if (x + count == n) copies[k][count + 1] = rows[k][n - 2];
+KyC24 ColorAt(size_t x, size_t n, const MosaicRow& row) {
+  const size_t left = x > 0 ? x - 1 : 1, right = x + 1 < n ? x + 1 : n - 2;
+  const auto mean = [](int a, int b) { return static_cast<KyBW8>((a + b + 1) >> 1); };
+  const auto meanOf4 = [](int a, int b, int c, int d) {
+    return static_cast<KyBW8>((a + b + c + d + 2) >> 2);
+  };
+  const KyBW8 *const above = row.above, *const here = row.here, *const below = row.below;
+  KyBW8 ofRow = here[x], ofOthers, green = here[x];
+  if (row.startsOnGreen == (x % 2 == 0)) {
+    ofRow = mean(here[left], here[right]);
+    ofOthers = mean(above[x], below[x]);
+  } else {
+    ofOthers = meanOf4(above[left], above[right], below[left], below[right]);
+    green = meanOf4(here[left], here[right], above[x], below[x]);
   }
-  KyC24 colors[kLanes];
-  MakeColors<kHasRed>(colors, copies[0] + 1, copies[1] + 1, copies[2] + 1,
-                      GreenLanes(row.startsOnGreen == (x % 2 == 0)));
-  std::copy_n(colors, count, out + x);
+  return {kHasRed ? ofRow : ofOthers, green, kHasRed ? ofOthers : ofRow};
 }
 
+// Both ends by themselves, and between them whole vectors, of which the last one overlaps the one
+// before it.
 template <bool kHasRed>
 void DemosaicRow(KyC24* out, size_t n, const MosaicRow& row) {
   const size_t lanes = hn::Lanes(D8());
-  const size_t first = std::min(lanes, n);
-  MakeEnd<kHasRed>(out, 0, first, n, row);
-  if (first == n) return;
+  const auto makeEach = [&](size_t x, size_t end) {
+    for (; x < end; ++x) out[x] = ColorAt<kHasRed>(x, n, row);
+  };
+  if (n < lanes + 2) return makeEach(0, n);
+  makeEach(0, 1);
   const V8 isGreen[2] = {GreenLanes(row.startsOnGreen), GreenLanes(!row.startsOnGreen)};
-  size_t x = first;
-  for (; x + lanes < n; x += lanes) {
+  const auto make = [&](size_t x) HWY_ATTR {
     MakeColors<kHasRed>(out + x, row.above + x, row.here + x, row.below + x, isGreen[x % 2]);
-  }
-  MakeEnd<kHasRed>(out, x, n - x, n, row);
+  };
+  const size_t last = n - 1 - lanes;
+  for (size_t x = 1; x < last; x += lanes) make(x);
+  make(last);
+  makeEach(n - 1, n);
 }
 
 void Demosaic(KyC24* out, size_t n, const MosaicRow& row) {
