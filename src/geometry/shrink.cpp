@@ -74,8 +74,12 @@ KY_ERRORS Shrink(const Rows<KyBW8>& out, const Rows<const KyBW8>& in,
   // Strips whose sums stay in a first cache: of so many source columns, or of one pixel.
   constexpr std::ptrdiff_t kColumnsAtOnce = 512;
   const std::ptrdiff_t covered = band.across.total / band.across.middle + 2;
-  const std::ptrdiff_t pixelsAtOnce = std::clamp<std::ptrdiff_t>(
+  const std::ptrdiff_t most = std::clamp<std::ptrdiff_t>(
       kColumnsAtOnce / step * band.across.middle / band.across.total, 1, width);
+  // All about as wide, and of whole blocks.
+  constexpr std::ptrdiff_t kBlock = 8;
+  const std::ptrdiff_t strips = (width - 1) / most + 1;
+  const std::ptrdiff_t pixelsAtOnce = std::min(((width - 1) / strips / kBlock + 1) * kBlock, most);
   const std::ptrdiff_t mostColumns = (pixelsAtOnce + 1) * covered * step;
   Scratch<std::uint32_t> scratch;
   if (!scratch.Allocate((2 * mostColumns + pixelsAtOnce * step) * kMostShrinkRows))

@@ -78,14 +78,21 @@ struct Block {
 };
 #endif
 
+// Calls turn(x) for blocks of 8 columns that cover n, 8 or more. The last may overlap the one
+// before.
+template <class TurnAt>
+HWY_INLINE void ForEachBlock(ptrdiff_t n, const TurnAt& turn) {
+  for (ptrdiff_t x = 0; x < n - 8; x += 8) turn(x);
+  turn(n - 8);
+}
+
 // turned[x * kLanes + y] = sums[y * n + x] for n columns and kLanes rows.
 template <ptrdiff_t kLanes, class T>
 HWY_INLINE void Turn(T* HWY_RESTRICT turned, const T* HWY_RESTRICT sums, ptrdiff_t n) {
-  ptrdiff_t x = 0;
 #if HWY_TARGET != HWY_SCALAR
   if constexpr (sizeof(T) == 2) {
     const Block::D d;
-    for (; x + 8 <= n; x += 8) {
+    const auto turn = [=](ptrdiff_t x) HWY_ATTR {
       for (ptrdiff_t y = 0; y < kLanes; y += 8) {
         Block block;
         for (ptrdiff_t i = 0; i < 8; ++i) block.rows[i] = hn::LoadU(d, sums + (y + i) * n + x);
@@ -93,22 +100,22 @@ HWY_INLINE void Turn(T* HWY_RESTRICT turned, const T* HWY_RESTRICT sums, ptrdiff
         for (ptrdiff_t i = 0; i < 8; ++i)
           hn::StoreU(block.rows[i], d, turned + (x + i) * kLanes + y);
       }
-    }
+    };
+    if (n >= 8) return ForEachBlock(n, turn);
   }
 #endif
-  for (; x < n; ++x)
+  for (ptrdiff_t x = 0; x < n; ++x)
     for (ptrdiff_t y = 0; y < kLanes; ++y) turned[x * kLanes + y] = sums[y * n + x];
 }
 
 // out(x, y) = means[x * lanes + y] for n results of some rows.
 template <ptrdiff_t kLanes>
 HWY_INLINE void TurnBack(const Rows<KyBW8>& out, const uint16_t* HWY_RESTRICT means) {
-  ptrdiff_t x = 0;
 #if HWY_TARGET != HWY_SCALAR
   if constexpr (kLanes % 8 == 0) {
     const Block::D d;
     const hn::Rebind<uint8_t, Block::D> narrow;
-    for (; x + 8 <= out.width; x += 8) {
+    const auto turn = [&](ptrdiff_t x) HWY_ATTR {
       for (ptrdiff_t y = 0; y < out.height; y += 8) {
         Block block;
         for (ptrdiff_t i = 0; i < 8; ++i)
@@ -117,10 +124,11 @@ HWY_INLINE void TurnBack(const Rows<KyBW8>& out, const uint16_t* HWY_RESTRICT me
         for (ptrdiff_t i = 0; i < std::min<ptrdiff_t>(8, out.height - y); ++i)
           hn::StoreU(hn::DemoteTo(narrow, AsSigned(block.rows[i])), narrow, out.Row(y + i) + x);
       }
-    }
+    };
+    if (out.width >= 8) return ForEachBlock(out.width, turn);
   }
 #endif
-  for (; x < out.width; ++x)
+  for (ptrdiff_t x = 0; x < out.width; ++x)
     for (ptrdiff_t y = 0; y < out.height; ++y)
       out.Row(y)[x] = static_cast<KyBW8>(means[x * kLanes + y]);
 }
