@@ -27,11 +27,18 @@ struct Weighed {
   HWY_INLINE V8 operator()(V8 v) const { return v; }
 };
 struct Binary {
-  static constexpr uint64_t kUnit = 255;
   explicit Binary(KyBW8 threshold) : threshold_(hn::Set(D8(), threshold)) {}
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2  // whose masks take long to become lanes
+  static constexpr uint64_t kUnit = 1;
+  HWY_INLINE V8 operator()(V8 v) const {
+    return hn::SaturatedSub(hn::Set(D8(), 1), hn::SaturatedSub(threshold_, v));
+  }
+#else
+  static constexpr uint64_t kUnit = 255;
   HWY_INLINE V8 operator()(V8 v) const {
     return hn::VecFromMask(D8(), hn::Eq(hn::Max(v, threshold_), v));
   }
+#endif
 
  private:
   V8 threshold_;

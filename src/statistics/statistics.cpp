@@ -147,7 +147,7 @@ KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximu
     KyBW8 smallest = 255, largest = 0;
     float rowMeans = 0;
     const auto kernel = ky::ChooseStatisticsKernels().extremes;
-    constexpr std::ptrdiff_t kAtOnce = 16;
+    constexpr std::ptrdiff_t kAtOnce = 128;
     std::uint64_t sums[kAtOnce];
     for (std::ptrdiff_t y = 0; y < rows.height; y += kAtOnce) {
       const std::ptrdiff_t count = std::min(kAtOnce, rows.height - y);

@@ -70,6 +70,10 @@ class CountOfMask {
   HWY_INLINE void Step(D d, M mask, hn::Vec<D> absent) {
     count_ = hn::Add(count_, hn::AndNot(absent, hn::VecFromMask(d, mask)));
   }
+  // The same of lanes that are 0 or 1.
+  HWY_INLINE void StepBits(hn::Vec<D> bits, hn::Vec<D> absent) {
+    count_ = hn::Sub(count_, hn::AndNot(absent, bits));
+  }
   HWY_INLINE uint64_t Done() const {
     std::conditional_t<sizeof(hn::TFromD<D>) == 1, SumOfBytes<D>, SumOfWords<D>> sum;
     sum.Step(D(), hn::Sub(hn::Zero(D()), count_), hn::Zero(D()));
@@ -89,7 +93,12 @@ class CountBetween {
       : low_(hn::Set(D(), low)), range_(hn::Set(D(), static_cast<uint8_t>(high - low))) {}
   HWY_INLINE void Step(D d, hn::Vec<D> v, hn::Vec<D> absent) {
     const auto above = hn::Sub(v, low_);
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2  // whose masks take long to become lanes
+    const auto beyond = hn::SaturatedSub(above, range_);
+    count_.StepBits(hn::SaturatedSub(hn::Set(d, 1), beyond), absent);
+#else
     count_.Step(d, hn::Eq(hn::Min(above, range_), above), absent);
+#endif
   }
   HWY_INLINE uint64_t Done() const { return count_.Done(); }
 
