@@ -57,22 +57,16 @@ KY_ERRORS AverageWith(const ColumnKernels<Columns>& columnKernels,
   const LocalThresholdKernels& thresholds = ChooseLocalThresholdKernels();
   const bool isDirect = job.threshold != nullptr && job.box.Area() < kMostThresholdArea;
   const auto n = static_cast<std::size_t>(width);
-  for (std::ptrdiff_t y = 0; y < height; ++y) {
-    source.FetchTo(y + job.box.halfHeight + 1);
-    for (int plane = 0; plane < job.planes; ++plane) {
-      const Windows<Columns> windows = columns.Advance(source, y, plane);
-      KyBW8* const row = results.Row(y, plane);
-      if (isDirect) {
-        (thresholds.*threshold)(row, n, windows, areas.At(y), source.whole().Row(y),
-                                *job.threshold);
-        continue;
-      }
-      average(job.threshold != nullptr ? averages.get() : row, n, windows, areas.At(y));
-      if (job.threshold != nullptr)
-        thresholds.compare(row, n, source.whole().Row(y), averages.get(), *job.threshold);
-    }
-    results.Done(y);
-  }
+  MakePlanes(source, results, job.planes, job.box.halfHeight, [&](std::ptrdiff_t y, int plane) {
+    const Windows<Columns> windows = columns.Advance(source, y, plane);
+    KyBW8* const row = results.Row(y, plane);
+    if (isDirect)
+      return (thresholds.*threshold)(row, n, windows, areas.At(y), source.whole().Row(y),
+                                     *job.threshold);
+    average(job.threshold != nullptr ? averages.get() : row, n, windows, areas.At(y));
+    if (job.threshold != nullptr)
+      thresholds.compare(row, n, source.whole().Row(y), averages.get(), *job.threshold);
+  });
   return KY_OK;
 }
 
@@ -114,16 +108,12 @@ KY_ERRORS DeviationWith(const ColumnKernels<Columns>& columnKernels,
       !squareColumns.Allocate(squareKernels, source, job.planes, job.box, false) ||
       !areas.Allocate(job.box, width, height, true))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
-  for (std::ptrdiff_t y = 0; y < height; ++y) {
-    source.FetchTo(y + job.box.halfHeight + 1);
-    for (int plane = 0; plane < job.planes; ++plane) {
-      const Windows<Columns> levels = columns.Advance(source, y, plane);
-      const Windows<WideColumns> squares = squareColumns.Advance(source, y, plane);
-      make(results.Row(y, plane), static_cast<std::size_t>(width), levels, squares,
-           squareColumns.At(plane), areas.At(y));
-    }
-    results.Done(y);
-  }
+  MakePlanes(source, results, job.planes, job.box.halfHeight, [&](std::ptrdiff_t y, int plane) {
+    const Windows<Columns> levels = columns.Advance(source, y, plane);
+    const Windows<WideColumns> squares = squareColumns.Advance(source, y, plane);
+    make(results.Row(y, plane), static_cast<std::size_t>(width), levels, squares,
+         squareColumns.At(plane), areas.At(y));
+  });
   return KY_OK;
 }
 

@@ -64,18 +64,14 @@ class LargeBoxes {
       return KY_ERROR_NOT_ENOUGH_MEMORY;
     const LocalThresholdKernels& thresholds = ChooseLocalThresholdKernels();
     std::fill_n(columns_.get(), job.planes * width_, Sums());
-    for (std::ptrdiff_t y = 0; y < height_; ++y) {
-      source.FetchTo(y + box_.halfHeight + 1);
-      for (int plane = 0; plane < job.planes; ++plane) {
-        Advance(source, y, plane);
-        KyBW8* const row = results.Row(y, plane);
-        MakeRow(job.threshold != nullptr ? averages_.get() : row, y, plane, result);
-        if (job.threshold != nullptr)
-          thresholds.compare(row, static_cast<std::size_t>(width_), source.whole().Row(y),
-                             averages_.get(), *job.threshold);
-      }
-      results.Done(y);
-    }
+    MakePlanes(source, results, job.planes, box_.halfHeight, [&](std::ptrdiff_t y, int plane) {
+      Advance(source, y, plane);
+      KyBW8* const row = results.Row(y, plane);
+      MakeRow(job.threshold != nullptr ? averages_.get() : row, y, plane, result);
+      if (job.threshold != nullptr)
+        thresholds.compare(row, static_cast<std::size_t>(width_), source.whole().Row(y),
+                           averages_.get(), *job.threshold);
+    });
     return KY_OK;
   }
 

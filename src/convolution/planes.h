@@ -105,4 +105,16 @@ class PlaneResults {
   Scratch<KyBW8> planes_;
 };
 
+// Calls makeRow(y, plane) for all rows, where each plane's follow one another. The source rows up
+// to `below` below each are there then, as many as are needed at once.
+template <class MakeRow>
+void MakePlanes(PlaneRows& source, const PlaneResults& results, int planes, std::ptrdiff_t below,
+                const MakeRow& makeRow) noexcept {
+  for (std::ptrdiff_t y = 0; y < source.height(); ++y) {
+    source.FetchTo(y + below + 1);
+    for (int plane = 0; plane < planes; ++plane) makeRow(y, plane);
+    results.Done(y);
+  }
+}
+
 }  // namespace ky

@@ -103,30 +103,24 @@ class NearestWalk {
     const std::ptrdiff_t half = job.box.halfHeight;
     const auto n = static_cast<std::size_t>(job.Width());
     std::fill_n(zeros_.get(), n, KyBW8{0});
-    for (std::ptrdiff_t y = 0; y < job.in.height; ++y) {
-      source_.FetchTo(y + half + 1);
-      for (int plane = 0; plane < job.planes; ++plane) {
-        KyBW8* const out = results_.Row(y, plane);
-        const auto roll = [&](const KyBW8* above, const KyBW8* entering, const KyBW8* leaving,
-                              const MeanDivision& division) {
-          changes_.Make(entering, leaving);
-          changes_.kernels().roll(out, n, changes_.upTo(), changes_.before(), above,
-                                  rests_.At(plane), division);
-        };
-        if (y > 0) {
-          roll(results_.Row(y - 1, plane), source_.Row(y + half, plane),
-               source_.Row(y - half - 1, plane), ofBox);
-          continue;
-        }
-        // A window of the first row alone has the levels, and part of the rests, of one that has
-        // that row in all places. The lower half of these is exchanged.
-        const KyBW8* const first = source_.Row(0, plane);
-        roll(zeros_.get(), first, zeros_.get(), ofRow);
-        rests_.Multiply(plane, 2 * half + 1);
-        for (std::ptrdiff_t v = 1; v <= half; ++v) roll(out, source_.Row(v, plane), first, ofBox);
-      }
-      results_.Done(y);
-    }
+    MakePlanes(source_, results_, job.planes, half, [&](std::ptrdiff_t y, int plane) {
+      KyBW8* const out = results_.Row(y, plane);
+      const auto roll = [&](const KyBW8* above, const KyBW8* entering, const KyBW8* leaving,
+                            const MeanDivision& division) {
+        changes_.Make(entering, leaving);
+        changes_.kernels().roll(out, n, changes_.upTo(), changes_.before(), above, rests_.At(plane),
+                                division);
+      };
+      if (y > 0)
+        return roll(results_.Row(y - 1, plane), source_.Row(y + half, plane),
+                    source_.Row(y - half - 1, plane), ofBox);
+      // A window of the first row alone has the levels, and part of the rests, of one that has
+      // that row in all places. The lower half of these is exchanged.
+      const KyBW8* const first = source_.Row(0, plane);
+      roll(zeros_.get(), first, zeros_.get(), ofRow);
+      rests_.Multiply(plane, 2 * half + 1);
+      for (std::ptrdiff_t v = 1; v <= half; ++v) roll(out, source_.Row(v, plane), first, ofBox);
+    });
   }
 
  private:
@@ -158,22 +152,18 @@ class InsideWalk {
   }
   void Run(const BoxJob& job) noexcept {
     const std::ptrdiff_t height = job.in.height;
-    for (std::ptrdiff_t y = 0; y < height; ++y) {
-      source_.FetchTo(y + half_ + 1);
-      for (int plane = 0; plane < job.planes; ++plane) {
-        for (std::ptrdiff_t v = 0; y == 0 && v < half_; ++v) {
-          changes_.Make(source_.Row(v, plane), source_.Row(-1, plane));
-          kernels_.keep(static_cast<std::size_t>(width_), Kept(plane));
-        }
-        changes_.Make(source_.Row(y + half_, plane), source_.Row(y - half_ - 1, plane));
-        if (y == height - half_) EndRolling(y - 1, plane);
-        const bool isWhole = y > half_ && y < height - half_;
-        MakeSums(y, plane, isWhole ? RowSpan::kEnds : RowSpan::kAll);
-        if (isWhole) RollMiddle(y, plane);
-        if (y == half_) BeginRolling(y, plane);
+    MakePlanes(source_, results_, job.planes, half_, [&](std::ptrdiff_t y, int plane) {
+      for (std::ptrdiff_t v = 0; y == 0 && v < half_; ++v) {
+        changes_.Make(source_.Row(v, plane), source_.Row(-1, plane));
+        kernels_.keep(static_cast<std::size_t>(width_), Kept(plane));
       }
-      results_.Done(y);
-    }
+      changes_.Make(source_.Row(y + half_, plane), source_.Row(y - half_ - 1, plane));
+      if (y == height - half_) EndRolling(y - 1, plane);
+      const bool isWhole = y > half_ && y < height - half_;
+      MakeSums(y, plane, isWhole ? RowSpan::kEnds : RowSpan::kAll);
+      if (isWhole) RollMiddle(y, plane);
+      if (y == half_) BeginRolling(y, plane);
+    });
   }
 
  private:

@@ -18,7 +18,7 @@ namespace {
 
 #if HWY_TARGET == HWY_SCALAR
 
-void SumChanges(const RowSums& sums, size_t n, size_t margin, bool nearest, const KyBW8* entering,
+void SumChanges(RowSums sums, size_t n, size_t margin, bool nearest, const KyBW8* entering,
                 const KyBW8* leaving) {
   const auto width = static_cast<ptrdiff_t>(n), beyond = static_cast<ptrdiff_t>(margin);
   // Wraps in long rows: differences of sums are what counts.
@@ -31,8 +31,8 @@ void SumChanges(const RowSums& sums, size_t n, size_t margin, bool nearest, cons
   }
 }
 
-void Roll(KyBW8* out, size_t n, const RowSums& upTo, const RowSums& before, const KyBW8* above,
-          const RowSums& rests, const MeanDivision& division) {
+void Roll(KyBW8* out, size_t n, RowSums upTo, RowSums before, const KyBW8* above, RowSums rests,
+          const MeanDivision& division) {
   for (size_t i = 0; i < n; ++i) {
     const auto x = static_cast<ptrdiff_t>(i);
     uint16_t& rest = *rests.At(x);
@@ -60,7 +60,7 @@ HWY_INLINE void StoreRamp(uint16_t* to, size_t n, int first, int step) {
   }
 }
 // sums(begin + i) = first + i step.
-HWY_INLINE void StoreRamps(const RowSums& sums, ptrdiff_t begin, size_t n, int first, int step) {
+HWY_INLINE void StoreRamps(RowSums sums, ptrdiff_t begin, size_t n, int first, int step) {
   const RowSums from = sums.From(begin);
   for (int p = 0; p < 2; ++p) StoreRamp(from.of[p], (n + 1) / 2, first + p * step, 2 * step);
 }
@@ -96,7 +96,7 @@ HWY_INLINE VU16 PrefixSums(VU16 v, VU16& before) {
   }
 }
 
-void SumChanges(const RowSums& sums, size_t n, size_t margin, bool nearest, const KyBW8* entering,
+void SumChanges(RowSums sums, size_t n, size_t margin, bool nearest, const KyBW8* entering,
                 const KyBW8* leaving) {
   const D8 d8;
   const DU16 d;
@@ -128,8 +128,8 @@ void SumChanges(const RowSums& sums, size_t n, size_t margin, bool nearest, cons
   StoreRamps(sums, width, margin, static_cast<int>(*sums.At(width - 1)) + last, last);
 }
 
-void Roll(KyBW8* out, size_t n, const RowSums& upTo, const RowSums& before, const KyBW8* above,
-          const RowSums& rests, const MeanDivision& division) {
+void Roll(KyBW8* out, size_t n, RowSums upTo, RowSums before, const KyBW8* above, RowSums rests,
+          const MeanDivision& division) {
   const D8 d8;
   const DU16 du;
   const D16 d;

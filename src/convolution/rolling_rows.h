@@ -20,13 +20,13 @@ struct RollingKernels {
   // sums(x) = (entering[0] - leaving[0]) + ... (entering[x] - leaving[x]) for n places, and for so
   // many more on either side, where the first and the last pixels are repeated, or nothing stands.
   // All sums are writable for kColumnSlack places after these.
-  void (*sumChanges)(const RowSums& sums, std::size_t n, std::size_t margin, bool nearest,
+  void (*sumChanges)(RowSums sums, std::size_t n, std::size_t margin, bool nearest,
                      const KyBW8* entering, const KyBW8* leaving);
   // Windows whose sums were `area` times the levels above[x] and rests(x) grow by what upTo(x) has
   // more than before(x): out[x] is their level, and the rest remains, which is at most half the
   // area, upwards or downwards. out and `above` may be the same row.
-  void (*roll)(KyBW8* out, std::size_t n, const RowSums& upTo, const RowSums& before,
-               const KyBW8* above, const RowSums& rests, const MeanDivision& division);
+  void (*roll)(KyBW8* out, std::size_t n, RowSums upTo, RowSums before, const KyBW8* above,
+               RowSums rests, const MeanDivision& division);
 };
 const RollingKernels& ChooseRollingKernels() noexcept;
 
