@@ -111,15 +111,18 @@ void Up(T* row, const T* below, ptrdiff_t n) {
   if (kMode != IMG_DISTANCE_EUCLIDEAN) Spread<true>(row, n);
 }
 
+// Beyond reach, while its square plus kReach^2 still fits 16 bits.
+constexpr uint16_t kMostDown = 221, kBeyond = kMostDown * kMostDown;
+static_assert(kMostDown > kReach && kBeyond + kReach * kReach <= kFar<uint16_t>);
+
 void SquareOf(uint16_t* to, const uint16_t* down, ptrdiff_t n) {
   const hn::ScalableTag<uint16_t> d;
-  std::fill_n(to - kReach, kReach, kFar<uint16_t>);
+  std::fill_n(to - kReach, kReach, kBeyond);
   for (ptrdiff_t x = 0; x < n; x += kLanesOf<uint16_t>) {
-    const auto v = hn::LoadU(d, down + x);
-    const auto isLarge = hn::Gt(v, hn::Set(d, 255));
-    hn::StoreU(hn::IfThenElse(isLarge, hn::Set(d, kFar<uint16_t>), hn::Mul(v, v)), d, to + x);
+    const auto v = hn::Min(hn::LoadU(d, down + x), hn::Set(d, kMostDown));
+    hn::StoreU(hn::Mul(v, v), d, to + x);
   }
-  std::fill_n(to + n, kReach + kLanesOf<uint16_t>, kFar<uint16_t>);
+  std::fill_n(to + n, kReach + kLanesOf<uint16_t>, kBeyond);
 }
 
 // Long vectors that cross lines of a cache take twice as long to load.
@@ -137,14 +140,34 @@ HWY_INLINE void StoreRoundedRoots(D d, hn::Vec<D> squares, KyBW16* out) {
 }
 
 // What becomes of squares that fit 16 bits: they are stored, or their rounded roots.
-template <class DWide>
-HWY_INLINE void Finish(DWide d, const uint16_t* squares, uint32_t* to) {
-  hn::StoreU(LoadLanes(d, squares), d, to);
+template <class D>
+HWY_INLINE void Finish(D d, hn::Vec<D> squares, uint32_t* to) {
+  constexpr ptrdiff_t kLanes = hn::MaxLanes(d);
+  HWY_ALIGN uint16_t results[kLanes];
+  hn::Store(squares, d, results);
+  const hn::CappedTag<uint32_t, kLanes> wide;
+  for (ptrdiff_t i = 0; i < kLanes; i += hn::MaxLanes(wide))
+    hn::StoreU(LoadLanes(wide, results + i), wide, to + i);
 }
-template <class DWide>
-HWY_INLINE void Finish(DWide, const uint16_t* squares, KyBW16* to) {
-  const hn::RebindToSigned<DWide> d;
-  StoreRoundedRoots(d, LoadLanes(d, squares), to);
+// Of even and odd places by themselves. Added to 2^23, roots are rounded, and end the number.
+template <class D>
+HWY_INLINE void Finish(D d, hn::Vec<D> squares, KyBW16* to) {
+  if constexpr (hn::MaxLanes(d) == 1) {
+    const hn::Rebind<int32_t, D> wide;
+    StoreRoundedRoots(wide, hn::PromoteTo(wide, squares), to);
+  } else {
+    const hn::Repartition<int32_t, D> wide;
+    const hn::Repartition<uint32_t, D> bits;
+    const hn::RebindToFloat<decltype(wide)> df;
+    const auto rootOf = [=](auto v) HWY_ATTR {
+      const auto root = hn::Sqrt(hn::ConvertTo(df, hn::BitCast(wide, v)));
+      return hn::BitCast(bits, hn::Add(root, hn::Set(df, 8388608.0f)));
+    };
+    const auto pairs = hn::BitCast(bits, squares);
+    const auto even = rootOf(hn::And(pairs, hn::Set(bits, 0xFFFF)));
+    const auto odd = hn::ShiftLeft<16>(rootOf(hn::ShiftRight<16>(pairs)));
+    hn::StoreU(hn::OddEven(hn::BitCast(d, odd), hn::BitCast(d, even)), d, to);
+  }
 }
 
 // The least of k^2 + down2[x + k] for kCount vectors of places from x on; false where it may lie
@@ -173,17 +196,13 @@ HWY_INLINE bool NearestOf(To* to, const uint16_t* down2) {
       for (int j = 0; j < kCount; ++j) {
         const uint16_t* const at = down2 + j * kLanes;
         const auto both = hn::Min(hn::LoadU(d, at - i), hn::LoadU(d, at + i));
-        least[j] = hn::Min(least[j], hn::SaturatedAdd(both, square));
+        least[j] = hn::Min(least[j], hn::Add(both, square));
       }
       square = hn::Add(square, more);
       more = hn::Add(more, hn::Set(d, 2));
     }
   }
-  HWY_ALIGN uint16_t results[kCount * kLanes];
-  for (int j = 0; j < kCount; ++j) hn::Store(least[j], d, results + j * kLanes);
-  const hn::CappedTag<uint32_t, kCount * kLanes> wide;
-  for (ptrdiff_t i = 0; i < kCount * kLanes; i += hn::MaxLanes(wide))
-    Finish(wide, results + i, to + i);
+  for (int j = 0; j < kCount; ++j) Finish(d, least[j], to + j * kLanes);
   return true;
 }
 template <int kCount, class To>
