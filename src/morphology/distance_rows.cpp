@@ -36,9 +36,9 @@ HWY_INLINE hn::Vec<D> LeastOf(D d, const T* row) {
     return hn::Min(hn::Min(hn::LoadU(d, row - 1), hn::LoadU(d, row + 1)), middle);
 }
 
-// Every distance is at most one more than its neighbour's to the left, or to the right. Within 16
-// bytes this is a scan by doubling, of 2^n - 1 less the distances, so that what is shifted in is
-// far.
+// Every distance is at most one more than its neighbour's to the left, or to the right. Within
+// blocks of 16 bytes this is a scan by doubling, of 2^n - 1 less the distances, so that what is
+// shifted in is far.
 #if HWY_TARGET == HWY_SCALAR
 template <bool kToLeft, class T>
 HWY_INLINE void Spread(T* row, ptrdiff_t n) {
@@ -50,23 +50,51 @@ HWY_INLINE void Spread(T* row, ptrdiff_t n) {
   }
 }
 #else
+// v - step, and 0 where that is negative.
+template <class V>
+HWY_INLINE V LessBy(V v, V step) {
+  if constexpr (sizeof(hn::TFromV<V>) == 2)
+    return hn::SaturatedSub(v, step);
+  else
+    return hn::Sub(hn::Max(v, step), step);
+}
 template <int kLanes, bool kToLeft, class D, class V>
 HWY_INLINE V SpreadBy(D d, V v) {
-  const V step = hn::Set(d, kLanes);
   V moved;
   if constexpr (kToLeft)
     moved = hn::ShiftRightLanes<kLanes>(d, v);
   else
     moved = hn::ShiftLeftLanes<kLanes>(d, v);
-  return hn::Max(v, hn::Sub(hn::Max(moved, step), step));
+  return hn::Max(v, LessBy(moved, hn::Set(d, kLanes)));
+}
+// The block of two that comes first on the way in the place of the other, after zeros, and the
+// block that comes last in both places.
+template <bool kToLeft, class D, class V>
+HWY_INLINE V FirstBlockNext(D d, V v) {
+  if constexpr (kToLeft)
+    return hn::ConcatLowerUpper(d, hn::Zero(d), v);
+  else
+    return hn::ConcatLowerLower(d, v, hn::Zero(d));
+}
+template <bool kToLeft, class D, class V>
+HWY_INLINE V LastBlockTwice(D d, V v) {
+  if constexpr (kToLeft)
+    return hn::ConcatLowerLower(d, v, v);
+  else
+    return hn::ConcatUpperUpper(d, v, v);
 }
 template <bool kToLeft, class T>
 HWY_INLINE void Spread(T* row, ptrdiff_t n) {
-  constexpr int kLanes = 16 / sizeof(T);
-  const hn::FixedTag<T, kLanes> d;
-  T steps[kLanes];
-  for (int i = 0; i < kLanes; ++i) steps[i] = static_cast<T>(kToLeft ? kLanes - i : i + 1);
-  const auto ramp = hn::LoadU(d, steps);
+  constexpr int kBlock = 16 / sizeof(T), kLast = kToLeft ? 0 : kBlock - 1;
+  const hn::CappedTag<T, 2 * kBlock> d;
+  constexpr int kLanes = hn::MaxLanes(d);
+  T steps[kLanes], stepsOfBlocks[kLanes];
+  for (int i = 0; i < kLanes; ++i) {
+    const int step = kToLeft ? kLanes - 1 - i : i;
+    steps[i] = static_cast<T>(step + 1);
+    stepsOfBlocks[i] = static_cast<T>(step % kBlock + 1);
+  }
+  const auto ramp = hn::LoadU(d, steps), rampOfBlocks = hn::LoadU(d, stepsOfBlocks);
   auto last = hn::Zero(d);
   const ptrdiff_t count = (n + kLanes - 1) / kLanes;
   for (ptrdiff_t i = 0; i < count; ++i) {
@@ -74,10 +102,15 @@ HWY_INLINE void Spread(T* row, ptrdiff_t n) {
     auto v = hn::Not(hn::LoadU(d, at));
     v = SpreadBy<1, kToLeft>(d, v);
     v = SpreadBy<2, kToLeft>(d, v);
-    if constexpr (kLanes > 4) v = SpreadBy<4, kToLeft>(d, v);
-    v = hn::Max(v, hn::Sub(hn::Max(last, ramp), ramp));
-    hn::StoreU(hn::Not(v), d, at);
-    last = hn::Broadcast < kToLeft ? 0 : kLanes - 1 > (v);
+    if constexpr (kBlock > 4) v = SpreadBy<4, kToLeft>(d, v);
+    auto lastOfThese = hn::Broadcast<kLast>(v);
+    if constexpr (kLanes > kBlock) {
+      v = hn::Max(v, LessBy(FirstBlockNext<kToLeft>(d, lastOfThese), rampOfBlocks));
+      lastOfThese = LastBlockTwice<kToLeft>(d, hn::Broadcast<kLast>(v));
+    }
+    hn::StoreU(hn::Not(hn::Max(v, LessBy(last, ramp))), d, at);
+    // Not of what has been stored, or each vector would wait longer for the one before it.
+    last = hn::Max(lastOfThese, LessBy(last, hn::Set(d, kLanes)));
   }
 }
 #endif
