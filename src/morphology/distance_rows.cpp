@@ -36,9 +36,9 @@ HWY_INLINE hn::Vec<D> LeastOf(D d, const T* row) {
     return hn::Min(hn::Min(hn::LoadU(d, row - 1), hn::LoadU(d, row + 1)), middle);
 }
 
-// Every distance is at most one more than its neighbour's to the left, or to the right. Within 16
-// bytes this is a scan by doubling, of 2^n - 1 less the distances, so that what is shifted in is
-// far.
+// Every distance is at most one more than its neighbour's to the left, or to the right. Within
+// blocks of 16 bytes this is a scan by doubling, of 2^n - 1 less the distances, so that what is
+// shifted in is far.
 #if HWY_TARGET == HWY_SCALAR
 template <bool kToLeft, class T>
 HWY_INLINE void Spread(T* row, ptrdiff_t n) {
@@ -50,23 +50,51 @@ HWY_INLINE void Spread(T* row, ptrdiff_t n) {
   }
 }
 #else
+// v - step, and 0 where that is negative.
+template <class V>
+HWY_INLINE V LessBy(V v, V step) {
+  if constexpr (sizeof(hn::TFromV<V>) == 2)
+    return hn::SaturatedSub(v, step);
+  else
+    return hn::Sub(hn::Max(v, step), step);
+}
 template <int kLanes, bool kToLeft, class D, class V>
 HWY_INLINE V SpreadBy(D d, V v) {
-  const V step = hn::Set(d, kLanes);
   V moved;
   if constexpr (kToLeft)
     moved = hn::ShiftRightLanes<kLanes>(d, v);
   else
     moved = hn::ShiftLeftLanes<kLanes>(d, v);
-  return hn::Max(v, hn::Sub(hn::Max(moved, step), step));
+  return hn::Max(v, LessBy(moved, hn::Set(d, kLanes)));
+}
+// The block of two that comes first on the way in the place of the other, after zeros, and the
+// block that comes last in both places.
+template <bool kToLeft, class D, class V>
+HWY_INLINE V FirstBlockNext(D d, V v) {
+  if constexpr (kToLeft)
+    return hn::ConcatLowerUpper(d, hn::Zero(d), v);
+  else
+    return hn::ConcatLowerLower(d, v, hn::Zero(d));
+}
+template <bool kToLeft, class D, class V>
+HWY_INLINE V LastBlockTwice(D d, V v) {
+  if constexpr (kToLeft)
+    return hn::ConcatLowerLower(d, v, v);
+  else
+    return hn::ConcatUpperUpper(d, v, v);
 }
 template <bool kToLeft, class T>
 HWY_INLINE void Spread(T* row, ptrdiff_t n) {
-  constexpr int kLanes = 16 / sizeof(T);
-  const hn::FixedTag<T, kLanes> d;
-  T steps[kLanes];
-  for (int i = 0; i < kLanes; ++i) steps[i] = static_cast<T>(kToLeft ? kLanes - i : i + 1);
-  const auto ramp = hn::LoadU(d, steps);
+  constexpr int kBlock = 16 / sizeof(T), kLast = kToLeft ? 0 : kBlock - 1;
+  const hn::CappedTag<T, 2 * kBlock> d;
+  constexpr int kLanes = hn::MaxLanes(d);
+  T steps[kLanes], stepsOfBlocks[kLanes];
+  for (int i = 0; i < kLanes; ++i) {
+    const int step = kToLeft ? kLanes - 1 - i : i;
+    steps[i] = static_cast<T>(step + 1);
+    stepsOfBlocks[i] = static_cast<T>(step % kBlock + 1);
+  }
+  const auto ramp = hn::LoadU(d, steps), rampOfBlocks = hn::LoadU(d, stepsOfBlocks);
   auto last = hn::Zero(d);
   const ptrdiff_t count = (n + kLanes - 1) / kLanes;
   for (ptrdiff_t i = 0; i < count; ++i) {
@@ -74,10 +102,15 @@ HWY_INLINE void Spread(T* row, ptrdiff_t n) {
     auto v = hn::Not(hn::LoadU(d, at));
     v = SpreadBy<1, kToLeft>(d, v);
     v = SpreadBy<2, kToLeft>(d, v);
-    if constexpr (kLanes > 4) v = SpreadBy<4, kToLeft>(d, v);
-    v = hn::Max(v, hn::Sub(hn::Max(last, ramp), ramp));
-    hn::StoreU(hn::Not(v), d, at);
-    last = hn::Broadcast < kToLeft ? 0 : kLanes - 1 > (v);
+    if constexpr (kBlock > 4) v = SpreadBy<4, kToLeft>(d, v);
+    auto lastOfThese = hn::Broadcast<kLast>(v);
+    if constexpr (kLanes > kBlock) {
+      v = hn::Max(v, LessBy(FirstBlockNext<kToLeft>(d, lastOfThese), rampOfBlocks));
+      lastOfThese = LastBlockTwice<kToLeft>(d, hn::Broadcast<kLast>(v));
+    }
+    hn::StoreU(hn::Not(hn::Max(v, LessBy(last, ramp))), d, at);
+    // Not of what has been stored, or each vector would wait longer for the one before it.
+    last = hn::Max(lastOfThese, LessBy(last, hn::Set(d, kLanes)));
   }
 }
 #endif
@@ -111,15 +144,18 @@ void Up(T* row, const T* below, ptrdiff_t n) {
   if (kMode != IMG_DISTANCE_EUCLIDEAN) Spread<true>(row, n);
 }
 
+// Beyond reach, while its square plus kReach^2 still fits 16 bits.
+constexpr uint16_t kMostDown = 221, kBeyond = kMostDown * kMostDown;
+static_assert(kMostDown > kReach && kBeyond + kReach * kReach <= kFar<uint16_t>);
+
 void SquareOf(uint16_t* to, const uint16_t* down, ptrdiff_t n) {
   const hn::ScalableTag<uint16_t> d;
-  std::fill_n(to - kReach, kReach, kFar<uint16_t>);
+  std::fill_n(to - kReach, kReach, kBeyond);
   for (ptrdiff_t x = 0; x < n; x += kLanesOf<uint16_t>) {
-    const auto v = hn::LoadU(d, down + x);
-    const auto isLarge = hn::Gt(v, hn::Set(d, 255));
-    hn::StoreU(hn::IfThenElse(isLarge, hn::Set(d, kFar<uint16_t>), hn::Mul(v, v)), d, to + x);
+    const auto v = hn::Min(hn::LoadU(d, down + x), hn::Set(d, kMostDown));
+    hn::StoreU(hn::Mul(v, v), d, to + x);
   }
-  std::fill_n(to + n, kReach + kLanesOf<uint16_t>, kFar<uint16_t>);
+  std::fill_n(to + n, kReach + kLanesOf<uint16_t>, kBeyond);
 }
 
 // Long vectors that cross lines of a cache take twice as long to load.
@@ -137,14 +173,34 @@ HWY_INLINE void StoreRoundedRoots(D d, hn::Vec<D> squares, KyBW16* out) {
 }
 
 // What becomes of squares that fit 16 bits: they are stored, or their rounded roots.
-template <class DWide>
-HWY_INLINE void Finish(DWide d, const uint16_t* squares, uint32_t* to) {
-  hn::StoreU(LoadLanes(d, squares), d, to);
+template <class D>
+HWY_INLINE void Finish(D d, hn::Vec<D> squares, uint32_t* to) {
+  constexpr ptrdiff_t kLanes = hn::MaxLanes(d);
+  HWY_ALIGN uint16_t results[kLanes];
+  hn::Store(squares, d, results);
+  const hn::CappedTag<uint32_t, kLanes> wide;
+  for (ptrdiff_t i = 0; i < kLanes; i += hn::MaxLanes(wide))
+    hn::StoreU(LoadLanes(wide, results + i), wide, to + i);
 }
-template <class DWide>
-HWY_INLINE void Finish(DWide, const uint16_t* squares, KyBW16* to) {
-  const hn::RebindToSigned<DWide> d;
-  StoreRoundedRoots(d, LoadLanes(d, squares), to);
+// Of even and odd places by themselves. Added to 2^23, roots are rounded, and end the number.
+template <class D>
+HWY_INLINE void Finish(D d, hn::Vec<D> squares, KyBW16* to) {
+  if constexpr (hn::MaxLanes(d) == 1) {
+    const hn::Rebind<int32_t, D> wide;
+    StoreRoundedRoots(wide, hn::PromoteTo(wide, squares), to);
+  } else {
+    const hn::Repartition<int32_t, D> wide;
+    const hn::Repartition<uint32_t, D> bits;
+    const hn::RebindToFloat<decltype(wide)> df;
+    const auto rootOf = [=](auto v) HWY_ATTR {
+      const auto root = hn::Sqrt(hn::ConvertTo(df, hn::BitCast(wide, v)));
+      return hn::BitCast(bits, hn::Add(root, hn::Set(df, 8388608.0f)));
+    };
+    const auto pairs = hn::BitCast(bits, squares);
+    const auto even = rootOf(hn::And(pairs, hn::Set(bits, 0xFFFF)));
+    const auto odd = hn::ShiftLeft<16>(rootOf(hn::ShiftRight<16>(pairs)));
+    hn::StoreU(hn::OddEven(hn::BitCast(d, odd), hn::BitCast(d, even)), d, to);
+  }
 }
 
 // The least of k^2 + down2[x + k] for kCount vectors of places from x on; false where it may lie
@@ -173,17 +229,13 @@ HWY_INLINE bool NearestOf(To* to, const uint16_t* down2) {
       for (int j = 0; j < kCount; ++j) {
         const uint16_t* const at = down2 + j * kLanes;
         const auto both = hn::Min(hn::LoadU(d, at - i), hn::LoadU(d, at + i));
-        least[j] = hn::Min(least[j], hn::SaturatedAdd(both, square));
+        least[j] = hn::Min(least[j], hn::Add(both, square));
       }
       square = hn::Add(square, more);
       more = hn::Add(more, hn::Set(d, 2));
     }
   }
-  HWY_ALIGN uint16_t results[kCount * kLanes];
-  for (int j = 0; j < kCount; ++j) hn::Store(least[j], d, results + j * kLanes);
-  const hn::CappedTag<uint32_t, kCount * kLanes> wide;
-  for (ptrdiff_t i = 0; i < kCount * kLanes; i += hn::MaxLanes(wide))
-    Finish(wide, results + i, to + i);
+  for (int j = 0; j < kCount; ++j) Finish(d, least[j], to + j * kLanes);
   return true;
 }
 template <int kCount, class To>

@@ -30,7 +30,7 @@ struct DistanceKernelsOf {
 struct DistanceKernels {
   DistanceKernelsOf<std::uint16_t> narrow;
   DistanceKernelsOf<std::uint32_t> wide;
-  // down[i]^2, limited to 65535, with kReach such on either side of the n.
+  // down[i]^2, or any square beyond reach in place of such, and kReach of these on either side.
   void (*square)(std::uint16_t* to, const std::uint16_t* down, std::ptrdiff_t n);
   // squares[i] = the least of k^2 + down2[i + k], if that is found from columns within reach for
   // all i; false otherwise.

@@ -65,9 +65,22 @@ void ShapePlan::Emit(std::ptrdiff_t blocks) noexcept {
     std::ptrdiff_t uses = 0;
     for (; end < blocks && blocks_[end].run.length == wanted; ++end)
       uses += std::min(blocks_[end].rows, kLevelCost);
+    if (end - i == 1 && PaysTallFirst(blocks_[i], length)) {
+      const std::ptrdiff_t tall = AddLevel(wide, length, 1, length, blocks_[i].rows);
+      EmitPlaces(tall, length, blocks_[i].rows, blocks_[i]);
+      continue;
+    }
     EmitWide(wide, length, wanted, uses);
     EmitBlocks(wide, length, &blocks_[i], &blocks_[0] + end);
   }
+}
+
+// Whether a level of all its few rows, of the `length` elements that there are so far, takes fewer
+// loads for a block than the places of its rows, or a longer level.
+bool ShapePlan::PaysTallFirst(const Block& block, std::ptrdiff_t length) noexcept {
+  const std::ptrdiff_t covers = Covers(block.run.length, length), rows = block.rows;
+  const std::ptrdiff_t wide = kLevelCost + rows * Covers(block.run.length, kGrowth * length);
+  return rows < kGrowth && rows + 1 + covers < std::min(rows * covers, wide);
 }
 
 // The levels of one row that pay for runs of `wanted` elements, which `uses` places of the result
@@ -106,12 +119,19 @@ void ShapePlan::EmitBlocks(std::ptrdiff_t wide, std::ptrdiff_t length, const Blo
   for (const Block* block = first; block != end; ++block) {
     int k = count - 1;
     while (talls[k] > block->rows) --k;
-    for (std::ptrdiff_t j = 0; j < Covers(block->rows, talls[k]); ++j)
-      for (std::ptrdiff_t i = 0; i < covers; ++i)
-        Add(results_, resultCount_,
-            Part{levels[k], block->run.left + PlaceOf(i, block->run.length, length),
-                 block->run.row + PlaceOf(j, block->rows, talls[k])});
+    EmitPlaces(levels[k], length, talls[k], *block);
   }
+}
+
+// The places of a block in a level.
+void ShapePlan::EmitPlaces(std::ptrdiff_t level, std::ptrdiff_t length, std::ptrdiff_t tall,
+                           const Block& block) noexcept {
+  const Run& run = block.run;
+  for (std::ptrdiff_t j = 0; j < Covers(block.rows, tall); ++j)
+    for (std::ptrdiff_t i = 0; i < Covers(run.length, length); ++i)
+      Add(results_, resultCount_,
+          Part{level, run.left + PlaceOf(i, run.length, length),
+               run.row + PlaceOf(j, block.rows, tall)});
 }
 
 // A level that joins another one in one direction.

@@ -50,10 +50,13 @@ class ShapePlan {
 
   std::ptrdiff_t FindBlocks(Run* runs, std::ptrdiff_t count) noexcept;
   void Emit(std::ptrdiff_t blocks) noexcept;
+  static bool PaysTallFirst(const Block& block, std::ptrdiff_t length) noexcept;
   void EmitWide(std::ptrdiff_t& wide, std::ptrdiff_t& length, std::ptrdiff_t wanted,
                 std::ptrdiff_t uses) noexcept;
   void EmitBlocks(std::ptrdiff_t wide, std::ptrdiff_t length, const Block* first,
                   const Block* end) noexcept;
+  void EmitPlaces(std::ptrdiff_t level, std::ptrdiff_t length, std::ptrdiff_t tall,
+                  const Block& block) noexcept;
   std::ptrdiff_t AddLevel(std::ptrdiff_t from, std::ptrdiff_t length, std::ptrdiff_t tall,
                           std::ptrdiff_t newLength, std::ptrdiff_t newTall) noexcept;
   // Only counts while there is no array.

@@ -5,6 +5,7 @@
 #include "morphology/strip_rows.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
@@ -20,11 +21,16 @@ namespace {
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 constexpr StripKernels kKernels = {};
 #else
+// Bytes less 128, which are compared as signed numbers.
+using DSigned = hn::RebindToSigned<D>;
+HWY_INLINE hn::Vec<DSigned> ToSigned(V v) {
+  return hn::BitCast(DSigned(), hn::Xor(v, hn::Set(D(), 0x80)));
+}
 // All bits where pixels are below the k-th bound.
-HWY_INLINE V IsBelow(V pixels, ptrdiff_t k) {
-  const D d;
-  const V most = hn::Set(d, static_cast<uint8_t>(kLevels * (k + 1) - 1));
-  return hn::VecFromMask(d, hn::Eq(hn::Max(pixels, most), most));
+HWY_INLINE V IsBelow(hn::Vec<DSigned> pixels, int k) {
+  const DSigned d;
+  const auto bound = hn::Set(d, static_cast<int8_t>(kLevels * (k + 1) - 128));
+  return hn::BitCast(D(), hn::VecFromMask(d, hn::Lt(pixels, bound)));
 }
 
 // What a pixel of each level adds to the counts: from the level on, all bits.
@@ -70,19 +76,31 @@ class Places {
       hn::Store(hn::Add(hn::Mul(bound, planes), column), d16, places_ + i);
     }
   }
-  // Calls change(counts, stairs) for kAtOnce columns from the given one on.
+  // Those of some columns from the given one on, in registers: loads would wait for what is stored
+  // to other columns before them.
+  static constexpr int kAtOnce = 8;
+  struct Loaded {
+    uint64_t fours[kAtOnce / 4];
+  };
+  HWY_INLINE Loaded Load(ptrdiff_t first) const {
+    Loaded loaded;
+    std::memcpy(&loaded, places_ + first, sizeof(loaded));
+    return loaded;
+  }
+  // Calls change(counts, stairs) for these columns.
   template <class Change>
-  HWY_INLINE void Update(uint8_t* columns, ptrdiff_t first, const Change& change) const {
+  HWY_INLINE void Update(uint8_t* columns, ptrdiff_t first, const Loaded& loaded,
+                         const Change& change) const {
     const D d;
     ForEach<kAtOnce>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
-      uint8_t* const counts = columns + kUnit * ptrdiff_t{places_[first + i]};
+      const auto place = static_cast<uint16_t>(loaded.fours[i / 4] >> (16 * (i % 4)));
+      uint8_t* const counts = columns + kUnit * ptrdiff_t{place};
       for (ptrdiff_t k = 0; k < kLevels; k += kLanes) {
         const V stairs = Stairs(levels_ + first + i, k);
         hn::StoreU(change(hn::LoadU(d, counts + k), stairs), d, counts + k);
       }
     });
   }
-  static constexpr int kAtOnce = 8;
 
  private:
   static constexpr ptrdiff_t kUnit = 8;
@@ -103,34 +121,35 @@ class Places {
 void Add(const RankStrip& strip, const KyBW8* row, uint8_t times) {
   const D d;
   const V factor = hn::Set(d, times);
-  for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k)
-    for (ptrdiff_t x = 0; x < strip.pitch; x += kLanes) {
+  for (ptrdiff_t x = 0; x < strip.pitch; x += kLanes) {
+    const auto pixels = ToSigned(hn::LoadU(d, row + x));
+    ForEach<RankStrip::kBounds>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
       uint8_t* const below = strip.below + k * strip.pitch + x;
-      const V more = hn::And(IsBelow(hn::LoadU(d, row + x), k), factor);
-      hn::StoreU(hn::Add(hn::LoadU(d, below), more), d, below);
-    }
+      hn::StoreU(hn::Add(hn::LoadU(d, below), hn::And(IsBelow(pixels, k), factor)), d, below);
+    });
+  }
   Places places;
   for (ptrdiff_t x = 0; x < strip.pitch; x += Places::kColumns) {
     const ptrdiff_t n = std::min(strip.pitch - x, Places::kColumns);
     places.Make(row + x, n, strip.plane);
     for (ptrdiff_t i = 0; i < n; i += Places::kAtOnce)
-      places.Update(strip.histograms + x * RankStrip::kColumn, i, [=](V counts, V stairs) HWY_ATTR {
-        return hn::Add(counts, hn::And(stairs, factor));
-      });
+      places.Update(strip.histograms + x * RankStrip::kColumn, i, places.Load(i),
+                    [=](V counts, V stairs)
+                        HWY_ATTR { return hn::Add(counts, hn::And(stairs, factor)); });
   }
 }
 
 // The two rows change some columns each in turn: what one has stored takes a while to be read.
 void Slide(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming) {
   const D d;
-  const ptrdiff_t pitch = strip.pitch;
-  for (ptrdiff_t k = 0; k < RankStrip::kBounds; ++k) {
-    uint8_t* const below = strip.below + k * pitch;
-    for (ptrdiff_t x = 0; x < pitch; x += kLanes) {
-      const V less = IsBelow(hn::LoadU(d, leaving + x), k);
-      const V more = IsBelow(hn::LoadU(d, coming + x), k);
-      hn::StoreU(hn::Sub(hn::Add(hn::LoadU(d, below + x), less), more), d, below + x);
-    }
+  for (ptrdiff_t x = 0; x < strip.pitch; x += kLanes) {
+    const auto less = ToSigned(hn::LoadU(d, leaving + x));
+    const auto more = ToSigned(hn::LoadU(d, coming + x));
+    ForEach<RankStrip::kBounds>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
+      uint8_t* const below = strip.below + k * strip.pitch + x;
+      const V change = hn::Sub(IsBelow(less, k), IsBelow(more, k));
+      hn::StoreU(hn::Add(hn::LoadU(d, below), change), d, below);
+    });
   }
   Places from, to;
   for (ptrdiff_t x = 0; x < strip.pitch; x += Places::kColumns) {
@@ -139,8 +158,11 @@ void Slide(const RankStrip& strip, const KyBW8* leaving, const KyBW8* coming) {
     from.Make(leaving + x, n, strip.plane);
     to.Make(coming + x, n, strip.plane);
     for (ptrdiff_t i = 0; i < n; i += Places::kAtOnce) {
-      to.Update(columns, i, [](V counts, V stairs) HWY_ATTR { return hn::Sub(counts, stairs); });
-      from.Update(columns, i, [](V counts, V stairs) HWY_ATTR { return hn::Add(counts, stairs); });
+      const Places::Loaded ofFrom = from.Load(i), ofTo = to.Load(i);
+      to.Update(columns, i, ofTo,
+                [](V counts, V stairs) HWY_ATTR { return hn::Sub(counts, stairs); });
+      from.Update(columns, i, ofFrom,
+                  [](V counts, V stairs) HWY_ATTR { return hn::Add(counts, stairs); });
     }
   }
 }

@@ -52,6 +52,7 @@ const Element kLarge[] = {
     {"cross in a larger grid", 6, 5,
      [](int i, int j) { return std::abs(i - 3) + std::abs(j - 2) <= 1; }},
     {"cross without an arm", 3, 3, [](int i, int j) { return (i == 1 || j == 1) && i < 2; }},
+    {"small circle", 5, 5, [](int i, int j) { return InCircle(i, j, 2); }},
     {"circle", 15, 15, [](int i, int j) { return InCircle(i, j, 7); }},
     {"large circle", 41, 41, [](int i, int j) { return InCircle(i, j, 20); }},
     {"ring", 21, 21, [](int i, int j) { return InCircle(i, j, 10) && !InCircle(i - 3, j - 3, 7); }},
