@@ -110,7 +110,8 @@ class WindowWalk {
     exceedsSecondCache_ =
         !copies_ && ExceedsSecondCache(in_.height * (in_.RowBytes() + out_.RowBytes()));
     const std::ptrdiff_t most = descends_ ? kMostDescended : kMost;
-    rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, most) : most;
+    const std::ptrdiff_t copied = descends_ ? kCopiedDescended : kCopied;
+    rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(copied / in_.RowBytes(), 1, most) : most;
     return Allocate();
   }
   template <class Kernel>
@@ -120,8 +121,9 @@ class WindowWalk {
 
  private:
   // Rows of a band, so many that what is done once a band costs little. Copies of rows are to stay
-  // in a first cache.
-  static constexpr std::ptrdiff_t kMost = 24, kMostDescended = 48, kCopied = 12 << 10;
+  // in a first cache, or in a second one where kernels descend: these begin anew in each band.
+  static constexpr std::ptrdiff_t kMost = 24, kMostDescended = 48;
+  static constexpr std::ptrdiff_t kCopied = 12 << 10, kCopiedDescended = 128 << 10;
   // The lines of one address that a first cache has room for, mostly.
   static constexpr std::ptrdiff_t kWays = 8;
 
