@@ -9,8 +9,8 @@
 
 namespace ky {
 
-// Whether less than what is read and written altogether stays in a second cache, or in the part of
-// a third one that a core may count on.
+// Whether all that is read and written, so many bytes, exceeds a second cache, or the part of a
+// third one that a core may count on.
 constexpr bool ExceedsSecondCache(std::ptrdiff_t bytes) noexcept { return bytes > 2 << 20; }
 constexpr bool ExceedsThirdCache(std::ptrdiff_t bytes) noexcept { return bytes > 4 << 20; }
 

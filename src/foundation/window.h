@@ -33,7 +33,7 @@ struct Layout {
 //
 // Neighbours in a row are `step` elements apart: 1 in rows of grey pixels, 3 in rows of the
 // components of colours. A run that `descends` goes through all rows of a column of places before
-// it comes to the next, others through three at once.
+// it comes to the next, others through three or six at once.
 template <class Run>
 struct WindowKernel {
   int radius;
@@ -110,7 +110,9 @@ class WindowWalk {
     exceedsSecondCache_ =
         !copies_ && ExceedsSecondCache(in_.height * (in_.RowBytes() + out_.RowBytes()));
     const std::ptrdiff_t most = descends_ ? kMostDescended : kMost;
-    rowsAtOnce_ = copies_ ? std::clamp<std::ptrdiff_t>(kCopied / in_.RowBytes(), 1, most) : most;
+    const std::ptrdiff_t copied = descends_ ? kCopiedDescended : kCopied;
+    rowsAtOnce_ =
+        copies_ ? std::clamp<std::ptrdiff_t>(copied / in_.RowBytes(), kLeast, most) : most;
     return Allocate();
   }
   template <class Kernel>
@@ -119,9 +121,11 @@ class WindowWalk {
   }
 
  private:
-  // Rows of a band, so many that what is done once a band costs little. Copies of rows are to stay
-  // in a first cache.
-  static constexpr std::ptrdiff_t kMost = 24, kMostDescended = 48, kCopied = 12 << 10;
+  // Rows of a band, so many that what is done once a band costs little, and at least those that
+  // kernels go through at once. Copies of rows are to stay in a first cache otherwise, or in a
+  // second one where kernels descend: these begin anew in each band.
+  static constexpr std::ptrdiff_t kLeast = 6, kMost = 24, kMostDescended = 48;
+  static constexpr std::ptrdiff_t kCopied = 12 << 10, kCopiedDescended = 128 << 10;
   // The lines of one address that a first cache has room for, mostly.
   static constexpr std::ptrdiff_t kWays = 8;
 
