@@ -45,9 +45,10 @@ HWY_INLINE Bytes64 PickBytes(const BytePlaces& places, Bytes64 a, Bytes64 b) {
   return Bytes64{_mm512_permutex2var_epi8(a.raw, _mm512_load_si512(places.of), b.raw)};
 }
 // Those in the mask come from c, from their places modulo 64.
-HWY_INLINE Bytes64 PickBytes(const BytePlaces& places, Bytes64 a, Bytes64 b, Bytes64 c, uint64_t mask) {
+HWY_INLINE Bytes64 PickBytes(const BytePlaces& places, Bytes64 a, Bytes64 b, Bytes64 c,
+                             uint64_t mask) {
   return Bytes64{_mm512_mask_permutexvar_epi8(PickBytes(places, a, b).raw, mask,
-                                             _mm512_load_si512(places.of), c.raw)};
+                                              _mm512_load_si512(places.of), c.raw)};
 }
 #endif
 
