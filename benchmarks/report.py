@@ -68,9 +68,6 @@ WHY = {
     "increments a counter, and the processor makes one store a cycle; OpenCV and Simd meet the same "
     "limit.",
     r"^ImgPixelStat": "The mean is that of the rows' means: each row is summed up by itself, and divided.",
-    r"^ImgProjectOnAColumn": "Each row is read once; Zen 4 takes longer to load 64 bytes at once from "
-    "beyond the second cache than 32.",
-    r"^uniform 3x3|^ImgRmsNoise": "Level when these operations were measured again by themselves.",
     r"^segments, columns": "Every pixel is in a cache line of its own, and both libraries wait for "
     "memory.",
     r"^objects and labels": "OpenCV's labels alone are compared with objects, their measures and "

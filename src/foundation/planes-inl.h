@@ -146,7 +146,7 @@ class Interleaving<hn::ScalableTag<uint8_t>> : public Shuffled<hn::ScalableTag<u
     return hn::LoadU(d, from);
 #endif
   }
-  // Of the bytes 0, 3, ... of a block, those of `first`; `second` follows, then `third`.
+  // Bytes 0, 3, ... of a block come from `first`, 1, 4, ... from `second`, others from `third`.
   HWY_INLINE static V Blend(V first, V second, V third) {
     const auto every3rdFrom = [](int begin) {
       return [=](int i) { return i % 3 == begin ? 255 : 0; };
@@ -164,7 +164,7 @@ class Interleaving<hn::ScalableTag<uint8_t>> : public Shuffled<hn::ScalableTag<u
   }
   template <int kPlane>
   HWY_INLINE static V InPlace(V v) {
-    // 11 is a third of 1, modulo 16.
+    // 3 times 11 is 1, modulo 16.
     static constexpr Block kPlaces = MakeBlock([](int i) { return 11 * (i - kPlane + 16) % 16; });
     return hn::TableLookupBytes(v, hn::LoadDup128(D(), kPlaces.of));
   }

@@ -76,7 +76,7 @@ KY_ERRORS Shrink(const Rows<KyBW8>& out, const Rows<const KyBW8>& in,
   const std::ptrdiff_t covered = band.across.total / band.across.middle + 2;
   const std::ptrdiff_t most = std::clamp<std::ptrdiff_t>(
       kColumnsAtOnce / step * band.across.middle / band.across.total, 1, width);
-  // All about as wide, and of whole blocks.
+  // All of about the same width, in whole blocks.
   constexpr std::ptrdiff_t kBlock = 8;
   const std::ptrdiff_t strips = (width - 1) / most + 1;
   const std::ptrdiff_t pixelsAtOnce = std::min(((width - 1) / strips / kBlock + 1) * kBlock, most);
