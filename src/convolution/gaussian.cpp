@@ -23,8 +23,9 @@ class Weights {
   bool Make(std::ptrdiff_t half, double sigma) noexcept {
     Scratch<double> bells;
     Scratch<std::int32_t> weights;
+    const std::ptrdiff_t mostPairs = half / 2 + 1;
     if (!bells.Allocate(half + 1) || !weights.Allocate(half + 1) ||
-        !pairs_.Allocate(2 * (half + 1) * WeightPairs::kCopies))
+        !pairs_.Allocate(2 * mostPairs * WeightPairs::kCopies))
       return false;
     double sum = 0;
     for (std::ptrdiff_t i = 0; i <= half; ++i) {
@@ -46,36 +47,43 @@ class Weights {
     // A lone centre does not fit 16 bits: half of it weighs the same of half the sum.
     if (half_ == 0) weights[0] = 16384;
     bits_ = half_ == 0 ? 14 : 15;
-    const auto at = [&](std::ptrdiff_t tap) {
-      const std::ptrdiff_t i = std::abs(tap - half_);
-      return i <= half_ ? static_cast<std::uint32_t>(weights[i]) : 0u;
+    outer_ = weights[half_];
+    const auto at = [&](std::ptrdiff_t i) { return i <= half_ ? weights[i] : 0; };
+    const auto fill = [&](std::int32_t* first, std::ptrdiff_t pair, std::int32_t sign) {
+      const auto of = [&](std::ptrdiff_t i) {
+        return static_cast<std::uint32_t>(at(i) + sign * at(i + 1)) & 0xFFFF;
+      };
+      std::fill_n(first + WeightPairs::kCopies * pair, WeightPairs::kCopies,
+                  static_cast<std::int32_t>(of(2 * pair + 1) | of(2 * pair) << 16));
     };
-    for (std::ptrdiff_t k = 0; k <= half_; ++k) {
-      for (int first = 0; first < 2; ++first)
-        std::fill_n(First(first) + WeightPairs::kCopies * k, WeightPairs::kCopies,
-                    static_cast<std::int32_t>(at(2 * k - first) | at(2 * k + 1 - first) << 16));
+    for (std::ptrdiff_t pair = 0; pair < pairs(); ++pair) {
+      fill(Sums(), pair, 1);
+      fill(Differences(), pair, -1);
     }
     return true;
   }
   std::ptrdiff_t half() const noexcept { return half_; }
+  // Pairs of weights from the centre outwards, of which the last may have one beyond the outermost.
+  std::ptrdiff_t pairs() const noexcept { return half_ / 2 + 1; }
   // The weight of the outermost taps.
-  std::int32_t outer() const noexcept { return First(0)[0] & 0xFFFF; }
-  // For windows that begin with the first, or with the second, of a pair.
-  WeightPairs At(int first) const noexcept { return {First(first), half_ + 1, bits_}; }
+  std::int32_t outer() const noexcept { return outer_; }
+  WeightPairs Pairs() const noexcept { return {Sums(), Differences(), pairs(), bits_}; }
 
  private:
-  std::int32_t* First(int first) const noexcept {
-    return pairs_.get() + WeightPairs::kCopies * first * (half_ + 1);
+  std::int32_t* Sums() const noexcept { return pairs_.get(); }
+  std::int32_t* Differences() const noexcept {
+    return pairs_.get() + WeightPairs::kCopies * pairs();
   }
 
   std::ptrdiff_t half_ = 0;
+  std::int32_t outer_ = 0;
   int bits_ = 15;
   Scratch<std::int32_t> pairs_;
 };
 
-// Goes down strips of an image four rows at a time. Strips are so narrow that the intermediate
+// Goes down strips of an image two rows at a time. Strips are so narrow that the intermediate
 // values of a window, for one plane, stay in a first cache. Row v of these is made of source row
-// v - half; rows 2 j and 2 j + 1 are a pair.
+// v - 2 y.pairs() + 1; rows 2 j and 2 j + 1 are a pair.
 class GaussianWalk {
  public:
   bool Open(Rows<const KyBW8> in, Rows<KyBW8> out, int planes, const Weights& x,
@@ -91,17 +99,17 @@ class GaussianWalk {
     const bool inPlace = SharingOf(in_, out_) == Sharing::kTheSame;
     strip_ = StripWidth(inPlace);
     const std::ptrdiff_t reach = strip_ + 2 * x.half();
-    widePitch_ = reach + kGaussianSlack;
+    widePitch_ = ScratchPitch(2 * (Places() + kGaussianSlack)) / 2;
     phase_ = strip_ / 2 + kGaussianSlack;
     splitPitch_ = ScratchPitch(reach);
     const std::ptrdiff_t ends = inPlace && strip_ < width_ ? 2 * in_.height * EndBytes() : 0;
-    if (!wide_.Allocate(2 * widePitch_) || !pairs_.Allocate(2 * planes * Slots() * phase_) ||
-        !window_.Allocate(Slots()) || !split_.Allocate(4 * planes * splitPitch_) ||
+    if (!wide_.Allocate(4 * widePitch_) || !pairs_.Allocate(2 * planes * Slots() * phase_) ||
+        !window_.Allocate(planes * Slots()) || !split_.Allocate(2 * planes * splitPitch_) ||
         !spare_.Allocate(planes * strip_) || !ends_.Allocate(ends) ||
         !line_.Allocate(ends > 0 ? planes * reach : 0))
       return false;
     keepsEnds_ = ends > 0;
-    std::fill_n(wide_.get(), 2 * widePitch_, std::int16_t{0});
+    std::fill_n(wide_.get(), 4 * widePitch_, std::int16_t{0});
     return true;
   }
   void Run() noexcept {
@@ -114,12 +122,12 @@ class GaussianWalk {
   }
 
  private:
-  // Rows from what is read to what is prefetched.
-  static constexpr std::ptrdiff_t kAhead = 8;
+  // Rows from what is read, or written, to what is prefetched.
+  static constexpr std::ptrdiff_t kAhead = 8, kWrittenAhead = 4;
 
   std::ptrdiff_t StripWidth(bool inPlace) const {
     constexpr std::ptrdiff_t kFirstCache = 24 << 10, kLeast = 256, kPlaces = 64;
-    const std::ptrdiff_t bytes = std::ptrdiff_t{sizeof(std::uint32_t)} * Slots();
+    const std::ptrdiff_t bytes = std::ptrdiff_t{sizeof(std::int32_t)} * Slots();
     // In place, what a strip needs of the one before it is kept.
     const std::ptrdiff_t least = inPlace ? std::max(kLeast, x_->half()) : kLeast;
     const std::ptrdiff_t wanted = std::max(kFirstCache / bytes, least);
@@ -128,38 +136,47 @@ class GaussianWalk {
   }
 
   void RunStrip(const GaussianKernels& kernels) noexcept {
-    const WeightPairs weights[2] = {y_->At(0), y_->At(1)};
-    std::ptrdiff_t made = 0;
-    for (std::ptrdiff_t y = 0; y < out_.height; y += 4) {
-      for (; made < y / 2 + Slots(); ++made) MakePair(kernels, made);
-      KyBW8* rows[4];
-      for (int r = 0; r < 4; ++r)
+    const WeightPairs weights = y_->Pairs();
+    for (int plane = 0; plane < planeCount_; ++plane)
+      for (std::ptrdiff_t k = 0; k < Slots(); ++k)
+        Window(plane)[k] = pairs_.get() + 2 * (plane * Slots() + k) * phase_;
+    for (std::ptrdiff_t k = 0; k + 1 < Slots(); ++k) MakePair(kernels, k, k);
+    for (std::ptrdiff_t y = 0; y < out_.height; y += 2) {
+      MakePair(kernels, y / 2 + Slots() - 1, Slots() - 1);
+      KyBW8* rows[2];
+      for (int r = 0; r < 2; ++r)
         rows[r] = y + r < out_.height ? out_.Row(y + r) + begin_ * planeCount_ : spare_.get();
+      if (prefetches_)
+        for (int r = 0; r < 2; ++r)
+          if (y + r + kWrittenAhead < out_.height)
+            PrefetchRow(out_.Row(y + r + kWrittenAhead) + begin_ * planeCount_,
+                        (end_ - begin_) * planeCount_);
       for (int plane = 0; plane < planeCount_; ++plane) {
-        for (std::ptrdiff_t k = 0; k < Slots(); ++k) window_[k] = Slot(y / 2 + k, plane);
-        KyBW8* to[4];
-        for (int r = 0; r < 4; ++r) to[r] = planeCount_ == 1 ? rows[r] : Split(r, plane);
-        kernels.across.For(weights[0].count)(to, Columns(), {window_.get(), phase_}, weights);
+        KyBW8* to[2];
+        for (int r = 0; r < 2; ++r) to[r] = planeCount_ == 1 ? rows[r] : Split(r, plane);
+        kernels.across.For(weights.count)(to, Columns(), {Window(plane), phase_}, weights);
+        std::rotate(Window(plane), Window(plane) + 1, Window(plane) + Slots());
       }
       if (planeCount_ > 1)
-        for (int r = 0; r < 4; ++r)
+        for (int r = 0; r < 2; ++r)
           planeKernels_.join(reinterpret_cast<KyC24*>(rows[r]), Columns(), Split(r, 0),
                              static_cast<std::size_t>(splitPitch_));
     }
   }
 
-  // Pairs that are needed at once.
-  std::ptrdiff_t Slots() const { return y_->half() + 2; }
+  // Pairs of rows that are needed at once.
+  std::ptrdiff_t Slots() const { return 2 * y_->pairs(); }
+  // Places of a row of a strip, with those around it.
+  std::ptrdiff_t Places() const { return strip_ + 4 * x_->pairs(); }
   std::size_t Columns() const { return static_cast<std::size_t>(end_ - begin_); }
-  std::uint32_t* Slot(std::ptrdiff_t pair, int plane) const {
-    return pairs_.get() + 2 * (pair % Slots() * planeCount_ + plane) * phase_;
-  }
-  // Four rows of planes, of the source or of results.
+  // The pairs of rows of a plane, from the one above all others on.
+  std::int32_t** Window(int plane) const { return window_.get() + plane * Slots(); }
+  // Two rows of planes, of the source or of results.
   KyBW8* Split(int row, int plane) const {
     return split_.get() + (row * planeCount_ + plane) * splitPitch_;
   }
   std::ptrdiff_t SourceRow(std::ptrdiff_t v) const {
-    return std::clamp<std::ptrdiff_t>(v - y_->half(), 0, in_.height - 1);
+    return std::clamp<std::ptrdiff_t>(v - 2 * y_->pairs() + 1, 0, in_.height - 1);
   }
   // The last pixels of a strip's rows, which the next strip overwrites before the one after it
   // reads them.
@@ -183,12 +200,13 @@ class GaussianWalk {
     return line_.get();
   }
 
-  void MakePair(const GaussianKernels& kernels, std::ptrdiff_t pair) noexcept {
+  // Makes a pair, which becomes the one at place k of the windows.
+  void MakePair(const GaussianKernels& kernels, std::ptrdiff_t pair, std::ptrdiff_t k) noexcept {
     const std::ptrdiff_t rows[2] = {SourceRow(2 * pair), SourceRow(2 * pair + 1)};
     // Beyond the image all pairs are the same.
     if (pair > 0 && SourceRow(2 * pair - 2) == rows[1]) {
-      const auto bytes = static_cast<std::size_t>(2 * planeCount_ * phase_) * sizeof(std::uint32_t);
-      std::memcpy(Slot(pair, 0), Slot(pair - 1, 0), bytes);
+      for (int plane = 0; plane < planeCount_; ++plane)
+        std::copy_n(Window(plane)[k - 1], 2 * phase_, Window(plane)[k]);
       return;
     }
     const std::ptrdiff_t half = x_->half();
@@ -206,20 +224,24 @@ class GaussianWalk {
       else if (keepsEnds_)
         source[r] = static_cast<KyBW8*>(std::memcpy(Split(r, 0), source[r], columns));
     }
+    const std::ptrdiff_t margin = 2 * x_->pairs() - 1;
+    const Margins margins = {static_cast<std::size_t>(margin - (begin_ - left)),
+                             static_cast<std::size_t>(margin + 2 - (right - end_))};
+    // Pixels begin at a line of the cache, or a place before it: rows that begin anywhere take
+    // twice as long to write.
+    constexpr std::ptrdiff_t kLine = kCacheLine / std::ptrdiff_t{sizeof(std::int16_t)};
+    const std::ptrdiff_t toLine =
+        kLine - static_cast<std::ptrdiff_t>(margins.before + 1) / 2 * 2 % kLine;
     for (int plane = 0; plane < planeCount_; ++plane) {
-      const std::int16_t* wide[2];
+      WideRow wide[2];
       for (int r = 0; r < 2; ++r) {
-        std::int16_t* const row = wide_.get() + r * widePitch_;
-        std::int16_t* const first = row + half - (begin_ - left);
-        std::int16_t* const last = first + columns - 1;
-        kernels.widen(first, columns, planeCount_ == 1 ? source[r] : Split(r, plane));
-        std::fill_n(row, first - row, *first);
-        std::fill_n(last + 1, end_ + half - right, *last);
-        wide[r] = row;
+        std::int16_t* const row = wide_.get() + 2 * r * widePitch_ + toLine;
+        wide[r] = {row, row + widePitch_};
+        kernels.widen(row, row + widePitch_, margins, columns,
+                      planeCount_ == 1 ? source[r] : Split(r, plane));
       }
-      std::uint32_t* const slot = Slot(pair, plane);
-      const WeightPairs weights[2] = {x_->At(0), x_->At(1)};
-      kernels.along.For(weights[0].count)({&slot, phase_}, Columns(), wide, weights);
+      const WeightPairs weights = x_->Pairs();
+      kernels.along.For(weights.count)({Window(plane) + k, phase_}, Columns(), wide, weights);
     }
   }
 
@@ -234,8 +256,8 @@ class GaussianWalk {
   Rows<KyBW8> out_;
   Input<KyBW8> input_;
   Scratch<std::int16_t> wide_;
-  Scratch<std::uint32_t> pairs_;
-  Scratch<std::uint32_t*> window_;
+  Scratch<std::int32_t> pairs_;
+  Scratch<std::int32_t*> window_;
   Scratch<KyBW8> split_, spare_, ends_, line_;
 };
 

@@ -13,220 +13,343 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-struct SameOp {
-  using Lane = int16_t;
-  template <class D, class V>
-  HWY_INLINE V operator()(D, V v) const {
-    return v;
-  }
-};
-void Widen(int16_t* out, size_t n, const KyBW8* in) { MapSpan(SameOp(), out, n, in); }
+// Twice a sum along rows has 16 bits after units of 1/128 level, twice one along columns 23 bits
+// after levels; one less where the weights add up to 2^14.
+constexpr int kAlongBits = 16, kAcrossBits = 23;
+// Rounds to such units, and adds half a level, with which the sums along columns need no rounding.
+constexpr int32_t kHalves = (1 << 15) + (64 << 16);
 
 #if HWY_TARGET == HWY_SCALAR
 
 int32_t Lower(int32_t pair) { return static_cast<int16_t>(pair); }
 int32_t Upper(int32_t pair) { return pair >> 16; }
-
-template <int>
-void Along(const PairRows& out, size_t n, const int16_t* const rows[2],
-           const WeightPairs weights[2]) {
-  const int shift = weights[0].bits - 7;
-  for (size_t x = 0; x < n; ++x) {
-    const WeightPairs& w = weights[x % 2];
-    const auto weighted = [&](const int16_t* at) {
-      int32_t sum = 1 << (shift - 1);
-      for (ptrdiff_t k = 0; k < w.count; ++k)
-        sum += Lower(*w.At(k)) * at[2 * k] + Upper(*w.At(k)) * at[2 * k + 1];
-      return sum >> shift;
-    };
-    const size_t first = x - x % 2;
-    const int32_t pair = weighted(rows[0] + first) | weighted(rows[1] + first) << 16;
-    (out.rows[0] + (x % 2 == 0 ? 0 : out.phase))[x / 2] = static_cast<uint32_t>(pair);
-  }
+int32_t PairOf(int32_t lower, int32_t upper) {
+  return static_cast<int32_t>((static_cast<uint32_t>(lower) & 0xFFFF) | static_cast<uint32_t>(upper)
+                                                                            << 16);
 }
 
-template <int>
-void Across(KyBW8* const out[4], size_t n, const PairRows& in, const WeightPairs weights[2]) {
-  const int shift = weights[0].bits + 7;
-  for (int r = 0; r < 4; ++r) {
-    const WeightPairs& w = weights[r % 2];
-    for (size_t x = 0; x < n; ++x) {
-      int32_t sum = 1 << (shift - 1);
-      for (ptrdiff_t k = 0; k < w.count; ++k) {
-        const auto pair =
-            static_cast<int32_t>((in.rows[k + r / 2] + (x % 2 == 0 ? 0 : in.phase))[x / 2]);
-        sum += Lower(*w.At(k)) * Lower(pair) + Upper(*w.At(k)) * Upper(pair);
-      }
-      out[r][x] = static_cast<KyBW8>(sum >> shift);
+// Twice the sums at two neighbours. pairs(k, true) is a pair of places before them, and
+// pairs(k, false) what mirrors it.
+class Sums {
+ public:
+  template <class Pairs>
+  Sums(const WeightPairs& weights, const Pairs& pairs) {
+    for (ptrdiff_t k = 0; k < weights.count; ++k) {
+      const int32_t before = pairs(k, true), after = pairs(k, false);
+      const int32_t sum = *weights.Sums(k), difference = *weights.Differences(k);
+      ofSums_ += Lower(sum) * (Lower(before) + Lower(after));
+      ofSums_ += Upper(sum) * (Upper(before) + Upper(after));
+      ofDifferences_ += Lower(difference) * (Lower(before) - Lower(after));
+      ofDifferences_ += Upper(difference) * (Upper(before) - Upper(after));
     }
   }
+  int32_t First() const { return ofSums_ + ofDifferences_; }
+  int32_t Second() const { return ofSums_ - ofDifferences_; }
+
+ private:
+  int32_t ofSums_ = 0, ofDifferences_ = 0;
+};
+
+void Widen(int16_t* places, int16_t* swapped, const Margins& margins, size_t n, const KyBW8* in) {
+  for (size_t x = 0; x < margins.before + n + margins.after; ++x) {
+    const size_t at = x < margins.before ? 0 : HWY_MIN(x - margins.before, n - 1);
+    places[x] = swapped[x ^ 1] = static_cast<int16_t>((in[at] - 128) * 128);
+  }
+}
+
+template <int>
+void Along(const PairRows& out, size_t n, const WideRow rows[2], const WeightPairs& weights) {
+  const int missing = 15 - weights.bits;
+  for (size_t x = 0; x < n; x += 2) {
+    int32_t first[2], second[2];
+    for (int r = 0; r < 2; ++r) {
+      const Sums sums(weights, [&](ptrdiff_t k, bool before) {
+        const int16_t* const at =
+            (before ? rows[r].Before(weights.count, k) : rows[r].After(weights.count, k)) + x;
+        return PairOf(at[0], at[1]);
+      });
+      first[r] = (sums.First() + (kHalves >> missing)) >> (kAlongBits - missing);
+      second[r] = (sums.Second() + (kHalves >> missing)) >> (kAlongBits - missing);
+    }
+    out.Places(0, 0)[x / 2] = PairOf(first[0], first[1]);
+    out.Places(0, 1)[x / 2] = PairOf(second[0], second[1]);
+  }
+}
+
+template <int>
+void Across(KyBW8* const out[2], size_t n, const PairRows& in, const WeightPairs& weights) {
+  const int shift = kAcrossBits - (15 - weights.bits);
+  for (size_t x = 0; x < n; ++x) {
+    const Sums sums(weights, [&](ptrdiff_t k, bool before) {
+      const int32_t pair =
+          in.Places(before ? weights.count - 1 - k : weights.count + k, x % 2)[x / 2];
+      return before ? pair : PairOf(Upper(pair), Lower(pair));
+    });
+    out[0][x] = static_cast<KyBW8>((sums.First() >> shift) + 128);
+    out[1][x] = static_cast<KyBW8>((sums.Second() >> shift) + 128);
+  }
 }
 
 #else
 
-// sum += the products of the lanes, the two of each pair of lanes added up.
-HWY_INLINE void Accumulate(V16 lanes, V16 weights, V32& sum) {
-  [[maybe_unused]] const D32 d;
+// The products of the lanes, the two of each pair of lanes added up.
+template <class V, class D = hn::RepartitionToWide<hn::DFromV<V> > >
+HWY_INLINE hn::Vec<D> Products(V lanes, V weights) {
+  const D d;
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
+  auto unused = hn::Zero(d);
+  return hn::ReorderWidenMulAccumulate(d, lanes, weights, hn::Zero(d), unused);
+#else
+  const auto pairs = hn::BitCast(d, lanes), factors = hn::BitCast(d, weights);
+  const auto lower = [](auto v) HWY_ATTR { return hn::ShiftRight<16>(hn::ShiftLeft<16>(v)); };
+  return hn::Add(hn::Mul(lower(pairs), lower(factors)),
+                 hn::Mul(hn::ShiftRight<16>(pairs), hn::ShiftRight<16>(factors)));
+#endif
+}
+// sum += Products(lanes, weights)
+template <class V, class Sum>
+HWY_INLINE void Accumulate(V lanes, V weights, Sum& sum) {
 #if HWY_TARGET == HWY_AVX3_DL
-  __asm__("vpdpwssd %2, %1, %0" : "+v"(sum.raw) : "v"(lanes.raw), "v"(weights.raw));
+  __asm__("vpdpwssd %2, %1, %0" : "+v"(sum.raw) : "v"(lanes.raw), "vm"(weights.raw));
 #elif HWY_TARGET == HWY_AVX2
   // Left to itself, g++ multiplies first and adds later, for which there are not enough registers.
-  V32 products;
+  Sum products;
   __asm__("vpmaddwd %3, %2, %1\n\tvpaddd %1, %0, %0"
           : "+x"(sum.raw), "=&x"(products.raw)
-          : "x"(lanes.raw), "x"(weights.raw));
-#elif HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
-  V32 unused = hn::Zero(d);
-  sum = hn::ReorderWidenMulAccumulate(d, lanes, weights, sum, unused);
+          : "x"(lanes.raw), "xm"(weights.raw));
 #else
-  const V32 pairs = hn::BitCast(d, lanes), factors = hn::BitCast(d, weights);
-  const auto lower = [](V32 v) HWY_ATTR { return hn::ShiftRight<16>(hn::ShiftLeft<16>(v)); };
-  sum = hn::Add(sum, hn::Mul(lower(pairs), lower(factors)));
-  sum = hn::Add(sum, hn::Mul(hn::ShiftRight<16>(pairs), hn::ShiftRight<16>(factors)));
+  sum = hn::Add(sum, Products(lanes, weights));
 #endif
 }
 
-// Sums under kCount pairs of weights, which are unrolled, or, where that is 0, of any number. They
-// are rounded by kBits bits, and by one less where the weights add up to 2^14.
-template <int kCount, int kBits>
-class WeighedSums {
- public:
-  HWY_INLINE explicit WeighedSums(const WeightPairs weights[2])
-      : weights_{weights[0], weights[1]}, bits_(weights[0].bits - 15 + kBits) {}
+// Weights of kCount pairs, which are unrolled, or, where that is 0, of any number.
+template <class D, int kCount>
+class Weighing {
+  using D32 = hn::RepartitionToWide<D>;
+  using V16 = hn::Vec<D>;
+  using V32 = hn::Vec<D32>;
 
-  HWY_INLINE ptrdiff_t count() const { return kCount > 0 ? kCount : weights_[0].count; }
-  HWY_INLINE V16 WeightAt(size_t first, ptrdiff_t k) const {
-    return hn::BitCast(D16(), hn::LoadDup128(D32(), weights_[first].At(k)));
-  }
-  // What all sums begin with.
-  HWY_INLINE V32 Half() const { return hn::Set(D32(), 1 << ((kCount > 0 ? kBits : bits_) - 1)); }
-  // f(1), ... f(count() - 1)
-  template <class F>
-  HWY_INLINE void ForOthers(const F& f) const {
+ public:
+  HWY_INLINE explicit Weighing(const WeightPairs& weights) : weights_(weights) {
     if constexpr (kCount > 0)
-      return ForEach<kCount - 1>([&]<int k>(std::integral_constant<int, k>)
-                                     KY_INLINE_ATTR { f(k + 1); });
-    constexpr int kUnrolled = 4;
-    ptrdiff_t k = 1;
-    for (; k + kUnrolled <= count(); k += kUnrolled)
-      ForEach<kUnrolled>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR { f(k + i); });
-    for (; k < count(); ++k) f(k);
+      ForEach<kCount>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
+        sums_[k] = Dup(weights_.Sums(k));
+        differences_[k] = Dup(weights_.Differences(k));
+      });
   }
-  // Two sums, rounded, as the lower and the upper halves of lanes.
-  HWY_INLINE V16 Rounded(V32 lower, V32 upper) const {
-    const D16 d;
-    if constexpr (kCount == 0) {
-      const V32 shifted = hn::ShiftLeft<16>(hn::ShiftRightSame(upper, bits_));
-      return hn::BitCast(d, hn::Or(hn::ShiftRightSame(lower, bits_), shifted));
-    } else if constexpr (kBits < 16) {
-      return hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16 - kBits>(upper)),
-                         hn::BitCast(d, hn::ShiftRight<kBits>(lower)));
+  HWY_INLINE ptrdiff_t count() const { return kCount > 0 ? kCount : weights_.count; }
+  // f(whether this is the first pair, k, the weights of sums, those of differences)
+  template <class F>
+  HWY_INLINE void ForPairs(const F& f) const {
+    if constexpr (kCount > 0) {
+      ForEach<kCount>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
+        f(std::bool_constant<k == 0>(), k, sums_[k], differences_[k]);
+      });
     } else {
-      return hn::OddEven(hn::BitCast(d, hn::ShiftRight<kBits - 16>(upper)),
-                         hn::BitCast(d, hn::ShiftRight<kBits>(lower)));
+      f(std::true_type(), 0, Dup(weights_.Sums(0)), Dup(weights_.Differences(0)));
+      for (ptrdiff_t k = 1; k < count(); ++k)
+        f(std::false_type(), k, Dup(weights_.Sums(k)), Dup(weights_.Differences(k)));
     }
+  }
+  // Two sums without their kBits lowest bits, or one less, as the lower and the upper halves of
+  // lanes.
+  template <int kBits>
+  HWY_INLINE V16 Shifted(V32 lower, V32 upper) const {
+    const D d;
+    if constexpr (kCount == 0) {
+      const int bits = kBits - 15 + weights_.bits;
+      lower = hn::ShiftRightSame(lower, bits);
+      upper = hn::ShiftLeft<16>(hn::ShiftRightSame(upper, bits));
+    } else {
+      lower = hn::ShiftRight<kBits>(lower);
+      if constexpr (kBits > 16) upper = hn::ShiftRight<kBits - 16>(upper);
+    }
+    return hn::OddEven(hn::BitCast(d, upper), hn::BitCast(d, lower));
+  }
+  HWY_INLINE V32 Halves() const {
+    return hn::Set(D32(), kCount > 0 ? kHalves : kHalves >> (15 - weights_.bits));
   }
 
  private:
-  const WeightPairs weights_[2];
-  int bits_;
+  HWY_INLINE static V16 Dup(const int32_t* pair) {
+    return hn::BitCast(D(), hn::LoadDup128(D32(), pair));
+  }
+  const WeightPairs weights_;
+  V16 sums_[HWY_MAX(kCount, 1)], differences_[HWY_MAX(kCount, 1)];
 };
 
-// Both phases of a block of two vectors each, of two rows. A pair of neighbours belongs to the
-// places of either phase, under weights that are one tap apart.
-template <class Sums>
-HWY_INLINE void AlongBlock(const Sums& sums, const PairRows& out, const int16_t* const rows[2],
-                           size_t x) {
-  const D16 d16;
-  constexpr size_t kVectors = 2;
-  const size_t lanes = hn::Lanes(D32());
-  V32 of[2][2][kVectors];
-  for (auto& row : of)
-    for (auto& phase : row)
-      for (V32& sum : phase) sum = sums.Half();
-  const auto add = [&](ptrdiff_t k) KY_INLINE_ATTR {
-    const V16 here[2] = {sums.WeightAt(0, k), sums.WeightAt(1, k)};
-    for (size_t r = 0; r < 2; ++r)
-      for (size_t v = 0; v < kVectors; ++v) {
-        const V16 pairs = hn::LoadU(d16, rows[r] + x + 2 * static_cast<size_t>(k) + 2 * v * lanes);
-        for (size_t p = 0; p < 2; ++p) Accumulate(pairs, here[p], of[r][p][v]);
-      }
-  };
-  add(0);
-  sums.ForOthers(add);
-  const hn::RebindToUnsigned<D32> du;
-  for (size_t p = 0; p < 2; ++p)
-    for (size_t v = 0; v < kVectors; ++v)
-      hn::StoreU(hn::BitCast(du, sums.Rounded(of[0][p][v], of[1][p][v])), du,
-                 out.rows[0] + (p == 0 ? 0 : out.phase) + x / 2 + v * lanes);
-}
-template <int kCount>
-void Along(const PairRows& out, size_t n, const int16_t* const rows[2],
-           const WeightPairs weights[2]) {
-  const WeighedSums<kCount, 8> sums(weights);
-  for (size_t x = 0; x < n; x += 4 * hn::Lanes(D32())) AlongBlock(sums, out, rows, x);
+// The two of each pair of lanes swapped.
+template <class V>
+HWY_INLINE V Swapped(V v) {
+  const hn::DFromV<V> d;
+#if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
+  return hn::Reverse2(d, v);
+#else
+  const hn::Repartition<uint8_t, decltype(d)> d8;
+  alignas(16) static constexpr uint8_t kPlaces[16] = {2,  3,  0, 1, 6,  7,  4,  5,
+                                                      10, 11, 8, 9, 14, 15, 12, 13};
+  return hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(d8, v), hn::LoadDup128(d8, kPlaces)));
+#endif
 }
 
-// Four rows of results at a vector of places of either phase: store(row, results).
-template <class Sums, class Store>
-HWY_INLINE void AcrossVector(const Sums& sums, size_t x, const PairRows& in, const Store& store) {
-  const hn::RebindToUnsigned<D32> du;
-  const D16 d16;
-  // The places of the even phase, and of the odd one, for each row.
-  V32 even0 = sums.Half(), even1 = even0, even2 = even0, even3 = even0;
-  V32 odd0 = even0, odd1 = even0, odd2 = even0, odd3 = even0;
-  // The first pair of rows is that of the first two results alone, the last that of the others.
-  const auto add = [&](ptrdiff_t k, auto toFirst, auto toOthers) KY_INLINE_ATTR {
-    const uint32_t* const from = in.rows[k] + x / 2;
-    const V16 even = hn::BitCast(d16, hn::LoadU(du, from));
-    const V16 odd = hn::BitCast(d16, hn::LoadU(du, from + in.phase));
-    if constexpr (toFirst) {
-      V16 weight = sums.WeightAt(0, k);
-      Accumulate(even, weight, even0);
-      Accumulate(odd, weight, odd0);
-      weight = sums.WeightAt(1, k);
-      Accumulate(even, weight, even1);
-      Accumulate(odd, weight, odd1);
+// Twice the sums at two neighbours. Take adds pairs of places before them, and what mirrors these.
+template <class D>
+class TwoSums {
+  using V16 = hn::Vec<D>;
+  using V32 = hn::Vec<hn::RepartitionToWide<D> >;
+
+ public:
+  template <bool kFirst>
+  HWY_INLINE void Take(std::bool_constant<kFirst>, V16 before, V16 after, V16 sums,
+                       V16 differences) {
+    before = Pinned(before);
+    after = Pinned(after);
+    const V16 sum = hn::Add(before, after), difference = hn::Sub(before, after);
+    if constexpr (kFirst) {
+      ofSums_ = Products(sum, sums);
+      ofDifferences_ = Products(difference, differences);
+    } else {
+      Accumulate(sum, sums, ofSums_);
+      Accumulate(difference, differences, ofDifferences_);
     }
-    if constexpr (toOthers) {
-      V16 weight = sums.WeightAt(0, k - 1);
-      Accumulate(even, weight, even2);
-      Accumulate(odd, weight, odd2);
-      weight = sums.WeightAt(1, k - 1);
-      Accumulate(even, weight, even3);
-      Accumulate(odd, weight, odd3);
-    }
+  }
+  // Adds `halves` to both.
+  HWY_INLINE void Add(V32 halves) { ofSums_ = hn::Add(ofSums_, halves); }
+  HWY_INLINE V32 First() const { return hn::Add(ofSums_, ofDifferences_); }
+  HWY_INLINE V32 Second() const { return hn::Sub(ofSums_, ofDifferences_); }
+
+ private:
+  V32 ofSums_, ofDifferences_;
+};
+
+void Widen(int16_t* places, int16_t* swapped, const Margins& margins, size_t n, const KyBW8* in) {
+  const D16 d;
+  const size_t lanes = hn::Lanes(d);
+  const auto put = [&](size_t at, V16 v) HWY_ATTR {
+    const V16 centered = hn::Sub(hn::ShiftLeft<7>(v), hn::Set(d, 128 << 7));
+    hn::StoreU(centered, d, places + at);
+    hn::StoreU(Swapped(centered), d, swapped + at);
   };
-  add(0, std::true_type(), std::false_type());
-  sums.ForOthers([&](ptrdiff_t k) KY_INLINE_ATTR { add(k, std::true_type(), std::true_type()); });
-  add(sums.count(), std::false_type(), std::true_type());
-  store(0, sums.Rounded(even0, odd0));
-  store(1, sums.Rounded(even1, odd1));
-  store(2, sums.Rounded(even2, odd2));
-  store(3, sums.Rounded(even3, odd3));
-}
-template <int kCount>
-void Across(KyBW8* const out[4], size_t n, const PairRows& in, const WeightPairs weights[2]) {
-  const WeighedSums<kCount, 22> sums(weights);
+  const auto fill = [&](size_t from, size_t to, KyBW8 level) HWY_ATTR {
+    for (; from < to; from += lanes) put(from, hn::Set(d, level));
+  };
+  // Pairs begin at even places. Where margins end within a pair, both are the same.
+  const size_t odd = margins.before % 2, end = margins.before + n;
+  fill(0, margins.before, in[0]);
+  const KyBW8* const from = in + odd;
+  const size_t pairs = n > odd ? (n - odd) / 2 * 2 : 0;
+  const size_t first = margins.before + odd;
   const hn::Rebind<uint8_t, D16> d8;
-  const size_t lanes = hn::Lanes(d8);
+  const auto widen = [&](size_t x)
+                         HWY_ATTR { put(first + x, hn::PromoteTo(d, hn::LoadU(d8, from + x))); };
   size_t x = 0;
-  const auto store = [&](int row, V16 levels)
-                         KY_INLINE_ATTR { hn::StoreU(hn::DemoteTo(d8, levels), d8, out[row] + x); };
-  for (; x + lanes <= n; x += lanes) AcrossVector(sums, x, in, store);
-  if (x == n) return;
-  const auto storePart = [&](int row, V16 levels) KY_INLINE_ATTR {
-    StorePart(d8, hn::DemoteTo(d8, levels), out[row] + x, n - x);
+  for (; x + lanes <= pairs; x += lanes) widen(x);
+  if (x < pairs && pairs >= lanes) widen(pairs - lanes);
+  if (pairs < lanes && pairs > 0) put(first, hn::PromoteTo(d, LoadPart(d8, from, pairs)));
+  fill(first + pairs, end + margins.after, in[n - 1]);
+}
+
+// Windows along rows begin anywhere: longer vectors would all cross lines of the cache.
+using DAlong = hn::CappedTag<int16_t, 16>;
+
+template <int kCount>
+void Along(const PairRows& out, size_t n, const WideRow rows[2], const WeightPairs& weights) {
+  using D = DAlong;
+  using V16 = hn::Vec<D>;
+  using V32 = hn::Vec<hn::RepartitionToWide<D> >;
+  const Weighing<D, kCount> weighing(weights);
+  const D d;
+  const hn::RepartitionToWide<D> d32;
+  const size_t lanes = hn::Lanes(d);
+  const V32 halves = weighing.Halves();
+  const WideRow above = rows[0], below = rows[1];
+  int32_t* const places[2] = {out.Places(0, 0), out.Places(0, 1)};
+  for (size_t x = 0; x < n; x += 2 * lanes) {
+    // Of rows and vectors.
+    TwoSums<D> a0, a1, b0, b1;
+    weighing.ForPairs([&](auto first, ptrdiff_t k, V16 sums, V16 differences) KY_INLINE_ATTR {
+      const auto take = [&](TwoSums<D>& two, const WideRow& row, size_t at) KY_INLINE_ATTR {
+        two.Take(first, hn::LoadU(d, row.Before(weighing.count(), k) + at),
+                 hn::LoadU(d, row.After(weighing.count(), k) + at), sums, differences);
+      };
+      take(a0, above, x);
+      take(a1, above, x + lanes);
+      take(b0, below, x);
+      take(b1, below, x + lanes);
+    });
+    const auto store = [&](size_t at, TwoSums<D>& a, TwoSums<D>& b) KY_INLINE_ATTR {
+      a.Add(halves);
+      b.Add(halves);
+      const auto put = [&](int32_t* to, V32 lower, V32 upper) KY_INLINE_ATTR {
+        const V16 pairs = weighing.template Shifted<kAlongBits>(lower, upper);
+        hn::StoreU(hn::BitCast(d32, pairs), d32, to + at);
+      };
+      put(places[0], a.First(), b.First());
+      put(places[1], a.Second(), b.Second());
+    };
+    store(x / 2, a0, b0);
+    store((x + lanes) / 2, a1, b1);
+  }
+}
+
+// The places of a pair of rows above results, and of the one that mirrors it.
+struct PairAt {
+  const int32_t *before, *after;
+};
+
+template <int kCount>
+void Across(KyBW8* const out[2], size_t n, const PairRows& in, const WeightPairs& weights) {
+  const Weighing<D16, kCount> weighing(weights);
+  const D8 d8;
+  const hn::RebindToSigned<D8> signed8;
+  const D16 d;
+  const size_t lanes = hn::Lanes(d);
+  const auto pairAt = [&](ptrdiff_t k) KY_INLINE_ATTR {
+    return PairAt{in.Places(weighing.count() - 1 - k, 0), in.Places(weighing.count() + k, 0)};
   };
-  AcrossVector(WeighedSums<0, 22>(weights), x, in, storePart);
+  PairAt pairs[HWY_MAX(kCount, 1)];
+  for (ptrdiff_t k = 0; k < kCount; ++k) pairs[k] = pairAt(k);
+  const ptrdiff_t phase = in.phase, next = static_cast<ptrdiff_t>(lanes / 2);
+  KyBW8* const to[2] = {out[0], out[1]};
+  for (size_t x = 0; x < n; x += 2 * lanes) {
+    // Of vectors and phases.
+    TwoSums<D16> a0, a1, b0, b1;
+    weighing.ForPairs([&](auto first, ptrdiff_t k, V16 sums, V16 differences) KY_INLINE_ATTR {
+      const PairAt at = kCount > 0 ? pairs[k] : pairAt(k);
+      const auto take = [&](TwoSums<D16>& two, ptrdiff_t offset) KY_INLINE_ATTR {
+        const auto load = [&](const int32_t* from) KY_INLINE_ATTR {
+          return hn::BitCast(d, hn::LoadU(D32(), from + x / 2 + offset));
+        };
+        two.Take(first, load(at.before), Swapped(load(at.after)), sums, differences);
+      };
+      take(a0, 0);
+      take(a1, phase);
+      take(b0, next);
+      take(b1, phase + next);
+    });
+    const auto store = [&](KyBW8* row, V16 a, V16 b) KY_INLINE_ATTR {
+      const auto centered = hn::BitCast(d8, NarrowInOrder(signed8, a, b));
+      const auto levels = hn::Xor(centered, hn::Set(d8, 128));
+      if (x + 2 * lanes <= n)
+        hn::StoreU(levels, d8, row + x);
+      else
+        StorePart(d8, levels, row + x, n - x);
+    };
+    const auto shifted = [&](V32 even, V32 odd) KY_INLINE_ATTR {
+      return weighing.template Shifted<kAcrossBits>(even, odd);
+    };
+    store(to[0], shifted(a0.First(), a1.First()), shifted(b0.First(), b1.First()));
+    store(to[1], shifted(a0.Second(), a1.Second()), shifted(b0.Second(), b1.Second()));
+  }
 }
 
 #endif
 
 constexpr GaussianKernels kKernels = {
     &Widen,
-    {&Along<0>, &Along<3>, &Along<4>, &Along<5>, &Along<6>, &Along<7>, &Along<8>},
-    {&Across<0>, &Across<3>, &Across<4>, &Across<5>, &Across<6>, &Across<7>, &Across<8>}};
+    {&Along<0>, &Along<2>, &Along<3>, &Along<4>, &Along<5>, &Along<6>, &Along<7>, &Along<8>},
+    {&Across<0>, &Across<2>, &Across<3>, &Across<4>, &Across<5>, &Across<6>, &Across<7>,
+     &Across<8>}};
 
 }  // namespace
 

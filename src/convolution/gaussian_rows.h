@@ -1,5 +1,10 @@
-// Row kernels of separable smoothing in fixed point. Rows of intermediate values are kept in pairs,
-// as products are added up in pairs.
+// Row kernels of separable smoothing in fixed point. Sums arise two at a time, at neighbours, as
+// their windows mirror each other. With weights w[k] = w[-k] and values v, twice the sums of
+// w[k] v[k] and of w[k] v[1 + k] are s + d and s - d, where for all k >= 0
+//   s = sum of (w[k] + w[k + 1]) (v[-k] + v[1 + k]),
+//   d = sum of (w[k] - w[k + 1]) (v[-k] - v[1 + k]),
+// which takes half of the products. These are added up in pairs, k and k + 1. Levels have 128 taken
+// off, so that 16 bits hold sums of two values.
 #pragma once
 
 #include <cstddef>
@@ -10,28 +15,55 @@
 
 namespace ky {
 
-// The weights of a window, which add up to 2^bits: those of taps 2 k and 2 k + 1 in the lower and
-// the upper half of *At(k), and of three more.
+// The weights of sums and of differences, where w adds up to 2^bits: those of k = 2 i + 1 and of
+// 2 i in the lower and the upper half of *Sums(i) and of *Differences(i), and of three more.
 struct WeightPairs {
-  const std::int32_t* first;
+  const std::int32_t *sums, *differences;
   std::ptrdiff_t count;
   int bits;
 
-  const std::int32_t* At(std::ptrdiff_t k) const noexcept { return first + kCopies * k; }
+  const std::int32_t* Sums(std::ptrdiff_t i) const noexcept { return sums + kCopies * i; }
+  const std::int32_t* Differences(std::ptrdiff_t i) const noexcept {
+    return differences + kCopies * i;
+  }
 
   static constexpr std::ptrdiff_t kCopies = 4;
 };
 
-// Rows of pairs, those of even places, and those of odd ones `phase` pairs further on.
-struct PairRows {
-  std::uint32_t* const* rows;
-  std::ptrdiff_t phase;
+// A row with 2 count - 1 places before the first one, and the same with the two of each pair of
+// places swapped.
+struct WideRow {
+  const std::int16_t *places, *swapped;
+
+  // Where the places -2 k - 1 and -2 k begin, and what mirrors them, 2 k + 2 and 2 k + 1.
+  const std::int16_t* Before(std::ptrdiff_t count, std::ptrdiff_t k) const noexcept {
+    return places + 2 * (count - 1 - k);
+  }
+  const std::int16_t* After(std::ptrdiff_t count, std::ptrdiff_t k) const noexcept {
+    return swapped + 2 * (count + k);
+  }
 };
 
-// Kernels for sums of so many pairs of weights, which are unrolled, and one for any other number.
-inline constexpr std::ptrdiff_t kLeastUnrolled = 3, kMostUnrolled = 8;
+// Places of a row around its pixels.
+struct Margins {
+  std::size_t before, after;
+};
+
+// Pairs of rows, the one above in the lower halves: those of even places, and those of odd ones
+// `phase` further on.
+struct PairRows {
+  std::int32_t* const* pairs;
+  std::ptrdiff_t phase;
+
+  std::int32_t* Places(std::ptrdiff_t pair, std::size_t isOdd) const noexcept {
+    return pairs[pair] + static_cast<std::ptrdiff_t>(isOdd) * phase;
+  }
+};
+
+// Kernels for so many pairs of weights, which are unrolled, and one for any other number.
+inline constexpr std::ptrdiff_t kLeastUnrolled = 2, kMostUnrolled = 8;
 template <class Kernel>
-struct BySumKernels {
+struct ByPairsKernels {
   Kernel any, unrolled[kMostUnrolled - kLeastUnrolled + 1];
 
   Kernel For(std::ptrdiff_t count) const noexcept {
@@ -39,22 +71,21 @@ struct BySumKernels {
   }
 };
 
+// All rows but those of results are readable, and writable, for kGaussianSlack elements more.
 struct GaussianKernels {
-  // out[i] = in[i]
-  void (*widen)(std::int16_t* out, std::size_t n, const KyBW8* in);
-  // The value at place x of row r of two is the sum of the products of weights and rows[r][x...],
-  // rounded to 7 bits after the point, where even places have weights[0]. Those of odd places are
-  // weights[1], and begin a place to the left. The values of the first row become the lower halves
-  // of out.rows[0], those of the second the upper ones. All rows are readable and writable for
-  // kGaussianSlack elements more.
-  BySumKernels<void (*)(const PairRows& out, std::size_t n, const std::int16_t* const rows[2],
-                        const WeightPairs weights[2])>
+  // places[before + i] = 128 (in[i] - 128), with the first and the last of n pixels for the margins
+  // too, and the same in `swapped`, with the two of each pair swapped.
+  void (*widen)(std::int16_t* places, std::int16_t* swapped, const Margins& margins, std::size_t n,
+                const KyBW8* in);
+  // out.pairs[0] gets the weighed means of two rows in units of 1/128 level, rounded, less 128
+  // levels and plus half a level.
+  ByPairsKernels<void (*)(const PairRows& out, std::size_t n, const WideRow rows[2],
+                          const WeightPairs& weights)>
       along;
-  // Four rows of results from the values of the rows that are paired in `in`: the sum of
-  // weights[r][k] (half k % 2 of in.rows[k / 2]), rounded to levels, for the first two rows. The
-  // other two have the same weights from in.rows[1] on.
-  BySumKernels<void (*)(KyBW8* const out[4], std::size_t n, const PairRows& in,
-                        const WeightPairs weights[2])>
+  // Two rows of results from those of 2 weights.count pairs of rows. They are where the lower row
+  // of in.pairs[weights.count - 1] and the upper one of in.pairs[weights.count] are.
+  ByPairsKernels<void (*)(KyBW8* const out[2], std::size_t n, const PairRows& in,
+                          const WeightPairs& weights)>
       across;
 };
 inline constexpr std::ptrdiff_t kGaussianSlack = 160;

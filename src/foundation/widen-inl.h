@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -143,6 +144,20 @@ HWY_INLINE hn::Vec<D8> NarrowBlocks(D8 d, V16 lower, V16 upper) {
   const hn::Half<D8> half;
   return hn::Combine(d, hn::DemoteTo(half, upper), hn::DemoteTo(half, lower));
 #endif
+}
+
+// The 16-bit lanes of `lower`, then those of `upper`, as bytes, which they have to fit.
+template <class D8, class V16>
+HWY_INLINE hn::Vec<D8> NarrowInOrder(D8 d, V16 lower, V16 upper) {
+#if HWY_TARGET == HWY_AVX2
+  if constexpr (hn::MaxLanes(D8()) == 32) {
+    const __m256i blocks = std::is_signed_v<hn::TFromD<D8>>
+                               ? _mm256_packs_epi16(lower.raw, upper.raw)
+                               : _mm256_packus_epi16(lower.raw, upper.raw);
+    return hn::Vec<D8>{_mm256_permute4x64_epi64(blocks, _MM_SHUFFLE(3, 1, 2, 0))};
+  }
+#endif
+  return hn::ConcatEven(d, hn::BitCast(d, upper), hn::BitCast(d, lower));
 }
 #endif
 

@@ -43,13 +43,7 @@ HWY_INLINE hn::Vec<D> HalvesOf(D d, const hn::Vec<D> (&upper)[2], const hn::Vec<
     // This is (sum + 2) >> 2, in one instruction.
     halves[i] = hn::MulFixedPoint15(hn::BitCast(signed16, sum), hn::Set(signed16, 1 << 13));
   }
-#if HWY_TARGET == HWY_AVX2
-  if constexpr (hn::MaxLanes(D()) == 32) {
-    const auto blocks = NarrowBlocks(d, halves[0], halves[1]);
-    return hn::Vec<D>{_mm256_permute4x64_epi64(blocks.raw, _MM_SHUFFLE(3, 1, 2, 0))};
-  }
-#endif
-  return hn::ConcatEven(d, hn::BitCast(d, halves[1]), hn::BitCast(d, halves[0]));
+  return NarrowInOrder(d, halves[0], halves[1]);
 }
 #endif
 
