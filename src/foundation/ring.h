@@ -89,10 +89,14 @@ class RowRing {
   // False when there is no memory.
   bool Allocate(const Shape& shape) noexcept {
     shape_ = shape;
-    const auto elements = [&](std::ptrdiff_t width) {
-      return (width + shape.left + shape.right) * shape.step + shape.slack;
-    };
     constexpr std::ptrdiff_t kSize = sizeof(T);
+    // Pixels begin at lines of the cache. Of vectors of 32 bytes in rows that begin anywhere, every
+    // other one crosses two.
+    const std::ptrdiff_t before =
+        (shape.left * shape.step * kSize + kCacheLine - 1) / kCacheLine * kCacheLine / kSize;
+    const auto elements = [&](std::ptrdiff_t width) {
+      return before + (width + shape.right) * shape.step + shape.slack;
+    };
     const std::ptrdiff_t count = std::clamp<std::ptrdiff_t>(shape.rows, 1, shape.height);
     const std::ptrdiff_t pitch = ScratchPitch(elements(shape.width) * kSize) / kSize;
     const bool constant = shape.border.kind == Border::kConstant;
@@ -100,7 +104,7 @@ class RowRing {
     if (pitch > (PTRDIFF_MAX - outside) / count || !memory_.Allocate(count * pitch + outside))
       return false;
     std::fill_n(memory_.get(), count * pitch + outside, static_cast<T>(shape.border.value));
-    first_ = memory_.get() + shape.left * shape.step;
+    first_ = memory_.get() + before;
     pitch_ = pitch;
     count_ = count;
     outside_ = first_ + count * pitch;
