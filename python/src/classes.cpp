@@ -44,6 +44,16 @@ py::object Steal(PyObject* object) {
 
 const char* Doc(const char* name) { return DocumentationOf(name); }
 
+// Makes every protocol of pickling refuse the objects of a class. Without it the two oldest make
+// objects that no constructor has seen, which ends the process.
+template <class C>
+void RefusePickling(C& bound) {
+  bound.def("__reduce__", [](const py::object& self) -> py::object {
+    const auto name = py::type::of(self).attr("__name__").cast<std::string>();
+    throw py::type_error("cannot pickle a ky." + name);
+  });
+}
+
 }  // namespace
 
 void AddPixelTypes(py::module_& module) {
@@ -55,7 +65,8 @@ void AddPixelTypes(py::module_& module) {
           "dtype",
           [](const PixelType& type) { return py::reinterpret_borrow<py::object>(type.dtype); },
           "The dtype of the arrays.")
-      .def("__repr__", [](const PixelType& type) { return std::string("ky.") + type.name; });
+      .def("__repr__", [](const PixelType& type) { return std::string("ky.") + type.name; })
+      .def("__reduce__", [](const PixelType& type) { return type.name; });
   int count = 0;
   PixelType* const* const types = PixelTypes(count);
   for (int i = 0; i < count; ++i) {
@@ -88,8 +99,10 @@ void AddKernel(py::module_& module) {
            "Makes a preset kernel, such as ky.Kernel(ky.KERNEL_SOBEL_X).", py::arg("type"))
       .def(py::init([](const py::array_t<float, py::array::c_style | py::array::forcecast>& rows,
                        float gain, int offset, std::int16_t rectifier, int outsideValue) {
-             if (rows.ndim() != 2 || rows.shape(0) > INT16_MAX || rows.shape(1) > INT16_MAX)
+             if (rows.ndim() != 2)
                throw py::value_error("Kernel(): coefficients must be rows of numbers");
+             if (rows.shape(0) > INT16_MAX || rows.shape(1) > INT16_MAX)
+               throw py::value_error("Kernel(): there may be at most 32767 rows and columns");
              auto made = std::make_unique<K>(
                  static_cast<std::int16_t>(rows.shape(1)), static_cast<std::int16_t>(rows.shape(0)),
                  gain, std::uint32_t(offset), rectifier, std::uint32_t(outsideValue));
@@ -175,12 +188,26 @@ void AddKernel(py::module_& module) {
       .def(
           "set_kernel",
           [](K& self, int type) { Check(self.SetKernel(static_cast<KERNEL_TYPE>(type))); },
-          Doc("KyKernel::SetKernel"), py::arg("type"));
+          Doc("KyKernel::SetKernel"), py::arg("type"))
+      .def("__reduce__", [](const py::object& self) {
+        const K& of = self.cast<const K&>();
+        const py::object make = py::module_::import("functools").attr("partial");
+        return py::make_tuple(
+            make(py::type::of(self), self.attr("coefficients"), py::arg("gain") = of.GetGain(),
+                 py::arg("offset") = int(of.GetOffset()), py::arg("rectifier") = of.GetRectifier(),
+                 py::arg("outside_value") = int(of.GetOutsideValue())),
+            py::tuple());
+      });
 }
 
 void AddLookups(py::module_& module) {
-  py::class_<KyColorLookup>(module, "ColorLookup", Doc("KyColorLookup"))
-      .def(py::init([] { return std::make_unique<KyColorLookup>(); }))
+  // Final, as the library would not call what a class of Python overrides.
+  py::class_<KyColorLookup> lookup(
+      module, "ColorLookup",
+      "Converts colours one by one: this one copies them, and ky.ColorMatrix multiplies them by a "
+      "matrix. No class can be derived from it.",
+      py::is_final());
+  lookup.def(py::init([] { return std::make_unique<KyColorLookup>(); }))
       .def(
           "transform",
           [](const KyColorLookup& self, const std::array<KyBW8, 3>& color) {
@@ -189,7 +216,9 @@ void AddLookups(py::module_& module) {
             return std::make_tuple(output.c0, output.c1, output.c2);
           },
           Doc("KyColorLookup::Transform"), py::arg("color"));
-  py::class_<KyColorMatrix, KyColorLookup>(module, "ColorMatrix", Doc("KyColorMatrix"))
+  RefusePickling(lookup);
+  py::class_<KyColorMatrix, KyColorLookup>(module, "ColorMatrix", Doc("KyColorMatrix"),
+                                           py::is_final())
       .def(py::init([](const std::vector<float>& rows) {
              if (rows.size() != 9)
                throw py::value_error("ColorMatrix(): there must be 9 coefficients");
@@ -254,8 +283,9 @@ struct Averager {
 }  // namespace
 
 void AddMovingAverage(py::module_& module) {
-  py::class_<Averager>(module, "MovingAverage", Doc("KyMovingAverage"))
-      .def(py::init<>(), Doc("KyMovingAverage::KyMovingAverage"))
+  py::class_<Averager> bound(module, "MovingAverage", Doc("KyMovingAverage"));
+  RefusePickling(bound);
+  bound.def(py::init<>(), Doc("KyMovingAverage::KyMovingAverage"))
       .def(py::init([](unsigned period, int width, int height, bool keepSource) {
              Averager made;
              made.SetSize(period, width, height, keepSource);
@@ -335,13 +365,14 @@ struct Levels {
   void Halve() {
     Change(true, [](KyPyramid& p) { return p.Halve(); });
   }
-  py::object GetLevel(int level) {
-    std::unique_ptr<std::shared_ptr<KyPyramid>> owner;
-    {
-      const Unlocked unlocked;
-      const std::lock_guard<std::mutex> guard(*mutex);
-      owner = std::make_unique<std::shared_ptr<KyPyramid>>(pyramid);
-    }
+  // The pyramid as it is between two changes; while it is held, no thread changes it.
+  std::shared_ptr<KyPyramid> Current() const {
+    const Unlocked unlocked;
+    const std::lock_guard<std::mutex> guard(*mutex);
+    return pyramid;
+  }
+  py::object GetLevel(int level) const {
+    auto owner = std::make_unique<std::shared_ptr<KyPyramid>>(Current());
     const KyGenericROI* const roi = (*owner)->GetLevel(level);
     if (roi == nullptr || roi->GetPixelPtr(0, 0) == nullptr) return py::none();
     const PixelType& type = (*owner)->GetImageType() == KY_IMAGE_BW8 ? PixelTraits<KyBW8>::type
@@ -354,8 +385,9 @@ struct Levels {
 }  // namespace
 
 void AddPyramid(py::module_& module) {
-  py::class_<Levels>(module, "Pyramid", Doc("KyPyramid"))
-      .def(py::init<>())
+  py::class_<Levels> bound(module, "Pyramid", Doc("KyPyramid"));
+  RefusePickling(bound);
+  bound.def(py::init<>())
       .def(py::init([](int levels, int type) {
              Levels made;
              made.SetNumLevels(levels, type);
@@ -367,10 +399,10 @@ void AddPyramid(py::module_& module) {
       .def("build", &Levels::Build, Doc("KyPyramid::Build"), py::arg("source"))
       .def("halve", &Levels::Halve, Doc("KyPyramid::Halve"))
       .def(
-          "get_num_levels", [](const Levels& self) { return self.pyramid->GetNumLevels(); },
+          "get_num_levels", [](const Levels& self) { return self.Current()->GetNumLevels(); },
           Doc("KyPyramid::GetNumLevels"))
       .def(
-          "get_image_type", [](const Levels& self) { return int(self.pyramid->GetImageType()); },
+          "get_image_type", [](const Levels& self) { return int(self.Current()->GetImageType()); },
           Doc("KyPyramid::GetImageType"))
       .def("get_level", &Levels::GetLevel, Doc("KyPyramid::GetLevel"), py::arg("level"));
 }

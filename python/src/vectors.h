@@ -241,7 +241,7 @@ struct Holder<const S&> : Argument {
     const char* const* name = Fields<S>::kNames;
     const auto take = [&](auto& field) {
       PyObject* const value = PyObject_GetAttrString(object, *name);
-      const bool taken = value != nullptr && TakeValue(value, {place.function, *name}, field);
+      const bool taken = value != nullptr && TakeValue<true>(value, {place.function, *name}, field);
       Py_XDECREF(value);
       ++name;
       return taken;
