@@ -159,7 +159,7 @@ def test_packed_frames():
         unpacked = ky.unpack(buffer, 5, ky.PACKED_MONO10P, destination=np.zeros((2, 4), np.uint16))
         np.testing.assert_array_equal(unpacked, levels)
     for size, pitch, shape in [(9, 5, (2, 4)), (10, 6, (2, 4)), (10, 5, (3, 4)), (0, 5, (1, 1))]:
-        with pytest.raises(ky.Error) as failure:
+        with pytest.raises(ky.Error, match="pixels holds fewer bytes") as failure:
             ky.unpack(packed[:size], pitch, ky.PACKED_MONO10P, destination=shape)
         assert failure.value.code == ky.ERROR_PARAMETER_1_OUT_OF_RANGE
     with pytest.raises(TypeError, match="contiguous buffer"):
