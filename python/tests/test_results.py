@@ -111,6 +111,8 @@ def test_objects(parts):
     assert (drawn == 9).sum() == 130 and (drawn > 0).sum() == 130
     with pytest.raises(TypeError, match="limits must be a ky.ObjectLimits, not dict"):
         ky.select_objects(objects, {})
+    with pytest.raises(TypeError, match=r"points must be an array \(n, 2\) of numbers or a struct"):
+        ky.fit_line([(0, 0), (1, 1)], 0)
     with pytest.raises(ValueError, match="min_area must be from 0 to 4294967295, not -1"):
         ky.select_objects(objects, ky.ObjectLimits(min_area=-1))
     with pytest.raises(ky.Error) as failure:
