@@ -91,6 +91,8 @@ TEST(Saving, WhatIsNoFileIsNotReplaced) {
   // What never ends is no picture from its first bytes on.
   KyImage<KyBW8> read(2, 1);
   EXPECT_EQ(ImgLoad("/dev/zero", &read), KY_ERROR_FILE_FORMAT);
+  // A call that waited for somebody to write to a pipe would not return.
+  EXPECT_EQ(ImgLoad(pipe.c_str(), &read), KY_ERROR_FILE_OPEN);
   EXPECT_EQ(ImgLoad(folder.c_str(), &read), KY_ERROR_FILE_READ);
   EXPECT_EQ(ImgLoad((folder + "/none").c_str(), &read), KY_ERROR_FILE_OPEN);
   EXPECT_STREQ(KyGetErrorMessage(), "ImgLoad: there is no such file (KY_ERROR_FILE_OPEN)");
