@@ -30,11 +30,11 @@
 /// (255 v + m / 2) / m, and 256 v / (m + 1) where m exceeds 255, both rounded down.
 ///
 /// Errors: `KY_ERROR_FILE_OPEN` (1102) for a null path, `KY_ERROR_NO_IMAGE` (1400) for a null
-/// image, `KY_ERROR_FILE_OPEN` (1102) for a file that cannot be opened, `KY_ERROR_FILE_READ` (1103)
-/// for one that cannot be read, ends too early or is damaged, `KY_ERROR_FILE_FORMAT` (1105) for one
-/// of another kind, or whose header is damaged, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory
-/// runs out, and for a picture of more than 2^28 pixels. Traces: "ImgLoad (BW8)", "ImgLoad (BW16)",
-/// "ImgLoad (C24)".
+/// image, `KY_ERROR_FILE_OPEN` (1102) for a file that cannot be opened or is a pipe, at which a
+/// call could wait for ever, `KY_ERROR_FILE_READ` (1103) for one that cannot be read, ends too
+/// early or is damaged, `KY_ERROR_FILE_FORMAT` (1105) for one of another kind, or whose header is
+/// damaged, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory runs out, and for a picture of more
+/// than 2^28 pixels. Traces: "ImgLoad (BW8)", "ImgLoad (BW16)", "ImgLoad (C24)".
 KY_API KY_ERRORS ImgLoad(const char* path, KyImage<KyBW8>* image) noexcept;
 KY_API KY_ERRORS ImgLoad(const char* path, KyImage<KyBW16>* image) noexcept;
 KY_API KY_ERRORS ImgLoad(const char* path, KyImage<KyC24>* image) noexcept;

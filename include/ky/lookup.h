@@ -17,7 +17,7 @@
 /// (1303).
 
 /// Maps the source through 256 levels, which may lie anywhere, also in the destination. Error:
-/// `KY_ERROR_NOT_256_ENTRIES` (1613) for null, without a trace.
+/// `KY_ERROR_NOT_256_ENTRIES` (1613) for null. Failures leave no trace.
 KY_API KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                         const KyBW8* table) noexcept;
 /// Maps the source through a vector. Error: `KY_ERROR_NOT_256_ENTRIES` (1613) for one that is null

@@ -161,7 +161,7 @@ KY_API KY_ERRORS KyEdgeWidth(const KyFloatVector* profile, float share, float& w
 /// with it and a halfThickness of 1, and to 0.02 with a sigma of 2 and a halfThickness of 5.
 ///
 /// Ranges: 0 < halfLength <= 2^15, 1 <= calipers <= 2^20, halfThickness <= 2^15, 0 <= sigma <=
-/// 2^15, minStrength >= 0.
+/// 2^15, minStrength >= 0. The cost goes with calipers halfLength (halfThickness + sigma + 1).
 KY_API KY_ERRORS ImgFindEdgePoints(const KyROI<KyBW8>* source, float x0, float y0, float x1,
                                    float y1, float halfLength, unsigned calipers,
                                    unsigned halfThickness, float sigma, TRANS_SCAN_EDGE polarity,

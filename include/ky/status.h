@@ -153,7 +153,7 @@ KY_API void KyOk() noexcept;
 KY_API void KySetError(KY_ERRORS error) noexcept;
 
 /// Appends `name` to the trace if the status is not 0, and returns the status. The pointer is kept,
-/// not the text, so `name` must outlive the trace. Names after the sixteenth are dropped.
+/// not the text, so `name` must outlive the trace. Names after the sixteenth are dropped, and null.
 KY_API KY_ERRORS KyTraceError(const char* name) noexcept;
 
 /// Returns the number of names in the trace: the routines that the last failure passed through.

@@ -116,7 +116,7 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   /// Writes the elements to a file, which is replaced. Errors: `KY_ERROR_FILE_OPEN` (1102) when the
   /// file cannot be opened (also for null) or is a pipe, at which a call could wait for ever,
   /// `KY_ERROR_FILE_WRITE` (1104) when it cannot be written, `KY_ERROR_FILE_CLOSE` (1106) when it
-  /// cannot be closed. Trace: "KyVector::Save".
+  /// cannot be closed; what the file held before is then gone. Trace: "KyVector::Save".
   KY_ERRORS Save(const char* name) const noexcept;
 
   /// Replaces the elements by those of a file. Errors: `KY_ERROR_FILE_OPEN` (1102) when the file

@@ -27,6 +27,19 @@ class Path(np.ndarray):
 
     closed = False
 
+    def __array_finalize__(self, source):
+        # Copies of a whole path are as closed as it is; a part is not.
+        if source is not None and source.shape == self.shape and getattr(source, "closed", False):
+            self.closed = True
+
+    def __reduce__(self):
+        make, arguments, state = super().__reduce__()
+        return make, arguments, (state, self.closed)
+
+    def __setstate__(self, state):
+        super().__setstate__(state[0])
+        self.closed = state[1]
+
 
 def points(array, dtype, function, parameter):
     """Makes records with x and y of positions (n, 2)."""

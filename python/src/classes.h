@@ -3,7 +3,12 @@
 
 #include <pybind11/pybind11.h>
 
+#include "ky/status.h"
+
 namespace ky::python {
+
+// Raises the status of the thread as an exception when a member has failed.
+void Check(KY_ERRORS error);
 
 // The comment of a class or member of a public header, "KyKernel::SetGain"; generated.
 const char* DocumentationOf(const char* name);

@@ -23,10 +23,11 @@ bool TakeColor(PyObject* object, const Place& place, KyC24& value);
 bool TakeText(PyObject* object, const Place& place, const char*& value);
 
 // Any type of number, and enumerations, as the library declares them. Unsigned integers of 32 bits
-// take negative numbers too, which wrap, since modes are passed in the place of levels.
+// take negative numbers too, which wrap, since modes are passed in the place of levels; the fields
+// of records do not.
 template <class T>
 constexpr bool kIsNumber = std::is_arithmetic_v<T> || std::is_enum_v<T>;
-template <class T>
+template <bool kField = false, class T>
 bool TakeValue(PyObject* object, const Place& place, T& value) {
   if constexpr (std::is_same_v<T, KyC24>) {
     return TakeColor(object, place, value);
@@ -42,7 +43,7 @@ bool TakeValue(PyObject* object, const Place& place, T& value) {
   } else {
     using Integer = std::conditional_t<std::is_enum_v<T>, int, T>;
     using Limits = std::numeric_limits<Integer>;
-    constexpr bool kWraps = std::is_same_v<Integer, unsigned int>;
+    constexpr bool kWraps = !kField && std::is_same_v<Integer, unsigned int>;
     long long number = 0;
     const long long least = kWraps ? std::numeric_limits<int>::min() : (long long)(Limits::min());
     if (!TakeInteger(object, least, (long long)(Limits::max()), place, number)) return false;

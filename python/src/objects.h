@@ -71,6 +71,7 @@ KY_ERRORS Unpack(const Bytes* pixels, int pitch, KY_PACKED_FORMAT format, KyROI<
   if (height > 0 && pitch >= row && pixels->size < (height - 1) * pitch + row) {
     KyOk();
     KySetError(KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
+    KyNameParameter("pixels holds fewer bytes than the rows take");
     return KyTraceError("ImgUnpack");
   }
   return ImgUnpack(pixels->data, pitch, format, destination);

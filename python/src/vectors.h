@@ -1,9 +1,11 @@
 // The arguments that are vectors, records and elements of vectors.
 #pragma once
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -66,9 +68,24 @@ PyObject* RecordDtype() {
   return NewRecordDtype(fields, sizeof(S));
 }
 
+// Of records that begin with a position the type of its coordinates, 'f' or 'i': arrays (n, 2) of
+// positions stand for them. 0 for others.
+template <class E>
+constexpr char PointsOf() {
+  if constexpr (requires(E & e) { e.x, e.y; }) {
+    if (offsetof(E, x) == 0) return std::is_floating_point_v<decltype(E::x)> ? 'f' : 'i';
+  }
+  return 0;
+}
+
 template <class E>
 struct Element {
-  static constexpr const char* kExpected = "a structured array (n,), as ky returns it";
+  static constexpr const char* kExpected =
+      PointsOf<E>() == 'f'
+          ? "an array (n, 2) of numbers or a structured array (n,), as ky returns it"
+      : PointsOf<E>() == 'i'
+          ? "an array (n, 2) of integers or a structured array (n,), as ky returns it"
+          : "a structured array (n,), as ky returns it";
   static constexpr char kKind = 'V';
   static constexpr int kItemSize = sizeof(E), kColumns = 0;
 };
@@ -113,10 +130,7 @@ const ElementType& ElementTypeOf() {
                        0,
                        nullptr};
     if constexpr (HasFields<E>) {
-      using First =
-          std::decay_t<std::tuple_element_t<0, decltype(Fields<E>::Tie(std::declval<E&>()))>>;
-      if (Fields<E>::kNames[0] == std::string("x"))
-        result.points = std::is_floating_point_v<First> ? 'f' : 'i';
+      result.points = PointsOf<E>();
       if constexpr (Element<E>::kKind == 'V') result.dtype = RecordDtype<E>();
     }
     if (result.dtype == nullptr)
@@ -241,7 +255,7 @@ struct Holder<const S&> : Argument {
     const char* const* name = Fields<S>::kNames;
     const auto take = [&](auto& field) {
       PyObject* const value = PyObject_GetAttrString(object, *name);
-      const bool taken = value != nullptr && TakeValue(value, {place.function, *name}, field);
+      const bool taken = value != nullptr && TakeValue<true>(value, {place.function, *name}, field);
       Py_XDECREF(value);
       ++name;
       return taken;

@@ -74,6 +74,8 @@ def test_paths(parts):
     assert path.shape == (70, 2) and path.dtype.kind == "i" and path.closed
     assert path.min(0).tolist() == [8, 5] and path.max(0).tolist() == [29, 19]
     assert not path[1:].closed
+    for copied in (path.copy(), path[::-1], copy.deepcopy(path), pickle.loads(pickle.dumps(path))):
+        assert copied.closed and copied.shape == path.shape
     levels = ky.image_to_path(parts, path)
     assert (levels["pixel"] == 200).all() and levels.closed
     np.testing.assert_array_equal(np.stack([levels["x"], levels["y"]], 1), path)
@@ -109,6 +111,10 @@ def test_objects(parts):
     assert (drawn == 9).sum() == 130 and (drawn > 0).sum() == 130
     with pytest.raises(TypeError, match="limits must be a ky.ObjectLimits, not dict"):
         ky.select_objects(objects, {})
+    with pytest.raises(TypeError, match=r"points must be an array \(n, 2\) of numbers or a struct"):
+        ky.fit_line([(0, 0), (1, 1)], 0)
+    with pytest.raises(ValueError, match="min_area must be from 0 to 4294967295, not -1"):
+        ky.select_objects(objects, ky.ObjectLimits(min_area=-1))
     with pytest.raises(ky.Error) as failure:
         ky.select_objects(objects, ky.ObjectLimits(min_area=5, max_area=4))
     assert failure.value.code == ky.ERROR_BAD_INTERVAL
@@ -155,7 +161,7 @@ def test_packed_frames():
         unpacked = ky.unpack(buffer, 5, ky.PACKED_MONO10P, destination=np.zeros((2, 4), np.uint16))
         np.testing.assert_array_equal(unpacked, levels)
     for size, pitch, shape in [(9, 5, (2, 4)), (10, 6, (2, 4)), (10, 5, (3, 4)), (0, 5, (1, 1))]:
-        with pytest.raises(ky.Error) as failure:
+        with pytest.raises(ky.Error, match="pixels holds fewer bytes") as failure:
             ky.unpack(packed[:size], pitch, ky.PACKED_MONO10P, destination=shape)
         assert failure.value.code == ky.ERROR_PARAMETER_1_OUT_OF_RANGE
     with pytest.raises(TypeError, match="contiguous buffer"):
@@ -180,6 +186,18 @@ def test_kernel(grey):
         kernel.get_kernel_data(9, 0)
     cross = ky.Kernel([[0, 1, 0], [1, 1, 1], [0, 1, 0]])
     assert ky.dilate(grey, cross).mean() > grey.mean()
+    edges = ky.Kernel([[-1, 0, 1]], gain=0.5, offset=-7, rectifier=3, outside_value=9)
+    again = pickle.loads(pickle.dumps(edges))
+    np.testing.assert_array_equal(ky.convol_kernel(grey, again), ky.convol_kernel(grey, edges))
+
+
+@pytest.mark.parametrize("protocol", range(pickle.HIGHEST_PROTOCOL + 1))
+def test_pickling(protocol):
+    for kind in (ky.BW8, ky.C15):
+        assert pickle.loads(pickle.dumps(kind, protocol)) is kind
+    for thing in (ky.MovingAverage(), ky.Pyramid(), ky.ColorLookup(), ky.ColorMatrix.luma()):
+        with pytest.raises(TypeError, match=f"cannot pickle a ky.{type(thing).__name__}"):
+            pickle.dumps(thing, protocol)
 
 
 def test_lookups(random):
@@ -189,6 +207,9 @@ def test_lookups(random):
     np.testing.assert_array_equal(ky.get_component(color, 2), color[:, :, 2])
     np.testing.assert_array_equal(ky.get_component(color, 2, None), color[:, :, 2])
     assert ky.ColorMatrix([0, 0, 1, 0, 1, 0, 1, 0, 0]).transform((1, 2, 3)) == (3, 2, 1)
+    for base in (ky.ColorLookup, ky.ColorMatrix):  # whose overrides would not be called
+        with pytest.raises(TypeError, match="not an acceptable base type"):
+            type("Own", (base,), {"transform": lambda self, color: color})
 
 
 def test_moving_average(random):

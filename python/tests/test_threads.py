@@ -61,6 +61,7 @@ def test_objects_shared_by_threads(random):
             pyramid.build(pictures[i][: 20 + 7 * i])
             level = pyramid.get_level(2)
             assert level.shape[1] == 15 and level.sum() > 0
+            assert pyramid.get_num_levels() == 3 and pyramid.get_image_type() == 1
         return True
 
     with ThreadPoolExecutor(4) as pool:

@@ -207,7 +207,7 @@ KY_ERRORS KyNameParameter(const char* name) noexcept {
 }
 
 KY_ERRORS KyTraceError(const char* name) noexcept {
-  if (status.error != KY_OK && status.traceCount < kTraceLimit)
+  if (name != nullptr && status.error != KY_OK && status.traceCount < kTraceLimit)
     status.trace[status.traceCount++] = name;
   return status.error;
 }

@@ -39,7 +39,7 @@ class Tracer {
   }
 
   // Gives `output.Add(point, level, code of the step)` the pixels from `at` on, until the contour
-  // is complete or that answers an error. `at` becomes the last pixel reached.
+  // is complete or that returns an error. `at` becomes the last pixel reached.
   template <class Output>
   KY_ERRORS Follow(Point& at, Output& output) const noexcept {
     if (!Contains(at)) return KY_ERROR_CONTOUR_START;

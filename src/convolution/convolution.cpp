@@ -20,7 +20,7 @@ bool HasFixedSize(const KernelView& kernel) {
   return IsSquareOf(kernel, 3) || IsSquareOf(kernel, 5) || IsSquareOf(kernel, 7);
 }
 
-// The weights of the workers with 15 bits behind the binary point, as a grid of `size` columns.
+// The weights of the workers with 15 bits after the binary point, as a grid of `size` columns.
 // Rectifier 1 turns the sense.
 FixedWeights WeightsOf(const KernelView& kernel, float effectiveGain) {
   const bool turned = kernel.rectifier == 1;
@@ -64,7 +64,7 @@ KY_ERRORS ConvolveAs(Out out, In in, int step, const KernelView& kernel,
   return ky::ConvolveFixed(out, in, step, weightsOf(kernel));
 }
 
-// The worker of 3x3 kernels with rectifier 2: 8 bits behind the point, weights of 16 bits.
+// The worker of 3x3 kernels with rectifier 2: 8 bits after the point, weights of 16 bits.
 KY_ERRORS ConvolvePositive(Out out, In in, int step, const KernelView& kernel) noexcept {
   FixedWeights w = {};
   w.radius = 1;

@@ -10,7 +10,7 @@ namespace ky {
 // A grid of 2 * radius + 1 rows and columns of integer weights, row by row.
 struct FixedWeights {
   int radius;
-  int fraction;  // bits of the weights behind the binary point
+  int fraction;  // bits of the weights after the binary point
   std::int64_t offset;
   bool magnitude;
   std::int32_t weights[49];

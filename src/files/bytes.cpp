@@ -1,6 +1,7 @@
 #include "files/bytes.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -31,13 +32,21 @@ const char* WhyNotOpened() noexcept {
 
 class Descriptor {
  public:
-  explicit Descriptor(const char* path) noexcept : number_(open(path, O_RDONLY | O_CLOEXEC)) {}
+  explicit Descriptor(const char* path) noexcept
+      : number_(open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   ~Descriptor() {
     if (number_ >= 0) close(number_);
   }
   int number() const noexcept { return number_; }
+  // Pipes are refused: nobody may ever come to their other end. Devices wait for their data as
+  // usual.
+  bool IsUsable() const noexcept {
+    struct stat status = {};
+    return fstat(number_, &status) == 0 && !S_ISFIFO(status.st_mode) &&
+           fcntl(number_, F_SETFL, O_RDONLY) == 0;
+  }
 
  private:
   int number_;
@@ -55,12 +64,16 @@ KY_ERRORS ReadFile(const char* path, Growing<std::uint8_t>& contents) noexcept {
   constexpr std::size_t kChunk = 1 << 16, kMost = std::size_t{kMostPixels} * 8;
   const Descriptor file(path);
   if (file.number() < 0) return Explain(KY_ERROR_FILE_OPEN, WhyNotOpened());
+  if (!file.IsUsable())
+    return Explain(KY_ERROR_FILE_OPEN, "the file is a pipe: read it, and call ImgDecode");
   for (;;) {
     if (contents.size() > kMost) return TooLarge();
     if (!contents.Reserve(kChunk)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     const ssize_t count = read(file.number(), contents.end(), kChunk);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return Explain(KY_ERROR_FILE_READ, "the file cannot be read");
+    if (count < 0)
+      return Explain(KY_ERROR_FILE_READ, errno == EISDIR ? "what has that name is a folder"
+                                                         : "the file cannot be read");
     if (count == 0) return KY_OK;
     contents.Resize(contents.size() + static_cast<std::size_t>(count));
     // What never ends is known to be no picture from its first bytes on.

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -21,6 +22,7 @@ const char* WhyNotMade() noexcept {
     case ENOENT: return "there is no such folder";
     case EACCES: return "no file may be made in that folder";
     case ENOSPC: return "the disk is full";
+    case ENAMETOOLONG: return "the name is too long";
     default: return "the file cannot be made";
   }
 }
@@ -31,21 +33,42 @@ KY_ERRORS Replacement::Open(const char* path) noexcept {
   if (std::strlen(path) >= sizeof target_)
     return Explain(KY_ERROR_FILE_OPEN, "the path is too long");
   // A link goes on leading to the file.
-  if (realpath(path, target_) == nullptr) std::strcpy(target_, path);  // NOLINT: it fits
   struct stat status = {};
+  if (realpath(path, target_) == nullptr) {
+    std::strcpy(target_, path);  // NOLINT: it fits
+    if (lstat(path, &status) == 0 && S_ISLNK(status.st_mode))
+      return Explain(KY_ERROR_FILE_OPEN, "the link leads to no file");
+  }
   const bool replaces = stat(target_, &status) == 0;
+  if (!replaces && errno != ENOENT) return Explain(KY_ERROR_FILE_OPEN, WhyNotMade());
   if (replaces && !S_ISREG(status.st_mode))
     return Explain(KY_ERROR_FILE_OPEN, "what has that name is no regular file");
-  static std::atomic<unsigned> count{0};
-  std::snprintf(temporary_, sizeof temporary_, "%s.%ld.%u.tmp", target_,
-                static_cast<long>(getpid()), count.fetch_add(1));
-  constexpr mode_t kReadAndWriteForAll = 0666, kPermissions = 07777;
-  descriptor_ = open(temporary_, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadAndWriteForAll);
-  if (descriptor_ < 0) return Explain(KY_ERROR_FILE_OPEN, WhyNotMade());
-  exists_ = true;
+  if (!MakeTemporary()) return Explain(KY_ERROR_FILE_OPEN, WhyNotMade());
+  constexpr mode_t kPermissions = 07777;
   // Where the file system has no permissions there are none to keep.
   if (replaces && fchmod(descriptor_, status.st_mode & kPermissions) != 0) errno = 0;
   return KY_OK;
+}
+
+// Makes a file of a name that no other has: beside the target, and no longer than names may be. One
+// that a process of the same number has left behind, as in a container, is passed over.
+bool Replacement::MakeTemporary() noexcept {
+  static std::atomic<unsigned> count{0};
+  constexpr std::ptrdiff_t kLongestStem = 200;
+  constexpr int kMostTries = 100;
+  constexpr mode_t kReadAndWriteForAll = 0666;
+  const char* const slash = std::strrchr(target_, '/');
+  const char* const name = slash == nullptr ? target_ : slash + 1;
+  const auto length = static_cast<std::ptrdiff_t>(std::strlen(name));
+  const auto kept = static_cast<int>(name - target_ + std::min(length, kLongestStem));
+  for (int i = 0; i < kMostTries && !exists_; ++i) {
+    std::snprintf(temporary_, sizeof temporary_, "%.*s.%ld.%u.tmp", kept, target_,
+                  static_cast<long>(getpid()), count.fetch_add(1));
+    descriptor_ = open(temporary_, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadAndWriteForAll);
+    exists_ = descriptor_ >= 0;
+    if (!exists_ && errno != EEXIST) return false;
+  }
+  return exists_;
 }
 
 Replacement::~Replacement() {

@@ -25,6 +25,7 @@ class Replacement {
  private:
   static constexpr std::size_t kBuffer = 1 << 14;
 
+  bool MakeTemporary() noexcept;
   bool Flush() noexcept;
 
   int descriptor_ = -1;

@@ -32,7 +32,7 @@ constexpr ptrdiff_t kAhead = 3840;
 // Makes vectors of the extremes of kSpan elements from each place on, going along a row, out of
 // those of shorter spans: shifting what is at hand is faster than loads across the lines of a
 // cache. A result takes the elements up to kBehind vectors further on, and so Next is given the
-// vector that stands so far behind the one that it makes.
+// vector that comes so far after the one that it makes.
 template <class Op, int kSpan>
 struct Spans {
   static constexpr int kShorter = std::bit_floor(kSpan - 1u);

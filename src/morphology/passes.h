@@ -1,5 +1,5 @@
 // Erosion and dilation as passes that go down an image. A pass is told how many rows of its input
-// are ready and answers how many of its results are, all of them once all rows are ready, after
+// are ready and returns how many of its results are, all of them once all rows are ready, after
 // which it is done. It never writes a row before it has read it, so its output may be its input,
 // and passes on the same rows may follow each other closely.
 #pragma once

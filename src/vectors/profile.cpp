@@ -106,7 +106,7 @@ KY_ERRORS FindPeaks(const KyPixelVectorTemplate<T>* profile, KyPeaksVector* peak
 }
 
 // The frame of the filters: `body(source, n, destination)` once there is room for the results.
-// `prepare(n)` comes before that, and answers false when there is no memory.
+// `prepare(n)` comes before that, and returns false when there is no memory.
 template <class Prepare, class Body>
 KY_ERRORS Filter(const char* name, const KyBW8Vector* source, KyBW8Vector* destination,
                  Prepare prepare, Body body) noexcept {

@@ -22,7 +22,7 @@ struct ProfileKernels {
   void (*uniform)(KyBW8* out, std::size_t n, const KyBW8* levels, std::size_t length,
                   std::uint16_t* sums);
   // Finds where levels pass the threshold in the ways of `edges`: from below it to it or above,
-  // from above it to it or below. levels[-1] comes first. Answers the number of places; up to seven
+  // from above it to it or below. levels[-1] comes first. Returns the number of places; up to seven
   // more are written, and levels are read up to a multiple of 64.
   std::size_t (*transitions)(std::uint16_t* places, std::size_t n, const KyBW8* levels,
                              KyBW8 threshold, KyBW8 edges);

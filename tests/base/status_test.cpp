@@ -13,6 +13,7 @@ TEST(Status, TraceGrowsOnlyWhileTheStatusIsSet) {
   EXPECT_EQ(KyGetTraceCount(), 0);
 
   KySetError(KY_ERROR_NO_IMAGE);
+  EXPECT_EQ(KyTraceError(nullptr), KY_ERROR_NO_IMAGE);  // no name
   for (int i = 0; i < 20; ++i)
     EXPECT_EQ(KyTraceError(i == 0 ? "inner" : "outer"), KY_ERROR_NO_IMAGE);
   EXPECT_EQ(KyGetTraceCount(), 16);

@@ -81,18 +81,36 @@ TEST(Saving, WhatIsNoFileIsNotReplaced) {
   fs::create_directory(inner);
   fs::create_symlink("/dev/null", folder + "/null.png");
   const KyImage<KyBW8> image(5, 4);
-  for (const std::string& name : {pipe, inner, folder + "/null.png", folder + "/none/a.png"})
+  fs::create_symlink("/none/at/all.png", folder + "/link.png");
+  for (const std::string& name :
+       {pipe, inner, folder + "/null.png", folder + "/link.png", folder + "/none/a.png"})
     EXPECT_EQ(ImgSave(&image, name.c_str()), KY_ERROR_FILE_OPEN);
   EXPECT_STREQ(KyGetErrorMessage(), "ImgSave: there is no such folder (KY_ERROR_FILE_OPEN)");
   EXPECT_TRUE(fs::is_fifo(pipe) && fs::is_directory(inner) && fs::exists("/dev/null"));
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 3);
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 4);
   // What never ends is no picture from its first bytes on.
   KyImage<KyBW8> read(2, 1);
   EXPECT_EQ(ImgLoad("/dev/zero", &read), KY_ERROR_FILE_FORMAT);
+  // A call that waited for somebody to write to a pipe would not return.
+  EXPECT_EQ(ImgLoad(pipe.c_str(), &read), KY_ERROR_FILE_OPEN);
   EXPECT_EQ(ImgLoad(folder.c_str(), &read), KY_ERROR_FILE_READ);
   EXPECT_EQ(ImgLoad((folder + "/none").c_str(), &read), KY_ERROR_FILE_OPEN);
   EXPECT_STREQ(KyGetErrorMessage(), "ImgLoad: there is no such file (KY_ERROR_FILE_OPEN)");
   EXPECT_EQ(read.GetWidth(), 2);
+}
+
+TEST(Saving, LongNamesAndWhatAnEarlierProcessLeft) {
+  const std::string folder = Folder(), longest = folder + "/" + std::string(251, 'n') + ".png";
+  const KyImage<KyBW8> image(5, 4);
+  EXPECT_EQ(ImgSave(&image, longest.c_str()), KY_OK);
+  EXPECT_EQ(ImgSave(&image, (folder + "/n" + fs::path(longest).filename().string()).c_str()),
+            KY_ERROR_FILE_OPEN);
+  EXPECT_STREQ(KyGetErrorMessage(), "ImgSave: the name is too long (KY_ERROR_FILE_OPEN)");
+  // Half-written files of a process that had the same number.
+  const std::string path = folder + "/a.png", stem = path + "." + std::to_string(getpid()) + ".";
+  for (int i = 0; i < 50; ++i) fs::copy_file(longest, stem + std::to_string(i) + ".tmp");
+  EXPECT_EQ(ImgSave(&image, path.c_str()), KY_OK);
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 52);
 }
 
 // A random picture in the middle of another comes back the same, from every kind of file.

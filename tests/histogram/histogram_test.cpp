@@ -118,7 +118,7 @@ TEST(Histogram, Of16BitPixels) {
   EXPECT_EQ(h.GetNumElements(), 0u);
 }
 
-// Runs that begin before the ROI, end behind it, cover gaps between rows, or have no length.
+// Runs that begin before the ROI, end after it, cover gaps between rows, or have no length.
 TEST(Histogram, OfTheRunsOfAMask) {
   Random random(9);
   const Picture<KyBW8> picture = RandomPicture<KyBW8>(40, 9, random);
@@ -159,7 +159,7 @@ TEST(Histogram, GenericVectorsOfOtherKinds) {
   EXPECT_EQ(ImgHistogram(&image, &v), KY_ERROR_BAD_VECTOR_TYPE);
   EXPECT_EQ(ImgHistogram(&image, static_cast<KyVector*>(nullptr)), KY_ERROR_BAD_VECTOR_TYPE);
   EXPECT_STREQ(KyGetTrace(0), "ImgHistogram (KyVector)");
-  // In groups of three, with elements behind the counts.
+  // In groups of three, with elements after the counts.
   ASSERT_EQ(v.SetType(2, 90, 3), KY_OK);
   static_cast<std::uint32_t*>(v.GetDataPtr())[256] = 7;
   static_cast<std::uint32_t*>(v.GetDataPtr())[9] = 7;
