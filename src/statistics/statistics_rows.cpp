@@ -223,7 +223,8 @@ class ExtremesAndRowSums {
   Largest<D> largest_;
 };
 
-// The means of four rows are made at once, and added up one after the other.
+// Four rows at a time. Their sums are divided while the next four are read, and their means added
+// up while the four after those are: each takes longer than a processor looks ahead.
 ExtremesAndMeans Extremes(const Rows<const KyBW8>& rows) {
   const hn::ScalableTag<KyBW8> d;
   const auto n = static_cast<size_t>(rows.width);
@@ -237,14 +238,29 @@ ExtremesAndMeans Extremes(const Rows<const KyBW8>& rows) {
   ptrdiff_t y = 0;
 #if HWY_TARGET != HWY_SCALAR
   constexpr size_t kMost = INT32_MAX / 255;  // elements whose sum is a signed number
-  const hn::CappedTag<float, 4> dFour;
-  for (; n <= kMost && y + 4 <= rows.height; y += 4) {
-    const auto a = sumsOf(y), b = sumsOf(y + 1), c = sumsOf(y + 2), e = sumsOf(y + 3);
-    const auto sums = AsSigned(SumsOfFour(a, b, c, e));
+  const hn::CappedTag<float, 4> dFloat;
+  const hn::RebindToSigned<decltype(dFloat)> dSum;
+  auto fourSums = hn::Zero(dSum);
+  auto fourMeans = hn::Zero(dFloat);
+  const auto divide = [&]() HWY_ATTR {
+    fourMeans = hn::Div(hn::ConvertTo(dFloat, fourSums), hn::Set(dFloat, width));
+  };
+  const auto addUp = [&]() HWY_ATTR {
     HWY_ALIGN float four[4];
-    hn::Store(hn::Div(hn::ConvertTo(dFour, sums), hn::Set(dFour, width)), dFour, four);
+    hn::Store(fourMeans, dFloat, four);
     for (const float mean : four) means += mean;
+  };
+  for (; n <= kMost && y + 4 <= rows.height; y += 4) {
+    const auto a = sumsOf(y);
+    addUp();
+    const auto b = sumsOf(y + 1), c = sumsOf(y + 2);
+    divide();
+    const auto e = sumsOf(y + 3);
+    fourSums = AsSigned(SumsOfFour(a, b, c, e));
   }
+  addUp();
+  divide();
+  addUp();
 #endif
   for (; y < rows.height; ++y) means += static_cast<float>(SumOfAll(sumsOf(y))) / width;
   return {fold.SmallestOfRows(), fold.LargestOfRows(), means};
