@@ -4,8 +4,6 @@
 
 #include "statistics/statistics_rows.h"
 
-#include <utility>
-
 #include "foundation/dispatch.h"
 #include "foundation/pinned-inl.h"
 #include "foundation/reduce-inl.h"
@@ -141,7 +139,8 @@ class SumsInLanes {
   using D32 = hn::Repartition<uint32_t, D>;
 #endif
 
-  HWY_INLINE SumsInLanes() : first_(hn::Zero(D32())), second_(hn::Zero(D32())) {}
+  HWY_INLINE SumsInLanes()
+      : ones_(Pinned(hn::Set(D(), 1))), first_(hn::Zero(D32())), second_(hn::Zero(D32())) {}
   HWY_INLINE void Step(V v) { first_ = AddTo(first_, v); }
   HWY_INLINE void StepFour(V a, V b, V c, V d) {
     first_ = AddTo(AddTo(first_, a), c);
@@ -149,23 +148,25 @@ class SumsInLanes {
   }
   // The sums since the last call.
   HWY_INLINE hn::Vec<D32> Take() {
-    const SumsInLanes sums = std::exchange(*this, SumsInLanes());
-    return hn::Add(sums.first_, sums.second_);
+    const auto sums = hn::Add(first_, second_);
+    first_ = second_ = hn::Zero(D32());
+    return sums;
   }
 
  private:
-  HWY_INLINE static hn::Vec<D32> AddTo(hn::Vec<D32> sums, V v) {
+  HWY_INLINE hn::Vec<D32> AddTo(hn::Vec<D32> sums, V v) const {
 #if HWY_TARGET == HWY_SCALAR
     return hn::Add(sums, hn::PromoteTo(D32(), v));
 #elif HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX3_DL && HWY_COMPILER_GCC
     // Processors of this target have the instruction, but Highway 1.0.3 does not tell compilers so.
-    __asm__("vpdpbusd %2, %1, %0" : "+v"(sums.raw) : "v"(v.raw), "v"(hn::Set(D(), 1).raw));
+    __asm__("vpdpbusd %2, %1, %0" : "+v"(sums.raw) : "v"(v.raw), "v"(ones_.raw));
     return sums;
 #else
     return hn::Add(sums, hn::BitCast(D32(), hn::SumsOf8(v)));
 #endif
   }
 
+  V ones_;
   hn::Vec<D32> first_, second_;
 };
 
