@@ -23,23 +23,34 @@ AverageKernel<Columns> AverageKernelOf(const ResultKernels<Columns>& kernels,
   return area < kMostSmallArea ? kernels.averageSmall : kernels.average;
 }
 
-// Calls run(kernels of columns, kernels of results, kernel of thresholds) for the rows of a window.
+// The kernels for windows of some height: of their columns' sums, of what these sums give, and of
+// thresholds by the sums and by averages.
+template <class Columns>
+struct HeightKernels {
+  const ColumnKernels<Columns>& columns;
+  const ResultKernels<Columns>& results;
+  LocalThresholdKernel<Columns> threshold;
+  decltype(LocalThresholdKernels::compare) compare;
+};
+
+// run(the HeightKernels of a window).
 template <class Run>
-KY_ERRORS ForColumns(std::ptrdiff_t halfHeight, const Run& run) noexcept {
+KY_ERRORS ForHeight(std::ptrdiff_t halfHeight, const Run& run) noexcept {
   const AllColumnKernels& columns = ChooseAllColumnKernels();
   const BoxKernels& results = ChooseBoxKernels();
+  const LocalThresholdKernels& thresholds = ChooseLocalThresholdKernels();
   const std::ptrdiff_t rows = 2 * halfHeight + 1;
-  if (rows <= kFewRows) return run(columns.narrow, results.few, &LocalThresholdKernels::few);
+  using Narrow = HeightKernels<NarrowColumns>;
+  if (rows <= kFewRows)
+    return run(Narrow{columns.narrow, results.few, thresholds.few, thresholds.compare});
   if (rows <= kNarrowRows)
-    return run(columns.narrow, results.narrow, &LocalThresholdKernels::narrow);
-  return run(columns.wide, results.wide, &LocalThresholdKernels::wide);
+    return run(Narrow{columns.narrow, results.narrow, thresholds.narrow, thresholds.compare});
+  return run(
+      HeightKernels<WideColumns>{columns.wide, results.wide, thresholds.wide, thresholds.compare});
 }
 
 template <class Columns>
-KY_ERRORS AverageWith(const ColumnKernels<Columns>& columnKernels,
-                      const ResultKernels<Columns>& kernels,
-                      LocalThresholdKernel<Columns> LocalThresholdKernels::*threshold,
-                      const BoxJob& job) noexcept {
+KY_ERRORS AverageWith(const HeightKernels<Columns>& kernels, const BoxJob& job) noexcept {
   const std::ptrdiff_t width = job.Width(), height = job.in.height;
   PlaneRows source;
   PlaneResults results;
@@ -49,23 +60,21 @@ KY_ERRORS AverageWith(const ColumnKernels<Columns>& columnKernels,
   if (!source.Open(job.in, job.out, job.planes,
                    job.inside ? Border::Constant(0) : Border::Nearest(), job.RowsAtOnce()) ||
       !results.Open(job.out, job.planes) ||
-      !columns.Allocate(columnKernels, source, job.planes, job.box, !job.inside) ||
+      !columns.Allocate(kernels.columns, source, job.planes, job.box, !job.inside) ||
       !areas.Allocate(job.box, width, height, job.inside) ||
       !averages.Allocate(job.threshold != nullptr ? width : 0))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
-  const AverageKernel<Columns> average = AverageKernelOf(kernels, job);
-  const LocalThresholdKernels& thresholds = ChooseLocalThresholdKernels();
+  const AverageKernel<Columns> average = AverageKernelOf(kernels.results, job);
   const bool isDirect = job.threshold != nullptr && job.box.Area() < kMostThresholdArea;
   const auto n = static_cast<std::size_t>(width);
   MakePlanes(source, results, job.planes, job.box.halfHeight, [&](std::ptrdiff_t y, int plane) {
     const Windows<Columns> windows = columns.Advance(source, y, plane);
     KyBW8* const row = results.Row(y, plane);
     if (isDirect)
-      return (thresholds.*threshold)(row, n, windows, areas.At(y), source.whole().Row(y),
-                                     *job.threshold);
+      return kernels.threshold(row, n, windows, areas.At(y), source.whole().Row(y), *job.threshold);
     average(job.threshold != nullptr ? averages.get() : row, n, windows, areas.At(y));
     if (job.threshold != nullptr)
-      thresholds.compare(row, n, source.whole().Row(y), averages.get(), *job.threshold);
+      kernels.compare(row, n, source.whole().Row(y), averages.get(), *job.threshold);
   });
   return KY_OK;
 }
@@ -85,10 +94,8 @@ KY_ERRORS Average(const BoxJob& job) noexcept {
                          job.planes == 1 ? small->grey : small->color);
   if (RollsMeans(job)) return RollMeans(job);
   if (job.box.Area() > kMostArea) return AverageOfLargeBoxes(job);
-  return ForColumns(job.box.halfHeight,
-                    [&](const auto& columns, const auto& results, auto threshold) {
-                      return AverageWith(columns, results, threshold, job);
-                    });
+  return ForHeight(job.box.halfHeight,
+                   [&](const auto& kernels) { return AverageWith(kernels, job); });
 }
 
 // make(out, n, windows of levels, those of squares, these squares' columns, areas) makes a row.
@@ -132,11 +139,12 @@ KY_ERRORS Deviation(const BoxJob& job) noexcept {
                            results.deviationOfLarge(out, n, levels, squares, before, areas);
                          });
   }
-  return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results, auto) {
-    return DeviationWith(
-        columns, all.squares, job,
-        [&](KyBW8* out, std::size_t n, const auto& levels, const auto& squares, const WideColumns&,
-            const WindowAreas& areas) { results.deviation(out, n, levels, squares, areas); });
+  return ForHeight(job.box.halfHeight, [&](const auto& kernels) {
+    return DeviationWith(kernels.columns, all.squares, job,
+                         [&](KyBW8* out, std::size_t n, const auto& levels, const auto& squares,
+                             const WideColumns&, const WindowAreas& areas) {
+                           kernels.results.deviation(out, n, levels, squares, areas);
+                         });
   });
 }
 

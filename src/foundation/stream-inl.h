@@ -1,5 +1,5 @@
-// The loop of per-pixel kernels that write past the caches. Included by row files like
-// lanes-inl.h.
+// The loops of per-pixel kernels for more bytes than a second cache holds: those that write past
+// the caches, and those that do not. Included by row files like lanes-inl.h.
 #if defined(KY_FOUNDATION_STREAM_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_FOUNDATION_STREAM_INL_H_
 #undef KY_FOUNDATION_STREAM_INL_H_
@@ -14,6 +14,8 @@
 #include <cstdint>
 
 #include "foundation/pitch.h"
+#include "foundation/prefetch.h"
+#include "foundation/spans-inl.h"
 
 #undef KY_STREAMS
 #if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
@@ -53,6 +55,24 @@ HWY_INLINE void StreamSpan(const Op& op, uint8_t* out, size_t n, In... in) {
   }
 }
 #endif
+
+// MapSpan of bytes. Vectors of 64 bytes are loaded by halves where a row is long enough for that to
+// pay; such rows are images without gaps.
+template <class Op, class... In>
+HWY_INLINE void MapLongSpan(const Op& op, uint8_t* out, size_t n, const In*... in) {
+  size_t i = 0;
+#if KY_STREAMS && HWY_TARGET < HWY_AVX2
+  if constexpr (!Keeping<Op>) {
+    const hn::ScalableTag<uint8_t> d;
+    if (ExceedsSecondCache(static_cast<ptrdiff_t>(n * (1 + sizeof...(In))))) {
+      HWY_UNROLL(2)
+      for (; i + hn::Lanes(d) <= n; i += hn::Lanes(d))
+        hn::StoreU(op(d, LoadByHalves(d, in + i)...), d, out + i);
+    }
+  }
+#endif
+  MapSpan(op, out + i, n - i, (in + i)...);
+}
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE

@@ -12,10 +12,16 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-uint64_t SumOfRow16(const KyBW16* row, size_t n) { return ReduceSpan<SumOfWords, KyBW16>(n, row); }
+template <template <class> class Sum, size_t kBytes, class T>
+void SumsOfRows(const Rows<const T>& rows, uint32_t* sums) {
+  for (ptrdiff_t y = 0; y < rows.height; ++y)
+    sums[y] = static_cast<uint32_t>(
+        ReduceSpan<Sum, T, kBytes>(static_cast<size_t>(rows.width), rows.Row(y)));
+}
 
-constexpr ProjectionKernels kKernels = {&SumOfRow, &SumOfRow16, &AddColumns<KyBW8>,
-                                        &AddColumns<KyBW16>};
+constexpr ProjectionKernels kKernels = {&SumsOfRows<SumOfBytes, kShortVector, KyBW8>,
+                                        &SumsOfRows<SumOfWords, kAnyVector, KyBW16>,
+                                        &AddColumns<KyBW8>, &AddColumns<KyBW16>};
 
 }  // namespace
 

@@ -6,9 +6,13 @@
 
 namespace ky {
 
+// sums[y] = the sum of row y, modulo 2^32.
+template <class T>
+using RowSumsKernel = void (*)(const Rows<const T>& rows, std::uint32_t* sums);
+
 struct ProjectionKernels {
-  ReduceKernel<std::uint64_t, KyBW8> sum;
-  ReduceKernel<std::uint64_t, KyBW16> sum16;
+  RowSumsKernel<KyBW8> sums;
+  RowSumsKernel<KyBW16> sums16;
   ColumnKernel<KyBW8> columns;
   ColumnKernel<KyBW16> columns16;
 };

@@ -46,9 +46,9 @@ auto ColumnKernelOf(const ky::ProjectionKernels& kernels) noexcept {
 template <class T>
 auto RowKernelOf(const ky::ProjectionKernels& kernels) noexcept {
   if constexpr (sizeof(T) == 1)
-    return kernels.sum;
+    return kernels.sums;
   else
-    return kernels.sum16;
+    return kernels.sums16;
 }
 
 template <class T, class Vector>
@@ -60,12 +60,10 @@ KY_ERRORS ProjectOnARow(const char* name, const KyROI<T>* source, Vector* sums) 
 }
 template <class T, class Vector>
 KY_ERRORS ProjectOnAColumn(const char* name, const KyROI<T>* source, Vector* sums) noexcept {
-  return Projection(
-      name, source, sums, &Rows<const T>::height, [](const Rows<const T>& rows, std::uint32_t* to) {
-        ky::ReduceRows(
-            RowKernelOf<T>(ky::ChooseProjectionKernels()), rows,
-            [&](std::uint64_t sum, std::ptrdiff_t y) { to[y] = static_cast<std::uint32_t>(sum); });
-      });
+  return Projection(name, source, sums, &Rows<const T>::height,
+                    [](const Rows<const T>& rows, std::uint32_t* to) {
+                      RowKernelOf<T>(ky::ChooseProjectionKernels())(rows, to);
+                    });
 }
 
 }  // namespace

@@ -144,23 +144,10 @@ KY_ERRORS ImgPixelStat(const KyROI<KyBW8>* source, KyBW8& minimum, KyBW8& maximu
     Rows<const KyBW8> rows;
     if (const KY_ERRORS error = ky::Open(source, rows)) return error;
     if (const KY_ERRORS error = ky::CheckPixels(rows)) return error;
-    KyBW8 smallest = 255, largest = 0;
-    float rowMeans = 0;
-    const auto kernel = ky::ChooseStatisticsKernels().extremes;
-    constexpr std::ptrdiff_t kAtOnce = 128;
-    std::uint64_t sums[kAtOnce];
-    for (std::ptrdiff_t y = 0; y < rows.height; y += kAtOnce) {
-      const std::ptrdiff_t count = std::min(kAtOnce, rows.height - y);
-      const auto some = kernel({rows.Row(y), rows.pitch, rows.width, count}, sums);
-      smallest = std::min(smallest, some.smallest);
-      largest = std::max(largest, some.largest);
-      for (std::ptrdiff_t row = 0; row < count; ++row)
-        rowMeans += static_cast<float>(static_cast<std::uint32_t>(sums[row])) /
-                    static_cast<float>(rows.width);
-    }
-    minimum = smallest;
-    maximum = largest;
-    mean = rowMeans / static_cast<float>(rows.height);
+    const auto all = ky::ChooseStatisticsKernels().extremes(rows);
+    minimum = all.smallest;
+    maximum = all.largest;
+    mean = all.means / static_cast<float>(rows.height);
     return KY_OK;
   });
 }

@@ -5,6 +5,7 @@
 #include "statistics/statistics_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/pinned-inl.h"
 #include "foundation/reduce-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -127,23 +128,143 @@ class CountDifferent {
   CountOfMask<D> count_;
 };
 
-// A fold that another one's owner goes on with after a row.
-template <class Fold>
-struct Lent {
-  Fold* fold;
-  template <class... V>
-  HWY_INLINE void Step(V... v) {
-    fold->Step(v...);
+// The sums of bytes in lanes of 32 bits, modulo 2^32.
+template <class D>
+class SumsInLanes {
+ public:
+  using V = hn::Vec<D>;
+#if HWY_TARGET == HWY_SCALAR
+  using D32 = hn::Rebind<uint32_t, D>;
+#else
+  using D32 = hn::Repartition<uint32_t, D>;
+#endif
+
+  HWY_INLINE SumsInLanes()
+      : ones_(Pinned(hn::Set(D(), 1))), first_(hn::Zero(D32())), second_(hn::Zero(D32())) {}
+  HWY_INLINE void Step(V v) { first_ = AddTo(first_, v); }
+  HWY_INLINE void StepFour(V a, V b, V c, V d) {
+    first_ = AddTo(AddTo(first_, a), c);
+    second_ = AddTo(AddTo(second_, b), d);
   }
-  HWY_INLINE uint64_t Done() const { return fold->TakeSum(); }
+  // The sums since the last call.
+  HWY_INLINE hn::Vec<D32> Take() {
+    const auto sums = hn::Add(first_, second_);
+    first_ = second_ = hn::Zero(D32());
+    return sums;
+  }
+
+ private:
+  HWY_INLINE hn::Vec<D32> AddTo(hn::Vec<D32> sums, V v) const {
+#if HWY_TARGET == HWY_SCALAR
+    return hn::Add(sums, hn::PromoteTo(D32(), v));
+#elif HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX3_DL && HWY_COMPILER_GCC
+    // Processors of this target have the instruction, but Highway 1.0.3 does not tell compilers so.
+    __asm__("vpdpbusd %2, %1, %0" : "+v"(sums.raw) : "v"(v.raw), "v"(ones_.raw));
+    return sums;
+#else
+    return hn::Add(sums, hn::BitCast(D32(), hn::SumsOf8(v)));
+#endif
+  }
+
+  V ones_;
+  hn::Vec<D32> first_, second_;
 };
-ExtremesAndSum Extremes(const Rows<const KyBW8>& rows, uint64_t* sums) {
+
+#if HWY_TARGET != HWY_SCALAR
+// A vector's blocks of 16 bytes, added up.
+template <class V>
+HWY_INLINE auto SumOfBlocks(V v) {
+  const hn::DFromV<V> d;
+  if constexpr (hn::MaxLanes(d) * sizeof(hn::TFromV<V>) > 16) {
+    const hn::Half<decltype(d)> half;
+    return SumOfBlocks(hn::Add(hn::LowerHalf(half, v), hn::UpperHalf(half, v)));
+  } else {
+    return v;
+  }
+}
+// The sums of the lanes of four vectors, in their order.
+template <class V>
+HWY_INLINE auto SumsOfFour(V a, V b, V c, V e) {
+  const hn::DFromV<V> d;
+  const hn::Repartition<uint64_t, decltype(d)> dPairs;
+  const auto ab = hn::Add(hn::InterleaveLower(d, a, b), hn::InterleaveUpper(d, a, b));
+  const auto ce = hn::Add(hn::InterleaveLower(d, c, e), hn::InterleaveUpper(d, c, e));
+  const auto lower = hn::InterleaveLower(dPairs, hn::BitCast(dPairs, ab), hn::BitCast(dPairs, ce));
+  const auto upper = hn::InterleaveUpper(dPairs, hn::BitCast(dPairs, ab), hn::BitCast(dPairs, ce));
+  return SumOfBlocks(hn::Add(hn::BitCast(d, lower), hn::BitCast(d, upper)));
+}
+#endif
+
+// The smallest and the largest elements of rows, and the sum of each row. Of four vectors the
+// extremes are found first, so that few steps wait for the one before.
+template <class D>
+class ExtremesAndRowSums {
+ public:
+  using V = hn::Vec<D>;
+
+  HWY_INLINE ExtremesAndRowSums() {}
+  HWY_INLINE void Step(D d, V v, V absent) {
+    sums_.Step(v);
+    smallest_.Step(d, v, absent);
+    largest_.Step(d, v, absent);
+  }
+  HWY_INLINE void StepFour(D d, V a, V b, V c, V e) {
+    a = Pinned(a), b = Pinned(b), c = Pinned(c), e = Pinned(e);
+    sums_.StepFour(a, b, c, e);
+    smallest_.Step(d, hn::Min(hn::Min(a, b), hn::Min(c, e)), hn::Zero(d));
+    largest_.Step(d, hn::Max(hn::Max(a, b), hn::Max(c, e)), hn::Zero(d));
+  }
+  HWY_INLINE auto TakeSums() { return sums_.Take(); }
+  HWY_INLINE KyBW8 SmallestOfRows() const { return smallest_.Done(); }
+  HWY_INLINE KyBW8 LargestOfRows() const { return largest_.Done(); }
+
+ private:
+  SumsInLanes<D> sums_;
+  Smallest<D> smallest_;
+  Largest<D> largest_;
+};
+
+// Four rows at a time. Their sums are divided while the next four are read, and their means added
+// up while the four after those are: each takes longer than a processor looks ahead.
+ExtremesAndMeans Extremes(const Rows<const KyBW8>& rows) {
   const hn::ScalableTag<KyBW8> d;
-  ExtremesAndSumOfBytes<hn::ScalableTag<KyBW8>> fold;
-  for (ptrdiff_t y = 0; y < rows.height; ++y)
-    sums[y] =
-        ReducePiece(d, Lent<decltype(fold)>{&fold}, static_cast<size_t>(rows.width), rows.Row(y));
-  return fold.Done();
+  const auto n = static_cast<size_t>(rows.width);
+  const auto width = static_cast<float>(rows.width);
+  ExtremesAndRowSums<hn::ScalableTag<KyBW8>> fold;
+  const auto sumsOf = [&](ptrdiff_t y) HWY_ATTR {
+    TakePiece(d, fold, n, rows.Row(y));
+    return fold.TakeSums();
+  };
+  float means = 0;
+  ptrdiff_t y = 0;
+#if HWY_TARGET != HWY_SCALAR
+  constexpr size_t kMost = INT32_MAX / 255;  // elements whose sum is a signed number
+  const hn::CappedTag<float, 4> dFloat;
+  const hn::RebindToSigned<decltype(dFloat)> dSum;
+  auto fourSums = hn::Zero(dSum);
+  auto fourMeans = hn::Zero(dFloat);
+  const auto divide = [&]() HWY_ATTR {
+    fourMeans = hn::Div(hn::ConvertTo(dFloat, fourSums), hn::Set(dFloat, width));
+  };
+  const auto addUp = [&]() HWY_ATTR {
+    HWY_ALIGN float four[4];
+    hn::Store(fourMeans, dFloat, four);
+    for (const float mean : four) means += mean;
+  };
+  for (; n <= kMost && y + 4 <= rows.height; y += 4) {
+    const auto a = sumsOf(y);
+    addUp();
+    const auto b = sumsOf(y + 1), c = sumsOf(y + 2);
+    divide();
+    const auto e = sumsOf(y + 3);
+    fourSums = AsSigned(SumsOfFour(a, b, c, e));
+  }
+  addUp();
+  divide();
+  addUp();
+#endif
+  for (; y < rows.height; ++y) means += static_cast<float>(SumOfAll(sumsOf(y))) / width;
+  return {fold.SmallestOfRows(), fold.LargestOfRows(), means};
 }
 
 template <template <class> class Fold, class Lane, class T>
@@ -166,7 +287,7 @@ uint64_t Between(const KyBW8* row, size_t n, KyBW8 low, KyBW8 high) {
 template <class T>
 constexpr LevelKernels<T> kLevelKernels = {&Reduce<Smallest, T, T>, &Reduce<Largest, T, T>};
 
-constexpr StatisticsKernels kKernels = {&OfAllRows<SumOfBytes, KyBW8>,
+constexpr StatisticsKernels kKernels = {&ReduceAll<SumOfBytes, KyBW8, kShortVector, KyBW8>,
                                         &OfAllRows<SumAndSquares, KyBW8>,
                                         &OfAllRows<Components<SumOfBytes>::Of, KyC24>,
                                         &OfAllRows<Components<SumAndSquares>::Of, KyC24>,

@@ -16,8 +16,13 @@ struct OfComponents {
   }
 };
 
-// The smallest and the largest of rows of at least one element, and the sum of each row.
-using ExtremesKernel = ExtremesAndSum (*)(const Rows<const KyBW8>& rows, std::uint64_t* sums);
+// The smallest and the largest of rows of at least one element, and the sum of the rows' means in
+// their order, where the mean of a row is of its sum modulo 2^32.
+struct ExtremesAndMeans {
+  KyBW8 smallest, largest;
+  float means;
+};
+using ExtremesKernel = ExtremesAndMeans (*)(const Rows<const KyBW8>& rows);
 
 // The number of elements from `low` to `high`, where low <= high.
 using BetweenKernel = std::uint64_t (*)(const KyBW8* row, std::size_t n, KyBW8 low, KyBW8 high);

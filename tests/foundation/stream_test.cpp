@@ -67,6 +67,26 @@ TEST(Stream, Lines) {
   });
 }
 
+// A row of more than a second cache holds gives what its pieces give.
+TEST(Stream, LongRows) {
+  constexpr std::size_t kBytes = 700013;
+  Random random(1);
+  std::vector<KyBW8> in(2 * kBytes + 7), whole(kBytes), pieces(kBytes);
+  for (KyBW8& level : in) level = static_cast<KyBW8>(random() >> (random() % 8));
+  const KyBW8 *const a = in.data() + 3, *const b = in.data() + kBytes + 4;
+  test::ForEachPath([&](const std::string&) {
+    const OperatorKernels& kernels = ChooseOperatorKernels();
+    for (int operation = 0; operation <= KY_OPER_OVERLAY; ++operation) {
+      if (kernels.stream[operation] == nullptr) continue;
+      kernels.combine[operation](whole.data(), kBytes, a, b);
+      for (std::size_t i = 0; i < kBytes; i += 1000)
+        kernels.combine[operation](pieces.data() + i, std::min<std::size_t>(1000, kBytes - i),
+                                   a + i, b + i);
+      ASSERT_EQ(whole, pieces) << operation;
+    }
+  });
+}
+
 // Every byte is taken once, in order, and most as whole lines of whole colours.
 TEST(Stream, LinesOfRows) {
   alignas(64) static KyBW8 memory[1 << 15];

@@ -282,8 +282,12 @@ void Stream(KyBW8* out, size_t n, const KyBW8* a, const KyBW8* b) {
 }
 #endif
 template <class Op>
+void Combine(KyBW8* out, size_t n, const KyBW8* a, const KyBW8* b) {
+  MapLongSpan(Op(), out, n, a, b);
+}
+template <class Op>
 constexpr void Put(ARITH_LOGIC_OPERATIONS operation, OperatorKernels& kernels) {
-  kernels.combine[operation] = &Map<Op>;
+  kernels.combine[operation] = &Combine<Op>;
 #if KY_STREAMS
   if constexpr (!Keeping<Op>) kernels.stream[operation] = &Stream<Op>;
 #endif
