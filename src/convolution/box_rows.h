@@ -2,6 +2,7 @@
 // columns.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -18,9 +19,9 @@ struct Windows {
   std::uint32_t before;  // the sum of window -1
 };
 
-// How many pixels the windows count. Those of places `left` to `right` - 1 are all alike; left and
-// right are multiples of kAreaPlaces. Those of the other places stand, for place 2 i + p, in
-// [p][i]; these arrays may be null where there are no others.
+// How many pixels the windows count. Those of places `left` to `right` - 1 are all alike. The
+// arrays have those of the other places, and of the ones between these and multiples of
+// kAreaPlaces: for place 4 i + p in [p][i]. They may be null where there are no others.
 inline constexpr std::size_t kAreaPlaces = 64;
 struct WindowAreas {
   std::size_t left, right;
@@ -29,6 +30,14 @@ struct WindowAreas {
   Phases<const std::int32_t, 4> areas;
   Phases<const float, 4> reciprocals;
 };
+// The places `begin` to `end` - 1 that are all alike, both multiples of a divisor of kAreaPlaces.
+struct SamePlaces {
+  std::size_t begin, end;
+};
+inline SamePlaces SamePlacesOf(const WindowAreas& areas, std::size_t divisor) noexcept {
+  const std::size_t begin = (areas.left + divisor - 1) / divisor * divisor;
+  return {begin, std::max(begin, areas.right / divisor * divisor)};
+}
 
 // Windows whose sums are kept from row to row: sums(x) grows by what upTo(x) has more than
 // before(x).
@@ -50,16 +59,17 @@ using DeviationKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Column
 // below kMostOddArea, for any below kMostSmallArea, and for any up to kMostArea.
 inline constexpr std::int64_t kMostOddArea = 1 << 14, kMostSmallArea = 1 << 13;
 inline constexpr std::int64_t kMostArea = INT32_MAX / 255;
-// round(sqrt(area * squares - sum^2) / area) for areas up to the first of these, and up to the
-// other. Sums of squares are in units of 2^kCoarse where their lower 32 bits do not tell enough of
+// round(sqrt(area * squares - sum^2) / area) for areas up to each of these: (127.5 * 514)^2 fits 32
+// bits. Sums of squares are in units of 2^kCoarse where their lower 32 bits do not tell enough of
 // them.
+inline constexpr std::int64_t kMostSmallDeviationArea = 514;
 inline constexpr std::int64_t kMostDeviationArea = 1 << 17, kMostLargeDeviationArea = 1 << 22;
 inline constexpr int kCoarse = 8;
 
 template <class Columns>
 struct ResultKernels {
   AverageKernel<Columns> averageOdd, averageSmall, average;
-  DeviationKernel<Columns> deviation;
+  DeviationKernel<Columns> deviationOfSmall, deviation;
 };
 
 using KeptAverageKernel = void (*)(KyBW8* out, std::size_t n, const KeptWindows& windows,

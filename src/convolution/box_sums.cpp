@@ -15,11 +15,9 @@ bool RowAreas::Allocate(const Box& box, std::ptrdiff_t width, std::ptrdiff_t hei
   const auto roundUp = [&](std::ptrdiff_t n) { return (n + places - 1) / places * places; };
   pitch_ = roundUp(width) / 4;
   if (!areas_.Allocate(4 * pitch_) || !reciprocals_.Allocate(4 * pitch_)) return false;
-  const std::ptrdiff_t left = roundUp(std::min(box.halfWidth, width));
-  const std::ptrdiff_t right =
-      std::max(left, (width - std::min(box.halfWidth, width)) / places * places);
+  const std::ptrdiff_t left = std::min(box.halfWidth, width);
   all_.left = static_cast<std::size_t>(left);
-  all_.right = static_cast<std::size_t>(right);
+  all_.right = static_cast<std::size_t>(std::max(left, width - left));
   for (int phase = 0; phase < 4; ++phase) {
     all_.areas.of[phase] = areas_.get() + phase * pitch_;
     all_.reciprocals.of[phase] = reciprocals_.get() + phase * pitch_;
@@ -35,8 +33,9 @@ const WindowAreas& RowAreas::At(std::ptrdiff_t y) noexcept {
   all_.area = static_cast<std::int32_t>((2 * box_.halfWidth + 1) * rows);
   all_.reciprocal = 1 / static_cast<float>(all_.area);
   if (!inside_) return all_;
-  Set(0, static_cast<std::ptrdiff_t>(all_.left));
-  Set(static_cast<std::ptrdiff_t>(all_.right), 4 * pitch_);
+  const SamePlaces same = SamePlacesOf(all_, kAreaPlaces);
+  Set(0, static_cast<std::ptrdiff_t>(same.begin));
+  Set(static_cast<std::ptrdiff_t>(same.end), 4 * pitch_);
   return all_;
 }
 

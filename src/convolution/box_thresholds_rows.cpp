@@ -99,15 +99,16 @@ void ThresholdRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& w
                   const WindowAreas& areas, const KyBW8* source, const LocalThreshold& threshold) {
   const ThresholdOp op(source, n, threshold);
   const int32_t area = areas.area;
+  const SamePlaces same = SamePlacesOf(areas, hn::Lanes(D8()));
   WindowScan<Rows> scan(windows);
   size_t x = 0;
   const auto various = [&](size_t at, const WindowLanes& sums)
                            KY_INLINE_ATTR { return op(VariousAreas(areas), at, sums); };
-  const auto same = [&](size_t at, const WindowLanes& sums)
-                        KY_INLINE_ATTR { return op.OverSame(area, at, sums); };
-  MapRange(various, out, x, HWY_MIN(areas.left, n), n, scan);
+  const auto overSame = [&](size_t at, const WindowLanes& sums)
+                            KY_INLINE_ATTR { return op.OverSame(area, at, sums); };
+  MapRange(various, out, x, HWY_MIN(same.begin, n), n, scan);
   scan.Add(op.Rest(area));
-  MapRange(same, out, x, HWY_MIN(areas.right, n), n, scan);
+  MapRange(overSame, out, x, HWY_MIN(same.end, n), n, scan);
   scan.Add(0 - op.Rest(area));
   MapRange(various, out, x, n, n, scan);
 }

@@ -7,6 +7,8 @@
 #define KY_CONVOLUTION_BOX_WINDOWS_INL_H_
 #endif
 
+#include <type_traits>
+
 #include "convolution/box_rows.h"
 #include "foundation/shifts-inl.h"
 #include "foundation/spans-inl.h"
@@ -221,16 +223,26 @@ class VariousAreas {
   const WindowAreas& areas_;
 };
 
-// The lowest bytes of the lanes, side by side. The next two are 0.
-HWY_INLINE hn::Vec<D8> JoinLevels(const WindowLanes& lanes) {
+// The bytes of the lanes from bit kFirst on, side by side.
+template <int kFirst>
+HWY_INLINE hn::Vec<D8> JoinBytes(const WindowLanes& lanes) {
   const D8 d8;
 #if HWY_TARGET == HWY_SCALAR
-  return hn::Set(d8, static_cast<KyBW8>(hn::GetLane(lanes.of[0])));
+  return hn::Set(d8, static_cast<KyBW8>(hn::GetLane(lanes.of[0]) >> kFirst));
 #else
-  const DU32 d;
-  const VU32 lower = hn::Or(hn::And(lanes.of[0], hn::Set(d, 0xFF)), hn::ShiftLeft<8>(lanes.of[1]));
-  const VU32 upper = hn::Or(hn::ShiftLeft<16>(lanes.of[2]), hn::ShiftLeft<24>(lanes.of[3]));
-  return hn::BitCast(d8, hn::Or(lower, upper));
+  const auto shifted = [](VU32 v, auto toLeft) HWY_ATTR {
+    constexpr int kLeft = decltype(toLeft)::value - kFirst;
+    if constexpr (kLeft < 0) return hn::ShiftRight<-kLeft>(v);
+    return hn::ShiftLeft<(kLeft < 0 ? 0 : kLeft)>(v);
+  };
+  const auto pair = [](VU32 odd, VU32 even) HWY_ATTR {
+    return hn::BitCast(D16(), hn::OddEven(hn::BitCast(D8(), odd), hn::BitCast(D8(), even)));
+  };
+  const V16 lower = pair(shifted(lanes.of[1], std::integral_constant<int, 8>()),
+                         shifted(lanes.of[0], std::integral_constant<int, 0>()));
+  const V16 upper = pair(shifted(lanes.of[3], std::integral_constant<int, 24>()),
+                         shifted(lanes.of[2], std::integral_constant<int, 16>()));
+  return hn::BitCast(d8, hn::OddEven(upper, lower));
 #endif
 }
 
@@ -256,14 +268,16 @@ HWY_INLINE void MapSums(const Op& op, KyBW8* out, size_t n, const WindowAreas& a
   size_t x = 0;
   const auto mapTo = [&](size_t end, const auto& areasHere) KY_INLINE_ATTR {
     const auto levels = [&](size_t at, const auto&... lanes)
-                            KY_INLINE_ATTR { return JoinLevels(op(areasHere, at, lanes...)); };
+                            KY_INLINE_ATTR { return op(areasHere, at, lanes...); };
     MapRange(levels, out, x, HWY_MIN(end, n), n, scans...);
   };
-  mapTo(areas.left, VariousAreas(areas));
+  const SamePlaces same =
+      SamePlacesOf(areas, span == RowSpan::kAll ? hn::Lanes(D8()) : kAreaPlaces);
+  mapTo(same.begin, VariousAreas(areas));
   if (span == RowSpan::kAll)
-    mapTo(areas.right, SameAreas(areas));
+    mapTo(same.end, SameAreas(areas));
   else
-    x = areas.right;
+    x = same.end;
   mapTo(n, VariousAreas(areas));
 }
 

@@ -108,10 +108,17 @@ KY_ERRORS DeviationWith(const ColumnKernels<Columns>& columnKernels,
       !squareColumns.Allocate(squareKernels, source, job.planes, job.box, false) ||
       !areas.Allocate(job.box, width, height, true))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
-  MakePlanes(source, results, job.planes, job.box.halfHeight, [&](std::ptrdiff_t y, int plane) {
-    const Windows<Columns> levels = columns.Advance(source, y, plane);
-    const Windows<WideColumns> squares = squareColumns.Advance(source, y, plane);
-    make(results.Row(y, plane), static_cast<std::size_t>(width), levels, squares,
+  const auto n = static_cast<std::size_t>(width);
+  const std::ptrdiff_t half = job.box.halfHeight;
+  MakePlanes(source, results, job.planes, half, [&](std::ptrdiff_t y, int plane) {
+    if (y == 0) {
+      columns.Start(source, plane);
+      squareColumns.Start(source, plane);
+    } else {
+      columnKernels.slideBoth(columns.At(plane), squareColumns.At(plane), n,
+                              source.Row(y + half, plane), source.Row(y - half - 1, plane));
+    }
+    make(results.Row(y, plane), n, columns.Along(plane), squareColumns.Along(plane),
          squareColumns.At(plane), areas.At(y));
   });
   return KY_OK;
@@ -133,10 +140,11 @@ KY_ERRORS Deviation(const BoxJob& job) noexcept {
                          });
   }
   return ForColumns(job.box.halfHeight, [&](const auto& columns, const auto& results, auto) {
+    const auto make = area > kMostSmallDeviationArea ? results.deviation : results.deviationOfSmall;
     return DeviationWith(
         columns, all.squares, job,
         [&](KyBW8* out, std::size_t n, const auto& levels, const auto& squares, const WideColumns&,
-            const WindowAreas& areas) { results.deviation(out, n, levels, squares, areas); });
+            const WindowAreas& areas) { make(out, n, levels, squares, areas); });
   });
 }
 

@@ -181,9 +181,9 @@ class InsideWalk {
   }
   // The windows of a whole row between those at its ends.
   void RollMiddle(std::ptrdiff_t y, int plane) noexcept {
-    const WindowAreas& areas = areas_.At(y);
-    const auto begin = static_cast<std::ptrdiff_t>(areas.left);
-    const std::size_t n = areas.right - areas.left;
+    const SamePlaces same = SamePlacesOf(areas_.At(y), kAreaPlaces);
+    const auto begin = static_cast<std::ptrdiff_t>(same.begin);
+    const std::size_t n = same.end - same.begin;
     changes_.kernels().roll(results_.Row(y, plane) + begin, n, changes_.upTo().From(begin),
                             changes_.before().From(begin), results_.Row(y - 1, plane) + begin,
                             rests_.At(plane).From(begin), division_);
@@ -201,9 +201,9 @@ class InsideWalk {
   }
   template <class Work>
   void ForMiddle(std::ptrdiff_t y, int plane, const Work& work) noexcept {
-    const WindowAreas& areas = areas_.At(y);
-    const auto begin = static_cast<std::ptrdiff_t>(areas.left);
-    const auto end = static_cast<std::ptrdiff_t>(areas.right);
+    const SamePlaces same = SamePlacesOf(areas_.At(y), kAreaPlaces);
+    const auto begin = static_cast<std::ptrdiff_t>(same.begin);
+    const auto end = static_cast<std::ptrdiff_t>(same.end);
     const WideColumns sums = Sums(plane);
     const RowSums rests = rests_.At(plane);
     const KyBW8* const levels = results_.Row(y, plane);
