@@ -2,7 +2,6 @@
 // columns.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -20,9 +19,9 @@ struct Windows {
 };
 
 // How many pixels the windows count. Those of places `left` to `right` - 1 are all alike. The
-// arrays have those of the other places, and of the ones between these and multiples of
-// kAreaPlaces: for place 4 i + p in [p][i]. They may be null where there are no others.
-inline constexpr std::size_t kAreaPlaces = 64;
+// arrays have those of all other places, of kAreaMargin places next to these, and of as many after
+// the row: for place 4 i + p in [p][i]. They may be null where all are alike.
+inline constexpr std::ptrdiff_t kAreaMargin = 68;
 struct WindowAreas {
   std::size_t left, right;
   std::int32_t area;
@@ -30,14 +29,6 @@ struct WindowAreas {
   Phases<const std::int32_t, 4> areas;
   Phases<const float, 4> reciprocals;
 };
-// The places `begin` to `end` - 1 that are all alike, both multiples of a divisor of kAreaPlaces.
-struct SamePlaces {
-  std::size_t begin, end;
-};
-inline SamePlaces SamePlacesOf(const WindowAreas& areas, std::size_t divisor) noexcept {
-  const std::size_t begin = (areas.left + divisor - 1) / divisor * divisor;
-  return {begin, std::max(begin, areas.right / divisor * divisor)};
-}
 
 // Windows whose sums are kept from row to row: sums(x) grows by what upTo(x) has more than
 // before(x).
@@ -45,7 +36,8 @@ struct KeptWindows {
   RowSums upTo, before;
   WideColumns sums;
 };
-// The places that are made: all, or those at either end of a row, whose areas are not alike.
+// The places that are made: all, or those at either end of a row, whose areas are not alike, and
+// some next to these.
 enum class RowSpan { kAll, kEnds };
 
 template <class Columns>

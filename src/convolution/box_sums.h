@@ -98,13 +98,14 @@ class RowAreas {
   const WindowAreas& At(std::ptrdiff_t y) noexcept;
 
  private:
-  void Set(std::ptrdiff_t begin, std::ptrdiff_t end) noexcept;
+  template <class Set>
+  void ForVarious(const Set& set) const noexcept;
 
   Box box_ = {};
   std::ptrdiff_t width_ = 0, height_ = 0, rows_ = 0;
   bool inside_ = false;
   std::ptrdiff_t pitch_ = 0;
-  Scratch<std::int32_t> areas_;
+  Scratch<std::int32_t> columns_, areas_;
   Scratch<float> reciprocals_;
   WindowAreas all_ = {};
 };

@@ -261,23 +261,35 @@ HWY_INLINE void MapRange(const Op& op, KyBW8* out, size_t& x, size_t end, size_t
   }
 }
 
+// The places `begin` to `end` - 1, whole vectors, whose windows have the same area.
+struct SamePlaces {
+  size_t begin, end;
+};
+HWY_INLINE SamePlaces SamePlacesOf(const WindowAreas& areas) {
+  const size_t lanes = hn::Lanes(D8()), begin = (areas.left + lanes - 1) / lanes * lanes;
+  return {begin, HWY_MAX(begin, areas.right / lanes * lanes)};
+}
+
 // out[x] = op(areas, x, the lanes of each scan) for all x, or at the ends.
 template <class Op, class... Scan>
 HWY_INLINE void MapSums(const Op& op, KyBW8* out, size_t n, const WindowAreas& areas, RowSpan span,
                         Scan... scans) {
+  static_assert(kAreaMargin >= hn::MaxLanes(D8()) + 4);
   size_t x = 0;
   const auto mapTo = [&](size_t end, const auto& areasHere) KY_INLINE_ATTR {
     const auto levels = [&](size_t at, const auto&... lanes)
                             KY_INLINE_ATTR { return op(areasHere, at, lanes...); };
     MapRange(levels, out, x, HWY_MIN(end, n), n, scans...);
   };
-  const SamePlaces same =
-      SamePlacesOf(areas, span == RowSpan::kAll ? hn::Lanes(D8()) : kAreaPlaces);
+  const SamePlaces same = SamePlacesOf(areas);
   mapTo(same.begin, VariousAreas(areas));
-  if (span == RowSpan::kAll)
+  if (span == RowSpan::kAll) {
     mapTo(same.end, SameAreas(areas));
-  else
-    x = same.end;
+  } else {
+    // Whole vectors up to the end, or almost.
+    const size_t lanes = hn::Lanes(D8()), last = (n - areas.right + lanes - 1) / lanes * lanes;
+    x = HWY_MAX(same.begin, (n - HWY_MIN(n, last)) / 4 * 4);
+  }
   mapTo(n, VariousAreas(areas));
 }
 
