@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "convolution/box_rows.h"
+#include "foundation/pinned-inl.h"
 #include "foundation/shifts-inl.h"
 #include "foundation/spans-inl.h"
 #include "foundation/window-inl.h"
@@ -113,8 +114,8 @@ struct ScaledRows {
   static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
     const DU32 d;
     const auto change = [&](int p) HWY_ATTR {
-      return hn::Sub(hn::ShiftRight<kBits>(hn::LoadU(d, windows.entering.of[p] + x / 4)),
-                     hn::ShiftRight<kBits>(hn::LoadU(d, windows.leaving.of[p] + x / 4)));
+      return Pinned(hn::Sub(hn::ShiftRight<kBits>(hn::LoadU(d, windows.entering.of[p] + x / 4)),
+                            hn::ShiftRight<kBits>(hn::LoadU(d, windows.leaving.of[p] + x / 4))));
     };
     return SumOfChanges(change(0), change(1), change(2), change(3));
   }
