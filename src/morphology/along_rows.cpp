@@ -102,24 +102,26 @@ template <class Op, int kSpan, int kStep>
 HWY_INLINE void GatherPadded(KyBW8* out, ptrdiff_t n, const KyBW8* in) {
   constexpr ptrdiff_t outside = kSpan / 2 * kStep, lanes = hn::MaxLanes(D());
   if (n - 2 * outside < lanes) {
-    HWY_ALIGN KyBW8 row[2 * lanes + 2 * kSpan * kStep];
+    HWY_ALIGN KyBW8 row[2 * lanes + 4 * outside];
     std::fill_n(row, outside, Op::kNeutral);
     std::fill_n(std::copy_n(in, n, row + outside), lanes + outside, Op::kNeutral);
     for (ptrdiff_t x = 0; x < n; x += lanes) GatherDirect<Op, kSpan, kStep>(out + x, row + x);
     return;
   }
-  const auto partTo = [&](ptrdiff_t from, ptrdiff_t to) {
-    for (ptrdiff_t x = from; x < to; ++x) {
-      KyBW8 extreme = in[x];
-      const ptrdiff_t end = std::min(x + outside + 1, n);
-      for (ptrdiff_t i = x < outside ? x % kStep : x - outside; i < end; i += kStep)
-        extreme = Op::OfTwo(extreme, in[i]);
-      out[x] = extreme;
-    }
-  };
-  partTo(0, outside);
   GatherInside<Op, kSpan, kStep>(out + outside, n - 2 * outside, in);
-  partTo(n - outside, n);
+  // The windows at both ends grow from one pixel to the next.
+  const KyBW8* const end = in + n - 1;
+  for (ptrdiff_t first = 0; first < kStep; ++first) {
+    KyBW8 left = in[first], right = end[-first];
+    for (ptrdiff_t x = first + kStep; x < outside; x += kStep) {
+      left = Op::OfTwo(left, in[x]);
+      right = Op::OfTwo(right, end[-x]);
+    }
+    for (ptrdiff_t x = first; x < outside; x += kStep) {
+      out[x] = left = Op::OfTwo(left, in[x + outside]);
+      out[n - 1 - x] = right = Op::OfTwo(right, end[-x - outside]);
+    }
+  }
 }
 
 // row[x] = extreme of the kSpan pixels from x on, for the elements of all but the last kSpan - 1 of
