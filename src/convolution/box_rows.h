@@ -18,10 +18,10 @@ struct Windows {
   std::uint32_t before;  // the sum of window -1
 };
 
-// How many pixels the windows count. Those of places `left` to `right` - 1 are all alike; left and
-// right are multiples of kAreaPlaces. Those of the other places stand, for place 2 i + p, in
-// [p][i]; these arrays may be null where there are no others.
-inline constexpr std::size_t kAreaPlaces = 64;
+// How many pixels the windows count. Those of places `left` to `right` - 1 are all alike. The
+// arrays have those of all other places, of kAreaMargin places next to these, and of as many after
+// the row: for place 4 i + p in [p][i]. They may be null where all are alike.
+inline constexpr std::ptrdiff_t kAreaMargin = 68;
 struct WindowAreas {
   std::size_t left, right;
   std::int32_t area;
@@ -36,7 +36,8 @@ struct KeptWindows {
   RowSums upTo, before;
   WideColumns sums;
 };
-// The places that are made: all, or those at either end of a row, whose areas are not alike.
+// The places that are made: all, or those at either end of a row, whose areas are not alike, and
+// some next to these.
 enum class RowSpan { kAll, kEnds };
 
 template <class Columns>
@@ -50,16 +51,17 @@ using DeviationKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Column
 // below kMostOddArea, for any below kMostSmallArea, and for any up to kMostArea.
 inline constexpr std::int64_t kMostOddArea = 1 << 14, kMostSmallArea = 1 << 13;
 inline constexpr std::int64_t kMostArea = INT32_MAX / 255;
-// round(sqrt(area * squares - sum^2) / area) for areas up to the first of these, and up to the
-// other. Sums of squares are in units of 2^kCoarse where their lower 32 bits do not tell enough of
+// round(sqrt(area * squares - sum^2) / area) for areas up to each of these: (127.5 * 514)^2 fits 32
+// bits. Sums of squares are in units of 2^kCoarse where their lower 32 bits do not tell enough of
 // them.
+inline constexpr std::int64_t kMostSmallDeviationArea = 514;
 inline constexpr std::int64_t kMostDeviationArea = 1 << 17, kMostLargeDeviationArea = 1 << 22;
 inline constexpr int kCoarse = 8;
 
 template <class Columns>
 struct ResultKernels {
   AverageKernel<Columns> averageOdd, averageSmall, average;
-  DeviationKernel<Columns> deviation;
+  DeviationKernel<Columns> deviationOfSmall, deviation;
 };
 
 using KeptAverageKernel = void (*)(KyBW8* out, std::size_t n, const KeptWindows& windows,

@@ -39,13 +39,28 @@ class ColumnSums {
   }
   // Those of row y, after those of the row before it.
   Windows<Columns> Advance(const PlaneRows& source, std::ptrdiff_t y, int plane) noexcept {
-    const Columns columns = At(plane);
-    const auto n = static_cast<std::size_t>(width_);
     if (y == 0)
-      Start(columns, source, plane);
+      Start(source, plane);
     else
-      kernels_.slide(columns, n, source.Row(y + halfHeight_, plane),
-                     source.Row(y - halfHeight_ - 1, plane));
+      kernels_.slide(At(plane), static_cast<std::size_t>(width_),
+                     source.Row(y + halfHeight_, plane), source.Row(y - halfHeight_ - 1, plane));
+    return Along(plane);
+  }
+  // Those of the first row.
+  void Start(const PlaneRows& source, int plane) const noexcept {
+    const Columns columns = At(plane);
+    AddFirstWindow(halfHeight_, source.height(), nearest_,
+                   [&](std::ptrdiff_t y, std::uint64_t times) {
+                     const KyBW8* const row = source.Row(y, plane);
+                     if (times == 1)
+                       return kernels_.add(columns, static_cast<std::size_t>(width_), row);
+                     for (std::ptrdiff_t x = 0; x < width_; ++x)
+                       *columns.At(x) = static_cast<Element>(*columns.At(x) + times * row[x]);
+                   });
+  }
+  // The windows along a row, whose columns are there.
+  Windows<Columns> Along(int plane) const noexcept {
+    const Columns columns = At(plane);
     std::uint32_t before = kernels_.sum(columns, static_cast<std::size_t>(half_));
     if (nearest_) {
       const Element first = *columns.At(0), last = *columns.At(width_ - 1);
@@ -66,17 +81,6 @@ class ColumnSums {
   }
 
  private:
-  void Start(const Columns& columns, const PlaneRows& source, int plane) const noexcept {
-    AddFirstWindow(halfHeight_, source.height(), nearest_,
-                   [&](std::ptrdiff_t y, std::uint64_t times) {
-                     const KyBW8* const row = source.Row(y, plane);
-                     if (times == 1)
-                       return kernels_.add(columns, static_cast<std::size_t>(width_), row);
-                     for (std::ptrdiff_t x = 0; x < width_; ++x)
-                       *columns.At(x) = static_cast<Element>(*columns.At(x) + times * row[x]);
-                   });
-  }
-
   ColumnKernels<Columns> kernels_ = {};
   std::ptrdiff_t width_ = 0, halfHeight_ = 0;
   // What lies so far outside that all windows have it, or none, is not kept: beyond_ columns.
@@ -94,13 +98,14 @@ class RowAreas {
   const WindowAreas& At(std::ptrdiff_t y) noexcept;
 
  private:
-  void Set(std::ptrdiff_t begin, std::ptrdiff_t end) noexcept;
+  template <class Set>
+  void ForVarious(const Set& set) const noexcept;
 
   Box box_ = {};
   std::ptrdiff_t width_ = 0, height_ = 0, rows_ = 0;
   bool inside_ = false;
   std::ptrdiff_t pitch_ = 0;
-  Scratch<std::int32_t> areas_;
+  Scratch<std::int32_t> columns_, areas_;
   Scratch<float> reciprocals_;
   WindowAreas all_ = {};
 };

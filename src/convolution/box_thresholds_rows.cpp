@@ -5,6 +5,7 @@
 #include "convolution/box_thresholds_rows.h"
 
 #include "convolution/box_windows-inl.h"
+#include "convolution/local_thresholds-inl.h"
 #include "foundation/dispatch.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -99,30 +100,24 @@ void ThresholdRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& w
                   const WindowAreas& areas, const KyBW8* source, const LocalThreshold& threshold) {
   const ThresholdOp op(source, n, threshold);
   const int32_t area = areas.area;
+  const SamePlaces same = SamePlacesOf(areas);
   WindowScan<Rows> scan(windows);
   size_t x = 0;
   const auto various = [&](size_t at, const WindowLanes& sums)
                            KY_INLINE_ATTR { return op(VariousAreas(areas), at, sums); };
-  const auto same = [&](size_t at, const WindowLanes& sums)
-                        KY_INLINE_ATTR { return op.OverSame(area, at, sums); };
-  MapRange(various, out, x, HWY_MIN(areas.left, n), n, scan);
+  const auto overSame = [&](size_t at, const WindowLanes& sums)
+                            KY_INLINE_ATTR { return op.OverSame(area, at, sums); };
+  MapRange(various, out, x, HWY_MIN(same.begin, n), n, scan);
   scan.Add(op.Rest(area));
-  MapRange(same, out, x, HWY_MIN(areas.right, n), n, scan);
+  MapRange(overSame, out, x, HWY_MIN(same.end, n), n, scan);
   scan.Add(0 - op.Rest(area));
   MapRange(various, out, x, n, n, scan);
 }
 
-struct CompareOp {
-  using Lane = uint8_t;
-  Comparison comparison;
-
-  template <class D, class V>
-  HWY_INLINE V operator()(D d, V x, V y) const {
-    const V least = hn::SaturatedAdd(y, hn::Set(d, comparison.offset));
-    const auto isOther = hn::Eq(hn::SaturatedSub(x, least), hn::Zero(d));
-    return hn::IfThenElse(isOther, hn::Set(d, comparison.other), hn::Set(d, comparison.above));
-  }
-};
+void KeptThresholdRow(KyBW8* out, size_t n, const KeptWindows& windows, const WindowAreas& areas,
+                      RowSpan span, const KyBW8* source, const LocalThreshold& threshold) {
+  MapSums(ThresholdOp(source, n, threshold), out, n, areas, span, KeptSums(windows));
+}
 void CompareRow(KyBW8* out, size_t n, const KyBW8* source, const KyBW8* averages,
                 const LocalThreshold& threshold) {
   const bool first = threshold.ComparesSource();
@@ -131,7 +126,8 @@ void CompareRow(KyBW8* out, size_t n, const KyBW8* source, const KyBW8* averages
 }
 
 constexpr LocalThresholdKernels kKernels = {&ThresholdRow<FewRows>, &ThresholdRow<NarrowRows>,
-                                            &ThresholdRow<WideRows>, &CompareRow};
+                                            &ThresholdRow<WideRows>, &KeptThresholdRow,
+                                            &CompareRow};
 
 }  // namespace
 

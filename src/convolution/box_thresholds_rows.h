@@ -39,6 +39,9 @@ using LocalThresholdKernel = void (*)(KyBW8* out, std::size_t n, const Windows<C
 struct LocalThresholdKernels {
   LocalThresholdKernel<NarrowColumns> few, narrow;
   LocalThresholdKernel<WideColumns> wide;
+  // Thresholds of kept windows.
+  void (*kept)(KyBW8* out, std::size_t n, const KeptWindows& windows, const WindowAreas& areas,
+               RowSpan span, const KyBW8* source, const LocalThreshold& threshold);
   // Thresholds of averages.
   void (*compare)(KyBW8* out, std::size_t n, const KyBW8* source, const KyBW8* averages,
                   const LocalThreshold& threshold);

@@ -7,7 +7,10 @@
 #define KY_CONVOLUTION_BOX_WINDOWS_INL_H_
 #endif
 
+#include <type_traits>
+
 #include "convolution/box_rows.h"
+#include "foundation/pinned-inl.h"
 #include "foundation/shifts-inl.h"
 #include "foundation/spans-inl.h"
 #include "foundation/window-inl.h"
@@ -111,8 +114,8 @@ struct ScaledRows {
   static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
     const DU32 d;
     const auto change = [&](int p) HWY_ATTR {
-      return hn::Sub(hn::ShiftRight<kBits>(hn::LoadU(d, windows.entering.of[p] + x / 4)),
-                     hn::ShiftRight<kBits>(hn::LoadU(d, windows.leaving.of[p] + x / 4)));
+      return Pinned(hn::Sub(hn::ShiftRight<kBits>(hn::LoadU(d, windows.entering.of[p] + x / 4)),
+                            hn::ShiftRight<kBits>(hn::LoadU(d, windows.leaving.of[p] + x / 4))));
     };
     return SumOfChanges(change(0), change(1), change(2), change(3));
   }
@@ -221,16 +224,26 @@ class VariousAreas {
   const WindowAreas& areas_;
 };
 
-// The lowest bytes of the lanes, side by side. The next two are 0.
-HWY_INLINE hn::Vec<D8> JoinLevels(const WindowLanes& lanes) {
+// The bytes of the lanes from bit kFirst on, side by side.
+template <int kFirst>
+HWY_INLINE hn::Vec<D8> JoinBytes(const WindowLanes& lanes) {
   const D8 d8;
 #if HWY_TARGET == HWY_SCALAR
-  return hn::Set(d8, static_cast<KyBW8>(hn::GetLane(lanes.of[0])));
+  return hn::Set(d8, static_cast<KyBW8>(hn::GetLane(lanes.of[0]) >> kFirst));
 #else
-  const DU32 d;
-  const VU32 lower = hn::Or(hn::And(lanes.of[0], hn::Set(d, 0xFF)), hn::ShiftLeft<8>(lanes.of[1]));
-  const VU32 upper = hn::Or(hn::ShiftLeft<16>(lanes.of[2]), hn::ShiftLeft<24>(lanes.of[3]));
-  return hn::BitCast(d8, hn::Or(lower, upper));
+  const auto shifted = [](VU32 v, auto toLeft) HWY_ATTR {
+    constexpr int kLeft = decltype(toLeft)::value - kFirst;
+    if constexpr (kLeft < 0) return hn::ShiftRight<-kLeft>(v);
+    return hn::ShiftLeft<(kLeft < 0 ? 0 : kLeft)>(v);
+  };
+  const auto pair = [](VU32 odd, VU32 even) HWY_ATTR {
+    return hn::BitCast(D16(), hn::OddEven(hn::BitCast(D8(), odd), hn::BitCast(D8(), even)));
+  };
+  const V16 lower = pair(shifted(lanes.of[1], std::integral_constant<int, 8>()),
+                         shifted(lanes.of[0], std::integral_constant<int, 0>()));
+  const V16 upper = pair(shifted(lanes.of[3], std::integral_constant<int, 24>()),
+                         shifted(lanes.of[2], std::integral_constant<int, 16>()));
+  return hn::BitCast(d8, hn::OddEven(upper, lower));
 #endif
 }
 
@@ -249,21 +262,35 @@ HWY_INLINE void MapRange(const Op& op, KyBW8* out, size_t& x, size_t end, size_t
   }
 }
 
+// The places `begin` to `end` - 1, whole vectors, whose windows have the same area.
+struct SamePlaces {
+  size_t begin, end;
+};
+HWY_INLINE SamePlaces SamePlacesOf(const WindowAreas& areas) {
+  const size_t lanes = hn::Lanes(D8()), begin = (areas.left + lanes - 1) / lanes * lanes;
+  return {begin, HWY_MAX(begin, areas.right / lanes * lanes)};
+}
+
 // out[x] = op(areas, x, the lanes of each scan) for all x, or at the ends.
 template <class Op, class... Scan>
 HWY_INLINE void MapSums(const Op& op, KyBW8* out, size_t n, const WindowAreas& areas, RowSpan span,
                         Scan... scans) {
+  static_assert(kAreaMargin >= hn::MaxLanes(D8()) + 4);
   size_t x = 0;
   const auto mapTo = [&](size_t end, const auto& areasHere) KY_INLINE_ATTR {
     const auto levels = [&](size_t at, const auto&... lanes)
-                            KY_INLINE_ATTR { return JoinLevels(op(areasHere, at, lanes...)); };
+                            KY_INLINE_ATTR { return op(areasHere, at, lanes...); };
     MapRange(levels, out, x, HWY_MIN(end, n), n, scans...);
   };
-  mapTo(areas.left, VariousAreas(areas));
-  if (span == RowSpan::kAll)
-    mapTo(areas.right, SameAreas(areas));
-  else
-    x = areas.right;
+  const SamePlaces same = SamePlacesOf(areas);
+  mapTo(same.begin, VariousAreas(areas));
+  if (span == RowSpan::kAll) {
+    mapTo(same.end, SameAreas(areas));
+  } else {
+    // Whole vectors up to the end, or almost.
+    const size_t lanes = hn::Lanes(D8()), last = (n - areas.right + lanes - 1) / lanes * lanes;
+    x = HWY_MAX(same.begin, (n - HWY_MIN(n, last)) / 4 * 4);
+  }
   mapTo(n, VariousAreas(areas));
 }
 

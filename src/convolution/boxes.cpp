@@ -115,10 +115,17 @@ KY_ERRORS DeviationWith(const ColumnKernels<Columns>& columnKernels,
       !squareColumns.Allocate(squareKernels, source, job.planes, job.box, false) ||
       !areas.Allocate(job.box, width, height, true))
     return KY_ERROR_NOT_ENOUGH_MEMORY;
-  MakePlanes(source, results, job.planes, job.box.halfHeight, [&](std::ptrdiff_t y, int plane) {
-    const Windows<Columns> levels = columns.Advance(source, y, plane);
-    const Windows<WideColumns> squares = squareColumns.Advance(source, y, plane);
-    make(results.Row(y, plane), static_cast<std::size_t>(width), levels, squares,
+  const auto n = static_cast<std::size_t>(width);
+  const std::ptrdiff_t half = job.box.halfHeight;
+  MakePlanes(source, results, job.planes, half, [&](std::ptrdiff_t y, int plane) {
+    if (y == 0) {
+      columns.Start(source, plane);
+      squareColumns.Start(source, plane);
+    } else {
+      columnKernels.slideBoth(columns.At(plane), squareColumns.At(plane), n,
+                              source.Row(y + half, plane), source.Row(y - half - 1, plane));
+    }
+    make(results.Row(y, plane), n, columns.Along(plane), squareColumns.Along(plane),
          squareColumns.At(plane), areas.At(y));
   });
   return KY_OK;
@@ -140,11 +147,12 @@ KY_ERRORS Deviation(const BoxJob& job) noexcept {
                          });
   }
   return ForHeight(job.box.halfHeight, [&](const auto& kernels) {
-    return DeviationWith(kernels.columns, all.squares, job,
-                         [&](KyBW8* out, std::size_t n, const auto& levels, const auto& squares,
-                             const WideColumns&, const WindowAreas& areas) {
-                           kernels.results.deviation(out, n, levels, squares, areas);
-                         });
+    const auto& results = kernels.results;
+    const auto make = area > kMostSmallDeviationArea ? results.deviation : results.deviationOfSmall;
+    return DeviationWith(
+        kernels.columns, all.squares, job,
+        [&](KyBW8* out, std::size_t n, const auto& levels, const auto& squares, const WideColumns&,
+            const WindowAreas& areas) { make(out, n, levels, squares, areas); });
   });
 }
 

@@ -134,13 +134,26 @@ struct AddSquares {
 // a^2 - b^2 = (a - b) (a + b)
 struct SlideSquares {
   static int32_t Of(KyBW8 a, KyBW8 b) { return (a - b) * (a + b); }
-#if HWY_TARGET != HWY_SCALAR
-  HWY_INLINE void Add(const WideColumns& columns, Halves a, Halves b) const {
-    AddProducts(columns, {hn::Sub(a.even, b.even), hn::Sub(a.odd, b.odd)},
-                {hn::Add(a.even, b.even), hn::Add(a.odd, b.odd)});
-  }
-#endif
 };
+#if HWY_TARGET != HWY_SCALAR
+template <class Columns>
+struct LevelsAndSquares {
+  Columns levels;
+  WideColumns squares;
+
+  HWY_INLINE LevelsAndSquares From(ptrdiff_t place) const {
+    return {levels.From(place), squares.From(place)};
+  }
+};
+struct SlideBoth {
+  template <class Columns>
+  HWY_INLINE void Add(const LevelsAndSquares<Columns>& columns, Halves a, Halves b) const {
+    const Halves change = {hn::Sub(a.even, b.even), hn::Sub(a.odd, b.odd)};
+    AddHalves(columns.levels, change.even, change.odd);
+    AddProducts(columns.squares, change, {hn::Add(a.even, b.even), hn::Add(a.odd, b.odd)});
+  }
+};
+#endif
 
 template <class Op, class Columns>
 void AddRow(const Columns& columns, size_t n, const KyBW8* row) {
@@ -149,6 +162,16 @@ void AddRow(const Columns& columns, size_t n, const KyBW8* row) {
 template <class Op, class Columns>
 void SlideRow(const Columns& columns, size_t n, const KyBW8* entering, const KyBW8* leaving) {
   AddToColumns(Op(), columns, n, entering, leaving);
+}
+template <class Columns>
+void SlideBothRow(const Columns& levels, const WideColumns& squares, size_t n,
+                  const KyBW8* entering, const KyBW8* leaving) {
+#if HWY_TARGET == HWY_SCALAR
+  AddToColumns(SlideLevels(), levels, n, entering, leaving);
+  AddToColumns(SlideSquares(), squares, n, entering, leaving);
+#else
+  AddToColumns(SlideBoth(), LevelsAndSquares<Columns>{levels, squares}, n, entering, leaving);
+#endif
 }
 template <class Columns>
 uint32_t SumShifted(const Columns& columns, size_t n, int shift) {
@@ -163,14 +186,16 @@ uint32_t SumOf(const Columns& columns, size_t n) {
   return SumShifted(columns, n, 0);
 }
 
-template <class Add, class Slide, class Columns>
+template <class Columns>
 constexpr ColumnKernels<Columns> KernelsOf() {
-  return {&AddRow<Add, Columns>, &SlideRow<Slide, Columns>, &SumOf<Columns>};
+  return {&AddRow<AddLevels, Columns>, &SlideRow<SlideLevels, Columns>, &SlideBothRow<Columns>,
+          &SumOf<Columns>};
 }
-constexpr AllColumnKernels kKernels = {KernelsOf<AddLevels, SlideLevels, NarrowColumns>(),
-                                       KernelsOf<AddLevels, SlideLevels, WideColumns>(),
-                                       KernelsOf<AddSquares, SlideSquares, WideColumns>(),
-                                       &SumShifted<WideColumns>};
+constexpr AllColumnKernels kKernels = {
+    KernelsOf<NarrowColumns>(),
+    KernelsOf<WideColumns>(),
+    {&AddRow<AddSquares, WideColumns>, nullptr, nullptr, &SumOf<WideColumns>},
+    &SumShifted<WideColumns>};
 
 }  // namespace
 

@@ -53,13 +53,16 @@ struct ColumnKernels {
   void (*add)(const Columns& columns, std::size_t n, const KyBW8* row);
   // columns(i) += (what entering[i] counts) - (what leaving[i] counts)
   void (*slide)(const Columns& columns, std::size_t n, const KyBW8* entering, const KyBW8* leaving);
+  // The same for the sums of levels and for those of their squares.
+  void (*slideBoth)(const Columns& levels, const WideColumns& squares, std::size_t n,
+                    const KyBW8* entering, const KyBW8* leaving);
   // columns(0) + ... + columns(n - 1), modulo 2^32.
   std::uint32_t (*sum)(const Columns& columns, std::size_t n);
 };
 
 struct AllColumnKernels {
   ColumnKernels<NarrowColumns> narrow;
-  ColumnKernels<WideColumns> wide, squares;
+  ColumnKernels<WideColumns> wide, squares;  // squares slide with levels only
   // The sum of columns(0) >> shift to columns(n - 1) >> shift.
   std::uint32_t (*sumShifted)(const WideColumns& columns, std::size_t n, int shift);
 };

@@ -137,6 +137,7 @@ class InsideWalk {
  public:
   bool Open(const BoxJob& job, const MeanDivision& division) noexcept {
     division_ = division;
+    threshold_ = job.threshold;
     width_ = job.Width();
     half_ = job.box.halfHeight;
     average_ = job.box.Area() < kMostSmallArea ? kernels_.keptSmall : kernels_.kept;
@@ -145,7 +146,8 @@ class InsideWalk {
         !results_.Open(job.out, job.planes) ||
         !changes_.Allocate(width_, job.box.halfWidth, false) ||
         !rests_.Allocate(width_, job.planes) || !sums_.Allocate(job.planes * pitch_) ||
-        !areas_.Allocate(job.box, width_, job.in.height, true))
+        !areas_.Allocate(job.box, width_, job.in.height, true) ||
+        !averages_.Allocate(threshold_ != nullptr ? width_ : 0))
       return false;
     std::fill_n(sums_.get(), job.planes * pitch_, 0u);
     return true;
@@ -159,9 +161,10 @@ class InsideWalk {
       }
       changes_.Make(source_.Row(y + half_, plane), source_.Row(y - half_ - 1, plane));
       if (y == height - half_) EndRolling(y - 1, plane);
-      const bool isWhole = y > half_ && y < height - half_;
-      MakeSums(y, plane, isWhole ? RowSpan::kEnds : RowSpan::kAll);
-      if (isWhole) RollMiddle(y, plane);
+      if (y > half_ && y < height - half_)
+        MakeWhole(y, plane);
+      else
+        MakeSums(y, plane);
       if (y == half_) BeginRolling(y, plane);
     });
   }
@@ -175,18 +178,32 @@ class InsideWalk {
     return {changes_.upTo(), changes_.before(), Sums(plane)};
   }
 
-  void MakeSums(std::ptrdiff_t y, int plane, RowSpan span) noexcept {
-    average_(results_.Row(y, plane), static_cast<std::size_t>(width_), Kept(plane), areas_.At(y),
-             span);
+  // Where the averages of row y stand. Those to compare with are of one row.
+  KyBW8* Averages(std::ptrdiff_t y, int plane) const noexcept {
+    return threshold_ != nullptr ? averages_.get() : results_.Row(y, plane);
   }
-  // The windows of a whole row between those at its ends.
-  void RollMiddle(std::ptrdiff_t y, int plane) noexcept {
+  void MakeSums(std::ptrdiff_t y, int plane) noexcept {
+    const auto n = static_cast<std::size_t>(width_);
+    average_(Averages(y, plane), n, Kept(plane), areas_.At(y), RowSpan::kAll);
+    if (threshold_ != nullptr)
+      thresholds_.compare(results_.Row(y, plane), n, source_.Row(y, plane), averages_.get(),
+                          *threshold_);
+  }
+  // A row that has all rows of its windows. What is rolled at its ends is nothing of use.
+  void MakeWhole(std::ptrdiff_t y, int plane) noexcept {
+    const auto n = static_cast<std::size_t>(width_);
     const WindowAreas& areas = areas_.At(y);
-    const auto begin = static_cast<std::ptrdiff_t>(areas.left);
-    const std::size_t n = areas.right - areas.left;
-    changes_.kernels().roll(results_.Row(y, plane) + begin, n, changes_.upTo().From(begin),
-                            changes_.before().From(begin), results_.Row(y - 1, plane) + begin,
-                            rests_.At(plane).From(begin), division_);
+    KyBW8* const out = results_.Row(y, plane);
+    const RowSums upTo = changes_.upTo(), before = changes_.before(), rests = rests_.At(plane);
+    if (threshold_ == nullptr) {
+      changes_.kernels().roll(out, n, upTo, before, results_.Row(y - 1, plane), rests, division_);
+      average_(out, n, Kept(plane), areas, RowSpan::kEnds);
+    } else {
+      const KyBW8* const source = source_.Row(y, plane);
+      changes_.kernels().rollThresholds(out, n, upTo, before, averages_.get(), rests, division_,
+                                        source, *threshold_);
+      thresholds_.kept(out, n, Kept(plane), areas, RowSpan::kEnds, source, *threshold_);
+    }
   }
   // Sums become levels, those of row y, and rests, and again sums.
   void BeginRolling(std::ptrdiff_t y, int plane) noexcept {
@@ -206,11 +223,13 @@ class InsideWalk {
     const auto end = static_cast<std::ptrdiff_t>(areas.right);
     const WideColumns sums = Sums(plane);
     const RowSums rests = rests_.At(plane);
-    const KyBW8* const levels = results_.Row(y, plane);
+    const KyBW8* const levels = Averages(y, plane);
     for (std::ptrdiff_t x = begin; x < end; ++x) work(*sums.At(x), *rests.At(x), levels[x]);
   }
 
   const BoxKernels& kernels_ = ChooseBoxKernels();
+  const LocalThresholdKernels& thresholds_ = ChooseLocalThresholdKernels();
+  const LocalThreshold* threshold_ = nullptr;
   MeanDivision division_ = {};
   std::ptrdiff_t width_ = 0, half_ = 0, pitch_ = 0;
   KeptAverageKernel average_ = nullptr;
@@ -219,6 +238,7 @@ class InsideWalk {
   RowChanges changes_;
   Rests rests_;
   Scratch<std::uint32_t> sums_;
+  Scratch<KyBW8> averages_;
   RowAreas areas_;
 };
 
@@ -239,7 +259,7 @@ bool RollsMeans(const BoxJob& job) noexcept {
   // areas.
   constexpr std::ptrdiff_t kLeastMiddle = 256;
   Divisions divisions;
-  return job.threshold == nullptr && job.box.halfHeight <= job.in.height / 4 &&
+  return job.box.halfHeight <= job.in.height / 4 &&
          (!job.inside || job.Width() >= kLeastMiddle + 2 * job.box.halfWidth) &&
          MakeDivisions(job, divisions);
 }

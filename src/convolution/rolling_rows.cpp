@@ -5,7 +5,9 @@
 #include "convolution/rolling_rows.h"
 
 #include <algorithm>
+#include <type_traits>
 
+#include "convolution/local_thresholds-inl.h"
 #include "foundation/dispatch.h"
 #include "foundation/shifts-inl.h"
 #include "foundation/spans-inl.h"
@@ -15,6 +17,19 @@ HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
+
+// Pixels of a row of which n are left.
+HWY_INLINE hn::Vec<D8> LoadSome(const KyBW8* from, size_t n) {
+  const D8 d;
+  return HWY_LIKELY(n >= hn::Lanes(d)) ? hn::LoadU(d, from) : LoadPart(d, from, n);
+}
+HWY_INLINE void StoreSome(hn::Vec<D8> v, KyBW8* to, size_t n) {
+  const D8 d;
+  if (HWY_LIKELY(n >= hn::Lanes(d)))
+    hn::StoreU(v, d, to);
+  else
+    StorePart(d, v, to, n);
+}
 
 #if HWY_TARGET == HWY_SCALAR
 
@@ -31,15 +46,17 @@ void SumChanges(RowSums sums, size_t n, size_t margin, bool nearest, const KyBW8
   }
 }
 
-void Roll(KyBW8* out, size_t n, RowSums upTo, RowSums before, const KyBW8* above, RowSums rests,
-          const MeanDivision& division) {
+// Calls put(x, levels from x on, n - x) for the levels of n windows.
+template <class Put>
+HWY_INLINE void RollLevels(size_t n, RowSums upTo, RowSums before, const KyBW8* above,
+                           RowSums rests, const MeanDivision& division, const Put& put) {
   for (size_t i = 0; i < n; ++i) {
     const auto x = static_cast<ptrdiff_t>(i);
     uint16_t& rest = *rests.At(x);
     const auto sum = static_cast<int16_t>(*upTo.At(x) - *before.At(x) + rest);
     const int quotient = ((sum * division.factor >> 16) * division.round + (1 << 14)) >> 15;
     rest = static_cast<uint16_t>(sum - quotient * division.area);
-    out[i] = static_cast<KyBW8>(above[i] + quotient);
+    put(i, hn::Set(D8(), static_cast<KyBW8>(above[i] + quotient)), n - i);
   }
 }
 
@@ -107,9 +124,7 @@ void SumChanges(RowSums sums, size_t n, size_t margin, bool nearest, const KyBW8
   StoreRamps(sums, -beyond, margin, first * (1 - static_cast<int>(margin)), first);
   VU16 before = hn::Zero(d);
   for (size_t x = 0; x < n; x += lanes) {
-    const bool whole = HWY_LIKELY(n - x >= lanes);
-    const auto in = whole ? hn::LoadU(d8, entering + x) : LoadPart(d8, entering + x, n - x);
-    const auto out = whole ? hn::LoadU(d8, leaving + x) : LoadPart(d8, leaving + x, n - x);
+    const auto in = LoadSome(entering + x, n - x), out = LoadSome(leaving + x, n - x);
     const VU16 odd =
         hn::Sub(hn::ShiftRight<8>(hn::BitCast(d, in)), hn::ShiftRight<8>(hn::BitCast(d, out)));
 #if KY_HAVE_MUL_ADD_BYTES
@@ -128,8 +143,10 @@ void SumChanges(RowSums sums, size_t n, size_t margin, bool nearest, const KyBW8
   StoreRamps(sums, width, margin, static_cast<int>(*sums.At(width - 1)) + last, last);
 }
 
-void Roll(KyBW8* out, size_t n, RowSums upTo, RowSums before, const KyBW8* above, RowSums rests,
-          const MeanDivision& division) {
+// Calls put(x, levels from x on, n - x) for the levels of n windows.
+template <class Put>
+HWY_INLINE void RollLevels(size_t n, RowSums upTo, RowSums before, const KyBW8* above,
+                           RowSums rests, const MeanDivision& division, const Put& put) {
   const D8 d8;
   const DU16 du;
   const D16 d;
@@ -147,16 +164,38 @@ void Roll(KyBW8* out, size_t n, RowSums upTo, RowSums before, const KyBW8* above
   for (size_t x = 0; x < n; x += lanes) {
     const V16 even = quotient(0, x / 2), odd = quotient(1, x / 2);
     const auto more = hn::OddEven(hn::BitCast(d8, hn::ShiftLeft<8>(odd)), hn::BitCast(d8, even));
-    if (HWY_LIKELY(n - x >= lanes))
-      hn::StoreU(hn::Add(hn::LoadU(d8, above + x), more), d8, out + x);
-    else
-      StorePart(d8, hn::Add(LoadPart(d8, above + x, n - x), more), out + x, n - x);
+    put(x, hn::Add(LoadSome(above + x, n - x), more), n - x);
   }
 }
 
 #endif
 
-constexpr RollingKernels kKernels = {&SumChanges, &Roll};
+void Roll(KyBW8* out, size_t n, RowSums upTo, RowSums before, const KyBW8* above, RowSums rests,
+          const MeanDivision& division) {
+  RollLevels(n, upTo, before, above, rests, division,
+             [&](size_t x, hn::Vec<D8> levels, size_t left)
+                 KY_INLINE_ATTR { StoreSome(levels, out + x, left); });
+}
+void RollThresholds(KyBW8* out, size_t n, RowSums upTo, RowSums before, KyBW8* averages,
+                    RowSums rests, const MeanDivision& division, const KyBW8* source,
+                    const LocalThreshold& threshold) {
+  const CompareOp op = {threshold.ToCompare()};
+  const auto roll = [&](auto comparesSource) KY_INLINE_ATTR {
+    RollLevels(n, upTo, before, averages, rests, division,
+               [&](size_t x, hn::Vec<D8> levels, size_t left) KY_INLINE_ATTR {
+                 StoreSome(levels, averages + x, left);
+                 const auto pixels = LoadSome(source + x, left);
+                 StoreSome(comparesSource ? op(D8(), pixels, levels) : op(D8(), levels, pixels),
+                           out + x, left);
+               });
+  };
+  if (threshold.ComparesSource())
+    roll(std::true_type());
+  else
+    roll(std::false_type());
+}
+
+constexpr RollingKernels kKernels = {&SumChanges, &Roll, &RollThresholds};
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "convolution/box_thresholds_rows.h"
 #include "convolution/column_rows.h"
 #include "ky/pixels.h"
 
@@ -27,6 +28,10 @@ struct RollingKernels {
   // area, upwards or downwards. out and `above` may be the same row.
   void (*roll)(KyBW8* out, std::size_t n, RowSums upTo, RowSums before, const KyBW8* above,
                RowSums rests, const MeanDivision& division);
+  // The same for levels in place, averages[x], of which it makes the thresholds of source[x].
+  void (*rollThresholds)(KyBW8* out, std::size_t n, RowSums upTo, RowSums before, KyBW8* averages,
+                         RowSums rests, const MeanDivision& division, const KyBW8* source,
+                         const LocalThreshold& threshold);
 };
 const RollingKernels& ChooseRollingKernels() noexcept;
 

@@ -16,7 +16,7 @@ inline constexpr std::ptrdiff_t kRowSlack = 64;
 
 struct ExtremeKernels {
   KyBW8 neutral;  // the level that is no extreme: what stands outside the ROI
-  AlongKernel along;
+  AlongKernel along, alongColor;
   AcrossKernel across;
   CrossKernel cross;
   JoinKernel join;
@@ -28,8 +28,18 @@ inline ExtremeKernels KernelsOf(Extreme extreme) noexcept {
   const AcrossKernels& across = ChooseAcrossKernels();
   const JoinKernels& join = ChooseJoinKernels();
   if (extreme == Extreme::kMaximum)
-    return {0, along.maximum, across.across.maximum, across.cross.maximum, join.maximum};
-  return {255, along.minimum, across.across.minimum, across.cross.minimum, join.minimum};
+    return {0,
+            along.grey.maximum,
+            along.color.maximum,
+            across.across.maximum,
+            across.cross.maximum,
+            join.maximum};
+  return {255,
+          along.grey.minimum,
+          along.color.minimum,
+          across.across.minimum,
+          across.cross.minimum,
+          join.minimum};
 }
 
 }  // namespace ky

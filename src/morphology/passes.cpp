@@ -71,64 +71,11 @@ bool BoxPass::Allocate(const ExtremeKernels& kernels, const Element& element, st
 // Row y along, into a place in scratch, and where it is then; `soon` is what is stored to next.
 const KyBW8* BoxPass::MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) noexcept {
   if (halfWidth_ == 0) return in;
-  if (step_ > 1) {
-    MakeColors(slot, in);
-    return slot;
-  }
   // The row's own elements start a line of a cache.
-  KyBW8* const row = row_.get() + kRowFront + (-halfWidth_ & 63);
-  kernels_.along(slot, width_, in, row, spare_.get(), halfWidth_, soon);
+  KyBW8* const row = row_.get() + kRowFront + (-halfWidth_ * step_ & 63);
+  const AlongKernel along = step_ == 1 ? kernels_.along : kernels_.alongColor;
+  along(slot, width_, in, row, spare_.get(), halfWidth_, soon);
   return slot;
-}
-
-// Spans of four times the length join four shorter ones, until four or fewer make the window. Those
-// that begin further in front of the row than they are long, or after it, stay neutral.
-void BoxPass::MakeColors(KyBW8* slot, const KyBW8* in) noexcept {
-  constexpr std::ptrdiff_t kJoined = 4;
-  KyBW8* const row = row_.get();
-  const std::ptrdiff_t window = 2 * halfWidth_ + 1, outside = halfWidth_ * step_;
-  std::ptrdiff_t span = std::min(kJoined, window);
-  MakeShortSpans(span == window ? slot : row, in, span);
-  while (span < window) {
-    const std::ptrdiff_t wanted = std::min(kJoined * span, window);
-    const KyBW8* rows[kJoined];
-    const std::ptrdiff_t count = (wanted + span - 1) / span;
-    const std::ptrdiff_t from = std::max<std::ptrdiff_t>(outside - wanted * step_, 0) / 64 * 64;
-    const std::ptrdiff_t to = width_ + std::min(outside, (window - wanted) * step_);
-    for (std::ptrdiff_t i = 0; i < count; ++i)
-      rows[i] = row + from + std::min(i * span, wanted - span) * step_;
-    kernels_.join((wanted == window ? slot : row) + from, to - from, rows, count);
-    span = wanted;
-  }
-}
-
-// out[x] = the extreme of the `span` pixels from x on, x being 0 half a window in front of the row.
-// Most are read where they are, and those along both ends from a padded copy.
-void BoxPass::MakeShortSpans(KyBW8* out, const KyBW8* in, std::ptrdiff_t span) noexcept {
-  const std::ptrdiff_t outside = halfWidth_ * step_, reach = (span - 1) * step_;
-  const std::ptrdiff_t end = outside + width_, n = end + outside - reach;
-  const auto join = [&](std::ptrdiff_t x, std::ptrdiff_t count, const KyBW8* from) {
-    const KyBW8* rows[4];
-    for (std::ptrdiff_t i = 0; i < span; ++i) rows[i] = from + i * step_;
-    kernels_.join(out + x, count, rows, span);
-  };
-  const auto joinPadded = [&](std::ptrdiff_t x, std::ptrdiff_t to) {
-    KyBW8* const padded = spare_.get();
-    std::fill_n(padded, to + reach - x, kernels_.neutral);
-    const std::ptrdiff_t first = std::max(x, outside), last = std::min(to + reach, end);
-    if (first < last) CopyRow(padded + first - x, in + first - outside, last - first);
-    join(x, to - x, padded);
-  };
-  const std::ptrdiff_t left = std::max<std::ptrdiff_t>(outside - reach, 0);
-  const std::ptrdiff_t right = std::min(end, n);
-  // Whole lines of a cache, and therefore whole vectors: nothing beyond the row is read.
-  const std::ptrdiff_t start = std::min((outside + 63) / 64 * 64, right);
-  const std::ptrdiff_t inside = std::max<std::ptrdiff_t>(end - reach - start, 0) / 64 * 64;
-  std::fill_n(out, left, kernels_.neutral);
-  joinPadded(left, start);
-  if (inside > 0) join(start, inside, in + start - outside);
-  if (start + inside < right) joinPadded(start + inside, right);
-  std::fill_n(out + right, n - right, kernels_.neutral);
 }
 
 std::ptrdiff_t BoxPass::Advance(std::ptrdiff_t ready, Lines<const KyBW8> in,

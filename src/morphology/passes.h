@@ -60,8 +60,6 @@ class BoxPass {
 
  private:
   const KyBW8* MakeRow(KyBW8* slot, const KyBW8* in, const KyBW8* soon) noexcept;
-  void MakeColors(KyBW8* slot, const KyBW8* in) noexcept;
-  void MakeShortSpans(KyBW8* out, const KyBW8* in, std::ptrdiff_t span) noexcept;
   void RunTiles(Lines<KyBW8> out) noexcept;
 
   ExtremeKernels kernels_ = {};

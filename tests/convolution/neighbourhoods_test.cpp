@@ -86,15 +86,13 @@ const std::vector<Size> kSizes = {{1, 1},  {2, 3},  {7, 1},   {1, 9},   {15, 16}
 struct Halves {
   unsigned width, height;
 };
-// Of every way to divide and to sum: areas up to 2^13, 2^14 and beyond, columns of up to 16 bits
-// and beyond, sums of up to 31 bits and beyond; windows above the image's sides.
-const Halves kHalves[] = {{0, 0},        {1, 0},        {0, 2},
-                          {1, 1},        {2, 2},        {2, 3},
-                          {3, 3},        {5, 4},        {16, 9},
-                          {45, 45},      {60, 60},      {70, 70},
-                          {3, 128},      {3, 129},      {300, 11},
-                          {1, 400},      {700, 80},     {1448, 1448},
-                          {5, 1u << 20}, {1u << 20, 1}, {1u << 20, 1u << 20}};
+// Of every way to divide and to sum: areas up to 363, 514, 2^13, 2^14 and beyond, columns of up to
+// 16 bits and beyond, sums of up to 31 bits and beyond; windows above the image's sides.
+const Halves kHalves[] = {
+    {0, 0},   {1, 0},    {0, 2},       {1, 1},        {2, 2},        {2, 3},
+    {3, 3},   {5, 4},    {9, 9},       {10, 10},      {13, 9},       {2, 51},
+    {45, 45}, {60, 60},  {70, 70},     {3, 128},      {3, 129},      {300, 11},
+    {1, 400}, {700, 80}, {1448, 1448}, {5, 1u << 20}, {1u << 20, 1}, {1u << 20, 1u << 20}};
 
 template <class Model>
 void CheckBoxes(GreyBox grey, ColorBox color, Model (*modelOf)(unsigned, unsigned)) {
@@ -184,6 +182,8 @@ TEST(Boxes, ResultsThatAreNearlyAHalf) {
                             {8, 4},
                             {45, 45},
                             {46, 44},
+                            {200, 1},
+                            {257, 1},
                             {63, 65},
                             {90, 91},
                             {127, 129},

@@ -203,6 +203,19 @@ TYPED_TEST(Shapes, HalfSizesAreBoxes) {
     }
 }
 
+// Of one span or several, on rows below and above a vector or two.
+TYPED_TEST(Shapes, WindowsAlongRows) {
+  const auto operations = Operations<TypeParam>();
+  for (const unsigned half : {3U, 4U, 5U, 8U, 10U, 12U, 16U, 21U, 31U, 42U, 63U, 70U})
+    for (const std::size_t which : {0, 1}) {
+      const auto call = [&](const KyROI<TypeParam>* in, KyROI<TypeParam>* out) {
+        return operations[which].bySizes(in, out, half, 0);
+      };
+      this->Check(operations[which], Box(half, 0), call,
+                  {{1, 2}, {5, 1}, {10, 1}, {11, 1}, {22, 1}, {23, 2}, {43, 1}, {150, 2}});
+    }
+}
+
 // Rows that wait between the parts of a composite are as many as its shape and its height ask for.
 TYPED_TEST(Shapes, CompositesAreTheirPartsAtEveryHeight) {
   const auto all = Operations<TypeParam>();
