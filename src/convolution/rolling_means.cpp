@@ -181,7 +181,7 @@ class InsideWalk {
     return {changes_.upTo(), changes_.before(), Sums(plane)};
   }
 
-  // Where the averages of row y stand. Those to compare with are of one row.
+  // Where the averages of row y stand. Those to compare with share a row of scratch.
   KyBW8* Averages(std::ptrdiff_t y, int plane) const noexcept {
     return threshold_ != nullptr ? averages_.get() : results_.Row(y, plane);
   }
@@ -192,7 +192,8 @@ class InsideWalk {
       thresholds_.compare(results_.Row(y, plane), n, source_.Row(y, plane), averages_.get(),
                           *threshold_);
   }
-  // A row that has all rows of its windows. What is rolled at its ends is nothing of use.
+  // A row whose windows have all their rows. Its ends roll as if they had all columns too, which
+  // means nothing, and are made again of the sums that are kept.
   void MakeWhole(std::ptrdiff_t y, int plane) noexcept {
     const auto n = static_cast<std::size_t>(width_);
     const WindowAreas& areas = areas_.At(y);
