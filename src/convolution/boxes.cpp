@@ -1,6 +1,7 @@
 // Means, deviations and thresholds by the sums over boxes.
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 #include "convolution/box_sums.h"
 #include "convolution/filters_rows.h"
@@ -92,7 +93,7 @@ KY_ERRORS Average(const BoxJob& job) noexcept {
   if (const WindowKernels* const small = SmallWindows(job))
     return FilterWindows(job.out, job.in, Border::Nearest(),
                          job.planes == 1 ? small->grey : small->color);
-  if (RollsMeans(job)) return RollMeans(job);
+  if (const std::optional<KY_ERRORS> error = RollMeans(job)) return *error;
   if (job.box.Area() > kMostArea) return AverageOfLargeBoxes(job);
   return ForHeight(job.box.halfHeight,
                    [&](const auto& kernels) { return AverageWith(kernels, job); });

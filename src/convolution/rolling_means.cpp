@@ -38,6 +38,7 @@ std::ptrdiff_t RoundUp(std::ptrdiff_t n) noexcept {
 // How rows change along their windows.
 class RowChanges {
  public:
+  explicit RowChanges(const RollingKernels& kernels) noexcept : kernels_(kernels) {}
   bool Allocate(std::ptrdiff_t width, std::ptrdiff_t half, bool nearest) noexcept {
     half_ = half;
     n_ = static_cast<std::size_t>(width);
@@ -58,7 +59,7 @@ class RowChanges {
   const RollingKernels& kernels() const noexcept { return kernels_; }
 
  private:
-  const RollingKernels& kernels_ = ChooseRollingKernels();
+  const RollingKernels& kernels_;
   std::ptrdiff_t half_ = 0;
   std::size_t n_ = 0;
   bool nearest_ = false;
@@ -93,6 +94,7 @@ class Rests {
 // Where the nearest pixels stand for those outside, all windows are alike.
 class NearestWalk {
  public:
+  explicit NearestWalk(const RollingKernels& kernels) noexcept : changes_(kernels) {}
   bool Open(const BoxJob& job) noexcept {
     return source_.Open(job.in, job.out, job.planes, Border::Nearest(), job.RowsAtOnce()) &&
            results_.Open(job.out, job.planes) &&
@@ -135,6 +137,7 @@ class NearestWalk {
 // their sums are kept: those of the first and the last rows, and of either end of all others.
 class InsideWalk {
  public:
+  explicit InsideWalk(const RollingKernels& kernels) noexcept : changes_(kernels) {}
   bool Open(const BoxJob& job, const MeanDivision& division) noexcept {
     division_ = division;
     threshold_ = job.threshold;
@@ -178,7 +181,7 @@ class InsideWalk {
     return {changes_.upTo(), changes_.before(), Sums(plane)};
   }
 
-  // Where the averages of row y stand. Those to compare with are of one row.
+  // Where the averages of row y stand. Those to compare with share a row of scratch.
   KyBW8* Averages(std::ptrdiff_t y, int plane) const noexcept {
     return threshold_ != nullptr ? averages_.get() : results_.Row(y, plane);
   }
@@ -189,7 +192,8 @@ class InsideWalk {
       thresholds_.compare(results_.Row(y, plane), n, source_.Row(y, plane), averages_.get(),
                           *threshold_);
   }
-  // A row that has all rows of its windows. What is rolled at its ends is nothing of use.
+  // A row whose windows have all their rows. Its ends roll as if they had all columns too, which
+  // means nothing, and are made again of the sums that are kept.
   void MakeWhole(std::ptrdiff_t y, int plane) noexcept {
     const auto n = static_cast<std::size_t>(width_);
     const WindowAreas& areas = areas_.At(y);
@@ -254,26 +258,23 @@ bool MakeDivisions(const BoxJob& job, Divisions& divisions) noexcept {
 
 }  // namespace
 
-bool RollsMeans(const BoxJob& job) noexcept {
+std::optional<KY_ERRORS> RollMeans(const BoxJob& job) noexcept {
   // The first rows take longer than others, and so do the ends of all where these have their own
   // areas.
   constexpr std::ptrdiff_t kLeastMiddle = 256;
+  if (job.box.halfHeight > job.in.height / 4) return {};
+  if (job.inside && job.Width() < kLeastMiddle + 2 * job.box.halfWidth) return {};
+  const RollingKernels& kernels = ChooseRollingKernels();
+  if (job.threshold != nullptr && !kernels.rollsThresholds) return {};
   Divisions divisions;
-  return job.box.halfHeight <= job.in.height / 4 &&
-         (!job.inside || job.Width() >= kLeastMiddle + 2 * job.box.halfWidth) &&
-         MakeDivisions(job, divisions);
-}
-
-KY_ERRORS RollMeans(const BoxJob& job) noexcept {
-  Divisions divisions;
-  if (!MakeDivisions(job, divisions)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  if (!MakeDivisions(job, divisions)) return {};
   if (job.inside) {
-    InsideWalk walk;
+    InsideWalk walk(kernels);
     if (!walk.Open(job, divisions.ofBox)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     walk.Run(job);
     return KY_OK;
   }
-  NearestWalk walk;
+  NearestWalk walk(kernels);
   if (!walk.Open(job)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   walk.Run(job, divisions.ofBox, divisions.ofRow);
   return KY_OK;

@@ -195,7 +195,7 @@ void RollThresholds(KyBW8* out, size_t n, RowSums upTo, RowSums before, KyBW8* a
     roll(std::false_type());
 }
 
-constexpr RollingKernels kKernels = {&SumChanges, &Roll, &RollThresholds};
+constexpr RollingKernels kKernels = {&SumChanges, &Roll, &RollThresholds, HWY_TARGET != HWY_SCALAR};
 
 }  // namespace
 

@@ -32,6 +32,8 @@ struct RollingKernels {
   void (*rollThresholds)(KyBW8* out, std::size_t n, RowSums upTo, RowSums before, KyBW8* averages,
                          RowSums rests, const MeanDivision& division, const KyBW8* source,
                          const LocalThreshold& threshold);
+  // Whether that is faster than thresholds of sums.
+  bool rollsThresholds;
 };
 const RollingKernels& ChooseRollingKernels() noexcept;
 

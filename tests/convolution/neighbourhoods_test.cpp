@@ -137,6 +137,23 @@ TEST(Boxes, LocalThresholdComparesWithTheAverage) {
         kSizes);
 }
 
+void CheckThresholds(const Grey& picture, const Grey& averages, Halves half, Random& random) {
+  for (const int offset : {-1, 0, 1}) {
+    Grey expected = averages;
+    for (std::size_t i = 0; i < picture.pixels.size(); ++i)
+      expected.pixels[i] = picture.pixels[i] >= averages.pixels[i] + offset ? 7 : 9;
+    ForEachPath([&](const std::string&) {
+      Canvas<KyBW8> canvas(picture, {}, random), out(picture, {}, random);
+      ASSERT_EQ(ImgLocalThreshold(canvas.roi(), out.roi(), half.width, half.height, offset, 9, 7),
+                KY_OK);
+      ASSERT_TRUE(Same(expected, out.Get()));
+      ASSERT_EQ(ImgLocalThreshold(canvas.roi(), nullptr, half.width, half.height, offset, 9, 7),
+                KY_OK);
+      ASSERT_TRUE(Same(expected, canvas.Get()));
+    });
+  }
+}
+
 // Means that follow from those of the row above, with changes from row to row as large as windows
 // allow: of pictures so large that the first and the last rows and columns are not all there is.
 TEST(Boxes, MeansOfLargePictures) {
@@ -169,6 +186,7 @@ TEST(Boxes, MeansOfLargePictures) {
       ASSERT_EQ(ImgLocalAverage(from.roi(), nullptr, half.width, half.height), KY_OK);
       ASSERT_TRUE(Same(ofPixels, from.Get()));
     });
+    CheckThresholds(picture, ofPixels, half, random);
   }
 }
 
@@ -219,19 +237,10 @@ TEST(Boxes, ThresholdsNextToTheAverage) {
   Random random(1);
   auto picture = RandomPicture<KyBW8>(300, 310, random);
   for (KyBW8& p : picture.pixels) p = static_cast<KyBW8>(100 + p % 2);
-  Grey averages(picture.width, picture.height), expected = averages;
+  Grey averages(picture.width, picture.height);
   for (const Halves half : {Halves{2, 3}, {40, 90}, {90, 90}, {91, 90}, {20, 140}}) {
     Over<true, AverageOf>(half.width, half.height)(picture, averages);
-    for (const int offset : {-1, 0, 1}) {
-      for (std::size_t i = 0; i < picture.pixels.size(); ++i)
-        expected.pixels[i] = picture.pixels[i] >= averages.pixels[i] + offset ? 7 : 9;
-      ForEachPath([&](const std::string&) {
-        Canvas<KyBW8> canvas(picture, {}, random);
-        ASSERT_EQ(ImgLocalThreshold(canvas.roi(), nullptr, half.width, half.height, offset, 9, 7),
-                  KY_OK);
-        ASSERT_TRUE(Same(expected, canvas.Get()));
-      });
-    }
+    CheckThresholds(picture, averages, half, random);
   }
 }
 
