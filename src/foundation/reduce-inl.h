@@ -29,8 +29,8 @@ HWY_INLINE Planes3<V> Without(V absent, const Planes3<V>& v) {
 // Start, step, done over the elements at the same place in each row, in lanes of type Lane, which
 // may be wider: Fold<D>() starts, Step(d, v..., absent) takes a vector of each in, Done() gives the
 // result. The lanes that the rows leave free in their first and last vectors are 0 in v and all
-// ones in `absent`, which is 0 in all others. A fold may have StepFour(d, v, v, v, v) besides, for
-// four vectors of one row without such lanes. Vectors of 64 bytes are aligned in the first row:
+// ones in `absent`, which is 0 in all others. A fold may have StepFour(d, from) besides, for the
+// four vectors of one row from an address on. Vectors of 64 bytes are aligned in the first row:
 // unaligned ones, each of which crosses a cache line, take up to a third longer.
 template <class D, class Fold, class T, class... More>
 HWY_INLINE void TakePiece(D d, Fold& fold, size_t n, const T* first, const More*... more) {
@@ -55,9 +55,8 @@ HWY_INLINE void TakePiece(D d, Fold& fold, size_t n, const T* first, const More*
   }
   // Without prefetches: where the processor's own suffice, as on Zen 4, they cost a third.
   for (; i + kAtOnce * lanes <= n; i += kAtOnce * lanes) {
-    const auto at = [=](size_t k) HWY_ATTR { return LoadLanes(d, first + i + k * lanes); };
-    if constexpr (requires { fold.StepFour(d, at(0), at(1), at(2), at(3)); })
-      fold.StepFour(d, at(0), at(1), at(2), at(3));
+    if constexpr (requires { fold.StepFour(d, first); })
+      fold.StepFour(d, first + i);
     else
       for (size_t k = 0; k < kAtOnce; ++k) step(i + k * lanes);
   }

@@ -99,6 +99,17 @@ TEST(Statistics, WhiteBeyond32Bits) {
   }
 }
 
+// More than the part of a cache that a core may count on.
+TEST(Statistics, LargePictures) {
+  constexpr int kWidth = 2219, kHeight = 1931;
+  const auto at = [](int x, int y) { return static_cast<KyBW8>(3 + (x * 7 + y * y * 13) % 251); };
+  KyImage<KyBW8> image(kWidth, kHeight);
+  for (int y = 0; y < kHeight; ++y)
+    for (int x = 0; x < kWidth; ++x) image.SetPixel(at(x, y), x, y);
+  const Numbers expected = Model(kWidth, kHeight, at);
+  ForEachPath([&](const std::string&) { EXPECT_EQ(Measure(&image), expected); });
+}
+
 // Where long double is what x86 calls so, for operands whose results need more bits than there are.
 TEST(Extended, RoundsAsX87Does) {
   if (LDBL_MANT_DIG != 64) GTEST_SKIP() << "long double has another width here";
