@@ -177,7 +177,7 @@ KY_API KY_ERRORS ImgFindEdgePointsOnCircle(const KyROI<KyBW8>* source, float cen
                                            TRANS_SCAN_EDGE polarity, float minStrength,
                                            KyEdgePointsVector* points) noexcept;
 
-/// A straight line, fitted to points; the row y = 0 where it is not.
+/// A straight line, as it was fitted to points; before that, the row y = 0.
 struct KY_API KyLine {
   double x = 0;           ///< the column of the centre of its points
   double y = 0;           ///< the row of that centre

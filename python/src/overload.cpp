@@ -1,5 +1,7 @@
 #include "overload.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -169,6 +171,16 @@ bool FindShape(const Overload& overload, Argument* const* arguments, PyObject* g
 }
 
 }  // namespace
+
+// Python ends such a thread by pthread_exit, which unwinds the stack like an exception. No
+// destructor lets that pass, and it must not be swallowed either.
+Unlocked::~Unlocked() {
+  try {
+    PyEval_RestoreThread(state_);
+  } catch (...) {
+    for (;;) pause();
+  }
+}
 
 bool RaiseMismatch(PyObject* type, const Place& place, const char* expected, PyObject* object) {
   PyObject* const description = Describe(object);

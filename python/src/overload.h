@@ -48,11 +48,12 @@ PyObject* Finish(const Overload& overload, Argument* const* arguments, KY_ERRORS
 // stolen, becomes the exception's.
 PyObject* RaiseStatus(KY_ERRORS error, PyObject* result = nullptr);
 
-// Lets other threads of Python run while it lives.
+// Lets other threads of Python run while it lives. A thread that comes back after the end of the
+// interpreter, as daemons may, waits for the end of the process.
 class Unlocked {
  public:
   Unlocked() : state_(PyEval_SaveThread()) {}
-  ~Unlocked() { PyEval_RestoreThread(state_); }
+  ~Unlocked();
   Unlocked(const Unlocked&) = delete;
   Unlocked& operator=(const Unlocked&) = delete;
 

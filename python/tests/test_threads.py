@@ -1,5 +1,7 @@
 """The interpreter's lock, and objects that several threads share."""
 
+import subprocess
+import sys
 import threading
 import time
 from concurrent.futures import ThreadPoolExecutor
@@ -43,6 +45,31 @@ def test_threads_get_the_results_of_one(random):
     with ThreadPoolExecutor(4) as pool:
         list(pool.map(work, range(16)))
     np.testing.assert_array_equal(target, [ky.median(picture, 3) for picture in pictures])
+
+
+DAEMONS = """
+import threading, time
+import numpy as np
+import ky
+
+picture = np.zeros((2000, 2000), np.uint8)
+average, pyramid = ky.MovingAverage(3, 2000, 2000), ky.Pyramid(5)
+
+def work():
+    while True:
+        ky.convol_gaussian(picture, 20)
+        average.average(picture)
+        pyramid.build(picture)
+
+for _ in range(3):
+    threading.Thread(target=work, daemon=True).start()
+time.sleep(0.3)
+"""
+
+
+def test_the_interpreter_ends_during_a_call():
+    run = subprocess.run([sys.executable, "-c", DAEMONS], capture_output=True, text=True, timeout=60)
+    assert (run.returncode, run.stderr) == (0, "")
 
 
 def test_objects_shared_by_threads(random):

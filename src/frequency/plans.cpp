@@ -1,6 +1,7 @@
 #include "frequency/plans.h"
 
 #include <fftw3.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -40,6 +41,8 @@ class Plans {
     *oldest = {plan, n, inverse, 0, 0};
     return Use(*oldest);
   }
+  void Lock() noexcept { mutex_.lock(); }
+  void Unlock() noexcept { mutex_.unlock(); }
   void Release(fftwf_plan plan) noexcept {
     const std::lock_guard lock(mutex_);
     const auto slot = std::ranges::find(slots_, plan, &Slot::plan);
@@ -69,6 +72,11 @@ class Plans {
   Slot slots_[32];
 };
 constinit Plans plans;
+
+// The thread that forks holds the lock then: one that does not exist in the child would hold it for
+// ever.
+[[maybe_unused]] const int atFork =
+    pthread_atfork([] { plans.Lock(); }, [] { plans.Unlock(); }, [] { plans.Unlock(); });
 
 }  // namespace
 

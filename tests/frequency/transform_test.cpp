@@ -2,6 +2,8 @@
 #include <dlfcn.h>
 #include <fftw3.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cmath>
@@ -230,6 +232,34 @@ TEST(Threads, EachTransformsAtAnyTime) {
     threads.emplace_back([&, i] { run(i, together[std::size_t(i)]); });
   for (std::thread& thread : threads) thread.join();
   EXPECT_TRUE(alone == together);
+}
+
+// A child process has none of the threads that were planning when it was made.
+TEST(Fork, ChildrenTransformWhileThreadsDo) {
+#if KY_SANITIZED
+  GTEST_SKIP() << "in a child, the sanitizer's own allocator may wait for a lock for ever";
+#endif
+  std::atomic<bool> stop{false};
+  const auto transform = [](int width) {
+    const KyImage<KyBW8> source(width, 8);
+    KyImage<KyComplex64> result(width, 8);
+    return ImgSlowDFT(&source, &result);
+  };
+  std::thread busy([&] {
+    for (int i = 0; !stop; ++i) transform(100 + i % 400);
+  });
+  for (int i = 0; i < 20 && !HasFailure(); ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);
+      _exit(transform(700 + i) == KY_OK ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+  }
+  stop = true;
+  busy.join();
 }
 
 }  // namespace
