@@ -12,14 +12,20 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-template <template <class> class Sum, size_t kBytes, class T>
+template <template <class> class Sum, size_t kBytes = kAnyVector, class T>
 void SumsOfRows(const Rows<const T>& rows, uint32_t* sums) {
   for (ptrdiff_t y = 0; y < rows.height; ++y)
     sums[y] = static_cast<uint32_t>(
         ReduceSpan<Sum, T, kBytes>(static_cast<size_t>(rows.width), rows.Row(y)));
 }
+void SumsOfByteRows(const Rows<const KyBW8>& rows, uint32_t* sums) {
+  if (PaysShortVector(rows))
+    SumsOfRows<SumOfBytes, kShortVector>(rows, sums);
+  else
+    SumsOfRows<SumOfBytes>(rows, sums);
+}
 
-constexpr ProjectionKernels kKernels = {&SumsOfRows<SumOfBytes, kShortVector, KyBW8>,
+constexpr ProjectionKernels kKernels = {&SumsOfByteRows,
                                         &SumsOfRows<SumOfWords, kAnyVector, KyBW16>,
                                         &AddColumns<KyBW8>, &AddColumns<KyBW16>};
 

@@ -288,6 +288,10 @@ template <template <class> class Fold, class Lane, class T>
 auto Reduce(const T* row, size_t n) {
   return ReduceSpan<Fold, Lane>(n, row);
 }
+uint64_t SumOfAllRows(const Rows<const KyBW8>& rows) {
+  return PaysShortVector(rows) ? ReduceAll<SumOfBytes, KyBW8, kShortVector>(rows)
+                               : ReduceAll<SumOfBytes, KyBW8>(rows);
+}
 template <template <class> class Fold, class T>
 auto OfAllRows(const Rows<const T>& rows) {
   return ReduceAll<Fold, KyBW8>(rows);
@@ -304,7 +308,7 @@ uint64_t Between(const KyBW8* row, size_t n, KyBW8 low, KyBW8 high) {
 template <class T>
 constexpr LevelKernels<T> kLevelKernels = {&Reduce<Smallest, T, T>, &Reduce<Largest, T, T>};
 
-constexpr StatisticsKernels kKernels = {&ReduceAll<SumOfBytes, KyBW8, kShortVector, KyBW8>,
+constexpr StatisticsKernels kKernels = {&SumOfAllRows,
                                         &OfAllRows<SumAndSquares, KyBW8>,
                                         &OfAllRows<Components<SumOfBytes>::Of, KyC24>,
                                         &OfAllRows<Components<SumAndSquares>::Of, KyC24>,

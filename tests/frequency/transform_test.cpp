@@ -235,10 +235,9 @@ TEST(Threads, EachTransformsAtAnyTime) {
 }
 
 // A child process has none of the threads that were planning when it was made.
+// In a child, the allocators of sanitizers may wait for a lock for ever.
+#if !KY_SANITIZED
 TEST(Fork, ChildrenTransformWhileThreadsDo) {
-#if KY_SANITIZED
-  GTEST_SKIP() << "in a child, the sanitizer's own allocator may wait for a lock for ever";
-#endif
   std::atomic<bool> stop{false};
   const auto transform = [](int width) {
     const KyImage<KyBW8> source(width, 8);
@@ -261,5 +260,6 @@ TEST(Fork, ChildrenTransformWhileThreadsDo) {
   stop = true;
   busy.join();
 }
+#endif
 
 }  // namespace
