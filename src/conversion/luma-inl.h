@@ -94,8 +94,8 @@ HWY_INLINE hn::Vec<D> LoadEvery48(D d, const uint8_t* from) {
     return hn::Combine(d, LoadEvery48(half, from + kBytes), LoadEvery48(half, from));
   }
 }
-// A shuffle brings the pairs of four colours into place, which are
-// 12 bytes.
+// A shuffle brings the pairs of four colours, which are 12 bytes, into
+// place.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE V LumaOf(D d, const KyC24* colors) {
   alignas(16) static constexpr uint8_t kFirst4[16] = {0, 1, 3, 4, 6, 7, 9,  10,

@@ -287,7 +287,7 @@ HWY_INLINE void MapSums(const Op& op, KyBW8* out, size_t n, const WindowAreas& a
   if (span == RowSpan::kAll) {
     mapTo(same.end, SameAreas(areas));
   } else {
-    // Whole vectors up to the end, or almost.
+    // As many whole vectors as cover the right end, from a multiple of four on.
     const size_t lanes = hn::Lanes(D8()), last = (n - areas.right + lanes - 1) / lanes * lanes;
     x = HWY_MAX(same.begin, (n - HWY_MIN(n, last)) / 4 * 4);
   }

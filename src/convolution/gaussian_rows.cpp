@@ -265,7 +265,7 @@ void Along(const PairRows& out, size_t n, const WideRow rows[2], const WeightPai
   const WideRow above = rows[0], below = rows[1];
   int32_t* const places[2] = {out.Places(0, 0), out.Places(0, 1)};
   for (size_t x = 0; x < n; x += 2 * lanes) {
-    // Of rows and vectors.
+    // Two vectors of the upper row, and two of the lower one.
     TwoSums<D> a0, a1, b0, b1;
     weighing.ForPairs([&](auto first, ptrdiff_t k, V16 sums, V16 differences) KY_INLINE_ATTR {
       const auto take = [&](TwoSums<D>& two, const WideRow& row, size_t at) KY_INLINE_ATTR {
@@ -312,7 +312,7 @@ void Across(KyBW8* const out[2], size_t n, const PairRows& in, const WeightPairs
   const ptrdiff_t phase = in.phase, next = static_cast<ptrdiff_t>(lanes / 2);
   KyBW8* const to[2] = {out[0], out[1]};
   for (size_t x = 0; x < n; x += 2 * lanes) {
-    // Of vectors and phases.
+    // The even and the odd places of a vector, and those of the next.
     TwoSums<D16> a0, a1, b0, b1;
     weighing.ForPairs([&](auto first, ptrdiff_t k, V16 sums, V16 differences) KY_INLINE_ATTR {
       const PairAt at = kCount > 0 ? pairs[k] : pairAt(k);

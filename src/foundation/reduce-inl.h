@@ -76,8 +76,8 @@ HWY_INLINE auto ReducePiece(D d, Fold fold, size_t n, const T*... row) {
 }
 
 // The most bytes of a vector. Memory bounds folds that do little with what they read, such as plain
-// sums. Zen 4 takes up to a tenth longer to load 64 bytes at once than twice 32 where they come
-// from beyond the third cache, and as much less where they come from it.
+// sums. Zen 4 takes up to a tenth longer to load 64 bytes at once than twice 32 from beyond the
+// third cache, and up to a tenth less from within it.
 inline constexpr size_t kAnyVector = 64, kShortVector = 32;
 template <class T>
 HWY_INLINE bool PaysShortVector(const Rows<const T>& rows) {

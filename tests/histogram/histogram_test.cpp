@@ -339,4 +339,22 @@ TEST(Projections, SumsWrap) {
   });
 }
 
+// More than 4 MB, which is summed up by shorter vectors.
+TEST(Projections, LargePictures) {
+  constexpr int kWidth = 2219, kHeight = 1931;
+  KyImage<KyBW8> image(kWidth, kHeight);
+  Numbers expected(kHeight);
+  for (int y = 0; y < kHeight; ++y)
+    for (int x = 0; x < kWidth; ++x) {
+      const auto level = static_cast<KyBW8>((x * 7 + y * 13) % 251);
+      image.SetPixel(level, x, y);
+      expected[static_cast<std::size_t>(y)] += level;
+    }
+  ForEachPath([&](const std::string&) {
+    KyBW32Vector sums;
+    ASSERT_EQ(ImgProjectOnAColumn(&image, &sums), KY_OK);
+    EXPECT_EQ(Values(sums), expected);
+  });
+}
+
 }  // namespace
