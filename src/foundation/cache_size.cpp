@@ -9,29 +9,31 @@
 namespace ky {
 namespace {
 
-std::int64_t AskProcessor() noexcept {
-  std::int64_t largest = 0;
+CacheSizes AskProcessor() noexcept {
+  CacheSizes sizes = {};
 #if defined(__x86_64__)
   // Two leaves describe caches, one after the other and in the same form; processors have one.
   for (const unsigned leaf : {4u, 0x8000001Du}) {
-    constexpr unsigned kMost = 8, kTypes = 31;
+    constexpr unsigned kMost = 8, kTypes = 31, kLevels = 7 << 5, kFirstOfData = 1 << 5 | 1;
     for (unsigned i = 0; i < kMost; ++i) {
       unsigned eax, ebx, ecx, edx;
       if (__get_cpuid_count(leaf, i, &eax, &ebx, &ecx, &edx) == 0 || (eax & kTypes) == 0) break;
       const std::int64_t line = (ebx & 0xFFF) + 1, partitions = (ebx >> 12 & 0x3FF) + 1,
                          ways = (ebx >> 22) + 1, sets = std::int64_t{ecx} + 1;
-      largest = std::max(largest, line * partitions * ways * sets);
+      const std::int64_t bytes = line * partitions * ways * sets;
+      if ((eax & (kLevels | kTypes)) == kFirstOfData) sizes.firstOfData = bytes;
+      sizes.largest = std::max(sizes.largest, bytes);
     }
   }
 #endif
-  return largest;
+  return sizes;
 }
 
 }  // namespace
 
-std::int64_t LargestCache() noexcept {
-  static const std::int64_t kBytes = AskProcessor();
-  return kBytes;
+const CacheSizes& SizesOfCaches() noexcept {
+  static const CacheSizes kSizes = AskProcessor();
+  return kSizes;
 }
 
 }  // namespace ky

@@ -4,8 +4,11 @@
 
 namespace ky {
 
-// The bytes of the largest cache that this processor core uses; 0 where that is not known. The
-// processor is asked once, as that takes tens of microseconds on virtual machines.
-std::int64_t LargestCache() noexcept;
+// The bytes of caches that this processor core uses; 0 where they are not known.
+struct CacheSizes {
+  std::int64_t firstOfData, largest;
+};
+// The processor is asked once, as that takes tens of microseconds on virtual machines.
+const CacheSizes& SizesOfCaches() noexcept;
 
 }  // namespace ky

@@ -25,7 +25,7 @@ const StreamKernels* StreamFor(const Rows<Out>& destination, const Source&... so
   const StreamKernels& stream = ChooseStreamKernels();
   if (moved < kFewest || stream.write == nullptr || !(source.IsApart(destination) && ...))
     return nullptr;
-  const std::int64_t cache = LargestCache();
+  const std::int64_t cache = SizesOfCaches().largest;
   return cache > 0 && moved >= cache ? &stream : nullptr;
 }
 

@@ -113,7 +113,7 @@ TEST(Stream, LinesOfRows) {
 
 // Only what no cache holds, and never what a call reads, which streaming would not copy first.
 TEST(Stream, WhenItPays) {
-  const std::int64_t cache = LargestCache();
+  const std::int64_t cache = SizesOfCaches().largest;
   if (cache == 0 || ChooseStreamKernels().write == nullptr) GTEST_SKIP() << "nothing streams";
   EXPECT_GE(cache, 1 << 14);
   static KyBW8 byte;  // the pixels are not read
@@ -130,7 +130,7 @@ TEST(Stream, WhenItPays) {
 
 // A whole call, where caches are small enough for a test.
 TEST(Stream, WholeImages) {
-  const std::int64_t cache = LargestCache();
+  const std::int64_t cache = SizesOfCaches().largest;
   constexpr int kWidth = 8001;
   if (cache == 0 || cache > 1 << 26) GTEST_SKIP() << "no image is large enough";
   const int height = static_cast<int>(cache / kWidth / 2 + 600);

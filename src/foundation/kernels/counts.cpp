@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 #include "foundation/kernels/pair_counter.h"
 #include "foundation/rows.h"
@@ -16,8 +18,11 @@ class LevelCounter {
  public:
   void Count(const KyBW8* pixels, std::ptrdiff_t n) noexcept {
     std::ptrdiff_t i = 0;
-    for (; i + kTables <= n; i += kTables)
-      for (int k = 0; k < kTables; ++k) ++tables_[k][pixels[i + k]];
+    for (; i + kTables <= n; i += kTables) {
+      std::uint32_t four;
+      std::memcpy(&four, pixels + i, sizeof four);
+      for (int k = 0; k < kTables; ++k) ++tables_[k][four >> 8 * k & 0xFF];
+    }
     for (; i < n; ++i) ++tables_[0][pixels[i]];
   }
   void AddTo(Counts& counts) const noexcept {
@@ -26,7 +31,7 @@ class LevelCounter {
   }
 
  private:
-  static constexpr int kTables = 8, kApart = 16;
+  static constexpr int kTables = 4, kApart = 16;
   std::uint32_t tables_[kTables][kLevels + kApart] = {};
 };
 
