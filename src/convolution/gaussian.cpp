@@ -95,7 +95,7 @@ class GaussianWalk {
     out_ = out;
     if (!input_.Open(in, out)) return false;
     in_ = input_.rows();
-    prefetches_ = ExceedsSecondCache(2 * out.height * out.RowBytes());
+    prefetches_ = GainFromPrefetches(2 * out.height * out.RowBytes());
     const bool inPlace = SharingOf(in_, out_) == Sharing::kTheSame;
     strip_ = StripWidth(inPlace);
     const std::ptrdiff_t reach = strip_ + 2 * x.half();

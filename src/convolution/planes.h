@@ -29,7 +29,7 @@ class PlaneRows {
     width_ = in_.width / planes;
     pitch_ = ScratchPitch(width_);
     const std::ptrdiff_t bytes = 2 * in_.height * in_.RowBytes();
-    prefetches_ = planes > 1 ? ExceedsSecondCache(bytes) : ExceedsThirdCache(bytes);
+    prefetches_ = GainFromPrefetches(bytes) && (planes > 1 || ExceedsThirdCache(bytes));
     copies_ = planes > 1 || SharingOf(in_, destination) == Sharing::kTheSame;
     if (copies_)
       return ring_.Allocate(
@@ -83,7 +83,7 @@ class PlaneResults {
     out_ = destination;
     width_ = destination.width / planes;
     pitch_ = ScratchPitch(width_);
-    prefetches_ = ExceedsSecondCache(2 * out_.height * out_.RowBytes());
+    prefetches_ = GainFromPrefetches(2 * out_.height * out_.RowBytes());
     return planes == 1 || planes_.Allocate(planes * pitch_);
   }
   KyBW8* Row(std::ptrdiff_t y, int plane) const noexcept {

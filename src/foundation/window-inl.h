@@ -109,7 +109,7 @@ HWY_INLINE void MapBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const*
 template <class Op, int kStep = 1, class D = D8>
 HWY_INLINE void MapWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
                            const Layout& layout) {
-  if (layout.exceedsSecondCache) MapBands<Op, kStep, 3, D>(op, out, rows, layout.pitch);
+  if (layout.prefetches) MapBands<Op, kStep, 3, D>(op, out, rows, layout.pitch);
   MapBands<Op, kStep, 1, D>(op, out, rows, layout.pitch);
 }
 
@@ -406,7 +406,7 @@ HWY_INLINE void RollRows(const Op& op, const Rows<uint8_t>& out, const uint8_t* 
   uint8_t* to[kRows];
   for (int y = 0; y < kRows; ++y) to[y] = out.Row(y);
   for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
-    if (kRows > 1 && layout.exceedsSecondCache)
+    if (kRows > 1 && layout.prefetches)
       PrefetchBandBelow<kRows>(out, in + 2 * Op::kRadius, layout.pitch, x);
     RowParts<Op, kStep> parts[kIn];
     const auto result = [&]<int y, int... k>(std::integral_constant<int, y>,

@@ -14,11 +14,10 @@
 namespace ky {
 
 // How the source rows of a kernel lie: the bytes from one to the next, but where the border
-// interferes, and whether more is read and written than a second cache holds, so that prefetches
-// pay.
+// interferes, and whether prefetches pay.
 struct Layout {
   std::ptrdiff_t pitch;
-  bool exceedsSecondCache;
+  bool prefetches;
 };
 
 // How results are made of windows of 2 * radius + 1 rows and columns.
@@ -107,8 +106,7 @@ class WindowWalk {
     halfStrip_ = (ends_ + reach_ + step_ - 1) / step_ * step_;
     copies_ = in_.width < 2 * ends_ + lanes_ || Crowds() ||
               SharingOf(in_, destination) == Sharing::kTheSame;
-    exceedsSecondCache_ =
-        !copies_ && ExceedsSecondCache(in_.height * (in_.RowBytes() + out_.RowBytes()));
+    prefetches_ = !copies_ && GainFromPrefetches(in_.height * (in_.RowBytes() + out_.RowBytes()));
     const std::ptrdiff_t most = descends_ ? kMostDescended : kMost;
     const std::ptrdiff_t copied = descends_ ? kCopiedDescended : kCopied;
     rowsAtOnce_ =
@@ -254,7 +252,7 @@ class WindowWalk {
       rows = at;
     }
     if constexpr (std::is_invocable_v<decltype(kernel.run), Rows<Out>, const T* const*, Layout>)
-      kernel.run(out, rows, Layout{pitch, exceedsSecondCache_});
+      kernel.run(out, rows, Layout{pitch, prefetches_});
     else
       kernel.run(out, rows);
   }
@@ -270,7 +268,7 @@ class WindowWalk {
   // strip that one end's are made from: whole pixels.
   std::ptrdiff_t ends_ = 0, halfStrip_ = 0;
   std::ptrdiff_t rowsAtOnce_ = 0, made_ = 0;
-  bool exceedsSecondCache_ = false;
+  bool prefetches_ = false;
   Border border_;
   bool copies_ = false;  // of whole rows are in the ring, else their ends alone
   Rows<Out> out_, band_;

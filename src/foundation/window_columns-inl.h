@@ -113,7 +113,7 @@ HWY_INLINE void DescendWindows(const Rows<uint8_t>& out, const uint8_t* const* r
   for (ptrdiff_t begin = 0; begin < out.width; begin += strip) {
     const ptrdiff_t end = HWY_MIN(begin + strip, out.width);
     ptrdiff_t inAhead = 0, outAhead = 0;
-    if (layout.exceedsSecondCache) {
+    if (layout.prefetches) {
       const bool isLast = end == out.width;
       inAhead = isLast ? out.height * layout.pitch - begin : strip;
       outAhead = isLast ? out.height * out.pitch - begin : strip;
