@@ -19,4 +19,9 @@ void AddLookups(pybind11::module_& module);
 void AddMovingAverage(pybind11::module_& module);
 void AddPyramid(pybind11::module_& module);
 
+// Makes everything that uses objects of the module's classes raise TypeError for those that no
+// constructor has made: those of a bare __new__, and self before an override of __init__ has called
+// that of its base.
+void RefuseUnmade(const pybind11::module_& module);
+
 }  // namespace ky::python

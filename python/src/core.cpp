@@ -15,6 +15,7 @@ PYBIND11_MODULE(_core, module) {
   python::AddLookups(module);
   python::AddMovingAverage(module);
   python::AddPyramid(module);
+  python::RefuseUnmade(module);
   if (!python::AddFunctions(module.ptr(), "ky", python::Functions()))
     throw pybind11::error_already_set();
 }

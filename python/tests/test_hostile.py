@@ -1,8 +1,10 @@
 """Arguments that nobody would pass on purpose: an exception, or a result, but never a crash."""
 
+import pickle
 import subprocess
 import sys
 
+import numpy as np
 import pytest
 
 import ky
@@ -81,3 +83,25 @@ def test_hostile_calls():
                          timeout=300)
     assert run.returncode == 0, run.stderr[-2000:]
     assert "done" in run.stdout
+
+
+def test_objects_that_no_constructor_has_made(grey):
+    color = np.stack([grey] * 3, 2)
+
+    def new(kind):
+        return kind.__new__(kind)
+
+    class Early(ky.MovingAverage):
+        def __init__(self):
+            self.reset()
+
+    for call in (
+            lambda: new(ky.Kernel).coefficients, lambda: pickle.dumps(new(ky.Kernel)),
+            lambda: ky.convol_kernel(grey, new(ky.Kernel)), lambda: new(ky.MovingAverage).average(grey),
+            lambda: new(ky.Pyramid).build(grey), lambda: new(ky.ColorMatrix).transform((1, 2, 3)),
+            lambda: ky.get_component(color, 0, new(ky.ColorLookup)), lambda: new(ky.PixelType).name, Early):
+        with pytest.raises(TypeError, match="__init__ of its class has not run"):
+            call()
+    average = new(ky.MovingAverage)
+    average.__init__(2, grey.shape[1], grey.shape[0])
+    np.testing.assert_array_equal(average.average(grey), grey)
