@@ -271,3 +271,6 @@ def test_errors(grey):
     ky.set_error(1400)
     assert ky.trace_error("mine") == 1400 and ky.get_trace_count() == 1
     assert ky.get_trace(0) == "mine"
+    assert ky.name_parameter("source") == 1400 and ky.get_error_message().startswith("mine: source")
+    ky.get_overlay_color()
+    assert ky.get_error() == 1400
