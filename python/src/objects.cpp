@@ -73,4 +73,14 @@ bool Holder<const Bytes*>::Take(PyObject* object, const Place& place) {
   return true;
 }
 
+bool Holder<FilePath>::Matches(PyObject* object) {
+  return PyUnicode_Check(object) || PyBytes_Check(object) ||
+         PyObject_HasAttrString(object, "__fspath__");
+}
+
+bool Holder<FilePath>::Take(PyObject* object, const Place& place) {
+  if (!Matches(object)) return RaiseMismatch(PyExc_TypeError, place, kExpected, object);
+  return PyUnicode_FSConverter(object, &bytes_) != 0;
+}
+
 }  // namespace ky::python

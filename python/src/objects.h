@@ -1,4 +1,4 @@
-// The arguments that are objects of classes, and bytes.
+// The arguments that are objects of classes, bytes and names of files.
 #pragma once
 
 #include <optional>
@@ -50,6 +50,23 @@ struct Holder<const Bytes*> : Argument {
  private:
   Py_buffer view_{};
   Bytes bytes_;
+};
+
+// The name of a file, as Python's own functions take it: a string, bytes, or a path of pathlib and
+// the like.
+struct FilePath {
+  const char* text;
+};
+template <>
+struct Holder<FilePath> : Argument {
+  static constexpr const char* kExpected = "a path";
+  static bool Matches(PyObject* object);
+  ~Holder() override { Py_XDECREF(bytes_); }
+  bool Take(PyObject* object, const Place& place) override;
+  FilePath Pass() const { return {PyBytes_AS_STRING(bytes_)}; }
+
+ private:
+  PyObject* bytes_ = nullptr;
 };
 
 // ImgUnpack for a buffer: refuses one that is too small by KY_ERROR_PARAMETER_1_OUT_OF_RANGE

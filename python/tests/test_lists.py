@@ -45,7 +45,7 @@ def test_every_exported_function_is_there():
     assert functions == {snake(name) for name in names}
 
 
-@pytest.mark.parametrize("library", ["frequency", "drawing"])
+@pytest.mark.parametrize("library", ["frequency", "drawing", "files"])
 def test_optional_libraries(library):
     module = pytest.importorskip(f"ky.{library}")
     functions = {n for n, f in vars(module).items() if inspect.isbuiltin(f)}
