@@ -50,6 +50,9 @@ C15: PixelType
 C16: PixelType
 Complex64: PixelType
 
+def load_vector(path: FilePath) -> Array: ...
+def save_vector(vector: Array, path: FilePath) -> None: ...
+
 class Kernel:
     @overload
     def __init__(self) -> None: ...

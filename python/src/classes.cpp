@@ -10,8 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "overload.h"
-
 namespace py = pybind11;
 
 namespace ky::python {

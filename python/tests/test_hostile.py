@@ -10,11 +10,12 @@ import pytest
 import ky
 
 PROGRAM = """
-import inspect, resource, sys
+import inspect, os, resource, sys
 import numpy as np
 import ky
 
 resource.setrlimit(resource.RLIMIT_AS, (3 << 30, 3 << 30))
+os.chdir(sys.argv[3])  # where files may be saved
 random = np.random.default_rng(int(sys.argv[1]))
 memory = random.integers(0, 256, 60000, np.uint8)
 
@@ -78,9 +79,9 @@ def test_keywords_that_are_no_text():
         ky.threshold(**{"\ud800": 1})
 
 
-def test_hostile_calls():
-    run = subprocess.run([sys.executable, "-c", PROGRAM, "1", "60"], capture_output=True, text=True,
-                         timeout=300)
+def test_hostile_calls(tmp_path):
+    run = subprocess.run([sys.executable, "-c", PROGRAM, "1", "60", tmp_path], capture_output=True,
+                         text=True, timeout=300)
     assert run.returncode == 0, run.stderr[-2000:]
     assert "done" in run.stdout
 
