@@ -46,18 +46,22 @@ Operation ByShape(const std::string& name, Members has, int size) {
   return {"dilate " + name + " " + std::to_string(size), ours, nearest, Limit::kCopy};
 }
 
-Operation ColorBox(unsigned half) {
+using ColorBox = KY_ERRORS (*)(const KyROI<KyC24>*, KyROI<KyC24>*, unsigned, unsigned) noexcept;
+
+// Compared with OpenCV's operation number `opencv`.
+Operation ByColorBox(const std::string& name, ColorBox box, [[maybe_unused]] int opencv,
+                     unsigned half) {
   Contender nearest = nullptr;
 #if KY_BENCH_OPENCV
   nearest = [=](Pictures& p) {
     const int size = 2 * static_cast<int>(half) + 1;
     const cv::Mat element = cv::getStructuringElement(cv::MORPH_RECT, {size, size});
-    return [=, &p] { cv::dilate(p.views.colorA, p.views.colorOut, element); };
+    return [=, &p] { cv::morphologyEx(p.views.colorA, p.views.colorOut, opencv, element); };
   };
 #endif
-  return {"dilate box " + std::to_string(half) + ", colour",
-          [=](Pictures& p) { ImgDilateBox(&p.colorA, &p.colorOut, half, half); }, nearest,
-          Limit::kCopy, Pixel::kColor};
+  return {name + " box " + std::to_string(half) + ", colour",
+          [=](Pictures& p) { box(&p.colorA, &p.colorOut, half, half); }, nearest, Limit::kCopy,
+          Pixel::kColor};
 }
 
 // Strokes as of handwriting, about 9 pixels wide, in lines some 60 pixels apart.
@@ -96,10 +100,18 @@ const bool kRegistered = Register({
     ByShape("ellipse", InEllipse, 15),
     ByShape("ellipse", InEllipse, 51),
     ByShape("ring", InRing, 15),
-    ColorBox(1),
-    ColorBox(3),
-    ColorBox(7),
-    ColorBox(50),
+    ByColorBox("dilate", ImgDilateBox, 1, 1),
+    ByColorBox("dilate", ImgDilateBox, 1, 3),
+    ByColorBox("dilate", ImgDilateBox, 1, 7),
+    ByColorBox("dilate", ImgDilateBox, 1, 50),
+    ByColorBox("erode", ImgErodeBox, 0, 7),
+    ByColorBox("open", ImgOpenBox, 2, 1),
+    ByColorBox("open", ImgOpenBox, 2, 7),
+    ByColorBox("open", ImgOpenBox, 2, 50),
+    ByColorBox("close", ImgCloseBox, 3, 3),
+    ByColorBox("gradient", ImgMorphoGradient, 4, 3),
+    ByColorBox("white top-hat", ImgWhiteTopHat, 5, 3),
+    ByColorBox("black top-hat", ImgBlackTopHat, 6, 3),
     OnPage("skeleton",
            [](const KyROI<KyBW8>* in, KyROI<KyBW8>* out) { return ImgSkeleton(in, out); }),
     {"skeleton of noise", [](Pictures& p) { ImgSkeleton(&p.a, &p.out); }, nullptr, Limit::kCopy},

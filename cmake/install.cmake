@@ -116,7 +116,7 @@ a program that is distributed with this library, unless FFTW is licensed otherwi
   if(KY_PYTHON)
     list(APPEND CPACK_COMPONENTS_ALL python)
     ky_python_package(python python3-ky runtime "The Python package ky: images are NumPy arrays.")
-    foreach(name frequency drawing)  # Python has its own readers of files
+    foreach(name IN LISTS ky_optional)
       if(TARGET ky_${name})
         list(APPEND CPACK_COMPONENTS_ALL ${name}_python)
         ky_python_package(${name}_python python3-ky-${name} "python;${name}_runtime"

@@ -10,10 +10,13 @@ From the types of a function's parameters follows what they are in Python:
 - const KyROI<T>*, const KyImage<T>*: an array that is read
 - KyROI<T>* destination: an array that is written and returned, made where the caller passes none
 - any other KyROI<T>*: an array that is changed where it lies
-- KyImage<T>*: an array that the call makes and returns
+- KyImage<T>*: an array that the call makes and returns; where overloads differ in nothing else, the
+  caller passes the type of its pixels
 - numbers, enumerations, colours by value: the same; T& and T (&)[n]: returned
 - vectors: arrays, which calls.toml says to be read (in), written (out) or both
 - structs: dataclasses where they are passed alone, structured arrays in vectors
+- const void*, and a std::size_t after it: bytes, or another buffer
+- const char* path: the name of a file, as Python's own functions take it; any other: a string
 """
 
 from __future__ import annotations
@@ -26,7 +29,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 import names
-from headers import Enumeration, Function, Headers, Struct, read_headers
+from headers import Enumeration, Function, Headers, Parameter, Struct, read_headers
 
 # Of pixels, memory and files: no records to Python.
 NO_RECORDS = {"KyPixelBuffer", "KyC24", "KyC15", "KyC16", "KyC24A", "KyComplex64", "KyMaskRun",
@@ -39,12 +42,15 @@ ARRAYS = {"BW1": "Bits", "BW8": "Gray8", "BW16": "Gray16", "BW32": "Gray32", "C2
 NUMBERS = {"int": "int", "unsigned": "int", "unsigned int": "int", "float": "float",
            "double": "float", "bool": "bool", "KyBW8": "int", "KyBW16": "int", "KyBW32": "int",
            "std::int32_t": "int", "std::uint32_t": "int", "std::uint64_t": "int"}
+# The binding's own types of parameters, and what functions get of them.
+PASSED = {"FilePath": "{0}.text", "const Bytes*": "{0}->data, static_cast<std::size_t>({0}->size)"}
 
 
 @dataclass
 class Argument:
     """A parameter as Python sees it."""
 
+    type: str  # that C++ holds it as
     name: str
     flags: list[str]
     annotation: str
@@ -85,15 +91,14 @@ class Generator:
                         if s.fields and s.name not in NO_RECORDS}
         self.calls: dict[str, list[Call]] = {}
         for function in headers.functions:
-            optional = function.header.removesuffix(".h") in OPTIONAL
-            if function.header != self.own_header if module else optional:
+            if module_of(function) != (f"ky.{module}" if module else "ky"):
                 continue
             option = options.get(function.name, {})
             if not any(part in function.signature for part in option.get("skip", [])):
                 self.calls.setdefault(names.function(function.name), []).append(self.call(function, option))
         self.known = {p.name: names.snake(p.name) for f in headers.functions for p in f.parameters}
         self.known |= {f.name: names.snake(f.name) for s in self.structs.values() for f in s.fields}
-        self.known |= {f.name: f"ky.{names.function(f.name)}" for f in headers.functions}
+        self.known |= {f.name: f"{module_of(f)}.{names.function(f.name)}" for f in headers.functions}
         self.known |= {n: f"ky.{names.constant(n)}" for n in self.enumerators}
         self.known |= {n: f"ky.{names.constant(n)}" for n in headers.constants}
         self.known |= {e: f"ky.{names.enumeration(e)}" for e in self.enumerations}
@@ -104,35 +109,36 @@ class Generator:
     # What the parameters become.
 
     def call(self, function: Function, option: dict) -> Call:
-        first = next((p for p in function.parameters if p.type.startswith("const Ky")
-                      and ("ROI<" in p.type or "Image<" in p.type)), None)
+        parameters = parameters_of(function)
         arguments = []
-        for i, parameter in enumerate(function.parameters):
-            flags = self.flags(function, option, i, first is not None)
+        for i, parameter in enumerate(parameters):
+            flags = self.flags(function, option, parameter, i)
             default, value = self.default(parameter.default)
             if default is not None and "kTaken" in flags and "kOptional" not in flags:
                 flags.append("kOptional")
             if "kMade" in flags and "kOptional" in flags:
                 default = "None"
             elements = option.get("elements", {})
-            rest = [p.type for p in function.parameters[i + 1:]]
+            rest = [p.type for p in parameters[i + 1:]]
             element = elements.get(", ".join([parameter.name, *rest[-1:]]), elements.get(parameter.name))
-            arguments.append(Argument(names.snake(parameter.name), flags,
-                                      self.annotation(parameter.type, "kMade" in flags),
-                                      default, value, element))
+            name, annotation = parameter.name, self.annotation(parameter.type, "kMade" in flags)
+            if is_image(parameter) and "kTaken" in flags:
+                name, annotation = "type", "PixelType"
+            arguments.append(Argument(parameter.type, names.snake(name), flags, annotation, default,
+                                      value, element))
         if not any(a.has("kReturned") for a in arguments):
-            for a, parameter in zip(arguments, function.parameters):
-                if re.fullmatch(r"KyROI<\w+>\*", parameter.type):
+            for a in arguments:
+                if re.fullmatch(r"KyROI<\w+>\*", a.type):
                     a.flags.append("kReturned")
-        results = [a.annotation.split(" | ")[0] for a in arguments if a.has("kReturned")]
+        results = ["Array" if a.annotation == "PixelType" else a.annotation.split(" | ")[0]
+                   for a in arguments if a.has("kReturned")]
         if function.returns not in ("KY_ERRORS", "void") or option.get("status") == "kept":
             results.insert(0, "int" if function.returns == "KY_ERRORS" else self.annotation(function.returns))
         returns = ("None" if not results else results[0] if len(results) == 1
                    else f"tuple[{', '.join(results)}]")
         return Call(function, option, arguments, returns)
 
-    def flags(self, function: Function, option: dict, i: int, has_source: bool) -> list[str]:
-        parameter = function.parameters[i]
+    def flags(self, function: Function, option: dict, parameter: Parameter, i: int) -> list[str]:
         kind, name = parameter.type, parameter.name
         if name in option.get("inout", []):
             return ["kTaken", "kReturned"]
@@ -143,8 +149,8 @@ class Generator:
                 return ["kTaken", "kReturned"]
             flags = ["kTaken", "kReturned", "kKeywordOnly", "kMade"]
             return flags if option.get("destination") == "required" else [*flags, "kOptional"]
-        if re.fullmatch(r"KyImage<\w+>\*", kind):
-            return ["kReturned"]
+        if is_image(parameter):
+            return ["kTaken", "kReturned"] if self.is_chosen_by_image(function) else ["kReturned"]
         if re.fullmatch(r"Ky\w*Vector\*", kind):
             if name in option.get("out", []):
                 return ["kReturned"]
@@ -154,6 +160,12 @@ class Generator:
         if ("&" in kind) and not kind.startswith("const"):
             return ["kReturned"]
         return ["kTaken"]
+
+    def is_chosen_by_image(self, function: Function) -> bool:
+        """Whether another overload differs in nothing but the image that it makes."""
+        def key(of: Function) -> list[str]:
+            return [of.name, *("image" if is_image(p) else p.type for p in of.parameters)]
+        return sum(key(other) == key(function) for other in self.headers.functions) > 1
 
     def default(self, text: str | None) -> tuple[str | None, str | None]:
         if text is None:
@@ -180,8 +192,10 @@ class Generator:
             return "Rgb"
         if bare == "cairo_t":
             return "Any"  # a cairo.Context
-        if bare == "void":
+        if bare == "Bytes":
             return "Buffer"
+        if bare == "FilePath":
+            return "FilePath"
         if bare == "char":
             return "str | None"
         if bare in self.structs and "*" in kind:
@@ -220,7 +234,8 @@ class Generator:
         return ", ".join(parts)
 
     def prose(self, text: str) -> str:
-        return names.prose(text, self.known)
+        # A type of pixels that stands alone is one that the caller names.
+        return re.sub(f"`Ky({'|'.join(ARRAYS)})`", r"`ky.\1`", names.prose(text, self.known))
 
     def documentation(self, name: str, calls: list[Call]) -> str:
         signatures = list(dict.fromkeys(self.signature(call, False) for call in calls))
@@ -244,15 +259,17 @@ class Generator:
 
     def overload(self, call: Call) -> str:
         function = call.function
-        types = [p.type.replace("const void*", "const Bytes*") for p in function.parameters]
+        types = [a.type for a in call.arguments]
+        by = call.options.get("by", function.name)
+        passed = [(PASSED.get(t, "{0}") if by == function.name else "{0}").format(f"a{i}")
+                  for i, t in enumerate(types)]
         kept = call.options.get("status") == "kept"
         returns = "int" if kept and function.returns == "KY_ERRORS" else function.returns
-        if returns != function.returns:
+        if returns != function.returns or passed != [f"a{i}" for i in range(len(types))]:
             taken = ", ".join(f"{t} a{i}" for i, t in enumerate(types))
-            passed = ", ".join(f"a{i}" for i in range(len(types)))
-            target = f"+[]({taken}) -> {returns} {{ return {function.name}({passed}); }}"
+            target = f"+[]({taken}) -> {returns} {{ return {by}({', '.join(passed)}); }}"
         else:
-            target = "&" + call.options.get("by", function.name)
+            target = f"&{by}"
         text = f"MakeOverload<{', '.join([returns, *types])}>({target}, {{"
         text += ", ".join(self.parameter(a) for a in call.arguments) + "}"
         size = call.options.get("size", "")
@@ -366,7 +383,7 @@ class Generator:
         return "\n".join([*lines, ""])
 
     def optional_stub(self) -> str:
-        types = sorted({*ARRAYS.values(), "Array", "Path", "PixelType", "Shape"})
+        types = sorted({*ARRAYS.values(), "Array", "Buffer", "FilePath", "Path", "PixelType", "Shape"})
         lines = ["# Generated from the public header.", "from typing import Any, overload", "",
                  f"from . import {', '.join(types)}", *self.optional_module().splitlines()[3:], ""]
         for name, calls in self.calls.items():
@@ -400,6 +417,28 @@ class Generator:
                 lines.append("@overload")
             lines.append(f"def {name}({signature}) -> {returns}: ...")
         return lines
+
+
+def module_of(function: Function) -> str:
+    name = function.header.removesuffix(".h")
+    return f"ky.{name}" if name in OPTIONAL else "ky"
+
+
+def is_image(parameter: Parameter) -> bool:
+    return re.fullmatch(r"KyImage<\w+>\*", parameter.type) is not None
+
+
+def parameters_of(function: Function) -> list[Parameter]:
+    """The parameters by the types that the binding holds them as."""
+    result: list[Parameter] = []
+    for p in function.parameters:
+        if p.type == "const void*":
+            result.append(Parameter("const Bytes*", p.name))
+        elif (p.type, p.name) == ("const char*", "path"):
+            result.append(Parameter("FilePath", p.name))
+        elif p.type != "std::size_t" or result[-1].type != "const Bytes*":
+            result.append(p)
+    return result
 
 
 def raw(text: str) -> str:

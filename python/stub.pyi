@@ -2,6 +2,7 @@
 from collections.abc import Sequence
 from dataclasses import dataclass
 from enum import IntEnum
+from os import PathLike
 from typing import Any, TypeAlias, overload
 
 import numpy as np
@@ -20,6 +21,7 @@ Packed16: TypeAlias = npt.NDArray[np.void]  # (h, w) of C16.dtype
 Complex: TypeAlias = npt.NDArray[np.complex64]  # (h, w)
 Array: TypeAlias = npt.NDArray[Any]  # of the elements of a vector
 Buffer: TypeAlias = bytes | bytearray | memoryview | npt.NDArray[Any]
+FilePath: TypeAlias = str | bytes | PathLike[str] | PathLike[bytes]
 Rgb: TypeAlias = Sequence[int]
 Shape: TypeAlias = tuple[int, int]
 
@@ -47,6 +49,9 @@ C24A: PixelType
 C15: PixelType
 C16: PixelType
 Complex64: PixelType
+
+def load_vector(path: FilePath) -> Array: ...
+def save_vector(vector: Array, path: FilePath) -> None: ...
 
 class Kernel:
     @overload

@@ -213,6 +213,10 @@ KY_API KY_ERRORS KyFitLine(const KyEdgePointsVector* points, float outlier, KyLi
 /// sum larger, until they are below 10^-9 of the radius, 50 steps at most. Outliers are treated as
 /// in KyFitLine.
 ///
+/// Points that are no circle's, such as those of a cross or of two parallel lines, may lie so
+/// evenly about the first circle that the steps end there, although others are better. The residual
+/// tells.
+///
 /// Errors: those of KyFitLine, with `KY_ERROR_NO_PIXELS` (1051) for fewer than 3 points, and
 /// `KY_ERROR_SINGULAR_SYSTEM` (1050) also when the points lie on a line: when their root mean
 /// squared distance from the best line is at most 10^-6 of the largest distance from their centre.

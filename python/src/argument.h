@@ -73,7 +73,7 @@ class Argument {
 
 // Raises `type` with "function(): parameter must be expected, not ...". Returns false.
 bool RaiseMismatch(PyObject* type, const Place& place, const char* expected, PyObject* object);
-// Describes an object: "an array (480, 640) of float64", or its type.
+// Describes an object: "an array (480, 640) of float64", "ky.BW8", or its type.
 PyObject* Describe(PyObject* object);
 
 // Defined for every type of parameter: an Argument with `Pass()`, and for types that callers pass

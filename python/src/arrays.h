@@ -27,6 +27,7 @@ struct PixelTraits;
   template <>                                                                                 \
   struct PixelTraits<Ky##T> {                                                                 \
     static inline PixelType type{#T, expected, format, kind, itemSize, channels, pixelBytes}; \
+    static constexpr const char* kName = "ky." #T;                                            \
     static constexpr const char* kExpected = expected;                                        \
   };
 KY_PIXELS(BW8, "an array (h, w) of uint8", "u1", 'u', 1, 0, 1)

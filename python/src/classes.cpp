@@ -10,8 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "overload.h"
-
 namespace py = pybind11;
 
 namespace ky::python {
@@ -43,7 +41,7 @@ py::object Steal(PyObject* object) {
 }
 
 // Makes every protocol of pickling refuse the objects of a class. Without it the two oldest make
-// objects that no constructor has seen, which ends the process.
+// objects that no constructor has seen.
 template <class C>
 void RefusePickling(C& bound) {
   bound.def("__reduce__", [](const py::object& self) -> py::object {
@@ -291,6 +289,24 @@ void AddPyramid(py::module_& module) {
           DocumentationOf("KyPyramid::GetImageType"))
       .def("get_level", &Levels::GetLevel, DocumentationOf("KyPyramid::GetLevel"),
            py::arg("level"));
+}
+
+namespace {
+
+void* RaiseUnmade(std::size_t) {
+  throw py::type_error("the object does not exist yet: the __init__ of its class has not run");
+}
+
+}  // namespace
+
+// pybind11 gives such an object uninitialised memory when a member is first called, through this.
+void RefuseUnmade(const py::module_& module) {
+  for (const auto& [name, member] : py::dict(module.attr("__dict__"))) {
+    if (!PyType_Check(member.ptr())) continue;
+    auto* const type = reinterpret_cast<PyTypeObject*>(member.ptr());
+    if (py::detail::type_info* const info = py::detail::get_type_info(type))
+      info->operator_new = &RaiseUnmade;
+  }
 }
 
 }  // namespace ky::python

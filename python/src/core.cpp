@@ -1,6 +1,5 @@
 // The module ky._core.
 #include "classes.h"
-#include "overload.h"
 
 namespace ky::python {
 
@@ -15,6 +14,8 @@ PYBIND11_MODULE(_core, module) {
   python::AddLookups(module);
   python::AddMovingAverage(module);
   python::AddPyramid(module);
-  if (!python::AddFunctions(module.ptr(), "ky", python::Functions()))
+  python::RefuseUnmade(module);
+  if (!python::AddFunctions(module.ptr(), "ky", python::Functions()) ||
+      !python::AddFunctions(module.ptr(), "ky", python::VectorFiles()))
     throw pybind11::error_already_set();
 }

@@ -117,7 +117,8 @@ struct Holder<KyROI<KyBW1>*> : BitsArgument {
   KyROI<KyBW1>* Pass() { return &bits_; }
 };
 
-// An image that the call resizes: its pixels become an array.
+// An image that the call resizes: its pixels become an array. The caller may say which type they
+// have.
 template <class T>
 PyObject* GiveImage(KyImage<T>&& image) {
   auto owned = std::make_unique<KyImage<T>>(std::move(image));
@@ -129,6 +130,8 @@ PyObject* GiveImage(KyImage<T>&& image) {
 }
 template <class T>
 struct Holder<KyImage<T>*> : Argument {
+  static constexpr const char* kExpected = PixelTraits<T>::kName;
+  static bool Matches(PyObject* object) { return object == PixelTraits<T>::type.object; }
   bool Take(PyObject*, const Place&) override { return true; }
   PyObject* Give() override { return GiveImage(std::move(image_)); }
   KyImage<T>* Pass() { return &image_; }

@@ -11,20 +11,31 @@ namespace ky::python {
 namespace {
 
 template <class T>
-const T* In(PyObject* object) {
+bool Is(PyObject* object) {
+  const py::handle type = py::detail::get_type_handle(typeid(T), false);
+  return type && PyObject_TypeCheck(object, reinterpret_cast<PyTypeObject*>(type.ptr()));
+}
+
+// The object of the library in an object of Python; null with an exception where there is none.
+template <class T>
+const T* In(PyObject* object, const Place& place, const char* expected) {
   py::detail::make_caster<T> caster;
-  if (object == Py_None || !caster.load(object, false)) return nullptr;
-  return static_cast<T*>(caster);
+  try {
+    if (object != Py_None && caster.load(object, false)) return static_cast<T*>(caster);
+    RaiseMismatch(PyExc_TypeError, place, expected, object);
+  } catch (const py::builtin_exception& exception) {
+    exception.set_error();
+  }
+  return nullptr;
 }
 
 }  // namespace
 
-const KyKernel* KernelIn(PyObject* object) { return In<KyKernel>(object); }
-const KyColorLookup* LookupIn(PyObject* object) { return In<KyColorLookup>(object); }
+bool Holder<const KyKernel*>::Matches(PyObject* object) { return Is<KyKernel>(object); }
 
 bool Holder<const KyKernel*>::Take(PyObject* object, const Place& place) {
-  const KyKernel* const kernel = KernelIn(object);
-  if (kernel == nullptr) return RaiseMismatch(PyExc_TypeError, place, kExpected, object);
+  const KyKernel* const kernel = In<KyKernel>(object, place, kExpected);
+  if (kernel == nullptr) return false;
   const std::int16_t sizeX = kernel->GetSizeX(), sizeY = kernel->GetSizeY();
   const std::int64_t count = std::int64_t{sizeX} * sizeY;
   const float* const data = kernel->GetDataPtr();
@@ -43,6 +54,13 @@ bool Holder<const KyKernel*>::Take(PyObject* object, const Place& place) {
   return true;
 }
 
+bool Holder<const KyColorLookup*>::Matches(PyObject* object) { return Is<KyColorLookup>(object); }
+
+bool Holder<const KyColorLookup*>::Take(PyObject* object, const Place& place) {
+  lookup_ = In<KyColorLookup>(object, place, kExpected);
+  return lookup_ != nullptr;
+}
+
 bool Holder<const Bytes*>::Take(PyObject* object, const Place& place) {
   if (!PyObject_CheckBuffer(object))
     return RaiseMismatch(PyExc_TypeError, place, kExpected, object);
@@ -53,6 +71,16 @@ bool Holder<const Bytes*>::Take(PyObject* object, const Place& place) {
   }
   bytes_ = {view_.buf, view_.len};
   return true;
+}
+
+bool Holder<FilePath>::Matches(PyObject* object) {
+  return PyUnicode_Check(object) || PyBytes_Check(object) ||
+         PyObject_HasAttrString(object, "__fspath__");
+}
+
+bool Holder<FilePath>::Take(PyObject* object, const Place& place) {
+  if (!Matches(object)) return RaiseMismatch(PyExc_TypeError, place, kExpected, object);
+  return PyUnicode_FSConverter(object, &bytes_) != 0;
 }
 
 }  // namespace ky::python

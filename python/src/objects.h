@@ -1,4 +1,4 @@
-// The arguments that are objects of classes, and bytes.
+// The arguments that are objects of classes, bytes and names of files.
 #pragma once
 
 #include <optional>
@@ -8,15 +8,11 @@
 
 namespace ky::python {
 
-// The object of the library in an object of Python, or null.
-const KyKernel* KernelIn(PyObject* object);
-const KyColorLookup* LookupIn(PyObject* object);
-
 // A copy, so that another thread may change the caller's kernel during the call.
 template <>
 struct Holder<const KyKernel*> : Argument {
   static constexpr const char* kExpected = "a ky.Kernel";
-  static bool Matches(PyObject* object) { return KernelIn(object) != nullptr; }
+  static bool Matches(PyObject* object);
   bool Take(PyObject* object, const Place& place) override;
   const KyKernel* Pass() const { return kernel_ ? &*kernel_ : nullptr; }
 
@@ -28,11 +24,8 @@ struct Holder<const KyKernel*> : Argument {
 template <>
 struct Holder<const KyColorLookup*> : Argument {
   static constexpr const char* kExpected = "a ky.ColorLookup";
-  static bool Matches(PyObject* object) { return LookupIn(object) != nullptr; }
-  bool Take(PyObject* object, const Place& place) override {
-    lookup_ = LookupIn(object);
-    return lookup_ != nullptr || RaiseMismatch(PyExc_TypeError, place, kExpected, object);
-  }
+  static bool Matches(PyObject* object);
+  bool Take(PyObject* object, const Place& place) override;
   const KyColorLookup* Pass() const { return lookup_; }
 
  private:
@@ -57,6 +50,23 @@ struct Holder<const Bytes*> : Argument {
  private:
   Py_buffer view_{};
   Bytes bytes_;
+};
+
+// The name of a file, as Python's own functions take it: a string, bytes, or a path of pathlib and
+// the like.
+struct FilePath {
+  const char* text;
+};
+template <>
+struct Holder<FilePath> : Argument {
+  static constexpr const char* kExpected = "a path";
+  static bool Matches(PyObject* object);
+  ~Holder() override { Py_XDECREF(bytes_); }
+  bool Take(PyObject* object, const Place& place) override;
+  FilePath Pass() const { return {PyBytes_AS_STRING(bytes_)}; }
+
+ private:
+  PyObject* bytes_ = nullptr;
 };
 
 // ImgUnpack for a buffer: refuses one that is too small by KY_ERROR_PARAMETER_1_OUT_OF_RANGE

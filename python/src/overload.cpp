@@ -192,6 +192,11 @@ bool RaiseMismatch(PyObject* type, const Place& place, const char* expected, PyO
 }
 
 PyObject* Describe(PyObject* object) {
+  int count = 0;
+  PixelType* const* const types = PixelTypes(count);
+  if (std::any_of(types, types + count,
+                  [&](const PixelType* type) { return type->object == object; }))
+    return PyObject_Repr(object);
   if (!IsArray(object)) return PyUnicode_FromString(Py_TYPE(object)->tp_name);
   PyObject* const shape = PyObject_GetAttrString(object, "shape");
   PyObject* const dtype = PyObject_GetAttrString(object, "dtype");

@@ -18,13 +18,16 @@ const py::detail::PyArrayDescr_Proxy& DescriptorOf(PyObject* array) {
 }
 bool IsNative(char byteOrder) { return byteOrder == '=' || byteOrder == '|'; }
 
-// What ky/_types.py holds, a borrowed reference.
+// What a module holds, a borrowed reference; null with an exception where either is missing.
+PyObject* MemberOf(PyObject* module, const char* name) {
+  if (module == nullptr) return nullptr;
+  PyObject* const member = PyObject_GetAttrString(module, name);
+  Py_XDECREF(member);  // the module keeps it
+  return member;
+}
 PyObject* Helper(const char* name) {
   static PyObject* const module = PyImport_ImportModule("ky._types");
-  if (module == nullptr) return nullptr;
-  PyObject* const helper = PyObject_GetAttrString(module, name);
-  Py_XDECREF(helper);  // the module keeps it
-  return helper;
+  return MemberOf(module, name);
 }
 
 bool IsPositions(PyObject* array) {
@@ -220,10 +223,7 @@ bool TakeElement(PyObject* object, const ElementType& type, const Place& place, 
 
 PyObject* RecordClass(const char* name) {
   static PyObject* const module = PyImport_ImportModule("ky._records");
-  if (module == nullptr) return nullptr;
-  PyObject* const result = PyObject_GetAttrString(module, name);
-  Py_XDECREF(result);  // the module keeps it
-  return result;
+  return MemberOf(module, name);
 }
 
 PyObject* NewRecord(const char* name, PyObject* values) {

@@ -1,18 +1,21 @@
 """Arguments that nobody would pass on purpose: an exception, or a result, but never a crash."""
 
+import pickle
 import subprocess
 import sys
 
+import numpy as np
 import pytest
 
 import ky
 
 PROGRAM = """
-import inspect, resource, sys
+import inspect, os, resource, sys
 import numpy as np
 import ky
 
 resource.setrlimit(resource.RLIMIT_AS, (3 << 30, 3 << 30))
+os.chdir(sys.argv[3])  # where files may be saved
 random = np.random.default_rng(int(sys.argv[1]))
 memory = random.integers(0, 256, 60000, np.uint8)
 
@@ -76,8 +79,30 @@ def test_keywords_that_are_no_text():
         ky.threshold(**{"\ud800": 1})
 
 
-def test_hostile_calls():
-    run = subprocess.run([sys.executable, "-c", PROGRAM, "1", "60"], capture_output=True, text=True,
-                         timeout=300)
+def test_hostile_calls(tmp_path):
+    run = subprocess.run([sys.executable, "-c", PROGRAM, "1", "60", tmp_path], capture_output=True,
+                         text=True, timeout=300)
     assert run.returncode == 0, run.stderr[-2000:]
     assert "done" in run.stdout
+
+
+def test_objects_that_no_constructor_has_made(grey):
+    color = np.stack([grey] * 3, 2)
+
+    def new(kind):
+        return kind.__new__(kind)
+
+    class Early(ky.MovingAverage):
+        def __init__(self):
+            self.reset()
+
+    for call in (
+            lambda: new(ky.Kernel).coefficients, lambda: pickle.dumps(new(ky.Kernel)),
+            lambda: ky.convol_kernel(grey, new(ky.Kernel)), lambda: new(ky.MovingAverage).average(grey),
+            lambda: new(ky.Pyramid).build(grey), lambda: new(ky.ColorMatrix).transform((1, 2, 3)),
+            lambda: ky.get_component(color, 0, new(ky.ColorLookup)), lambda: new(ky.PixelType).name, Early):
+        with pytest.raises(TypeError, match="__init__ of its class has not run"):
+            call()
+    average = new(ky.MovingAverage)
+    average.__init__(2, grey.shape[1], grey.shape[0])
+    np.testing.assert_array_equal(average.average(grey), grey)

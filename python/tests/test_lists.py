@@ -40,12 +40,12 @@ def test_every_exported_function_is_there():
     names = exported("base", "color", "image")
     assert len(names) > 170
     assert sorted(name for name in names if not callable(getattr(ky, snake(name), None))) == []
-    # And none that is not exported.
+    # And none that is not exported, but for those that stand for members of vectors.
     functions = {n for n, f in vars(ky).items() if inspect.isbuiltin(f)}
-    assert functions == {snake(name) for name in names}
+    assert functions - {snake(name) for name in names} == {"load_vector", "save_vector"}
 
 
-@pytest.mark.parametrize("library", ["frequency", "drawing"])
+@pytest.mark.parametrize("library", ["frequency", "drawing", "files"])
 def test_optional_libraries(library):
     module = pytest.importorskip(f"ky.{library}")
     functions = {n for n, f in vars(module).items() if inspect.isbuiltin(f)}

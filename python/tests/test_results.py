@@ -1,6 +1,7 @@
 """What calls return, compared with NumPy."""
 
 import copy
+import os
 import pickle
 
 import numpy as np
@@ -66,6 +67,40 @@ def test_vectors(grey):
     table = ky.set_recursive_average_lut(3)
     state = grey.astype(np.uint16) * 16
     np.testing.assert_array_equal(ky.recursive_average(grey, state, table), grey)
+
+
+def test_vectors_in_files(tmp_path, parts, grey):
+    path = ky.contour(parts, 1, 8, 5, ky.CONTOUR_ABOVE_THRESHOLD, 50, ky.CONNEXITY_8)
+    color = np.stack([grey] * 3, 2)
+    profile = ky.sample_segment(grey, 0, 5, 52, 5, 53, 0)
+    file = tmp_path / "vector.ky"
+    for vector in (
+            grey[5], grey[5].astype(np.uint16), ky.histogram(grey), color[5], profile, path[::2], path[:0],
+            ky.image_to_path(grey, path), ky.image_to_path(color, path),
+            ky.get_profile_peaks(grey[5], 100, 150, 1, 1), ky.find_edges(profile, ky.TRANS_SCAN_BOTH, 5),
+            ky.find_edge_points(parts, 5, 12, 30, 12, 10, 7, 0, 1, ky.TRANS_SCAN_BOTH, 5),
+            ky.find_objects(parts, 50, 255, ky.CONNEXITY_8)):
+        assert len(vector) > 0 or vector.shape == (0, 2)
+        assert ky.save_vector(vector, file) is None
+        loaded = ky.load_vector(str(file))
+        assert loaded.dtype == vector.dtype
+        np.testing.assert_array_equal(loaded, vector)
+    ky.save_vector(grey[5, :3], os.fsencode(file))
+    assert file.read_bytes() == bytes([81, 1, 1, 81, 3, 0, 0, 0, *grey[5, :3]])
+    ky.save_vector(np.array([[0.5, 2]]), file)
+    positions = ky.load_vector(file)
+    assert positions.dtype.names == ("x", "y") and positions["x"].tolist() == [0.5]
+    file.write_bytes(file.read_bytes()[:-1])
+    for name, code in [(file, ky.ERROR_FILE_READ), (__file__, ky.ERROR_FILE_FORMAT),
+                       (tmp_path, ky.ERROR_FILE_READ), ("none", ky.ERROR_FILE_OPEN)]:
+        with pytest.raises(ky.Error) as failure:
+            ky.load_vector(name)
+        assert (failure.value.code, failure.value.trace) == (code, ("KyVector::Load",))
+    with pytest.raises(ky.Error) as failure:
+        ky.save_vector(profile, tmp_path)
+    assert (failure.value.code, failure.value.trace) == (ky.ERROR_FILE_OPEN, ("KyVector::Save",))
+    with pytest.raises(TypeError, match=r"vector must be .* not an array \(53,\) of float64"):
+        ky.save_vector(grey[5] / 2, file)
 
 
 def test_paths(parts):
@@ -271,3 +306,6 @@ def test_errors(grey):
     ky.set_error(1400)
     assert ky.trace_error("mine") == 1400 and ky.get_trace_count() == 1
     assert ky.get_trace(0) == "mine"
+    assert ky.name_parameter("source") == 1400 and ky.get_error_message().startswith("mine: source")
+    ky.get_overlay_color()
+    assert ky.get_error() == 1400
