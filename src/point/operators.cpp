@@ -126,7 +126,7 @@ template <class T>
 KY_ERRORS CopyOrInvert(const ky::OperatorKernels& kernels, Operation operation, const KyROI<T>* a,
                        KyROI<T>* destination) noexcept {
   if (operation == KY_OPER_INVERT)
-    return ky::MapFreshRows({kernels.invert}, ComponentRowsOf(destination),
+    return ky::MapFreshRows({kernels.invert, kernels.streamInvert}, ComponentRowsOf(destination),
                             FromRows(ComponentRowsOf(a)));
   return ky::CopyFreshRows(ComponentRowsOf(destination), ComponentRowsOf(a));
 }

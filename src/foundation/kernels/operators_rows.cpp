@@ -276,9 +276,9 @@ void Map(Out* out, size_t n, const In*... in) {
   MapSpan(Op(), out, n, in...);
 }
 #if KY_STREAMS
-template <class Op>
-void Stream(KyBW8* out, size_t n, const KyBW8* a, const KyBW8* b) {
-  StreamSpan(Op(), out, n, a, b);
+template <class Op, class... In>
+void Stream(KyBW8* out, size_t n, const In*... in) {
+  StreamSpan(Op(), out, n, in...);
 }
 #endif
 template <class Op>
@@ -295,6 +295,9 @@ constexpr void Put(ARITH_LOGIC_OPERATIONS operation, OperatorKernels& kernels) {
 constexpr OperatorKernels MakeKernels() {
   OperatorKernels kernels{};
   kernels.invert = &Map<Invert>;
+#if KY_STREAMS
+  kernels.streamInvert = &Stream<Invert>;
+#endif
   kernels.triple = &Map<Triple>;
   kernels.tripleInverse = &Map<TripleInverse>;
   kernels.overlay = &Map<Overlay>;

@@ -8,7 +8,7 @@ namespace ky {
 
 // Null where an operation has no kernel.
 struct OperatorKernels {
-  MapKernel<KyBW8, KyBW8> invert;
+  MapKernel<KyBW8, KyBW8> invert, streamInvert;
   MapKernel<KyC24, KyBW8> triple, tripleInverse;  // a grey level into three components
   // By operation, all but these two on components. For the shifts, whose counts are constants, the
   // second operand is made of the count by ShiftOperand.
