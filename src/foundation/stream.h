@@ -100,14 +100,20 @@ KY_ERRORS MapFreshRows(
   return KY_OK;
 }
 // CopyRows likewise.
-template <class T>
-KY_ERRORS CopyFreshRows(const Rows<T>& destination, const Rows<const T>& source) noexcept {
-  const StreamKernels* const stream = StreamFor(destination, FromRows<T>(source));
-  if (stream == nullptr) return CopyRows(destination, FromRows<T>(source));
+template <class T, class Source>
+KY_ERRORS CopyFreshRows(Rows<T> destination, Source&& source) noexcept {
+  const StreamKernels* const stream = StreamFor(destination, source);
+  if (stream == nullptr) return CopyRows(destination, source);
+  if (!source.Open(destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
+  if (destination.Joined() && source.Joined()) destination = destination.AsOneRow();
+  constexpr std::ptrdiff_t kLongest = std::remove_reference_t<Source>::kLongest;
   for (std::ptrdiff_t y = 0; y < destination.height; ++y)
-    stream->write(reinterpret_cast<KyBW8*>(destination.Row(y)),
-                  static_cast<std::size_t>(destination.RowBytes()),
-                  reinterpret_cast<const KyBW8*>(source.Row(y)));
+    for (std::ptrdiff_t x = 0; x < destination.width; x += kLongest) {
+      const std::ptrdiff_t n = std::min(kLongest, destination.width - x);
+      stream->write(reinterpret_cast<KyBW8*>(destination.Row(y) + x),
+                    static_cast<std::size_t>(n) * sizeof(T),
+                    reinterpret_cast<const KyBW8*>(source.Span(y, x, n)));
+    }
   stream->finish();
   return KY_OK;
 }

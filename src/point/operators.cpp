@@ -119,7 +119,7 @@ template <class T>
 KY_ERRORS Fill(const char* name, Operation operation, T value, KyROI<T>* destination) noexcept {
   return Operate(
       kDestination, name, operation, kFill,
-      [&](const auto&) { return ky::CopyRows(ComponentRowsOf(destination), Constant(value)); },
+      [&](const auto&) { return ky::CopyFreshRows(ComponentRowsOf(destination), Constant(value)); },
       destination);
 }
 template <class T>
@@ -128,7 +128,7 @@ KY_ERRORS CopyOrInvert(const ky::OperatorKernels& kernels, Operation operation, 
   if (operation == KY_OPER_INVERT)
     return ky::MapFreshRows({kernels.invert, kernels.streamInvert}, ComponentRowsOf(destination),
                             FromRows(ComponentRowsOf(a)));
-  return ky::CopyFreshRows(ComponentRowsOf(destination), ComponentRowsOf(a));
+  return ky::CopyFreshRows(ComponentRowsOf(destination), FromRows(ComponentRowsOf(a)));
 }
 template <class T>
 KY_ERRORS ConstantAndImage(const char* name, Operation operation, T a, const KyROI<T>* b,
@@ -204,8 +204,9 @@ KY_ERRORS ImgOper(ARITH_LOGIC_OPERATIONS operation, const KyROI<KyBW8>* a,
         if (operation == KY_OPER_OVERLAY)
           return MapRows(kernels.combine[KY_OPER_SET_WHERE_NONZERO], ComponentRowsOf(destination),
                          GreyAsColor(a, kernels), Constant(ImgGetOverlayColor()));
-        return MapRows(operation == KY_OPER_COPY ? kernels.triple : kernels.tripleInverse,
-                       RowsOf(destination), FromRows(RowsOf(a)));
+        return ky::MapFreshRows(
+            {operation == KY_OPER_COPY ? kernels.triple : kernels.tripleInverse},
+            RowsOf(destination), FromRows(RowsOf(a)));
       },
       a, destination);
 }

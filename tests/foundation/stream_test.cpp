@@ -160,6 +160,8 @@ TEST(Stream, WholeImages) {
   EXPECT_TRUE(holds([](int p, int) { return p; }));
   ASSERT_EQ(ImgOper(KY_OPER_SET_WHERE_ZERO, &b, &b, &out), KY_OK);
   EXPECT_TRUE(holds([](int p, int q) { return q == 0 ? q : p; }));
+  ASSERT_EQ(ImgOper(KY_OPER_INVERT, &a, &out), KY_OK);
+  EXPECT_TRUE(holds([](int p, int) { return 255 - p; }));
 
   const int colors = kWidth / 3;
   KyImage<KyC24> in(colors, height), sum(colors, height);
@@ -174,6 +176,25 @@ TEST(Stream, WholeImages) {
       wrong += to.c0 != (from.c0 ^ 1) || to.c1 != (from.c1 ^ 30) || to.c2 != (from.c2 ^ 200);
     }
   EXPECT_EQ(wrong, 0);
+
+  KyImage<KyC24> wide(2 * colors, height);
+  const auto expectColors = [&](auto colorOf) {
+    std::int64_t others = 0;
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < wide.GetWidth(); ++x) {
+        const KyC24 color = row(wide, y)[x], expected = colorOf(x, y);
+        others += std::memcmp(&color, &expected, sizeof color) != 0;
+      }
+    EXPECT_EQ(others, 0);
+  };
+  const KyROI<KyBW8> grey(&a, 1, 0, wide.GetWidth(), height);
+  ASSERT_EQ(ImgOper(KY_OPER_INVERT, &grey, &wide), KY_OK);
+  expectColors([&](int x, int y) {
+    const auto level = static_cast<KyBW8>(255 - static_cast<KyBW8>((x + 1) * 7 + y));
+    return KyC24{level, level, level};
+  });
+  ASSERT_EQ(ImgOper(KY_OPER_COPY, KyC24{1, 2, 3}, &wide), KY_OK);
+  expectColors([](int, int) { return KyC24{1, 2, 3}; });
 }
 
 }  // namespace
