@@ -24,18 +24,7 @@ static_assert(256 * LumaFactors::kHigh[0] + LumaFactors::kLow[0] == 9798);
 static_assert(256 * LumaFactors::kHigh[1] + LumaFactors::kLow[1] == 19235);
 static_assert(256 * LumaFactors::kHigh[2] + LumaFactors::kLow[2] == 3735);
 
-#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
-// Sums of two neighbouring products of bytes, the second factors signed.
-template <class V>
-HWY_INLINE V SumOfPairs(V bytes, V factors) {
-#if HWY_TARGET < HWY_AVX2
-  if constexpr (sizeof(V) == 64) return V{_mm512_maddubs_epi16(bytes.raw, factors.raw)};
-#endif
-#if HWY_TARGET <= HWY_AVX2
-  if constexpr (sizeof(V) == 32) return V{_mm256_maddubs_epi16(bytes.raw, factors.raw)};
-#endif
-  if constexpr (sizeof(V) == 16) return V{_mm_maddubs_epi16(bytes.raw, factors.raw)};
-}
+#if KY_HAVE_MUL_ADD_BYTES
 // From bytes in which components 0 and 1 stand side by side, and component 2 beside any.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE auto LumaOfPairs(D d, V firstTwo, V thirdAndAny) {
@@ -44,9 +33,8 @@ HWY_INLINE auto LumaOfPairs(D d, V firstTwo, V thirdAndAny) {
     const auto pair = [&](int first, int second) HWY_ATTR {
       return hn::BitCast(d, hn::Set(d16, static_cast<int16_t>((first & 255) | second * 256)));
     };
-    const auto a = hn::BitCast(d16, SumOfPairs(firstTwo, pair(factors[0], factors[1])));
-    const auto b = hn::BitCast(d16, SumOfPairs(thirdAndAny, pair(factors[2], 0)));
-    return hn::Add(a, b);
+    return hn::Add(MulAddBytes(firstTwo, pair(factors[0], factors[1])),
+                   MulAddBytes(thirdAndAny, pair(factors[2], 0)));
   };
   const auto low = hn::ShiftRight<8>(sum(LumaFactors::kLow));
   // The product rounds: (v 2^8 + 2^14) >> 15 is (v + 64) >> 7.
@@ -94,8 +82,7 @@ HWY_INLINE hn::Vec<D> LoadEvery48(D d, const uint8_t* from) {
     return hn::Combine(d, LoadEvery48(half, from + kBytes), LoadEvery48(half, from));
   }
 }
-// A shuffle brings the pairs of four colours, which are 12 bytes, into
-// place.
+// A shuffle brings the pairs of four colours, which are 12 bytes, into place.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE V LumaOf(D d, const KyC24* colors) {
   alignas(16) static constexpr uint8_t kFirst4[16] = {0, 1, 3, 4, 6, 7, 9,  10,

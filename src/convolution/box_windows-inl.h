@@ -40,14 +40,14 @@ HWY_INLINE VU32 PrefixSums(VU32 v) {
   const DU32 d;
   const VU32 zero = hn::Zero(d);
 #if HWY_ARCH_X86 && HWY_TARGET < HWY_AVX2
-  v = hn::Add(v, Behind<15>(d, zero, v));
-  v = hn::Add(v, Behind<14>(d, zero, v));
-  v = hn::Add(v, Behind<12>(d, zero, v));
-  return hn::Add(v, Behind<8>(d, zero, v));
+  v = hn::Add(v, After<15>(d, zero, v));
+  v = hn::Add(v, After<14>(d, zero, v));
+  v = hn::Add(v, After<12>(d, zero, v));
+  return hn::Add(v, After<8>(d, zero, v));
 #else
   v = hn::Add(v, hn::ShiftLeftLanes<1>(d, v));
   v = hn::Add(v, hn::ShiftLeftLanes<2>(d, v));
-  if constexpr (hn::MaxLanes(d) == 8) v = hn::Add(v, Behind<4>(d, zero, hn::Broadcast<3>(v)));
+  if constexpr (hn::MaxLanes(d) == 8) v = hn::Add(v, After<4>(d, zero, hn::Broadcast<3>(v)));
   return v;
 #endif
 }

@@ -167,14 +167,12 @@ constexpr Operation kUniform = {false, &Average}, kAverage = {true, &Average},
                     kDeviation = {true, &Deviation};
 
 template <class Pixel>
-KY_ERRORS OverBoxes(const char* name, const KyROI<Pixel>* source, const KyROI<Pixel>* destination,
+KY_ERRORS OverBoxes(const char* name, const KyROI<Pixel>* source, KyROI<Pixel>* destination,
                     unsigned halfWidth, unsigned halfHeight, const Operation& operation) noexcept {
   return Call(name, [&] {
-    if (destination == nullptr) destination = source;
+    destination = DestinationOf(source, destination);
     BoxJob job = {};
-    // A source is const for its rectangle, not for its pixels.
-    auto* const written = const_cast<KyROI<Pixel>*>(destination);
-    if (const KY_ERRORS error = OpenAll(source, job.in, written, job.out)) return error;
+    if (const KY_ERRORS error = OpenAll(source, job.in, destination, job.out)) return error;
     if (halfHeight == KY_HALF_HEIGHT_AS_WIDTH) halfHeight = halfWidth;
     if (halfWidth > kMostHalf)
       return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "halfWidth");

@@ -12,16 +12,14 @@ constexpr Border kNearest = Border::Nearest(), kZero = Border::Constant(0);
 // The frame of all filters, of grey pixels and of the components of colours. The kernels at the
 // border, if there are any, are for the windows that reach over it.
 template <class Pixel, class... AtBorder>
-KY_ERRORS Filter(const char* name, const KyROI<Pixel>* source, const KyROI<Pixel>* destination,
+KY_ERRORS Filter(const char* name, const KyROI<Pixel>* source, KyROI<Pixel>* destination,
                  Border border, const WindowKernels& kernels,
                  const AtBorder&... atBorder) noexcept {
   return Call(name, [&] {
-    if (destination == nullptr) destination = source;
     Rows<const KyBW8> in;
     Rows<KyBW8> out;
-    // A source is const for its rectangle, not for its pixels.
-    auto* const written = const_cast<KyROI<Pixel>*>(destination);
-    if (const KY_ERRORS error = OpenAll(source, in, written, out)) return error;
+    if (const KY_ERRORS error = OpenAll(source, in, DestinationOf(source, destination), out))
+      return error;
     return FilterWindows(out, in, border, kernels.Of<Pixel>(), atBorder.template Of<Pixel>()...);
   });
 }

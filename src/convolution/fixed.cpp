@@ -1,6 +1,7 @@
 #include "convolution/fixed.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "convolution/fixed_rows.h"
@@ -27,10 +28,10 @@ struct Reach {
 
 // Without the zero bits that all weights end in; what they weigh stays the same.
 FixedWeights Reduced(FixedWeights w) {
-  const auto all_even = [&] {
+  const auto allAreEven = [&] {
     return std::all_of(w.weights, w.weights + CountOf(w), [](int k) { return k % 2 == 0; });
   };
-  for (; w.fraction > 0 && all_even(); --w.fraction)
+  for (; w.fraction > 0 && allAreEven(); --w.fraction)
     for (int i = 0; i < CountOf(w); ++i) w.weights[i] /= 2;
   return w;
 }
@@ -109,6 +110,28 @@ void WeighWide(const FixedWeights& w, int step, Rows<KyBW8> out, const KyBW8* co
     }
 }
 
+// The least kernel that holds the sums, and in `kernel` the weights as it wants them.
+FixedRowKernel ChooseRowKernel(const FixedRowKernels& kernels, const FixedWeights& w,
+                               const Reach& reach, bool isGrey, FixedKernel& kernel) {
+  // Narrow sums stay in 16 bits; signed ones leave room for another level.
+  constexpr std::int64_t kMostSigned = INT16_MAX - 255, kMostUnsigned = UINT16_MAX;
+  constexpr std::int64_t kMostBytePair = 64;  // the largest weight of which two fit MulAddBytes
+  const bool fitsSigned = reach.Largest() <= kMostSigned;
+  const bool fitsUnsigned = w.fraction > 0 && reach.below == 0 && reach.above <= kMostUnsigned;
+  if (w.radius == 1 && (fitsSigned || fitsUnsigned))
+    return kernels.narrow[reach.largestWeight <= kMostBytePair][!fitsSigned];
+  const bool split = reach.largestWeight > INT16_MAX;
+  if (IsSymmetric(w)) {
+    PairSymmetricWeights(kernel, split);
+    return kernels.symmetric[w.radius][split];
+  }
+  if (isGrey)
+    PairWeights(kernel, split);
+  else
+    PairWeightsInOrder(kernel, split);
+  return kernels.paired[w.radius][split];
+}
+
 }  // namespace
 
 KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source, int step,
@@ -119,31 +142,15 @@ KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source, int s
     return FilterWindows(destination, source, border,
                          WindowKernel<decltype(rowsOf)>{w.radius, lanes, rowsOf, step});
   };
-  if (reach.below + reach.above > (1 << 30) || std::abs(w.offset) > kFurthestOffset)
+  constexpr std::int64_t kMostSum = 1 << 30;  // see FixedKernel
+  if (reach.below + reach.above > kMostSum || std::abs(w.offset) > kFurthestOffset)
     return run(1,
                [&](Rows<KyBW8> out, const KyBW8* const* rows) { WeighWide(w, step, out, rows); });
 
-  const FixedRowKernels& kernels =
-      step == 1 ? ChooseFixedRowKernels() : ChooseFixedColorRowKernels();
+  const bool isGrey = step == 1;
+  const FixedRowKernels& kernels = isGrey ? ChooseFixedRowKernels() : ChooseFixedColorRowKernels();
   FixedKernel kernel = KernelOf(w);
-  FixedRowKernel rowKernel;
-  const bool fitsSigned = reach.Largest() <= 32512;
-  const bool fitsUnsigned = w.fraction > 0 && reach.below == 0 && reach.above <= 65535;
-  if (w.radius == 1 && (fitsSigned || fitsUnsigned)) {
-    rowKernel = kernels.narrow[reach.largestWeight <= 64][!fitsSigned];
-  } else {
-    const bool split = reach.largestWeight > 32767;
-    if (IsSymmetric(w)) {
-      PairSymmetricWeights(kernel, split);
-      rowKernel = kernels.symmetric[w.radius][split];
-    } else {
-      if (step == 1)
-        PairWeights(kernel, split);
-      else
-        PairWeightsInOrder(kernel, split);
-      rowKernel = kernels.paired[w.radius][split];
-    }
-  }
+  const FixedRowKernel rowKernel = ChooseRowKernel(kernels, w, reach, isGrey, kernel);
   return run(kernels.lanes, [&](Rows<KyBW8> out, const KyBW8* const* rows, const Layout& layout) {
     rowKernel(kernel, out, rows, layout);
   });

@@ -274,15 +274,13 @@ KY_ERRORS SmallGaussian(Rows<const KyBW8> in, Rows<KyBW8> out, int step, const W
 }
 
 template <class Pixel>
-KY_ERRORS Gaussian(const char* name, const KyROI<Pixel>* source, const KyROI<Pixel>* destination,
+KY_ERRORS Gaussian(const char* name, const KyROI<Pixel>* source, KyROI<Pixel>* destination,
                    unsigned halfWidth, unsigned halfHeight, float sigmaX, float sigmaY) noexcept {
   return Call(name, [&] {
-    if (destination == nullptr) destination = source;
+    destination = DestinationOf(source, destination);
     Rows<const KyBW8> in;
     Rows<KyBW8> out;
-    // A source is const for its rectangle, not for its pixels.
-    auto* const written = const_cast<KyROI<Pixel>*>(destination);
-    if (const KY_ERRORS error = OpenAll(source, in, written, out)) return error;
+    if (const KY_ERRORS error = OpenAll(source, in, destination, out)) return error;
     if (halfHeight == KY_HALF_HEIGHT_AS_WIDTH) halfHeight = halfWidth;
     if (halfWidth > kMostHalf)
       return ky::OutOfRange(KY_ERROR_PARAMETER_1_OUT_OF_RANGE, "halfWidth");

@@ -25,8 +25,8 @@ KyBW8 AverageOf(const Sums& sums, std::uint64_t n) noexcept {
   return static_cast<KyBW8>((2 * sums.levels + n) / (2 * n));
 }
 
-// The largest k with k - 1/2 <= sqrt(n Q - S^2) / n: an estimate, and a test
-// where that may be one off.
+// The largest k with k - 1/2 <= sqrt(n Q - S^2) / n: an estimate, and a test where that may be one
+// off.
 KyBW8 DeviationOf(const Sums& sums, std::uint64_t n) noexcept {
   const Wide fourfold = 4 * (Wide{n} * sums.squares - Wide{sums.levels} * sums.levels);
   const auto reaches = [&](int k) {

@@ -98,10 +98,10 @@ HWY_INLINE VU16 PrefixSums(VU16 v, VU16& before) {
     return sums;
   } else {
     const VU16 zero = hn::Zero(d);
-    VU16 blocksBefore = Behind<kLanes - kBlock>(d, zero, blocks),
+    VU16 blocksBefore = After<kLanes - kBlock>(d, zero, blocks),
          upTo = hn::Add(blocks, blocksBefore);
     if constexpr (kLanes == 4 * kBlock) {
-      upTo = hn::Add(upTo, Behind<kLanes - 2 * kBlock>(d, zero, upTo));
+      upTo = hn::Add(upTo, After<kLanes - 2 * kBlock>(d, zero, upTo));
       blocksBefore = hn::Sub(upTo, blocks);
     }
     const VU16 sums = hn::Add(hn::Add(v, blocksBefore), before);

@@ -40,7 +40,7 @@ inline constexpr std::size_t kPlaces[] = {kPlainPlace, PlaceOf(HWY_SSSE3), Place
 }
 #endif
 
-// That of the function that calls take at present.
+// The place of the functions that calls take at present.
 inline std::size_t PlaceOfPath() noexcept {
   const int widest = KyGetMMX();
 #if HWY_ARCH_X86
@@ -75,7 +75,8 @@ inline std::size_t PlaceOfPath() noexcept {
 #endif  // KY_FOUNDATION_DISPATCH_H_
 
 // Each target gives its table; the last one, in whose turn HWY_ONCE is 1, also makes the choice.
-// With KY_EXPORT_KERNELS_IF, Choose<Type>(suits) returns the plain path's table unless it `suits`.
+// With KY_EXPORT_KERNELS_IF, Choose<Type>(suits) returns the plain path's table where `suits` is
+// false.
 #undef KY_EXPORT_KERNELS
 #undef KY_EXPORT_KERNELS_IF
 #if HWY_ONCE

@@ -14,7 +14,7 @@ double Tanh(double x) noexcept;
 double Log(double x) noexcept;
 double Log1p(double x) noexcept;  // log(1 + x)
 double Log10(double x) noexcept;
-// Of x of 0 or more.
+// x is 0 or more.
 double Pow(double x, double y) noexcept;
 double Sin(double angle) noexcept;
 double Cos(double angle) noexcept;

@@ -126,6 +126,13 @@ KY_ERRORS Open(Roi* roi, Rows<T>& rows,
   return roi != nullptr && rows.first != nullptr ? KY_OK : Explain(KY_ERROR_NO_IMAGE, name);
 }
 
+// What a filter writes to: the destination or, where that is null, the source. A source is const
+// for its rectangle, not for its pixels.
+template <class T>
+KyROI<T>* DestinationOf(const KyROI<T>* source, KyROI<T>* destination) noexcept {
+  return destination != nullptr ? destination : const_cast<KyROI<T>*>(source);
+}
+
 // The checks of CheckRois and the rows of all ROIs in one: OpenAll(source, in, destination, out),
 // with the names before them where they are others.
 template <class... RoisAndRows>

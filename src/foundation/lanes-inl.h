@@ -99,16 +99,16 @@ HWY_INLINE void StorePart(D, const V& v, T* to, size_t n) {
 #define KY_HAVE_MUL_ADD_BYTES 1
 // The products of 8-bit lanes with signed 8-bit weights, the two products of each pair of lanes
 // added up. The sums must fit 16 bits.
-HWY_INLINE hn::Vec<hn::ScalableTag<int16_t>> MulAddBytes(
-    hn::Vec<hn::ScalableTag<uint8_t>> lanes, hn::Vec<hn::ScalableTag<uint8_t>> weights) {
-  using V = hn::Vec<hn::ScalableTag<int16_t>>;
+template <class V>
+HWY_INLINE auto MulAddBytes(V lanes, V weights) {
+  using Sums = hn::Vec<hn::Repartition<int16_t, hn::DFromV<V>>>;
 #if HWY_TARGET < HWY_AVX2
-  return V{_mm512_maddubs_epi16(lanes.raw, weights.raw)};
-#elif HWY_TARGET == HWY_AVX2
-  return V{_mm256_maddubs_epi16(lanes.raw, weights.raw)};
-#else
-  return V{_mm_maddubs_epi16(lanes.raw, weights.raw)};
+  if constexpr (sizeof(V) == 64) return Sums{_mm512_maddubs_epi16(lanes.raw, weights.raw)};
 #endif
+#if HWY_TARGET <= HWY_AVX2
+  if constexpr (sizeof(V) == 32) return Sums{_mm256_maddubs_epi16(lanes.raw, weights.raw)};
+#endif
+  if constexpr (sizeof(V) == 16) return Sums{_mm_maddubs_epi16(lanes.raw, weights.raw)};
 }
 #else
 #define KY_HAVE_MUL_ADD_BYTES 0

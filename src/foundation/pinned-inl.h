@@ -1,4 +1,4 @@
-// Vectors as they stand, for row files; see lanes-inl.h.
+// Vectors that compilers have to keep in registers. Included by row files like lanes-inl.h.
 #if defined(KY_FOUNDATION_PINNED_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_FOUNDATION_PINNED_INL_H_
 #undef KY_FOUNDATION_PINNED_INL_H_
@@ -12,8 +12,9 @@ HWY_BEFORE_NAMESPACE();
 namespace ky {
 namespace HWY_NAMESPACE {
 
-// The same vector in a register. g++ neither loads it again for each instruction that may have an
-// operand in memory, nor changes the order of sums that it is part of.
+// The same vector, of which g++ knows no more than that it is in a register: it neither loads it
+// again for each instruction that may have an operand in memory, nor changes the order of sums that
+// the vector is part of.
 template <class V>
 HWY_INLINE V Pinned(V v) {
 #if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3 && HWY_COMPILER_GCC_ACTUAL

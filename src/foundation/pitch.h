@@ -33,7 +33,8 @@ constexpr std::int64_t ScratchPitch(std::int64_t rowBytes) noexcept {
   return kCacheLine * ((rowBytes + kCacheLine - 1) / kCacheLine | 1);
 }
 
-// True when rows so far apart compete: with eight places for each address, a dozen rows and fewer.
+// True when rows so far apart compete in a first cache, which has places for eight or twelve lines
+// that lie a multiple of 4096 bytes from each other: a dozen such rows may drive each other out.
 constexpr bool FightsCache(std::int64_t pitch) noexcept { return pitch % 1024 == 0; }
 
 }  // namespace ky

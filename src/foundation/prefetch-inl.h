@@ -29,7 +29,7 @@ HWY_INLINE void PrefetchAhead([[maybe_unused]] const void* place,
   for (size_t i = 0; i < kBytes; i += 64) hwy::Prefetch(reinterpret_cast<const uint8_t*>(from + i));
 #endif
 }
-// The same of one line of a cache, to the second cache.
+// Prefetches the line of a cache that stands there, to the second cache.
 HWY_INLINE void PrefetchToSecondCache([[maybe_unused]] const void* place,
                                       [[maybe_unused]] ptrdiff_t bytes) {
 #if HWY_TARGET != HWY_SCALAR && HWY_COMPILER_GCC
@@ -37,6 +37,7 @@ HWY_INLINE void PrefetchToSecondCache([[maybe_unused]] const void* place,
   __builtin_prefetch(reinterpret_cast<const void*>(from), 0, 2);
 #endif
 }
+
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky

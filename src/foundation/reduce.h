@@ -10,7 +10,7 @@
 
 namespace ky {
 
-// What is computed together.
+// Results that are computed together.
 struct Moments {
   std::uint64_t sum, squares;
 

@@ -18,11 +18,11 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// What stands kLanes elements after `here` in a row that goes on with `next`. Vectors of one lane
-// have no such place for more than one.
+// The vector that begins kLanes elements after `here` begins, in a row that goes on with `next`.
+// Vectors of one lane have no such place for more than one.
 template <size_t kLanes, class D>
-HWY_INLINE hn::Vec<D> Behind([[maybe_unused]] D d, [[maybe_unused]] hn::Vec<D> here,
-                             hn::Vec<D> next) {
+HWY_INLINE hn::Vec<D> After([[maybe_unused]] D d, [[maybe_unused]] hn::Vec<D> here,
+                            hn::Vec<D> next) {
 #if HWY_TARGET == HWY_SCALAR
   static_assert(kLanes == 1);
   return next;

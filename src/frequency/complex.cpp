@@ -74,7 +74,7 @@ KY_ERRORS ImgComplexRescaledModulus(const KyROI<KyComplex64>* source, KyROI<KyBW
         double largest = 0;
         ky::ReduceRows(kernels.largest, in,
                        [&](double ofRow, std::ptrdiff_t) { largest = std::max(largest, ofRow); });
-        const ky::FromParameters scale(ky::ScaleOf(std::sqrt(largest), logarithmic));
+        const ky::ModulusScale scale = ky::ScaleOf(std::sqrt(largest), logarithmic);
         return ky::MapRows(logarithmic ? kernels.logarithmicModulus : kernels.scaledModulus, out,
                            ky::FromRows(in), ky::FromParameters(scale));
       });

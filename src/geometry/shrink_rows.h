@@ -41,7 +41,7 @@ struct ShrinkBand {
   std::ptrdiff_t from, columns, to, results;
   // The covers of the results' pixels, counted from the left border.
   const Cover* covers;
-  // At least (2 columns + results + 16) * kShrinkRows numbers.
+  // Room for (2 columns + results) * kMostShrinkRows numbers of 32 bits.
   void* scratch;
 };
 inline constexpr std::ptrdiff_t kMostShrinkRows = 32;

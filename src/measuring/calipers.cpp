@@ -74,8 +74,8 @@ class CaliperReader {
     return strongest;
   }
 
-  static constexpr double kNoise =
-      0x1p-12;  // in levels a sample: means in fixed point are off by less
+  // In levels a sample: means in fixed point are off by less.
+  static constexpr double kNoise = 0x1p-12;
 
   Caliper caliper_;
   ptrdiff_t intervals_;  // between samples

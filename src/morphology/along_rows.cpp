@@ -32,26 +32,26 @@ constexpr ptrdiff_t kAhead = 3840;
 // Makes vectors of the extremes of kSpan pixels from each place on, going along a row, out of those
 // of shorter spans. A pixel has kStep elements, and extremes are those of every kStep-th: shifting
 // what is at hand is faster than loads across the lines of a cache. A result takes the elements up
-// to kBehind vectors further on, and so Next is given the vector that comes so far after the one
+// to kFurther vectors further on, and so Next is given the vector that comes so far after the one
 // that it makes.
 template <class Op, int kSpan, int kStep>
 struct Spans {
   static constexpr int kShorter = std::bit_floor(kSpan - 1u);
-  static constexpr int kBehind = Spans<Op, kShorter, kStep>::kBehind + 1;
+  static constexpr int kFurther = Spans<Op, kShorter, kStep>::kFurther + 1;
 
   HWY_INLINE void Start(const KyBW8* at) {
     shorter.Start(at);
-    here = shorter.Next(at + (kBehind - 1) * Lanes());
+    here = shorter.Next(at + (kFurther - 1) * Lanes());
   }
-  HWY_INLINE void StartBehindNothing() {
-    shorter.StartBehindNothing();
+  HWY_INLINE void StartAfterNothing() {
+    shorter.StartAfterNothing();
     here = hn::Set(D(), Op::kNeutral);
   }
   HWY_INLINE V Next(const KyBW8* at) { return Join(shorter.Next(at)); }
   // The same of elements v, of which `following` stands a pixel further on.
   HWY_INLINE V Next(V v, V following) { return Join(shorter.Next(v, following)); }
   HWY_INLINE V Join(V next) {
-    const V v = Op()(here, Behind<(kSpan - kShorter) * kStep>(D(), here, next));
+    const V v = Op()(here, After<(kSpan - kShorter) * kStep>(D(), here, next));
     here = next;
     return v;
   }
@@ -61,9 +61,9 @@ struct Spans {
 };
 template <class Op, int kStep>
 struct Spans<Op, 2, kStep> {
-  static constexpr int kBehind = 0;
+  static constexpr int kFurther = 0;
   HWY_INLINE void Start(const KyBW8*) {}
-  HWY_INLINE void StartBehindNothing() {}
+  HWY_INLINE void StartAfterNothing() {}
   HWY_INLINE V Next(const KyBW8* at) { return ExtremeAt<Op>(at, 0, kStep); }
   HWY_INLINE V Next(V v, V following) { return Op()(v, following); }
 };
@@ -84,11 +84,11 @@ HWY_INLINE void GatherInside(KyBW8* out, ptrdiff_t n, const KyBW8* in) {
   ptrdiff_t x = 0;
   if constexpr (hn::MaxLanes(D()) > kSpan * kStep) {
     Spans<Op, kSpan, kStep> spans;
-    const ptrdiff_t behind = spans.kBehind * Lanes();
-    if (behind + Lanes() <= n) spans.Start(in);
-    for (; x + behind + Lanes() <= n; x += Lanes()) {
+    const ptrdiff_t further = spans.kFurther * Lanes();
+    if (further + Lanes() <= n) spans.Start(in);
+    for (; x + further + Lanes() <= n; x += Lanes()) {
       PrefetchAhead<hn::MaxLanes(D())>(in + x, kAhead);
-      hn::StoreU(spans.Next(in + x + behind), d, out + x);
+      hn::StoreU(spans.Next(in + x + further), d, out + x);
     }
   }
   for (; x + Lanes() <= n; x += Lanes()) GatherDirect<Op, kSpan, kStep>(out + x, in + x);
@@ -136,35 +136,35 @@ HWY_INLINE void GatherBetween(KyBW8* row, ptrdiff_t n, const KyBW8* in, ptrdiff_
   const V neutral = hn::Set(d, Op::kNeutral);
   Spans<Op, kSpan, kStep> spans;
   static_assert(kSpan * kStep <= hn::MaxLanes(D()));
-  static_assert((spans.kBehind + 1) * hn::MaxLanes(D()) <= kRowFront);
-  spans.StartBehindNothing();
-  KyBW8* out = row + outside - (spans.kBehind + 1) * lanes;
+  static_assert((spans.kFurther + 1) * hn::MaxLanes(D()) <= kRowFront);
+  spans.StartAfterNothing();
+  KyBW8* out = row + outside - (spans.kFurther + 1) * lanes;
   const auto neutralTo = [](KyBW8* from, ptrdiff_t count) {
     std::memset(from, Op::kNeutral, static_cast<size_t>(std::max<ptrdiff_t>(count, 0)));
   };
-  neutralTo(row, outside - (spans.kBehind + 1) * lanes);
+  neutralTo(row, outside - (spans.kFurther + 1) * lanes);
   const auto put = [&](V v) HWY_ATTR {
     hn::StoreU(v, d, out);
     out += lanes;
   };
-  put(spans.Next(neutral, Behind<kStep>(d, neutral, hn::LoadU(d, in))));
+  put(spans.Next(neutral, After<kStep>(d, neutral, hn::LoadU(d, in))));
   for (ptrdiff_t x = 0; x + lanes + kStep <= n; x += lanes) {
     PrefetchAhead<hn::MaxLanes(D())>(in + x, kAhead);
     // The work on shorter spans leaves the memory no time for more.
     if constexpr (kSpan * kStep > 8) PrefetchAhead<hn::MaxLanes(D())>(soon, x);
     put(spans.Next(in + x));
   }
-  for (int i = 0; i < spans.kBehind; ++i) put(spans.Next(neutral, neutral));
+  for (int i = 0; i < spans.kFurther; ++i) put(spans.Next(neutral, neutral));
 
   // The spans that reach the end, out of the last two vectors.
   out = row + outside + n - 2 * lanes;
   const V last = hn::LoadU(d, in + n - lanes);
-  spans.StartBehindNothing();
-  for (int i = 0; i < spans.kBehind + 2; ++i) {
+  spans.StartAfterNothing();
+  for (int i = 0; i < spans.kFurther + 2; ++i) {
     const V v = i == 0   ? spans.Next(in + n - 2 * lanes)
-                : i == 1 ? spans.Next(last, Behind<kStep>(d, last, neutral))
+                : i == 1 ? spans.Next(last, After<kStep>(d, last, neutral))
                          : spans.Next(neutral, neutral);
-    if (i >= spans.kBehind) put(v);
+    if (i >= spans.kFurther) put(v);
   }
   neutralTo(out, outside + (1 - kSpan) * kStep);
 }

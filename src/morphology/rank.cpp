@@ -112,7 +112,7 @@ template <class Pixel, class RankOf>
 KY_ERRORS Filter(const char* name, const KyROI<Pixel>* source, KyROI<Pixel>* destination,
                  unsigned halfWidth, unsigned halfHeight, const RankOf& rankOf) noexcept {
   return ky::Call(name, [&]() -> KY_ERRORS {
-    if (destination == nullptr) destination = const_cast<KyROI<Pixel>*>(source);
+    destination = ky::DestinationOf(source, destination);
     if (halfHeight == KY_HALF_HEIGHT_AS_WIDTH) halfHeight = halfWidth;
     Rows<const KyBW8> in;
     Rows<KyBW8> out;

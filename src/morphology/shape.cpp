@@ -37,7 +37,7 @@ bool Shape::IsCross() const noexcept {
 }
 
 std::ptrdiff_t Shape::FindRuns(std::ptrdiff_t width, std::ptrdiff_t height, bool reflected,
-                               Run* runs) const noexcept {
+                               ShapeRun* runs) const noexcept {
   const std::ptrdiff_t centerX = kernel_.sizeX / 2, centerY = kernel_.sizeY / 2;
   const std::ptrdiff_t left = std::max<std::ptrdiff_t>(0, centerX - width + 1);
   const std::ptrdiff_t right = std::min<std::ptrdiff_t>(kernel_.sizeX, centerX + width);

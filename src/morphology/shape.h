@@ -10,7 +10,7 @@ namespace ky {
 
 // `length` positions of row `row` from column `left` on, relative to the pixel that a result is
 // for.
-struct Run {
+struct ShapeRun {
   std::ptrdiff_t row, left, length;
 };
 
@@ -28,7 +28,7 @@ class Shape {
   // source(p - b) when reflected. Members so far away that they never meet a pixel are left out.
   // Null `runs` only count.
   std::ptrdiff_t FindRuns(std::ptrdiff_t width, std::ptrdiff_t height, bool reflected,
-                          Run* runs) const noexcept;
+                          ShapeRun* runs) const noexcept;
 
  private:
   bool Has(std::ptrdiff_t i, std::ptrdiff_t j) const noexcept {

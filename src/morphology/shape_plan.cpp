@@ -23,7 +23,7 @@ std::ptrdiff_t PlaceOf(std::ptrdiff_t i, std::ptrdiff_t whole, std::ptrdiff_t pa
 
 bool ShapePlan::Make(const Shape& shape, bool reflected, std::ptrdiff_t width,
                      std::ptrdiff_t height) noexcept {
-  Scratch<Run> runs;
+  Scratch<ShapeRun> runs;
   const std::ptrdiff_t count = shape.FindRuns(width, height, reflected, nullptr);
   if (!runs.Allocate(count) || !blocks_.Allocate(count)) return false;
   shape.FindRuns(width, height, reflected, runs.get());
@@ -36,13 +36,13 @@ bool ShapePlan::Make(const Shape& shape, bool reflected, std::ptrdiff_t width,
   return true;
 }
 
-std::ptrdiff_t ShapePlan::FindBlocks(Run* runs, std::ptrdiff_t count) noexcept {
-  std::sort(runs, runs + count, [](const Run& a, const Run& b) {
+std::ptrdiff_t ShapePlan::FindBlocks(ShapeRun* runs, std::ptrdiff_t count) noexcept {
+  std::sort(runs, runs + count, [](const ShapeRun& a, const ShapeRun& b) {
     return std::tie(a.length, a.left, a.row) < std::tie(b.length, b.left, b.row);
   });
   std::ptrdiff_t blocks = 0;
   for (std::ptrdiff_t i = 0; i < count; ++i) {
-    const Run& run = runs[i];
+    const ShapeRun& run = runs[i];
     left_ = std::min(left_, run.left);
     right_ = std::max(right_, run.left + run.length - 1);
     down_ = std::max(down_, run.row);
@@ -126,7 +126,7 @@ void ShapePlan::EmitBlocks(std::ptrdiff_t wide, std::ptrdiff_t length, const Blo
 // The places of a block in a level.
 void ShapePlan::EmitPlaces(std::ptrdiff_t level, std::ptrdiff_t length, std::ptrdiff_t tall,
                            const Block& block) noexcept {
-  const Run& run = block.run;
+  const ShapeRun& run = block.run;
   for (std::ptrdiff_t j = 0; j < Covers(block.rows, tall); ++j)
     for (std::ptrdiff_t i = 0; i < Covers(run.length, length); ++i)
       Add(results_, resultCount_,

@@ -44,11 +44,11 @@ class ShapePlan {
  private:
   // A run that is repeated in `rows` rows.
   struct Block {
-    Run run;
+    ShapeRun run;
     std::ptrdiff_t rows;
   };
 
-  std::ptrdiff_t FindBlocks(Run* runs, std::ptrdiff_t count) noexcept;
+  std::ptrdiff_t FindBlocks(ShapeRun* runs, std::ptrdiff_t count) noexcept;
   void Emit(std::ptrdiff_t blocks) noexcept;
   static bool PaysTallFirst(const Block& block, std::ptrdiff_t length) noexcept;
   void EmitWide(std::ptrdiff_t& wide, std::ptrdiff_t& length, std::ptrdiff_t wanted,

@@ -81,8 +81,7 @@ struct Operands {
   ky::Rows<KyBW8> destination;
 
   KY_ERRORS Open(Source from, Destination to) noexcept {
-    if (to == nullptr) to = const_cast<Destination>(from);
-    return ky::OpenAll(from, source, to, destination);
+    return ky::OpenAll(from, source, ky::DestinationOf(from, to), destination);
   }
 };
 

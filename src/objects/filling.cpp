@@ -11,7 +11,7 @@
 KY_ERRORS ImgFillHoles(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, CONNEXITY connexity,
                        KyBW8 level) noexcept {
   return ky::Call("ImgFillHoles", [&] {
-    if (destination == nullptr) destination = const_cast<KyROI<KyBW8>*>(source);
+    destination = ky::DestinationOf(source, destination);
     ky::Rows<const KyBW8> in;
     ky::Rows<KyBW8> out;
     if (const KY_ERRORS error = ky::OpenAll(source, in, destination, out)) return error;

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "foundation/arrays.h"
+#include "foundation/bit_rows.h"
 #include "foundation/frame.h"
 #include "foundation/make_room.h"
 #include "ky/objects.h"
@@ -11,6 +12,7 @@
 
 namespace {
 
+using ky::BitRows;
 using ky::Call;
 using ky::ChooseObjectKernels;
 using ky::EndsOfRow;
@@ -81,48 +83,35 @@ bool Share(const KyROI<KyBW8>* levels, const KyROI<KyBW32>* labels) noexcept {
   return levels != nullptr && Share(RowsOf(levels), labels);
 }
 
-// The bytes of rows of bits. The first bit of every row lies at the same place in its byte.
-class BitRows {
- public:
-  explicit BitRows(const KyROI<KyBW1>* roi) noexcept
-      : firstBit_(roi->GetBitOffset(0, 0)), width_(roi->GetWidth()) {
-    bytes_ = {static_cast<const KyBW8*>(roi->GetPixelPtr(0, 0)), roi->GetPitch(),
-              width_ == 0 ? 0 : (firstBit_ + width_ + 7) / 8, roi->GetHeight()};
-  }
-  const ky::Rows<const KyBW8>& bytes() const noexcept { return bytes_; }
+// The bits of up to eight bytes, the first pixel in the least significant one.
+std::uint64_t WordOf(const KyBW8* bytes, std::ptrdiff_t count) noexcept {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, static_cast<std::size_t>(count));
+  const auto swap = [&](int shift, std::uint64_t low) {
+    word = (word >> shift & low) | (word & low) << shift;
+  };
+  swap(1, 0x5555555555555555);
+  swap(2, 0x3333333333333333);
+  swap(4, 0x0F0F0F0F0F0F0F0F);
+  return word;
+}
 
-  std::size_t FindRuns(std::ptrdiff_t y, std::int32_t* ends) const noexcept {
-    ky::RunEnds runEnds(ends);
-    // Places of bits, counted from the first byte of the row: the first word begins with bits of
-    // neighbours, and so may the last one end.
-    const KyBW8* const row = bytes_.Row(y);
-    const std::ptrdiff_t end = firstBit_ + width_;
-    for (std::ptrdiff_t at = 0; at < end; at += 64) {
-      std::uint64_t bits = Word(row + at / 8, std::min<std::ptrdiff_t>(8, bytes_.width - at / 8));
-      if (at == 0) bits = bits >> firstBit_ << firstBit_;
-      if (end - at < 64) bits &= (std::uint64_t{1} << (end - at)) - 1;
-      runEnds.Add(bits, static_cast<std::int32_t>(at - firstBit_));
-    }
-    return static_cast<std::size_t>(runEnds.Finish(static_cast<std::int32_t>(width_)) - ends) / 2;
+// Writes the ends of the runs of set bits in row y, and returns the number of runs.
+std::size_t FindRuns(const BitRows& bits, std::ptrdiff_t y, std::int32_t* ends) noexcept {
+  ky::RunEnds runEnds(ends);
+  // Places of bits, counted from the first byte of the row: the first word begins with bits of
+  // neighbours, and so may the last one end.
+  const KyBW8* const row = bits.bytes.Row(y);
+  const std::ptrdiff_t end = bits.firstBit + bits.width;
+  for (std::ptrdiff_t at = 0; at < end; at += 64) {
+    const std::ptrdiff_t left = bits.bytes.width - at / 8;
+    std::uint64_t word = WordOf(row + at / 8, std::min<std::ptrdiff_t>(8, left));
+    if (at == 0) word = word >> bits.firstBit << bits.firstBit;
+    if (end - at < 64) word &= (std::uint64_t{1} << (end - at)) - 1;
+    runEnds.Add(word, static_cast<std::int32_t>(at - bits.firstBit));
   }
-
- private:
-  // The bits of up to eight bytes, the first pixel in the least significant one.
-  static std::uint64_t Word(const KyBW8* bytes, std::ptrdiff_t count) noexcept {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, static_cast<std::size_t>(count));
-    const auto swap = [&](int shift, std::uint64_t low) {
-      word = (word >> shift & low) | (word & low) << shift;
-    };
-    swap(1, 0x5555555555555555);
-    swap(2, 0x3333333333333333);
-    swap(4, 0x0F0F0F0F0F0F0F0F);
-    return word;
-  }
-
-  ky::Rows<const KyBW8> bytes_;
-  std::ptrdiff_t firstBit_, width_;
-};
+  return static_cast<std::size_t>(runEnds.Finish(static_cast<std::int32_t>(bits.width)) - ends) / 2;
+}
 
 }  // namespace
 
@@ -150,14 +139,14 @@ KY_ERRORS ImgFindObjects(const KyROI<KyBW1>* source, CONNEXITY connexity, KyObje
   return Call("ImgFindObjects (BW1)", [&] {
     if (const KY_ERRORS error = CheckFinding(source, objects, labels, levels)) return error;
     const BitRows bits(source);
-    if (Share(bits.bytes(), labels) || Share(levels, labels) ||
+    if (Share<KyBW8>(bits.bytes, labels) || Share(levels, labels) ||
         Share(ky::ArrayOf(*objects), labels))
       return KY_ERROR_COLOR_PLANES;
     if (const KY_ERRORS error = ky::CheckConnexity(connexity)) return error;
     const auto find = [&](const auto& measure) {
       return Find(
           source->GetWidth(), source->GetHeight(), connexity, *objects, labels,
-          [&](std::ptrdiff_t y, std::int32_t* ends) { return bits.FindRuns(y, ends); }, measure);
+          [&](std::ptrdiff_t y, std::int32_t* ends) { return FindRuns(bits, y, ends); }, measure);
     };
     if (levels != nullptr) return find(LevelsIn(levels));
     return find([](std::ptrdiff_t, const std::int32_t* ends, std::size_t count, RunLevels* runs) {

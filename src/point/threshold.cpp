@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foundation/bit_rows.h"
 #include "foundation/frame.h"
 #include "foundation/kernels/choose_threshold.h"
 #include "foundation/map.h"
@@ -10,6 +11,7 @@
 
 namespace {
 
+using ky::BitRows;
 using ky::Call;
 using ky::CheckCovers;
 using ky::ChooseThresholdKernels;
@@ -26,24 +28,6 @@ Split SplitAt(unsigned threshold, KyBW8 low, KyBW8 high) noexcept {
   if (threshold > 255) return {0, low, low};
   return {static_cast<KyBW8>(threshold), low, high};
 }
-
-// The bytes that hold the bits of an ROI. The first bit of every row lies at the same place in its
-// byte.
-struct BitRows {
-  Rows<KyBW8> bytes;
-  std::ptrdiff_t firstBit, width;
-
-  // The first `bits` pixels of the first `height` rows.
-  BitRows(const KyROI<KyBW1>* roi, std::ptrdiff_t bits, std::ptrdiff_t height) noexcept
-      : firstBit(roi->GetBitOffset(0, 0)), width(bits) {
-    bytes = {static_cast<KyBW8*>(roi->GetPixelPtr(0, 0)), roi->GetPitch(),
-             width == 0 ? 0 : (firstBit + width + 7) / 8, height};
-  }
-  // The pixels before the first whole byte of a row, and those in whole bytes.
-  std::ptrdiff_t Head() const noexcept { return std::min(width, (8 - firstBit) % 8); }
-  std::ptrdiff_t Whole() const noexcept { return (width - Head()) / 8 * 8; }
-  std::ptrdiff_t WholeByte() const noexcept { return (firstBit + Head()) / 8; }
-};
 
 // Runs `single(x)` on the pixels of a row that share their byte with others, and `whole` on the
 // rest.
@@ -81,7 +65,7 @@ KY_ERRORS PackRows(const Rows<const KyBW8>& source, const KyROI<KyBW1>* destinat
 
 KY_ERRORS UnpackRows(const KyROI<KyBW1>* source, KyROI<KyBW8>* destination,
                      const Split& split) noexcept {
-  const BitRows bits(source, source->GetWidth(), source->GetHeight());
+  const BitRows bits(source);
   Rows<KyBW8> out = RowsOf(destination);
   out.width = bits.width;
   out.height = bits.bytes.height;

@@ -15,24 +15,24 @@ namespace ky {
 namespace HWY_NAMESPACE {
 namespace {
 
-// floor((behind - before) / 2) + 128 = floor((behind + (255 - before) + 1) / 2)
+// floor((after - before) / 2) + 128 = floor((after + (255 - before) + 1) / 2)
 struct Slope {
   using Lane = uint8_t;
   template <class D, class V>
-  HWY_INLINE V operator()(D d, V before, V behind) const {
-    return hn::AverageRound(behind, hn::Xor(before, hn::Set(d, 255)));
+  HWY_INLINE V operator()(D d, V before, V after) const {
+    return hn::AverageRound(after, hn::Xor(before, hn::Set(d, 255)));
   }
 };
 
-// The truncated mean of a truncated mean loses nothing more: (before + 2 at + behind) / 4.
+// The truncated mean of a truncated mean loses nothing more: (before + 2 at + after) / 4.
 struct Binomial {
   using Lane = uint8_t;
   template <class D, class V>
-  HWY_INLINE V operator()(D d, V before, V at, V behind) const {
+  HWY_INLINE V operator()(D d, V before, V at, V after) const {
     const auto mean = [&](V a, V b) HWY_ATTR {
       return hn::Sub(hn::AverageRound(a, b), hn::And(hn::Xor(a, b), hn::Set(d, 1)));
     };
-    return mean(mean(before, behind), at);
+    return mean(mean(before, after), at);
   }
 };
 
@@ -81,11 +81,11 @@ struct Transitions {
   }
 };
 
-void MapSlope(KyBW8* out, size_t n, const KyBW8* before, const KyBW8* behind) {
-  MapSpan(Slope(), out, n, before, behind);
+void MapSlope(KyBW8* out, size_t n, const KyBW8* before, const KyBW8* after) {
+  MapSpan(Slope(), out, n, before, after);
 }
-void MapBinomial(KyBW8* out, size_t n, const KyBW8* before, const KyBW8* at, const KyBW8* behind) {
-  MapSpan(Binomial(), out, n, before, at, behind);
+void MapBinomial(KyBW8* out, size_t n, const KyBW8* before, const KyBW8* at, const KyBW8* after) {
+  MapSpan(Binomial(), out, n, before, at, after);
 }
 size_t FindTransitions(uint16_t* places, size_t n, const KyBW8* levels, KyBW8 threshold,
                        KyBW8 edges) {

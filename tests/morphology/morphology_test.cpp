@@ -36,9 +36,9 @@ Grey Line(const Grey& in, bool dilate, long half, int right, int down) {
   for (int y = 0; y < in.height; ++y)
     for (int x = 0; x < in.width; ++x) {
       const int before = static_cast<int>(std::min<long>(half, right * x + down * y));
-      const int behind = static_cast<int>(
+      const int after = static_cast<int>(
           std::min<long>(half, right * (in.width - 1 - x) + down * (in.height - 1 - y)));
-      for (int i = -before; i <= behind; ++i)
+      for (int i = -before; i <= after; ++i)
         out.At(x, y) = Outer(dilate, out.At(x, y), in.At(x + i * right, y + i * down));
     }
   return out;

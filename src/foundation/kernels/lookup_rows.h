@@ -21,7 +21,7 @@ struct GainOffset {
 struct FloatLaw {
   float gain, added, taken;
 };
-// One for each component.
+// A table for each component.
 struct ColorTables {
   LookupTable component[3];
 };
@@ -30,8 +30,9 @@ struct Palette {
   ColorTables components;
   KyC24A colors[256];
 };
-// Those of every second element in a row of components, from the first component on; from the i-th
-// on, they begin at place (3 - i) % 3.
+// The laws of three components, in the order in which every second element of a row of components
+// needs them: place k has that of component 2 k % 3. Rows that begin with component i take them
+// from place (3 - i) % 3 on.
 struct ColorGainOffset {
   static constexpr int kLanes = 32;  // of 16 bits in the longest vector
 
