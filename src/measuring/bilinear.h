@@ -38,8 +38,8 @@ class Bilinear {
     return above + down * (beneath - above);
   }
 
-  // The mean of 2 half + 1 values, `step` apart, with the middle one at `p`. A step is at most one
-  // pixel long.
+  // The mean of 2 half + 1 values, `step` apart, with the middle one at `p`, right to ErrorOf(half)
+  // levels. A step is at most one pixel long.
   double MeanAt(Vector2 p, Vector2 step, std::ptrdiff_t half) const noexcept {
     const Vector2 reach = static_cast<double>(half) * step;
     const double count = static_cast<double>(2 * half + 1);
@@ -54,16 +54,25 @@ class Bilinear {
     return sum / count;
   }
 
+  // By how much means are off at most: values by what is cut off from them, and by up to 512 levels
+  // a pixel where their positions are off, which is one unit more at each step.
+  static double ErrorOf(std::ptrdiff_t half) noexcept {
+    return half > kMostFixed ? 0 : (kCutOff + 512 * static_cast<double>(half + 1)) / kUnits;
+  }
+
  private:
-  // A position in units of 2^-kPlace pixels. It is right to 2^-19 pixels after as many steps as
-  // there are in a thickness of kMostFixed.
+  // Units of fixed point, of pixels and of levels.
   static constexpr int kPlace = 32;
-  static constexpr std::ptrdiff_t kMostFixed = 4096;
+  static constexpr double kUnits = std::int64_t{1} << kPlace;
+  // Of differences of levels, so that products with 32 bits fit 64.
+  static constexpr int kCut = 13;
+  static constexpr double kCutOff = 1 << kCut;
+  // Thicker means would be off by more than 2^-13 levels.
+  static constexpr std::ptrdiff_t kMostFixed = 960;
   struct Fixed {
     std::int64_t x, y;
   };
   static Fixed ToFixed(Vector2 p) noexcept {
-    constexpr double kUnits = std::int64_t{1} << kPlace;
     return {static_cast<std::int64_t>(kUnits * p.x), static_cast<std::int64_t>(kUnits * p.y)};
   }
   // Inside, with a column to the right and a row below.
@@ -72,24 +81,22 @@ class Bilinear {
            p.y >> kPlace < rows_.height - 1;
   }
   // The sum of `count` values from one place on; both ends have neighbours. Integers are twice as
-  // fast here, and right to 2^-13 levels.
+  // fast here.
   double SumInside(Fixed from, Fixed step, std::ptrdiff_t count) const noexcept {
-    constexpr int kShare = 22, kDropped = 11;  // bits
-    constexpr int kMask = (1 << kShare) - 1;
     std::int64_t sum = 0;
     for (std::ptrdiff_t j = 0; j < count; ++j) {
       const KyBW8* const upper = rows_.Row(from.y >> kPlace) + (from.x >> kPlace);
       const KyBW8* const lower = upper + rows_.pitch;
-      const int right = static_cast<int>(from.x >> (kPlace - kShare)) & kMask;
-      const int down = static_cast<int>(from.y >> (kPlace - kShare)) & kMask;
-      const int above = (upper[0] << kShare) + right * (upper[1] - upper[0]);
-      const int beneath = (lower[0] << kShare) + right * (lower[1] - lower[0]);
-      sum += ((std::int64_t{above} << kShare) + std::int64_t{down} * (beneath - above)) >> kDropped;
+      const std::int64_t right = static_cast<std::uint32_t>(from.x),
+                         down = static_cast<std::uint32_t>(from.y);
+      const std::int64_t above = (std::int64_t{upper[0]} << kPlace) + right * (upper[1] - upper[0]);
+      const std::int64_t beneath =
+          (std::int64_t{lower[0]} << kPlace) + right * (lower[1] - lower[0]);
+      sum += above + ((down * ((beneath - above) >> kCut)) >> (kPlace - kCut));
       from.x += step.x;
       from.y += step.y;
     }
-    return static_cast<double>(sum) /
-           static_cast<double>(std::int64_t{1} << (2 * kShare - kDropped));
+    return static_cast<double>(sum) / kUnits;
   }
 
   Rows<const KyBW8> rows_;

@@ -64,7 +64,8 @@ class CaliperReader {
 
   // The first of the strongest edges, or one of strength 0.
   ky::FoundEdge Strongest() const noexcept {
-    const ky::Slope slope(static_cast<const double*>(smooth_.get()), intervals_ + 1, kNoise);
+    const ky::Slope slope(static_cast<const double*>(smooth_.get()), intervals_ + 1,
+                          2 * ky::Bilinear::ErrorOf(caliper_.halfThickness));
     ky::FoundEdge strongest{0, 0};
     slope.FindEdges(
         caliper_.polarity, caliper_.minStrength * step_, [&](const ky::FoundEdge& edge) {
@@ -73,9 +74,6 @@ class CaliperReader {
         });
     return strongest;
   }
-
-  // In levels a sample: means in fixed point are off by less.
-  static constexpr double kNoise = 0x1p-12;
 
   Caliper caliper_;
   ptrdiff_t intervals_;  // between samples

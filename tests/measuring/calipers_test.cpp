@@ -218,7 +218,20 @@ TEST(EdgePoints, AreTheStrongestOfTheirPolarity) {
   for (const KyEdgePoint& p : points) EXPECT_NEAR(p.x, 19.5, 0.02);
 }
 
-// The samples outside repeat the border, so that calipers beside the picture see its edges.
+// Two steps upwards of 50 levels, and one column of 201 in which the lower one has a level more.
+TEST(EdgePoints, AreTheStrongerOfNearlyEqualEdges) {
+  KyImage<KyBW8> image(230, 100);
+  for (int y = 0; y < 100; ++y)
+    for (int x = 0; x < 230; ++x)
+      image.SetPixel(static_cast<KyBW8>(y < 30 ? 50 : y < 70 ? 100 : x == 99 ? 151 : 150), x, y);
+  KyEdgePointsVector points;
+  ASSERT_EQ(ImgFindEdgePoints(&image, 110, 49.5f, 116, 49.5f, 45, 1, 100, 5, TRANS_SCAN_RISING, 0,
+                              &points),
+            KY_OK);
+  ASSERT_EQ(points.GetNumElements(), 1u);
+  EXPECT_NEAR(points[0].y, 69.5, 0.01);
+}
+
 // The slope of a plane is the same everywhere: its middle is that of the caliper, whatever the
 // means of samples are summed up in.
 TEST(EdgePoints, OfPlanesLieInTheMiddle) {
@@ -245,6 +258,7 @@ TEST(EdgePoints, OfPlanesLieInTheMiddle) {
   }
 }
 
+// The samples outside repeat the border, so that calipers beside the picture see its edges.
 TEST(EdgePoints, LieInsideThePicture) {
   const KyImage<KyBW8> image = Bar();
   KyEdgePointsVector points;
