@@ -13,8 +13,8 @@
 
 namespace ky {
 
-// The points from one position to another: as many as there are steps along the longer axis, and
-// one more. A step goes straight along that axis or, too, one along the other.
+// The points from one position to another: one more than there are steps along the longer axis.
+// Each step goes one pixel along that axis, and some go one pixel along the other as well.
 class LineSegment {
  public:
   LineSegment(Point from, Point to) noexcept
@@ -49,11 +49,12 @@ class LineSegment {
   bool steep_;
 };
 
-// visit(i, across) for the points from number `begin` to before `end`, in order: how many steps
-// along the longer axis and along the other lead to each. The latter, (major / 2 + i minor) /
-// major, are a sum in units of 2^-32 whose terms are rounded up. Each point makes it too large by
-// one unit at most, and by 2^32 / major it would be wrong, so that it starts anew before that. (No
-// sum waits for more than the one before it, so that many pixels are underway at the same time.)
+// visit(i, across) for the points from number `begin` to before `end`, in order: i steps along the
+// longer axis and `across` steps along the other lead to each. `across`, (major / 2 + i minor) /
+// major, is summed up in units of 2^-32 from terms that are rounded up. Each point makes the sum
+// too large by one unit at most, and an excess of 2^32 / major units could be wrong, so the sum
+// starts anew before that. (A sum waits for nothing but the one before it, so that many pixels are
+// under way at the same time.)
 template <class Visit>
 void TraceSteps(const LineSegment& line, std::ptrdiff_t begin, std::ptrdiff_t end,
                 Visit&& visit) noexcept {

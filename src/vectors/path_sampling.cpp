@@ -11,8 +11,8 @@ namespace {
 using ky::Call;
 using ky::LineSegment;
 
-// Runs `body(pixel, element)` for the elements that lie inside. Those that do not make 106, which
-// is no failure and leaves no trace.
+// Runs `body(pixel, element)` for the elements that lie inside. If any lie outside, the result is
+// KY_ERROR_PATH_STOPPED (106), which is no failure and leaves no trace.
 template <class Roi, class Path, class Body>
 KY_ERRORS AlongPath(const char* name, Roi* roi, Path* path, Body body) noexcept {
   bool left = false;

@@ -31,9 +31,9 @@ KY_ERRORS Filter(const char* name, const KyBW8Vector* source, KyBW8Vector* desti
   });
 }
 
-// Elements with `reach` more on either side, where the first and the last one go on beyond the
-// ends, in pieces small beside a first cache. (A profile is one row, read in pieces: there are no
-// neighbouring rows that a RowRing could keep.)
+// Elements with `reach` more on either side, which repeat the first and the last one, in pieces
+// that are small beside a first cache unless the reach is long. (A profile is one row, read in
+// pieces: there are no neighbouring rows that a RowRing could keep.)
 class Windows {
  public:
   bool Allocate(ptrdiff_t n, ptrdiff_t reach) noexcept {
@@ -70,8 +70,9 @@ class Windows {
   Scratch<KyBW8> window_;
 };
 
-// The extremes of windows of `passes` elements on either side, which is what so many passes come
-// to. Those of windows twice as long, or of any length up to that, are the extremes of two.
+// The extremes of windows with `passes` elements on either side: so many passes with one element on
+// either side give the same. The extreme of a window is that of any two shorter ones that cover it,
+// so that lengths double from step to step.
 template <ARITH_LOGIC_OPERATIONS kExtreme>
 KY_ERRORS Extremes(const char* name, const KyBW8Vector* source, KyBW8Vector* destination,
                    unsigned passes) noexcept {
@@ -127,7 +128,7 @@ bool LongMeans(const KyBW8* levels, ptrdiff_t n, ptrdiff_t half, KyBW8* out) noe
   for (ptrdiff_t i = 0; i < n; ++i) *next++ = sum += levels[i];
   for (ptrdiff_t i = 0; i < half; ++i) *next++ = sum += levels[n - 1];
   // The quotient of 32-bit integers is the upper half of the product with 2^64 / length, rounded
-  // up: too much by less than 2^-32, while fractions of 1 / length would have to be made up.
+  // up: that is too large by less than 2^-32, and only 1 / length or more could change the result.
   // NOLINTBEGIN(clang-analyzer-core.*): length is at least 3, and all of sums is filled
   __extension__ using Product = unsigned __int128;
   const std::uint64_t reciprocal = UINT64_MAX / static_cast<std::uint64_t>(length) + 1;
@@ -138,8 +139,8 @@ bool LongMeans(const KyBW8* levels, ptrdiff_t n, ptrdiff_t half, KyBW8* out) noe
 }
 
 // Passes of a filter of three elements over a profile, in place. Where a pass has changed nothing
-// nearby the next one changes nothing either: it is run on the other blocks only, which soon are
-// few, as a profile falls level from its lowest elements on.
+// nearby, the next one changes nothing either, so it runs on the other blocks only. These soon are
+// few, as a profile becomes level from its lowest elements outwards.
 class BinomialPasses {
  public:
   bool Allocate(ptrdiff_t n) noexcept {

@@ -18,7 +18,7 @@ struct Run {
 
   Side side;
   std::int64_t start, amplitude = 0;
-  Sum area = 0, moment = 0;  // of distances; of the areas after each element
+  Sum area = 0, moment = 0;  // the sum of the distances, and that of the areas after each element
 
   void Add(std::int64_t d) {
     amplitude = side == Side::kPeak ? std::max(amplitude, d) : std::min(amplitude, d);
@@ -62,8 +62,8 @@ void VisitPeaks(const T* levels, std::int64_t n, const PeakLimits& limits,
         visit(run, i);
       run = {side, i};
     }
-    // A run at the start is never recorded. The threshold of its valleys may be any number, that of
-    // later ones is at most a level.
+    // A run at the start is never recorded, and so not added up. The threshold of a valley there
+    // may be any 32-bit number; that of a later valley is at most the level before it.
     if (side != Side::kBetween && run.start > 0)
       run.Add(std::int64_t{level} -
               (side == Side::kPeak ? limits.highThreshold : limits.lowThreshold));

@@ -109,7 +109,8 @@ size_t FindTransitions(uint16_t* places, size_t n, const KyBW8* levels, KyBW8 th
   return static_cast<size_t>(next - places);
 }
 
-// Sums of twice as many levels, and of one more, for each digit of the number of levels.
+// Builds the sums by the binary digits of the number of levels: each digit doubles the levels that
+// a sum holds, and a 1 adds one more.
 void Uniform(KyBW8* out, size_t n, const KyBW8* levels, size_t length, uint16_t* sums) {
   size_t have = 1, places = n + length - 1;  // sums[i] is that of the `have` levels from i on
   const auto twice = [&](const auto* from, bool andOne) HWY_ATTR {

@@ -33,7 +33,7 @@ T ElementOf(double sum, const KernelView& kernel) noexcept {
       std::clamp(rounded, static_cast<double>(Limits::min()), static_cast<double>(Limits::max())));
 }
 
-// out(i), `outStep` elements apart, from n elements one after the other.
+// Writes n results, `outStep` elements apart, from n elements that lie one after the other.
 template <class T>
 void Convolve(T* out, ptrdiff_t outStep, const T* in, ptrdiff_t n, const double* coefficients,
               ptrdiff_t count, const KernelView& kernel) noexcept {
