@@ -40,7 +40,7 @@ class Descriptor {
     if (number_ >= 0) close(number_);
   }
   int number() const noexcept { return number_; }
-  // Pipes are refused: nobody may ever come to their other end. Devices wait for their data as
+  // Pipes are refused: their other end may never be opened. Reads from devices wait for data, as
   // usual.
   bool IsUsable() const noexcept {
     struct stat status = {};
@@ -76,7 +76,7 @@ KY_ERRORS ReadFile(const char* path, Growing<std::uint8_t>& contents) noexcept {
                                                          : "the file cannot be read");
     if (count == 0) return KY_OK;
     contents.Resize(contents.size() + static_cast<std::size_t>(count));
-    // What never ends is known to be no picture from its first bytes on.
+    // The rest of a file that does not begin like a picture is not read: some devices never end.
     if (contents.size() >= kPng.size() &&
         KindOf({contents.begin(), contents.size()}) == FileKind::kOther)
       return KY_OK;

@@ -32,7 +32,7 @@ const char* WhyNotMade() noexcept {
 KY_ERRORS Replacement::Open(const char* path) noexcept {
   if (std::strlen(path) >= sizeof target_)
     return Explain(KY_ERROR_FILE_OPEN, "the path is too long");
-  // A link goes on leading to the file.
+  // Where the path is a link, the file that it leads to is replaced, and the link stays.
   struct stat status = {};
   if (realpath(path, target_) == nullptr) {
     std::strcpy(target_, path);  // NOLINT: it fits
@@ -50,8 +50,8 @@ KY_ERRORS Replacement::Open(const char* path) noexcept {
   return KY_OK;
 }
 
-// Makes a file of a name that no other has: beside the target, and no longer than names may be. One
-// that a process of the same number has left behind, as in a container, is passed over.
+// Makes a file beside the target, under a name that no other file has and that is not too long.
+// Names that another process with the same ID, in another container say, has left are passed over.
 bool Replacement::MakeTemporary() noexcept {
   static std::atomic<unsigned> count{0};
   constexpr std::ptrdiff_t kLongestStem = 200;

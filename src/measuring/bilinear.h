@@ -26,7 +26,7 @@ class Bilinear {
 
   double At(Vector2 p) const noexcept {
     const double px = std::clamp(p.x, 0.0, last_.x), py = std::clamp(p.y, 0.0, last_.y);
-    // The last column and row are those to the right of, and below, the ones before.
+    // In the last column and row, the neighbours are those to the left and above.
     const auto x = std::min(static_cast<std::ptrdiff_t>(px), rows_.width - 1 - right_);
     const auto y =
         std::min(static_cast<std::ptrdiff_t>(py), rows_.height - 1 - (below_ != 0 ? 1 : 0));
@@ -38,8 +38,8 @@ class Bilinear {
     return above + down * (beneath - above);
   }
 
-  // The mean of 2 half + 1 values, `step` apart, with the middle one at `p`, right to ErrorOf(half)
-  // levels. A step is at most one pixel long.
+  // The mean of 2 half + 1 values, `step` apart, with the middle one at `p`, to within
+  // ErrorOf(half) levels. A step is at most one pixel long.
   double MeanAt(Vector2 p, Vector2 step, std::ptrdiff_t half) const noexcept {
     const Vector2 reach = static_cast<double>(half) * step;
     const double count = static_cast<double>(2 * half + 1);

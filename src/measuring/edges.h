@@ -71,8 +71,8 @@ class Slope {
     while (first > 1 && sign * At(first - 1) >= least) --first;
     if (end - first > 2) return {static_cast<double>(first + end - 1) / 2, At(at)};
     const double left = At(first - 1), middle = At(first), right = At(first + 1);
-    // The extreme of the parabola through the three: one of values that are nearly equal may lie
-    // anywhere, and tells nothing.
+    // The extreme of the parabola through the three values. Where they are nearly equal, it may lie
+    // anywhere and means nothing.
     const double bend = sign * (left - 2 * middle + right);
     const double shift = sign * (left - right) / (2 * bend);
     if (!(bend < 0) || !(std::abs(shift) <= 1))

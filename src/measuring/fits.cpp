@@ -176,7 +176,7 @@ KY_ERRORS Fit(const Points& points, KyCircle& circle) noexcept {
   return KY_OK;
 }
 
-// Fits a model to all points of which it needs `least`, and again to those that lie no further
+// Fits a model, which needs `least` points, to all points, and again to those that lie no further
 // than `outlier` from it.
 template <class Vector, class Model>
 KY_ERRORS FitWithoutOutliers(const char* name, const Vector* vector, float outlier, unsigned least,

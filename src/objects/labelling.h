@@ -42,8 +42,8 @@ class Labelling {
   struct Corner {
     KyBW32 a, b;
   };
-  // Of a run with those above it: neighbours above each other, and along diagonals, that both
-  // belong to the object, and holes that close.
+  // What a run adds with the runs above it: pairs of pixels of the object that are neighbours
+  // vertically and along diagonals, and holes that close.
   struct Contacts {
     KyBW32 straight = 0, diagonal = 0;
     std::int32_t holes = 0;

@@ -1,5 +1,6 @@
-// Numbers of 64 significant bits, each result rounded to the nearest of them, to the even one of
-// two: what x86 calls extended precision, made of integers so that every processor has it.
+// Numbers of 64 significant bits. Each result is rounded to the nearest of them, and halfway cases
+// to the even one: what x86 calls extended precision, made of integers so that every processor has
+// it.
 #pragma once
 
 #include <bit>
@@ -31,7 +32,7 @@ class Extended {
   friend Extended operator/(const Extended& a, const Extended& b) noexcept {
     const Unsigned128 upper = Unsigned128{a.digits_} << 64;
     const Unsigned128 rest = upper % b.digits_ << 2;
-    // Two bits more than the quotient needs, the lower of which also stands for what follows.
+    // Two bits more than the quotient needs; the lower one also stands for all that follow it.
     const Unsigned128 quotient =
         upper / b.digits_ << 2 | rest / b.digits_ | (rest % b.digits_ != 0 ? 1 : 0);
     return {a.isNegative_ != b.isNegative_, quotient, a.exponent_ - b.exponent_ - 66};

@@ -112,8 +112,8 @@ class SumWithin {
   hn::Vec<D32> sum_, more_;
 };
 
-// With k counting vectors from 0 and i lanes, x = lanes k + i. Sums are added up to others in each
-// step, from the last vector to the first, so that vector k is added k times.
+// With k counting vectors from 0 and i lanes, x = lanes k + i. Each step, from the last vector to
+// the first, adds the sums so far to other sums, so that vector k is added k times to these.
 template <class Level>
 RowSums SumRow(const Level& level, const KyBW8* row, size_t n) {
   const D8 d;

@@ -18,8 +18,8 @@ using ky::Rows;
 
 constexpr ky::RoiNames kNames = {{"source", "reference"}, "source and reference differ in size"};
 
-// Rows of A and B are those of the elements that differences are taken of, each of which is
-// kUnit-ths of a level: bytes on colours are their components.
+// Rows of A and B hold the elements that are compared; bytes on colours are their components. The
+// kernel's differences are in units of 1 / kUnit levels.
 template <class A, class B, class RoiA, class RoiB>
 KY_ERRORS RmsNoise(const char* trace, const RoiA* source, const RoiB* reference,
                    ky::PairKernel<std::uint64_t, A, B> kernel, float& noise) noexcept {

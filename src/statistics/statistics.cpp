@@ -15,7 +15,7 @@ using ky::Call;
 using ky::Extended;
 using ky::Rows;
 
-// Opens an ROI and gives the number of its pixels as a signed 32-bit product;
+// Opens an ROI and gives the number of its pixels modulo 2^32, as a signed number;
 // KY_ERROR_NO_PIXELS (1051) when that is 0.
 template <class T>
 KY_ERRORS OpenPixels(const KyROI<T>* roi, Rows<const T>& rows, std::int32_t& pixels) noexcept {
