@@ -25,8 +25,8 @@ struct Pairs {
 
 #if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2
 
-// Reads `kBytes` bytes from a pixel on. Where the row ends earlier it starts further left, by
-// `drop` bits. (See CanGather.)
+// Where to read `kBytes` bytes from a pixel on. Where the row ends before these do, the read starts
+// further left, and the lowest `drop` bits of it are to be dropped. (See CanGather.)
 template <class D>
 struct Places {
   hn::Vec<D> offset, drop;

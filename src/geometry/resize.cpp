@@ -15,8 +15,8 @@ struct Between {
   std::int64_t pixel;
   std::int32_t weight;
 };
-// That of pixel x of `to`, in a side of `from` pixels. With u in units of 1 / (2 to) pixels; no
-// product reaches 2^63.
+// The position of pixel x of a side of `to` pixels in a side of `from` pixels. u is in units of
+// 1 / (2 to) pixels; no product reaches 2^63.
 Between PositionOf(std::int64_t x, std::int64_t from, std::int64_t to) noexcept {
   const std::int64_t unit = 2 * to;
   const std::int64_t u = std::clamp<std::int64_t>((2 * x + 1) * from - to, 0, unit * (from - 1));
@@ -59,7 +59,7 @@ class Columns {
     pairs_[i] = (kWeightOne - weight) | weight << 16;
   }
 
-  // False when there is a group that so many bytes within the row do not hold.
+  // False when the pixels of a group do not fit the bytes that it may have within the row.
   bool MakeGroups(std::ptrdiff_t elements) noexcept {
     constexpr std::uint8_t kZero = 0x80;
     const std::ptrdiff_t bytes = group_ * kBytes;

@@ -8,9 +8,9 @@
 
 namespace ky {
 
-// The source pixels that a result covers along one axis: `count` from `start` on. The first is
-// weighed with `first`, the last with `last`, which is 0 where it is the first, too, and the others
-// with `middle` of the side. Weights of a result add up to `total` of the side.
+// The source pixels that a result covers along one axis: `count` from `start` on. The weight of the
+// first one is `first`, and that of the last one is `last`, which is 0 where there is only one. The
+// others have the weight `middle` of the Side, and all weights add up to its `total`.
 struct Cover {
   std::ptrdiff_t start, count;
   std::uint32_t first, last;

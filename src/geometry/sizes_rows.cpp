@@ -115,7 +115,7 @@ HWY_INLINE VPairs MultiplyPairs(VPairs v, VPairs weights) {
 #endif
 }
 
-// What the pairs of a vector of results need, out of the bytes of its groups.
+// The pairs of 16 bits that a vector of results needs, picked out of the bytes of its groups.
 #if HWY_TARGET == HWY_AVX3_DL  // which picks out of 64 bytes
 constexpr size_t kGroup = 16;
 HWY_INLINE VPairs Pick(const KyBW8* row, const ptrdiff_t* starts, const uint8_t* picks) {

@@ -24,9 +24,10 @@ struct PairsOfElements {
   std::ptrdiff_t step;
   const std::ptrdiff_t* left;
   const std::uint32_t* pairs;
-  // The same in groups of results: as many bytes from starts[i] on as four for each result hold
-  // what the group needs, and picks says which of them, or zeros, are the pairs of 16 bits. Null
-  // where a group needs more bytes. There is room for a multiple of kMostAtOnce results.
+  // The same in groups of results. From starts[i] on, kPairBytes bytes for each result hold all
+  // that group i needs, and `picks` tells which of them, or zeros, make the pairs of 16 bits.
+  // `starts` is null where a group needs more bytes. There is room for a multiple of kMostAtOnce
+  // results.
   const std::ptrdiff_t* starts;
   const std::uint8_t* picks;
 };

@@ -100,7 +100,7 @@ KY_ERRORS Warp(const KyROI<T>* source, KyROI<T>* destination, const KyROI<KyBW32
   return Call("ImgWarp", [&] {
     if (source == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "source");
     if (destination == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "destination");
-    // Of ROIs that differ in size the images are looked at first, of others the table.
+    // Source and destination are checked before the table where they differ in size, else after it.
     if (!ky::IsSameSize(source, destination))
       return ky::CheckRois(ky::kSourceAndDestination, source, destination);
     if (table == nullptr) return ky::Explain(KY_ERROR_NO_IMAGE, "table");

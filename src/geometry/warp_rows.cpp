@@ -60,8 +60,8 @@ class NearPlaces {
   HWY_INLINE bool Suit() const {
     return lastX_ >= 0 && lastY_ >= 0 && source_.width <= INT16_MAX && source_.height <= INT16_MAX;
   }
-  // Stores the pixels of kPlaces places, at(k) being place k once more; false, and stores none,
-  // unless all are inside the source and close together.
+  // Stores the pixels of kPlaces places, which x and y hold as vectors, and at(k) one by one.
+  // Returns false, and stores none, unless all are inside the source and close together.
   template <class At>
   HWY_INLINE bool Store(KyBW8* out, V x, V y, const At& at) const {
     const D d;
@@ -78,7 +78,7 @@ class NearPlaces {
     }
     const V column = hn::SaturatedSub(x, hn::BitCast(d, Windows::PerWindow(left)));
     const V row = hn::SaturatedSub(y, hn::BitCast(d, Windows::PerWindow(top)));
-    // What is 0 of places from 0 up to a power of two.
+    // 0 for places from 0 to size - 1, where the size is a power of two, and only for these.
     const auto beyond = [=](V place, ptrdiff_t size) HWY_ATTR {
       return hn::And(place, hn::Set(d, static_cast<int16_t>(-size)));
     };
