@@ -12,7 +12,7 @@ namespace {
 CacheSizes AskProcessor() noexcept {
   CacheSizes sizes = {};
 #if defined(__x86_64__)
-  // Two leaves describe caches, one after the other and in the same form; processors have one.
+  // Two leaves describe caches, in the same form; a processor has one of them.
   for (const unsigned leaf : {4u, 0x8000001Du}) {
     constexpr unsigned kMost = 8, kTypes = 31, kLevels = 7 << 5, kFirstOfData = 1 << 5 | 1;
     for (unsigned i = 0; i < kMost; ++i) {

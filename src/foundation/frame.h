@@ -12,8 +12,8 @@
 
 namespace ky {
 
-// Sets the status. A trace that another error has left, one which the code has coped with since,
-// goes.
+// Sets the status. Where it was another error, which the code has coped with, that error's trace is
+// cleared.
 inline void SetStatus(KY_ERRORS error) noexcept {
   if (KyGetError() != error) KyOk();
   KySetError(error);

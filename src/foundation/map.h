@@ -16,7 +16,7 @@ template <class Out, class... In>
 using MapKernel = void (*)(Out* out, std::size_t n, const In*... in);
 
 // The same with n results for each of several destinations: SeveralKernel<Several<Out...>, In...>.
-// Those that a source is not are written only.
+// A destination that is not also a source is written only.
 template <class Out, class... In>
 struct SeveralKernelOf;
 template <class... Out, class... In>

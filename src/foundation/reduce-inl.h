@@ -40,7 +40,7 @@ HWY_INLINE void TakePiece(D d, Fold& fold, size_t n, const T* first, const More*
   const auto step = [&](size_t at) HWY_ATTR {
     fold.Step(d, LoadLanes(d, first + at), LoadLanes(d, more + at)..., hn::Zero(d));
   };
-  // The vector from `at` on, without some lanes, whose elements are others' to take.
+  // Takes the vector from `at` on, but for the lanes in the mask, whose elements other steps take.
   const auto stepWithout = [&](hn::Mask<D> mask, size_t at) HWY_ATTR {
     const auto absent = hn::VecFromMask(d, mask);
     fold.Step(d, Without(absent, LoadLanes(d, first + at)),

@@ -80,8 +80,8 @@ enum class Sharing {
   kPartly,   // anything else
 };
 
-// How two areas of memory lie to each other. Areas of different pitch count as sharing when the
-// spans of memory from their first to their last byte do.
+// How two areas of memory lie relative to each other. Areas of different pitch count as sharing
+// when the spans of memory from their first to their last byte do.
 template <class A, class B>
 Sharing SharingOf(const Rows<A>& a, const Rows<B>& b) noexcept {
   if (a.Empty() || b.Empty()) return Sharing::kNothing;

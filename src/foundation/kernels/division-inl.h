@@ -48,9 +48,10 @@ struct Difference {
   V from, take;
 };
 
-// finish(df, i, a factor / b), limited to 0..255, for bytes b but 0, and a that are bytes or their
-// Difference. `finish` makes integers of floats, which are exact within 2^-21 of them. It is told
-// which of the vectors of floats it gets: with `FloatsOf`, other bytes come in the same order.
+// finish(df, i, a factor / b), limited to 0..255, for bytes b other than 0; a is bytes, or a
+// Difference of bytes. `finish` makes integers of floats, whose relative error is below 2^-21. It
+// gets vector i of the floats that bytes are widened to, in the order in which `FloatsOf` (of
+// widen-inl.h) writes those of other bytes.
 #if HWY_TARGET == HWY_SCALAR
 template <class D>
 HWY_INLINE auto DividendOf(D, hn::Vec<D> v) {

@@ -12,8 +12,8 @@
 
 namespace ky {
 
-// Processors store once a cycle, and a table of levels takes one store a pixel. One of pairs of
-// neighbours takes half of them. Its places are bytes, so that it fits the larger first caches;
+// Processors store once a cycle, and a table of levels takes one store a pixel. A table of pairs of
+// neighbours takes half as many. Its places are bytes, so that it fits the larger first caches;
 // whenever a place has come round to 0, the pair's levels get the 256 that it has counted.
 // Neighbours are alike in most pictures, so that few places are in use; of noise all are, and
 // levels are faster where the first cache is small. Where all pixels of a step are as before, only
@@ -34,8 +34,8 @@ class PairCounter {
     std::memset(pairs_.get(), 0, kPlaces);
     return true;
   }
-  // Counts up to so many steps. Fewer, or none, once levels have turned out to be faster. How many
-  // they are.
+  // Counts up to so many steps, and returns how many it has counted: fewer, or none, once levels
+  // have turned out to be faster.
   std::ptrdiff_t Count(const KyBW8* pixels, std::ptrdiff_t steps) noexcept {
     std::ptrdiff_t counted = 0;
     while (counted < steps) {
@@ -97,7 +97,7 @@ class PairCounter {
     for (int k = 0; k < 8; ++k) counts_[repeated_ >> 8 * k & 0xFF] += kWords * repeats_;
     repeats_ = 0;
   }
-  // Empties the table. How many of its places were in use.
+  // Empties the table, and returns how many of its places were in use.
   int TakePairs() noexcept {
     // 256 places of a byte each add up to less than 65536.
     std::uint16_t seconds[kLevels] = {};
