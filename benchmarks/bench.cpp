@@ -53,7 +53,7 @@ std::vector<Operation>& Table() {
 enum { kPlain, kAccelerated, kOpenCv, kSimd, kLimit, kContenders };
 constexpr const char* kNames[kContenders] = {"plain", "accelerated", "opencv", "simd", "limit"};
 constexpr int kPeers[] = {kOpenCv, kSimd};
-// The seconds that a contender calls its work for in one round, and in all.
+// For how many seconds a contender runs in each round, and the plain path in all rounds together.
 constexpr double kTurn = 0.004;
 constexpr double kPlainInAll = 0.02;
 // Ratios up to this one are taken for 1.

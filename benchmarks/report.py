@@ -23,7 +23,7 @@ MIDDLE = SIZES[1]
 PEERS = {"opencv": "OpenCV", "simd": "Simd"}
 NOISE = 1.05
 
-# The operations that the tables show. The means, and the list of those behind, are of all.
+# The operations that the tables show. The means and the list of slower ones cover all operations.
 SHOWN = {
     "operators": ["copy", "add", "subtract", "multiply", "divide", "scaled divide", "average", "and",
                   "max", "absolute difference", "greater", "add, constant", "C24 add"],

@@ -1,4 +1,4 @@
-// What the Simd library does alike.
+// The Simd library's equivalents of our operations.
 #include <cmath>
 #include <numbers>
 

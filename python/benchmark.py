@@ -87,7 +87,7 @@ def measure(calls, seconds):
 
 
 def overhead(seconds):
-    """Of a call, on a picture of one pixel: a number, a result in an array, one in a new array."""
+    """Microseconds on a picture of one pixel: for a number, and into a given and a new array."""
     one = np.zeros((1, 1), np.uint8)
     return measure([lambda: ky.count(one, 0), lambda: ky.convol_sobel(one, destination=one),
                     lambda: ky.convol_sobel(one)], seconds)

@@ -2,8 +2,8 @@
 
     generate.py --headers DIRECTORY --calls FILE --stub FILE --output DIRECTORY --package DIRECTORY
 
-makes the core's module, which has the calls of all headers but those of the optional libraries;
-with --module NAME that of an optional library, from the header of that name.
+makes the core's module, which has the calls of all headers but those of the optional libraries.
+With --module NAME it makes the module of an optional library, from the header of that name.
 
 From the types of a function's parameters follows what they are in Python:
 
@@ -31,7 +31,7 @@ from pathlib import Path
 import names
 from headers import Enumeration, Function, Headers, Parameter, Struct, read_headers
 
-# Of pixels, memory and files: no records to Python.
+# Structs of pixels, memory and files, which are no records in Python.
 NO_RECORDS = {"KyPixelBuffer", "KyC24", "KyC15", "KyC16", "KyC24A", "KyComplex64", "KyMaskRun",
               "VectorFileHeader"}
 
@@ -299,7 +299,7 @@ class Generator:
         return "\n".join([*lines, "}", "", "}  // namespace ky::python", ""])
 
     def includes(self) -> list[str]:
-        """Of the optional library, and of the binding's own for its types, where there is one."""
+        """The header of the optional library and, where there is one, the binding's for its types."""
         if not self.module:
             return []
         own = Path(__file__).parent / "src" / self.own_header

@@ -66,7 +66,7 @@ class Headers:
 
 
 def split_parameters(text: str) -> list[str]:
-    """Splits at the commas that stand outside of brackets."""
+    """Splits at the commas that stand outside brackets."""
     parts, depth, start = [], 0, 0
     for i, c in enumerate(text):
         if c in "<(":

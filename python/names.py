@@ -32,7 +32,7 @@ CODE = re.compile(r'"[^"]*"|\b[A-Za-z]\w*\b')
 
 
 def prose(text: str, known: dict[str, str]) -> str:
-    """Spells the names that a comment mentions as Python does; `known` maps those that there are.
+    """Spells the names that a comment mentions as Python does; `known` maps C++ names to Python's.
 
     Traces, which stand in quotation marks, stay.
     """

@@ -37,7 +37,7 @@ struct Context;
 
 using Bytes = std::vector<unsigned char>;
 
-// Beside the types of generic vectors: single 32-bit floats.
+// In addition to the types of generic vectors: single 32-bit floats.
 inline constexpr int kFloats = 5;
 
 struct Option {

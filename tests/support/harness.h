@@ -6,8 +6,7 @@
 //
 //   call:  KY_ERRORS(const KyROI<In>*..., KyROI<Out>*)
 //   model: void(const Picture<In>&..., Picture<Out>& out), where `out` holds the destination's old
-//   pixels;
-//          PerPixel makes one from Out(Out old, In...).
+//          pixels; PerPixel makes one from Out(Out old, In...).
 //
 // Sources have the size of the destination, unless an operation allows others: then a last argument
 // of CheckOperation makes their size from the destination's.
