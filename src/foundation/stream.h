@@ -58,7 +58,7 @@ void ForLines(const Rows<KyBW8>& destination, const Take& take) noexcept {
       const auto place = reinterpret_cast<std::uintptr_t>(destination.Row(y) + x);
       const auto before = static_cast<std::ptrdiff_t>(-place % kCacheLine);
       const bool whole = before == 0 && rest >= kLinesOfColors;
-      // A line is a colour's multiple and one more byte.
+      // A line holds whole colours and one more byte.
       const std::ptrdiff_t toColors = before + kCacheLine * ((3 - before % 3) % 3);
       const std::ptrdiff_t n = whole ? std::min(rest / kLinesOfColors * kLinesOfColors, kPiece)
                                      : std::min(rest, before == 0 ? rest : toColors);

@@ -81,7 +81,7 @@ struct Around {
   }
 };
 
-// What kRows rows further down is read and written is prefetched to the second cache, once a line:
+// Prefetches to the second cache, once a line, what is read and written kRows rows further down:
 // processors are late to see by themselves that several rows are gone through side by side.
 template <int kRows>
 HWY_INLINE void PrefetchBandBelow(const Rows<uint8_t>& out, const uint8_t* const* lastRows,

@@ -95,8 +95,8 @@ class WindowWalk {
   }
 
   // In steps: Open, which is false when there is no memory, and then MakeTo for ends that grow up
-  // to the height. Rows of the source have to be there when windows of rows before the end have
-  // them.
+  // to the height. Each MakeTo reads the source's rows that lie in the windows of results before
+  // `end`, which must be complete by then.
   bool Open(Rows<Out> destination, Rows<const T> source) noexcept {
     out_ = destination;
     made_ = 0;
@@ -119,12 +119,12 @@ class WindowWalk {
   }
 
  private:
-  // Rows of a band, so many that what is done once a band costs little, and at least those that
-  // kernels go through at once. Copies of rows are to stay in a first cache otherwise, or in a
-  // second one where kernels descend: these begin anew in each band.
+  // Rows of a band: so many that what is done once a band costs little, and at least those that
+  // kernels go through at once. In between, copies of rows are to stay in a first cache, or in a
+  // second one where kernels descend, as these begin anew in each band.
   static constexpr std::ptrdiff_t kLeast = 6, kMost = 24, kMostDescended = 48;
   static constexpr std::ptrdiff_t kCopied = 12 << 10, kCopiedDescended = 128 << 10;
-  // The lines of one address that a first cache has room for, mostly.
+  // How many lines that compete for the same places a first cache has room for, mostly.
   static constexpr std::ptrdiff_t kWays = 8;
 
   static constexpr std::ptrdiff_t kSize = sizeof(Out);

@@ -57,9 +57,9 @@ class SumColumn {
 };
 
 // Goes down the columns of one vector of places after another, from column `begin` to `end` - 1.
-// Op::Columns() knows no row; with what the next row contributes, columns.Next(parts) makes it the
-// results of the window that ends there, one vector for each phase: in the upper bytes of the
-// lanes, else the lanes, as Op::kInUpperBytes says.
+// Op::Columns() starts without a row. columns.Next(parts) gets what the next row contributes, and
+// puts the results of the window that ends with that row in its place, one vector for each phase:
+// in the upper bytes of the lanes where Op::kInUpperBytes is true, else in whole lanes.
 //
 // What comes next is inAhead and outAhead bytes further on than the rows and the results. It is
 // prefetched where these are not 0: processors do not see by themselves what comes next where so
@@ -102,7 +102,7 @@ HWY_INLINE void DescendStrip(const Rows<uint8_t>& out, const uint8_t* const* row
 }
 
 // In strips so narrow that what is prefetched for the next one, which may be the first of the rows
-// below, still is in a second cache then.
+// below, is still in a second cache when its turn comes.
 template <class Op, int kStep>
 HWY_INLINE void DescendWindows(const Rows<uint8_t>& out, const uint8_t* const* rows,
                                const Layout& layout) {

@@ -38,7 +38,7 @@ inline float EffectiveGainOf(const KernelView& kernel) noexcept {
   return gain.Of(kernel.gain);
 }
 
-// trunc(scaledGain * coefficient), the nearest 32-bit number when it does not fit.
+// trunc(scaledGain * coefficient), limited to the floats within 32 bits: +-2147483520.
 inline std::int32_t FixedWeight(float scaledGain, float coefficient) noexcept {
   constexpr float kLargest = 2147483520.0f;  // the last single below 2^31
   const float weight = NumberOr0(scaledGain * NumberOr0(coefficient));
