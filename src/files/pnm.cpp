@@ -13,7 +13,7 @@ class Numbers {
  public:
   explicit Numbers(const Bytes& bytes) noexcept : bytes_(bytes) {}
 
-  // The next number, from 1 to `most`; false when there is none.
+  // The next number, from 0 to `most`; false when there is none.
   bool Next(std::int64_t most, std::int64_t& number) noexcept {
     const std::size_t before = at_;
     SkipSpace();

@@ -40,8 +40,8 @@ struct InverseMap {
   bool OnPixels() const noexcept { return ((ux | uy | u0 | vx | vy | v0) & (kOnePixel - 1)) == 0; }
 };
 
-// A float in 16.16, truncated toward zero. Modulo 2^32 a float of 2^55 or more is 0; what has no
-// value counts as 0 too.
+// A float in 16.16, truncated toward zero, modulo 2^32: 0 where 2^16 times the float is 2^55 or
+// more. Infinities and NaN count as 0 too.
 inline std::uint32_t ToFixed(float value) noexcept {
   const float scaled = value * 65536.0f;
   if (!(std::fabs(scaled) < 0x1p63f)) return 0;

@@ -61,7 +61,7 @@ KY_ERRORS KyEdgeWidth(const KyFloatVector* profile, float share, float& width) n
     if (!(std::abs(step) > 0) || !std::isfinite(step))
       return ky::Explain(KY_ERROR_SINGULAR_SYSTEM, "profile ends at the level that it begins with");
     const auto at = [=](std::ptrdiff_t i) { return (p[i] - before) / step; };
-    // Means lie between their samples, so that each search ends at one.
+    // A mean lies between the least and the greatest of its samples, so each search finds a sample.
     std::ptrdiff_t start = quarter - 1;
     while (start > 0 && !(at(start) <= share)) --start;
     std::ptrdiff_t upper = start + 1;

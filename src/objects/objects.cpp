@@ -53,7 +53,7 @@ __extension__ using Wide = __int128;
 __extension__ using UnsignedWide = unsigned __int128;
 
 // Sums of products of distances from the centre, times the area: area^2 times the moments. They may
-// be anything where an object was not found but made up.
+// be anything for an object that a caller has made up.
 struct CentralSums {
   Wide xx, xy, yy;
 

@@ -250,7 +250,7 @@ ExtremesAndMeans ExtremesOf(const Rows<const KyBW8>& rows) {
   float means = 0;
   ptrdiff_t y = 0;
 #if HWY_TARGET != HWY_SCALAR
-  constexpr size_t kMost = INT32_MAX / 255;  // elements whose sum is a signed number
+  constexpr size_t kMost = INT32_MAX / 255;  // elements whose sum fits a signed lane
   const hn::CappedTag<float, 4> dFloat;
   const hn::RebindToSigned<decltype(dFloat)> dSum;
   auto fourSums = hn::Zero(dSum);
