@@ -265,7 +265,7 @@ class Reporter : public benchmark::BenchmarkReporter {
 };
 
 #if KY_BENCH_OPENCV
-// OpenCV asks the environment, when it is loaded, what it may not use: the program starts again.
+// OpenCV reads from the environment what it may not use when it is loaded: the program starts anew.
 void LimitOpenCv(const std::string& target, char** argv) {
   constexpr const char* kVariable = "OPENCV_CPU_DISABLE";
   if (target.empty() || target == "avx512" || std::getenv(kVariable) != nullptr) return;
@@ -274,7 +274,7 @@ void LimitOpenCv(const std::string& target, char** argv) {
 }
 #endif
 
-// Gives operations their contenders of the Simd library; false when there is one for no operation.
+// Gives operations their contenders of the Simd library; false when one has no operation.
 bool AddSimd() {
   for (auto& [name, contender] : SimdContenders()) {
     const auto operation = std::ranges::find(Table(), name, &Operation::name);

@@ -1,4 +1,4 @@
-// Any bytes as a file of any typed vector: it is read or refused, and what was read can be used,
+// Any bytes as the file of a typed vector: it is read or refused, and what was read can be used,
 // written, and read again.
 #include <sys/mman.h>
 #include <unistd.h>

@@ -44,8 +44,8 @@ bool Prepare(const Overload& overload, PyObject* const* given, Argument* const* 
 // an exception for an error.
 PyObject* Finish(const Overload& overload, Argument* const* arguments, KY_ERRORS error,
                  PyObject* first);
-// Raises ky.Error of the calling thread's status. Returns null. `result`, which may be null and is
-// stolen, becomes the exception's.
+// Raises ky.Error with the status of the calling thread, and returns null. `result`, which may be
+// null and is stolen, becomes the exception's.
 PyObject* RaiseStatus(KY_ERRORS error, PyObject* result = nullptr);
 
 // Lets other threads of Python run while it lives. A thread that comes back after the end of the

@@ -48,8 +48,8 @@ struct Picture {
   }
 };
 
-// Levels as operations meet their edges: one fill in four near 0, one near the maximum, one in
-// eight all the same level, the rest uniform.
+// Levels that bring out the edges of operations: one fill in four is near 0, one in four near the
+// maximum, one in eight of a single level, the rest uniform.
 template <class T>
 Picture<T> RandomPicture(int width, int height, Random& random) {
   Picture<T> picture(width, height);
