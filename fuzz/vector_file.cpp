@@ -90,7 +90,7 @@ void Load(const Bytes& bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const Bytes bytes(data + 1, data + size);  // the first byte chooses the element type
-  switch (data[0] % 11) {
+  switch (data[0] % 16) {
     case 0: Load<KyBW8>(bytes); break;
     case 1: Load<KyBW16>(bytes); break;
     case 2: Load<KyC24>(bytes); break;
@@ -101,7 +101,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     case 7: Load<KyPeak>(bytes); break;
     case 8: Load<KyRun>(bytes); break;
     case 9: Load<KyImage<KyBW8>>(bytes); break;
-    default: Load<KyImage<KyC24>>(bytes); break;
+    case 10: Load<KyImage<KyC24>>(bytes); break;
+    case 11: Load<float>(bytes); break;
+    case 12: Load<KyPosition>(bytes); break;
+    case 13: Load<KyEdge>(bytes); break;
+    case 14: Load<KyEdgePoint>(bytes); break;
+    default: Load<KyObject>(bytes); break;
   }
   return 0;
 }

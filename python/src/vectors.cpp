@@ -26,7 +26,8 @@ PyObject* MemberOf(PyObject* module, const char* name) {
   return member;
 }
 PyObject* Helper(const char* name) {
-  static PyObject* const module = PyImport_ImportModule("ky._types");
+  static PyObject* module = nullptr;  // the interpreter's lock guards it
+  if (module == nullptr) module = PyImport_ImportModule("ky._types");
   return MemberOf(module, name);
 }
 
