@@ -59,7 +59,6 @@ enum CONNEXITY : int {
 /// `KY_ERROR_PATH_STOPPED` (106) and when the contour was followed a second time, otherwise 1. The
 /// output is emptied first; after a failure it holds what was recorded so far. A source in the
 /// memory of the output is read before that is written. The cost follows the length of the contour.
-/// Calls may run at the same time.
 ///
 /// Errors, checked in this order: `KY_ERROR_BAD_MODE` (1009) for a mode above 5;
 /// `KY_ERROR_NO_IMAGE` (1400), which changes nothing in the output except the closed flag;

@@ -30,7 +30,7 @@ KY_API KY_ERRORS ImgLineSegToVect(const KyROI<KyBW8>* source, KyVector* vector, 
 /// Writes the groups of such a vector back to where they come from: 255 for a level below 255,
 /// otherwise the low byte of the level. Column x is taken from the group; the row is that of the
 /// first group, and moves up or down by one where y is smaller or greater than that of the group
-/// before. A vector without groups writes no pixels.
+/// before. From a vector without groups no pixel is written.
 ///
 /// Errors, checked in this order: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector;
 /// `KY_ERROR_VECTOR_1602` (1602) unless it has use 5 and type 4 in groups of three;
