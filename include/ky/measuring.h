@@ -22,12 +22,12 @@
 /// that is null or has no pixels; `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector; then the
 /// other parameters in the order of the declaration: the first number that is not finite or not in
 /// its range gives `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) to
-/// `KY_ERROR_PARAMETER_6_OUT_OF_RANGE` (1016) by its position among the numbers, from the seventh
-/// on 1016 as well; a polarity that is not in the enumeration gives
-/// `KY_ERROR_UNSUPPORTED_OPERATION` (1003). Last comes `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Vectors
-/// and other results are as they were after any of them. Unless stated otherwise, numbers may be
-/// any finite ones. A source without columns or rows gives an empty vector. The trace is the
-/// function's name.
+/// `KY_ERROR_PARAMETER_6_OUT_OF_RANGE` (1016) by its position among these parameters, where a
+/// polarity counts too and the seventh and later ones have 1016 as well; a polarity that is not in
+/// the enumeration gives `KY_ERROR_UNSUPPORTED_OPERATION` (1003). Last comes
+/// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Vectors and other results are as they were after any of
+/// them. Unless stated otherwise, numbers may be any finite ones. A source without columns or rows
+/// gives an empty vector. The trace is the function's name.
 
 /// A position.
 struct KY_API KyPosition {
