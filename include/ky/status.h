@@ -122,7 +122,7 @@ enum KY_ERRORS : int {
   /// Morphology by a shape: no coefficient of the kernel is other than 0. ImgConvolVect: the kernel
   /// has several rows and columns.
   KY_ERROR_KERNEL_1701 = 1701,
-  /// ImgConvolSymmetricKernel: the kernel has rectifier 0.
+  /// ImgConvolSymmetricKernel: the kernel has a rectifier of 0 or below.
   KY_ERROR_KERNEL_1702 = 1702,
   /// ImgConvolSymmetricKernel: the kernel is not of 3x3, 5x5 or 7x7 coefficients; ImgThin,
   /// ImgThick: it is not of 3x3.
