@@ -56,10 +56,10 @@ ky_library(base)
 ky_library(color LINKS ky_base)
 ky_library(image LINKS ky_base ky_color PRIVATE_LINKS hwy)
 
-# Optional libraries, each on a library from outside, which pkg-config finds as MODULE and Debian has
-# in PACKAGE. Where that is missing the library is left out, with the tests, examples and benchmarks
-# that need it. The outside library is the target PkgConfig::ky_MODULE; BESIDE is one more of PACKAGE
-# that pkg-config does not tell of.
+# Optional libraries. Each needs an outside library, which pkg-config finds as MODULE and Debian has
+# in PACKAGE. Where that is missing, the optional library is left out, with the tests, examples and
+# benchmarks that need it. The outside library is the target PkgConfig::ky_MODULE; BESIDE is another
+# library of PACKAGE, which pkg-config does not list.
 set(ky_optional frequency drawing files)
 
 function(ky_optional_library name)

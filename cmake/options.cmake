@@ -19,9 +19,9 @@ find_package(hwy 1.0 REQUIRED)
 
 # Shared by the libraries, their tests and their benchmarks: the set of targets that Highway compiles
 # decides what its headers define. The scalar target is the plain path, so it must always be among them.
-# Of AVX-512 it is the later form, with byte permutations; processors that have only the first form
-# slow down under it and run AVX2. Builds for sanitizers, which take compilers long, leave out what
-# differs little from another target.
+# Of AVX-512 only the later form, with byte permutations, is compiled; processors that have only the
+# first form slow down under AVX-512 and run AVX2. Builds for sanitizers, which are slow to compile,
+# leave out targets that differ little from another one.
 add_library(ky_build_options INTERFACE)
 set(disabled ${KY_DISABLED_TARGETS})
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
@@ -41,7 +41,7 @@ target_compile_definitions(ky_build_options INTERFACE
 target_compile_options(ky_build_options INTERFACE
   -ffp-contract=off -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wno-missing-braces
   $<$<BOOL:${KY_WERROR}>:-Werror>)
-# Of tests: what sanitizers pass over.
+# For tests: what sanitizers pass over.
 set(KY_SUPPRESSIONS "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0")
 if(KY_SANITIZE STREQUAL "thread")
   set(KY_SUPPRESSIONS "TSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/cmake/races.supp:print_suppressions=0")

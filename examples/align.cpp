@@ -1,5 +1,5 @@
-// Puts a turned part upright and unrolls a ring: what stands before a comparison with a master or
-// a reading of a round print.
+// Puts a turned part upright and unrolls a ring: the step before a part is compared with a master,
+// or a print around a ring is read.
 //
 //   align [FOLDER]
 //
@@ -23,8 +23,8 @@ constexpr int kWidth = 320, kHeight = 240, kRim = 60;
 constexpr scene::Part kPlate = {scene::Kind::kPlate, 215, 120, 42, 0.45f};
 constexpr scene::Part kWasher = {scene::Kind::kWasher, 68, 75, 52, 0};
 
-// The plate turned so that its axis lies level, its centre in the middle. In production the two
-// pivots are holes that were measured; here they are known.
+// The plate turned so that its axis is horizontal and its centre in the middle. In production the
+// two pivots are holes that were measured; here they are known.
 void TurnUpright(const Grey& parts, KyROI<KyBW8>& upright) {
   const float x = std::cos(kPlate.angle), y = std::sin(kPlate.angle);
   constexpr float kMiddleX = kWidth / 2.0f, kMiddleY = kHeight / 2.0f;

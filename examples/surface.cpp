@@ -1,6 +1,6 @@
 // Scratches on a structured surface. A fixed threshold fails on it: light falls from one side, and
 // the grain is nearly as strong as the scratches. The local average follows the light, and the
-// local deviation tells how strong the grain is around a pixel; a scratch is what stands out of
+// local deviation tells how strong the grain is around a pixel; a scratch is what stands out from
 // both over some length.
 //
 //   surface [FOLDER]

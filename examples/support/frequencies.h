@@ -17,7 +17,7 @@ KyImage<KyBW8> Picture(const KyROI<KyComplex64>& spectrum);
 /// The picture with its quadrants exchanged, which brings (0, 0) to (width / 2, height / 2).
 KyImage<KyBW8> Centered(const KyROI<KyBW8>& picture);
 
-/// Sets to 0 what stands out of its surroundings in the spectrum: the peaks of patterns that
+/// Sets to 0 what stands out from its surroundings in the spectrum: the peaks of patterns that
 /// repeat. The lowest frequencies, which are the picture itself, stay. Returns how many are set.
 /// Throws.
 int RemovePeaks(KyROI<KyComplex64>& spectrum);

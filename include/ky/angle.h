@@ -16,7 +16,7 @@ enum KY_ANGLE_UNIT : int {
 
 /// Sets the unit for the whole process, which starts with degrees. Error:
 /// `KY_ERROR_UNSUPPORTED_OPERATION` (1003) for a value that is not in the enumeration; the unit
-/// stays as it was.
+/// stays as it was. Trace: "KySetAngleUnit".
 KY_API KY_ERRORS KySetAngleUnit(KY_ANGLE_UNIT unit) noexcept;
 
 /// Returns the unit in force and leaves the status alone.

@@ -59,11 +59,10 @@ enum CONNEXITY : int {
 /// `KY_ERROR_PATH_STOPPED` (106) and when the contour was followed a second time, otherwise 1. The
 /// output is emptied first; after a failure it holds what was recorded so far. A source in the
 /// memory of the output is read before that is written. The cost follows the length of the contour.
-/// Calls may run at the same time.
 ///
-/// Errors, checked in this order: `KY_ERROR_BAD_MODE` (1009) for a mode above 5;
-/// `KY_ERROR_NO_IMAGE` (1400), which changes nothing in the output except the closed flag;
-/// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector, or a generic one without data;
+/// Errors, checked in this order: `KY_ERROR_BAD_MODE` (1009) for a mode that is not in the
+/// enumeration; `KY_ERROR_NO_IMAGE` (1400), which changes nothing in the output except the closed
+/// flag; `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector, or a generic one without data;
 /// `KY_ERROR_CONTOUR_START` (1500) when (x, y) is not a pixel of an object in the ROI; when there
 /// is no first step, `KY_ERROR_CONTOUR_ISOLATED` (1502) if the last neighbour visited is background
 /// and `KY_ERROR_CONTOUR_NO_DIRECTION` (1501) if not; `KY_ERROR_PATH_STOPPED` (106) when the border

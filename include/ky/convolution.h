@@ -46,12 +46,12 @@ KY_API KY_ERRORS ImgConvolKernel(const KyROI<KyC24>* source, KyROI<KyC24>* desti
 /// count each coefficient as often as it stands in the grid.
 ///
 /// Errors, checked in this order: `KY_ERROR_KERNEL_SIZE` (1700) for a null kernel;
-/// `KY_ERROR_KERNEL_1702` (1702) for rectifier 0; `KY_ERROR_KERNEL_1703` (1703) for another size;
-/// then, with the trace "ConvolKernelS3xS3", "ConvolKernelS5xS5" or "ConvolKernelS7xS7" first,
-/// `KY_ERROR_NO_IMAGE` (1400), `KY_ERROR_SIZE_MISMATCH` (1403), `KY_ERROR_KERNEL_SIZE` (1700) for a
-/// kernel without coefficients, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace:
-/// "ImgConvolSymmetricKernel". On colour images the trace is "ImgConvolSymmetricKernel (C24)"
-/// alone.
+/// `KY_ERROR_KERNEL_1702` (1702) for a rectifier of 0 or below; `KY_ERROR_KERNEL_1703` (1703) for
+/// another size; then, with the trace "ConvolKernelS3xS3", "ConvolKernelS5xS5" or
+/// "ConvolKernelS7xS7" first, `KY_ERROR_NO_IMAGE` (1400), `KY_ERROR_SIZE_MISMATCH` (1403),
+/// `KY_ERROR_KERNEL_SIZE` (1700) for a kernel without coefficients, `KY_ERROR_NOT_ENOUGH_MEMORY`
+/// (1303). Trace: "ImgConvolSymmetricKernel". On colour images the trace is
+/// "ImgConvolSymmetricKernel (C24)" alone.
 KY_API KY_ERRORS ImgConvolSymmetricKernel(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                           const KyKernel* kernel) noexcept;
 KY_API KY_ERRORS ImgConvolSymmetricKernel(const KyROI<KyC24>* source, KyROI<KyC24>* destination,

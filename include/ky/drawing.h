@@ -45,11 +45,11 @@ KY_API KY_ERRORS ImgDraw(cairo_t* context, const KyROI<KyC24>* source, double x,
 KY_API KY_ERRORS KyDraw(cairo_t* context, const KyPathVector* path) noexcept;
 
 /// Charts fill the rectangle from (0, 0) to (width, height), values growing upwards. Axes, with
-/// ticks and numbers, stand to the left of it and below, in the context's colour and font; their
-/// measures follow the size of the font, about three of which they need to the left and two below;
-/// there are none when the font is larger than 4096 units of the device.
-/// Large numbers are written in thousands (k), millions (M) and thousands of millions (G). Vectors
-/// without elements draw nothing.
+/// ticks and numbers, stand to the left of it and below, in the context's colour and font. They
+/// need about three times the size of the font to the left and twice that size below. There are
+/// none when the font is larger than 4096 units of the device. Large numbers are written in
+/// thousands (k), millions (M) and thousands of millions (G). Vectors without elements draw
+/// nothing.
 ///
 /// Errors: those of every drawing; `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector; then
 /// `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) and following when a number is out of range. Width

@@ -19,8 +19,8 @@
 /// Loads a picture into an image, which takes the picture's size. What the file is follows from
 /// its bytes, not from its name:
 ///
-/// - `KyBW8`: grey levels 0 to 255. Of 16 bits the higher 8 count; fewer than 8 are stretched.
-///   Colours become their luma, as by ImgConvert.
+/// - `KyBW8`: grey levels 0 to 255. Of 16 bits the higher 8 count; levels of fewer than 8 bits are
+///   stretched to 0 to 255. Colours become their luma, as by ImgConvert.
 /// - `KyBW16`: grey samples of more than 8 bits as they stand in the file, neither stretched nor
 ///   shifted; of all other files 257 times the levels that `KyBW8` gives, as by ImgConvert.
 /// - `KyC24`: colours, with samples as for `KyBW8`. Grey levels become three equal components.
@@ -48,8 +48,8 @@ KY_API KY_ERRORS ImgDecode(const void* bytes, std::size_t size, KyImage<KyC24>* 
 /// Saves the pixels of an ROI as what the name ends in: .png, .pgm (grey) or .ppm (colours).
 /// `KyBW16` has 16 bits a sample there. ImgLoad gives the same pixels again. A file of that name is
 /// replaced when the new one is complete, and keeps its permissions; what a link leads to is
-/// replaced, not the link. Pictures of more than 2^20 pixels become larger PNG files than they
-/// might, as small ones would take seconds.
+/// replaced, not the link. PNG files of more than 2^20 pixels are compressed lightly, because the
+/// best compression would take seconds.
 ///
 /// Errors, checked in this order: `KY_ERROR_NO_IMAGE` (1400), `KY_ERROR_NO_PIXELS` (1051) for an
 /// ROI of no columns or rows, `KY_ERROR_FILE_OPEN` (1102) for a null path, `KY_ERROR_FILE_FORMAT`

@@ -38,8 +38,7 @@ KY_API KY_ERRORS ImgConvolUniform3x3(const KyROI<KyC24>* source,
 KY_API KY_ERRORS ImgConvolLowpass1(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination) noexcept;
 KY_API KY_ERRORS ImgConvolLowpass1(const KyROI<KyC24>* source, KyROI<KyC24>* destination) noexcept;
 /// Uniform smoothing: (932067 * (sum of the 9 pixels)) >> 23, which is just below a ninth: 255
-/// gives 254, and 1 gives 0. Border: nearest. Trace on grey images:
-/// "ImgConvolUniform3x3".
+/// gives 254, and 1 gives 0. Border: nearest. Trace on grey images: "ImgConvolUniform3x3".
 KY_API KY_ERRORS ImgConvolUniform3x3Plain(const KyROI<KyBW8>* source,
                                           KyROI<KyBW8>* destination) noexcept;
 KY_API KY_ERRORS ImgConvolUniform3x3Plain(const KyROI<KyC24>* source,

@@ -140,12 +140,13 @@ KY_API KY_ERRORS ImgWarp(const KyROI<KyC24>* source, KyROI<KyC24>* destination,
 /// 16 bits, both unsigned. **This call may write before it fails:** the first entry that lies
 /// outside the source ends it with `KY_ERROR_WARP_MAP` (1405), when the pixels before that entry,
 /// row by row, have been written, and the rest keep their values. Source and destination have the
-/// same size; the table may be larger. Errors, checked in this order: `KY_ERROR_SIZE_MISMATCH`
-/// (1403) (`KY_ERROR_NO_IMAGE` (1400) when one of them has no pixels); `KY_ERROR_WARP_2200` (2200)
-/// for a table that is narrower or lower than the destination; `KY_ERROR_NO_IMAGE` (1400);
-/// `KY_ERROR_NO_RESULT` (1301) when there is no memory for a table of the source's rows;
-/// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303); then, while pixels are written, `KY_ERROR_WARP_MAP` (1405).
-/// Trace: "ImgWarp".
+/// same size; the table may be larger. Errors, checked in this order: `KY_ERROR_NO_IMAGE` (1400)
+/// for a null source or destination; `KY_ERROR_SIZE_MISMATCH` (1403) (`KY_ERROR_NO_IMAGE` (1400)
+/// when one of them has no pixels); `KY_ERROR_NO_IMAGE` (1400) for a null table;
+/// `KY_ERROR_WARP_2200` (2200) for a table that is narrower or lower than the destination;
+/// `KY_ERROR_NO_IMAGE` (1400) for any of the three without pixels; `KY_ERROR_NO_RESULT` (1301) when
+/// there is no memory for a table of the source's rows; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303); then,
+/// while pixels are written, `KY_ERROR_WARP_MAP` (1405). Trace: "ImgWarp".
 KY_API KY_ERRORS ImgWarp(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                          const KyImage<KyBW32>* table) noexcept;
 KY_API KY_ERRORS ImgWarp(const KyROI<KyC24>* source, KyROI<KyC24>* destination,

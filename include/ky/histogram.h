@@ -70,8 +70,8 @@ KY_API KY_ERRORS ImgEqualize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinati
 
 /// Writes the sum of each column, from left to right, to a vector that gets as many elements as the
 /// ROI has columns. Sums are exact for up to 16,843,009 pixels of 8 bits a column, and 65,537 of
-/// 16. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Traces: "ImgProjectOnARow (BW8
-/// Image)", "ImgProjectOnARow (BW16 Image)", "ImgProjectOnARow (KyVector)".
+/// 16. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Traces: "ImgProjectOnARow (BW8 Image)",
+/// "ImgProjectOnARow (BW16 Image)", "ImgProjectOnARow (KyVector)".
 KY_API KY_ERRORS ImgProjectOnARow(const KyROI<KyBW8>* source, KyBW32Vector* sums) noexcept;
 KY_API KY_ERRORS ImgProjectOnARow(const KyROI<KyBW16>* source, KyBW32Vector* sums) noexcept;
 KY_API KY_ERRORS ImgProjectOnARow(const KyROI<KyBW8>* source, KyVector* sums) noexcept;

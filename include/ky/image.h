@@ -47,12 +47,12 @@ class KY_API KyImage : public KyROI<T> {
   /// image's own, which it would free; `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012) and
   /// `KY_ERROR_PARAMETER_3_OUT_OF_RANGE` (1013) for a negative width and height;
   /// `KY_ERROR_PARAMETER_4_OUT_OF_RANGE` (1014) for a pitch that is shorter than a row or does not
-  /// keep the pixels aligned. The image stays as it was then.
+  /// keep the pixels aligned. The image stays as it was then. Trace: "KyImage::Attach".
   KY_ERRORS Attach(Memory* pixels, int width, int height, int pitch) noexcept;
 
   /// Makes the image a copy of `other` with pixels of its own, also where `other` wraps foreign
-  /// memory: the same pitch, rectangle and mask. `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory
-  /// runs out; the image stays as it was then.
+  /// memory: the same pitch, rectangle and mask. Error: `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when
+  /// memory runs out; the image stays as it was then. Trace: "KyImage::CopyFrom".
   KY_ERRORS CopyFrom(const KyImage& other) noexcept;
 
   /// Takes position, width and height, without pixels, from the bytes of an image object that

@@ -20,13 +20,14 @@
 ///
 /// The errors of every function are checked in this order: `KY_ERROR_NO_IMAGE` (1400) for a source
 /// that is null or has no pixels; `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector; then the
-/// numeric parameters in the order of the declaration, where the first one that is not finite or
-/// not in its range gives `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) to
-/// `KY_ERROR_PARAMETER_6_OUT_OF_RANGE` (1016) by its position among them, the seventh and later
-/// ones 1016, too, and a polarity that is not in the enumeration
-/// `KY_ERROR_UNSUPPORTED_OPERATION` (1003); `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Vectors and other
-/// results are as they were after any of them. Unless stated otherwise, numbers may be any finite
-/// ones. A source without columns or rows gives an empty vector. The trace is the function's name.
+/// other parameters in the order of the declaration: the first number that is not finite or not in
+/// its range gives `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) to
+/// `KY_ERROR_PARAMETER_6_OUT_OF_RANGE` (1016) by its position among these parameters, where a
+/// polarity counts too and the seventh and later ones have 1016 as well; a polarity that is not in
+/// the enumeration gives `KY_ERROR_UNSUPPORTED_OPERATION` (1003). Last comes
+/// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Vectors and other results are as they were after any of
+/// them. Unless stated otherwise, numbers may be any finite ones. A source without columns or rows
+/// gives an empty vector. The trace is the function's name.
 
 /// A position.
 struct KY_API KyPosition {
@@ -124,9 +125,10 @@ KY_API KY_ERRORS KyFindEdges(const KyFloatVector* profile, TRANS_SCAN_EDGE polar
                              float minStrength, KyEdgesVector* edges) noexcept;
 
 /// Measures the width of the edge of a profile p of n samples, in samples: how far it takes to get
-/// from `share` to 1 - `share` of its step, with 0.1 from 10 % to 90 %. With a and b as the means
-/// of the first and of the last n / 4 samples (rounded down), and q(i) = (p(i) - a) / (b - a),
+/// from `share` to 1 - `share` of its step; a share of 0.1 gives the width from 10 % to 90 %. With
+/// a and b as the means of the first and of the last n / 4 samples (rounded down),
 ///
+///     q(i) = (p(i) - a) / (b - a)
 ///     width = u - l
 ///
 /// where u is the first position, after the last sample of the first quarter with q <= share, at
@@ -196,22 +198,22 @@ struct KY_API KyCircle {
   int used = 0;         ///< the number of its points
 };
 
-/// Fits a line to points, such that the sum of their squared distances from it is least (total
-/// least squares; Pearson, 1901). When no direction is better than others it is (1, 0).
+/// Fits a line to points so that the sum of their squared distances from it is least (total least
+/// squares; Pearson, 1901). When no direction is better than others it is (1, 0).
 ///
-/// An outlier of 0 uses all points. Otherwise the fit is repeated with those points, of all, that
-/// lie no further than that from the last fit, until these stay the same, 20 times at most. The
-/// trace is the same for all kinds of points. Errors: `KY_ERROR_BAD_VECTOR_TYPE` (1601),
+/// An outlier of 0 uses all points. Otherwise the fit is repeated with those of all points that lie
+/// no further than that from the last fit, in pixels, until they stay the same, 20 times at most.
+/// The trace is the same for all kinds of points. Errors: `KY_ERROR_BAD_VECTOR_TYPE` (1601),
 /// `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for an outlier below 0, `KY_ERROR_NO_PIXELS` (1051)
 /// for fewer than 2 points, also when so few are left, `KY_ERROR_SINGULAR_SYSTEM` (1050) when all
-/// are equal, or one is not finite, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303).
+/// points are equal or one is not finite, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303).
 KY_API KY_ERRORS KyFitLine(const KyPositionsVector* points, float outlier, KyLine& line) noexcept;
 KY_API KY_ERRORS KyFitLine(const KyEdgePointsVector* points, float outlier, KyLine& line) noexcept;
 
-/// Fits a circle to points, such that the sum of their squared distances from it is least: by steps
-/// of Gauss and Newton from the circle of least algebraic distance, each halved while it makes the
-/// sum larger, until they are below 10^-9 of the radius, 50 steps at most. Outliers are treated as
-/// in KyFitLine.
+/// Fits a circle to points so that the sum of their squared distances from it is least: by steps of
+/// Gauss and Newton from the circle of least algebraic distance, each halved while it makes the sum
+/// larger, until they are below 10^-9 of the radius, 50 steps at most. Outliers are treated as in
+/// KyFitLine.
 ///
 /// Points that are no circle's, such as those of a cross or of two parallel lines, may lie so
 /// evenly about the first circle that the steps end there, although others are better. The residual

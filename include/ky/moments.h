@@ -8,7 +8,7 @@
 #include "ky/roi.h"
 #include "ky/status.h"
 
-/// Coordinates x and y count from the ROI's own first pixel. Binary functions regard the pixels of
+/// Coordinates x and y count from the ROI's own first pixel. Binary functions regard the pixels at
 /// the threshold and above, each with the weight 1; weighed ones regard all pixels, each with its
 /// level as the weight. Sums are exact integers. Errors, which leave the outputs as they were:
 /// `KY_ERROR_NO_IMAGE` (1400) for an ROI without pixels, `KY_ERROR_NO_PIXELS` (1051) for one of no
@@ -34,7 +34,7 @@ KY_API KY_ERRORS ImgBinaryMoments(const KyROI<KyBW8>* source, KyBW8 threshold,
                                   KyMoments& moments) noexcept;
 KY_API KY_ERRORS ImgWeighedMoments(const KyROI<KyBW8>* source, KyMoments& moments) noexcept;
 
-/// Writes the centre (m10 / m00, m01 / m00) of the pixels of the threshold and above. Error:
+/// Writes the centre (m10 / m00, m01 / m00) of the pixels at the threshold and above. Error:
 /// `KY_ERROR_NO_PIXELS` (1051) also when there are none. Trace: "ImgGravityCenter".
 KY_API KY_ERRORS ImgGravityCenter(const KyROI<KyBW8>* source, KyBW8 threshold, float& x,
                                   float& y) noexcept;
@@ -43,13 +43,14 @@ KY_API KY_ERRORS ImgGravityCenter(const KyROI<KyBW8>* source, KyBW8 threshold, f
 /// also when all levels are 0. Trace: "ImgCentroid".
 KY_API KY_ERRORS ImgCentroid(const KyROI<KyBW8>* source, float& x, float& y) noexcept;
 
-/// Writes the **variances** along the axes of the pixels of the threshold and above (an ellipse is
-/// 4 sqrt(major) pixels long), and the direction of the long axis. With upq the sums of products
-/// (x - x0)^p (y - y0)^q, divided by the area, `major` and `minor` are the eigenvalues of the
-/// matrix (u20 u11; u11 u02), and `angle` is atan2(2 u11, u20 - u02) / 2, counted from the x axis
-/// towards the y axis, which points down, in the unit of KySetAngleUnit and above -90 to 90
-/// degrees; 0 where no direction is longer. Pixels count as points, without an extent of their own.
-/// The numerators are exact, and `minor` is the determinant divided by `major`, so that lines give
-/// exactly 0. Error: `KY_ERROR_NO_PIXELS` (1051) also when there are none. Trace: "ImgInertia".
+/// Writes the **variances** along the axes of the pixels at the threshold and above (an ellipse is
+/// 4 sqrt(major) pixels long), and the direction of the long axis. With (x0, y0) as the centre, and
+/// upq as the sum of (x - x0)^p (y - y0)^q divided by the area, `major` and `minor` are the
+/// eigenvalues of the matrix (u20 u11; u11 u02), and `angle` is atan2(2 u11, u20 - u02) / 2,
+/// counted from the x axis towards the y axis, which points down, in the unit of KySetAngleUnit and
+/// above -90 to 90 degrees; 0 where no direction is longer. Pixels count as points, without an
+/// extent of their own. The numerators are exact, and `minor` is the determinant divided by
+/// `major`, so that lines give exactly 0. Error: `KY_ERROR_NO_PIXELS` (1051) also when there are
+/// none. Trace: "ImgInertia".
 KY_API KY_ERRORS ImgInertia(const KyROI<KyBW8>* source, KyBW8 threshold, float& major, float& minor,
                             float& angle) noexcept;

@@ -74,9 +74,9 @@ KY_API KY_ERRORS ImgWhiteTopHatDisk(const KyROI<KyBW8>* source, KyROI<KyBW8>* de
                                     unsigned radius) noexcept;
 
 /// Black top-hat, **for a destination of its own** (ImgBlackTopHat works in place too):
-/// closing(source) - source, which keeps what is dark and smaller than the element.
-/// In place both forms give 0 everywhere. Failures of the closing are traced as "ImgCloseBox" or
-/// "ImgCloseDisk" first.
+/// closing(source) - source, which keeps what is dark and smaller than the element. In place both
+/// forms give 0 everywhere. Failures of the closing are traced as "ImgCloseBox" or "ImgCloseDisk"
+/// first.
 KY_API KY_ERRORS ImgBlackTopHatBox(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                                    unsigned halfWidth,
                                    unsigned halfHeight = KY_HALF_HEIGHT_AS_WIDTH) noexcept;

@@ -85,7 +85,7 @@ KY_API KY_ERRORS ImgFindObjects(const KyROI<KyBW1>* source, CONNEXITY connexity,
 
 /// Fills the holes of a mask: what of its ground is not connected with the ground at the border of
 /// the ROI becomes `level`. The ground is all pixels of level 0; other pixels belong to objects and
-/// keep their levels, so that a grey picture is wanted as a mask first (ImgThreshold).
+/// keep their levels, so make a mask of a grey picture first (ImgThreshold).
 ///
 ///     destination(p) = level      if source(p) = 0 and no path of ground joins p and the border,
 ///                      source(p)  otherwise

@@ -105,11 +105,11 @@ class KyMatImage : public KyImage<T> {
 ///     cv::Mat lines = KyAsMat(top);
 ///     cv::line(lines, {0, 0}, {639, 99}, 255);
 ///
-/// The pixels stay the image's: they must outlive the use of the matrix, and an image that is
-/// resized leaves it behind. An output of OpenCV lands in them only when it has the size and the
-/// type of the matrix, because `cv::Mat::create` allocates others otherwise. As with all ROIs,
-/// `const` protects the rectangle, not the pixels. Error: `KY_ERROR_NO_IMAGE` (1400) for an ROI
-/// without pixels, and the matrix is empty. Trace: "KyAsMat".
+/// The pixels remain the image's: the image must outlive the use of the matrix, and must not be
+/// resized while the matrix is in use, as that frees its pixels. An output of OpenCV lands in them
+/// only when it has the size and the type of the matrix, because `cv::Mat::create` allocates others
+/// otherwise. As with all ROIs, `const` protects the rectangle, not the pixels. Error:
+/// `KY_ERROR_NO_IMAGE` (1400) for an ROI without pixels, and the matrix is empty. Trace: "KyAsMat".
 template <class T>
 cv::Mat KyAsMat(const KyROI<T>& roi) noexcept {
   KyOk();

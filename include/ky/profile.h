@@ -9,9 +9,10 @@
 #include "ky/status.h"
 #include "ky/typed_vector.h"
 
-/// Finds the peaks of a profile, unbroken runs of levels above `high`, and its valleys, runs below
-/// `low`. Runs that touch an end of the profile are left out. For a run of the elements s to e - 1,
-/// with d = level - high in a peak and d = level - low (negative) in a valley, the record holds
+/// Finds the peaks of a profile, unbroken runs of levels above highThreshold, and its valleys, runs
+/// of levels below lowThreshold. Runs that touch an end of the profile are left out. For a run of
+/// the elements s to e - 1, with d = level - highThreshold in a peak and d = level - lowThreshold
+/// (negative) in a valley, the record holds
 ///
 ///     start = s, length = e - s
 ///     amplitude: the d farthest from 0
@@ -20,9 +21,9 @@
 ///
 /// It is kept when neither |amplitude| nor |area| lies below its minimum. Amplitude and area are
 /// limited to 32 bits in the record. Profiles of 32 bits are those that ImgProjectOnARow and
-/// ImgProjectOnAColumn make. Errors:
-/// `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector, `KY_ERROR_BAD_INTERVAL` (1007) when low >
-/// high, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace: "ImgGetProfilePeaks".
+/// ImgProjectOnAColumn make. Errors: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector,
+/// `KY_ERROR_BAD_INTERVAL` (1007) when lowThreshold > highThreshold, `KY_ERROR_NOT_ENOUGH_MEMORY`
+/// (1303). Trace: "ImgGetProfilePeaks".
 KY_API KY_ERRORS ImgGetProfilePeaks(const KyBW8Vector* profile, KyPeaksVector* peaks,
                                     unsigned int lowThreshold, unsigned int highThreshold,
                                     unsigned int minAmplitude, unsigned int minArea) noexcept;

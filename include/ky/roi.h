@@ -89,7 +89,8 @@ class KY_API KyGenericROI {
   /// one pitch (row * pitch / pixel size + column); `absolute` ones count likewise from the first
   /// pixel of the root image. Runs may come in any order; parts that lie outside the ROI are
   /// ignored. The list is copied. Errors: `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for a null
-  /// list of more than 0 runs, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303).
+  /// list of more than 0 runs, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303); the mask stays as it was then.
+  /// Trace: "KyGenericROI::SetMask".
   KY_ERRORS SetMask(const KyMaskRun* runs, unsigned count, bool absolute) noexcept;
   /// Removes the mask and leaves the status alone.
   void ClearMask() noexcept;

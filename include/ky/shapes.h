@@ -18,9 +18,8 @@
 /// - Elements: a box of (2 halfWidth + 1) x (2 halfHeight + 1) pixels, of any size; or the
 ///   positions (i - sizeX / 2, j - sizeY / 2) of a kernel's coefficients (i, j) that are not 0.
 ///   (Not a number is not 0; gain, offset, rectifier and outside value do not matter.)
-///   Dilation takes the element point by point mirrored, so that opening never lightens
-///   and closing never darkens a pixel,
-///   also for elements that are not symmetric.
+///   Dilation takes the element point by point mirrored, so that opening never lightens and closing
+///   never darkens a pixel, also for elements that are not symmetric.
 /// - Colours: each component is a grey image of its own.
 /// - Border: only pixels inside the ROI count.
 /// - In place: a null destination, or one on the source's pixels, replaces the source. An area that

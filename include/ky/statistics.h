@@ -81,7 +81,7 @@ KY_API KY_ERRORS ImgPixelCompare(const KyROI<KyBW16>* a, const KyROI<KyBW16>* b,
 KY_API KY_ERRORS ImgPixelCompare(const KyROI<KyC24>* a, const KyROI<KyC24>* b,
                                  KyBW32& different) noexcept;
 
-/// Writes the number of pixels of the level. Trace: "ImgCount".
+/// Writes the number of pixels that have the level. Trace: "ImgCount".
 KY_API KY_ERRORS ImgCount(const KyROI<KyBW8>* source, KyBW8 level, KyBW32& count) noexcept;
 
 /// Writes the numbers of pixels below `low`, from `low` to `high`, and above `high`. Error:
@@ -90,7 +90,7 @@ KY_API KY_ERRORS ImgCount(const KyROI<KyBW8>* source, KyBW8 level, KyBW32& count
 KY_API KY_ERRORS ImgPixelCount(const KyROI<KyBW8>* source, KyBW8 low, KyBW8 high, KyBW32& below,
                                KyBW32& between, KyBW32& above) noexcept;
 
-/// Writes the number of pixels of the threshold and above. Trace: "ImgArea".
+/// Writes the number of pixels at the threshold and above. Trace: "ImgArea".
 KY_API KY_ERRORS ImgArea(const KyROI<KyBW8>* source, KyBW8 threshold, KyBW32& area) noexcept;
 
 /// Writes the number of pixels from `low` to `high`. Error: `KY_ERROR_BAD_INTERVAL` (1007) when

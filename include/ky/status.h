@@ -5,8 +5,8 @@
 
 #include "ky/export.h"
 
-/// The codes that calls return. KY_OK is 0. Below each code stand the calls that raise it; the
-/// descriptions of the calls say when.
+/// The codes that calls return. KY_OK is 0. The comment of each code names the calls that raise it;
+/// the descriptions of the calls say when.
 enum KY_ERRORS : int {
   KY_OK = 0,  ///< success
   /// The border of the ROI stopped a path. ImgContour: the contour met the border in a mode that
@@ -39,8 +39,8 @@ enum KY_ERRORS : int {
   /// The fifth numeric parameter is out of range: a fraction or the lower level of
   /// ImgHistogramThreshold, the tile height of ImgAutoAdaptiveThreshold, an end of a segment.
   KY_ERROR_PARAMETER_5_OUT_OF_RANGE = 1015,
-  /// The sixth numeric parameter is out of range: the upper level of ImgHistogramThreshold, the
-  /// last end of a segment.
+  /// The sixth numeric parameter, or of measuring also a later one, is out of range: the upper
+  /// level of ImgHistogramThreshold, the last end of a segment.
   KY_ERROR_PARAMETER_6_OUT_OF_RANGE = 1016,
   /// KyPyramid::Build: the source cannot be used, or is too small for the levels.
   KY_ERROR_PYRAMID_BUILD = 1024,
@@ -122,7 +122,7 @@ enum KY_ERRORS : int {
   /// Morphology by a shape: no coefficient of the kernel is other than 0. ImgConvolVect: the kernel
   /// has several rows and columns.
   KY_ERROR_KERNEL_1701 = 1701,
-  /// ImgConvolSymmetricKernel: the kernel has rectifier 0.
+  /// ImgConvolSymmetricKernel: the kernel has a rectifier of 0 or below.
   KY_ERROR_KERNEL_1702 = 1702,
   /// ImgConvolSymmetricKernel: the kernel is not of 3x3, 5x5 or 7x7 coefficients; ImgThin,
   /// ImgThick: it is not of 3x3.
@@ -153,7 +153,8 @@ KY_API void KyOk() noexcept;
 KY_API void KySetError(KY_ERRORS error) noexcept;
 
 /// Appends `name` to the trace if the status is not 0, and returns the status. The pointer is kept,
-/// not the text, so `name` must outlive the trace. Names after the sixteenth are dropped, and null.
+/// not the text, so `name` must outlive the trace. Names after the sixteenth are dropped, and so is
+/// null.
 KY_API KY_ERRORS KyTraceError(const char* name) noexcept;
 
 /// Returns the number of names in the trace: the routines that the last failure passed through.
@@ -164,7 +165,8 @@ KY_API int KyGetTraceCount() noexcept;
 KY_API const char* KyGetTrace(int index) noexcept;
 
 /// Names the parameter that the status is about, or says in several words what is wrong, for
-/// KyGetErrorMessage. Returns the status. The pointer is kept, not the text, with the status.
+/// KyGetErrorMessage. Returns the status. The pointer is kept, not the text, so `name` must outlive
+/// the status.
 KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
 
 /// Returns the status of the calling thread as one line: the routine that failed, what the code
@@ -175,7 +177,8 @@ KY_API KY_ERRORS KyNameParameter(const char* name) noexcept;
 ///     ImgConvolSobelX: source and destination differ in size (KY_ERROR_SIZE_MISMATCH)
 ///
 /// The text is the thread's own, and stays until the thread calls this function again; never null.
-/// Long lines are cut after 255 characters; without memory for it, it is that of KyGetErrorText.
+/// Lines are cut after 255 characters; without memory for the line, the text is that of
+/// KyGetErrorText.
 KY_API const char* KyGetErrorMessage() noexcept;
 
 /// Returns the name of a status and its meaning on one line, such as "KY_ERROR_NO_IMAGE: an ROI is

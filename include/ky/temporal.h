@@ -36,7 +36,7 @@ class KY_API KyMovingAverage {
   /// Makes an object without frames, with which every average fails.
   KyMovingAverage() noexcept;
   /// Makes an object and prepares it by SetSize, for **at most 257 frames**: totals of longer
-  /// periods wrap, and no error tells.
+  /// periods wrap, and no error reports it.
   KyMovingAverage(unsigned int period, int width, int height, int keepSource) noexcept;
   KyMovingAverage(const KyMovingAverage&) = delete;
   KyMovingAverage& operator=(const KyMovingAverage&) = delete;

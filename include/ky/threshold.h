@@ -22,8 +22,9 @@ KY_API KY_ERRORS ImgThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destinat
 /// Thresholds grey levels to bits: bit (x, y) of the destination = source(x, y) >= threshold. Bits
 /// of shared bytes that lie outside the destination keep their values, but their bytes are written:
 /// two threads must not write neighbouring one-bit ROIs. In this form and the ones below the
-/// destination may be larger than the source; only the area of the source's size is written then.
-/// Errors: `KY_ERROR_NO_IMAGE` (1400), `KY_ERROR_SIZE_MISMATCH` (1403) for a smaller destination,
+/// destination may be larger than the source; only the area of the source's size is written then. A
+/// source that shares memory with the destination is read before that is written. Errors:
+/// `KY_ERROR_NO_IMAGE` (1400), `KY_ERROR_SIZE_MISMATCH` (1403) for a smaller destination,
 /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). Trace: "ImgThreshold (BW8 to BW1)".
 KY_API KY_ERRORS ImgThreshold(const KyROI<KyBW8>* source, KyROI<KyBW1>* destination,
                               unsigned int threshold) noexcept;

@@ -35,7 +35,8 @@ class KY_API KyVector {
   /// `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for a type other than 1 to 4,
   /// `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012) and `KY_ERROR_PARAMETER_3_OUT_OF_RANGE` (1013) for
   /// negative numbers, `KY_ERROR_NOT_ENOUGH_MEMORY` (1303); the vector stays as it was then. Clears
-  /// the status first, as all members that return it do.
+  /// the status first, as all members that return it do; a failure of any of them is traced as
+  /// "KyVector::" followed by the member's name.
   KY_ERRORS SetType(int vectType, int maxGroups, int groupLength) noexcept;
   /// Does the same for a vector of type 0, described by the arguments. Errors:
   /// `KY_ERROR_PARAMETER_1_OUT_OF_RANGE` (1011) for a data size other than 2, 4, 8;

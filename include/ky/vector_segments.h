@@ -30,7 +30,7 @@ KY_API KY_ERRORS ImgLineSegToVect(const KyROI<KyBW8>* source, KyVector* vector, 
 /// Writes the groups of such a vector back to where they come from: 255 for a level below 255,
 /// otherwise the low byte of the level. Column x is taken from the group; the row is that of the
 /// first group, and moves up or down by one where y is smaller or greater than that of the group
-/// before. A vector without groups writes no pixels.
+/// before. From a vector without groups no pixel is written.
 ///
 /// Errors, checked in this order: `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector;
 /// `KY_ERROR_VECTOR_1602` (1602) unless it has use 5 and type 4 in groups of three;
@@ -46,8 +46,8 @@ KY_API KY_ERRORS ImgVectToLineSeg(const KyVector* vector, KyROI<KyBW8>* destinat
 /// `KY_ERROR_PARAMETER_2_OUT_OF_RANGE` (1012), `KY_ERROR_PARAMETER_3_OUT_OF_RANGE` (1013),
 /// `KY_ERROR_PARAMETER_4_OUT_OF_RANGE` (1014), `KY_ERROR_PARAMETER_5_OUT_OF_RANGE` (1015) when x0,
 /// y0, x1, y1 is out of bounds; `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector;
-/// `KY_ERROR_VECTOR_1602` (1602) unless it has type 4 in groups of three, and as many groups as
-/// there are points; `KY_ERROR_BAD_VECTOR_TYPE` (1601) when it has no data or the destination has
-/// no pixels. Trace: "ImgVectToLineSeg".
+/// `KY_ERROR_VECTOR_1602` (1602) unless it has type 4 in groups of three, and at least as many
+/// groups as there are points; `KY_ERROR_BAD_VECTOR_TYPE` (1601) when it has no data or the
+/// destination has no pixels. Trace: "ImgVectToLineSeg".
 KY_API KY_ERRORS ImgVectToLineSeg(const KyVector* vector, int x0, int y0, int x1, int y1,
                                   KyROI<KyBW8>* destination) noexcept;
