@@ -102,7 +102,7 @@ class Comparison {
   double least_[kContenders] = {kForever, kForever, kForever, kForever, kForever};
 };
 
-// What our work leaves behind on one of the paths, from a destination in a known state.
+// What our work leaves on one of the paths, from a destination in a known state.
 struct Result {
   KY_ERRORS error;
   std::vector<KyBW8> pixels;
@@ -194,8 +194,8 @@ class Reporter : public benchmark::BenchmarkReporter {
         std::printf("  %-10s %6.2f  (%d operations)\n", size.c_str(),
                     std::exp(-all.sumOfLogs / all.count), all.count);
     }
-    if (!behind_.empty()) std::printf("\nOur time over that of a peer that is faster:\n");
-    for (const auto& line : behind_) std::printf("  %s\n", line.c_str());
+    if (!slower_.empty()) std::printf("\nOur time over that of a peer that is faster:\n");
+    for (const auto& line : slower_) std::printf("  %s\n", line.c_str());
     if (wrong_ > 0) std::printf("WRONG: %d, see above.\n", wrong_);
   }
 
@@ -242,7 +242,7 @@ class Reporter : public benchmark::BenchmarkReporter {
     if (*ratio <= kNoise) return;
     char number[16];
     std::snprintf(number, sizeof number, "%5.2f  ", *ratio);
-    behind_.push_back(number + name + ", " + size + ", " + kNames[peer]);
+    slower_.push_back(number + name + ", " + size + ", " + kNames[peer]);
   }
 
   static void Print(int width, int decimals, std::optional<double> value) {
@@ -261,7 +261,7 @@ class Reporter : public benchmark::BenchmarkReporter {
   int wrong_ = 0;
   std::map<std::string, std::string> families_;
   std::map<std::string, Comparisons> comparisons_[kContenders];
-  std::vector<std::string> behind_;
+  std::vector<std::string> slower_;
 };
 
 #if KY_BENCH_OPENCV

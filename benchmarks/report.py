@@ -148,7 +148,7 @@ def table(run):
                        + [number(ratio(row, peer)) for peer in peers for row in rows])
 
 
-def behind(runs):
+def slower(runs):
     """The lines of the operations that are slower than a peer, with the reasons."""
     found = defaultdict(list)
     for name, run in runs.items():
@@ -160,7 +160,7 @@ def behind(runs):
     for operation, places in found.items():
         reason = next((text for pattern, text in WHY.items() if re.match(pattern, operation)), "")
         if not reason:
-            print(f"report.py: no reason why this is behind: {operation}: {'; '.join(places)}",
+            print(f"report.py: no reason why this is slower: {operation}: {'; '.join(places)}",
                   file=sys.stderr)
         yield f"- {operation}: {'; '.join(places)}. {reason}".rstrip()
 
@@ -246,8 +246,8 @@ Times as fast, in the geometric mean:
 """
     for name, run in runs.items():
         text += f"\n## {name}\n\n" + "\n".join(table(run)) + "\n"
-    text += ("\n## What is behind, and why\n\nBy more than 5 per cent, in these runs. Where no reason stands, "
-             "none is known.\n\n") + "\n".join(behind(runs)) + "\n\n"
+    text += ("\n## What is slower, and why\n\nBy more than 5 per cent, in these runs. Where no reason stands, "
+             "none is known.\n\n") + "\n".join(slower(runs)) + "\n\n"
     replace_figures(ROOT / "docs/benchmarks.md", text)
     (ROOT / "docs/pictures/benchmarks.svg").write_text(picture(runs))
     all_means = "\n".join(means(runs))

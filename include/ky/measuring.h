@@ -14,9 +14,8 @@
 #include "ky/vector_transitions.h"
 
 /// Positions are real numbers: pixel (x, y) of the ROI has its centre at (x, y). Results are
-/// computed in double precision and stored as declared; processors may differ in the last digits,
-/// by less than 10^-3 of a level or pixel. Angles are in the unit of KySetAngleUnit and run
-/// clockwise on the screen: the direction of an angle is (cos, sin), and y points down.
+/// computed in double precision and stored as declared. Angles are in the unit of KySetAngleUnit
+/// and run clockwise on the screen: the direction of an angle is (cos, sin), and y points down.
 ///
 /// The errors of every function are checked in this order: `KY_ERROR_NO_IMAGE` (1400) for a source
 /// that is null or has no pixels; `KY_ERROR_BAD_VECTOR_TYPE` (1601) for a null vector; then the

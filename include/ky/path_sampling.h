@@ -17,8 +17,8 @@
 ///
 /// Errors, checked in this order: `KY_ERROR_NO_IMAGE` (1400); `KY_ERROR_BAD_VECTOR_TYPE` (1601) for
 /// a null path; `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) for a source in the memory of the path, which
-/// is copied first; `KY_ERROR_PATH_STOPPED` (106), which leaves no trace. Traces: "ImgImageToPath
-/// (BW8)", "ImgImageToPath (C24)", "ImgPathToImage (BW8)", "ImgPathToImage (C24)".
+/// is copied first; `KY_ERROR_PATH_STOPPED` (106), which leaves no trace. Traces:
+/// "ImgImageToPath (BW8)", "ImgImageToPath (C24)", "ImgPathToImage (BW8)", "ImgPathToImage (C24)".
 KY_API KY_ERRORS ImgImageToPath(const KyROI<KyBW8>* source, KyBW8PathVector* path) noexcept;
 KY_API KY_ERRORS ImgImageToPath(const KyROI<KyC24>* source, KyC24PathVector* path) noexcept;
 KY_API KY_ERRORS ImgPathToImage(KyROI<KyBW8>* destination, const KyBW8PathVector* path) noexcept;
