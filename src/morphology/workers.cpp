@@ -136,7 +136,7 @@ bool RunGradient(const Operands& on, const Element& element) noexcept {
       !erosion.Allocate(kErosion, element, width, height) ||
       !dilation.Allocate(kDilation, element, width, height))
     return false;
-  // The two may be behind by different numbers of rows.
+  // The two may lag by different numbers of rows.
   const std::ptrdiff_t rows =
       std::max(erosion.RowsInUse(kRowsAtOnce), dilation.RowsInUse(kRowsAtOnce));
   if (!memory.Allocate(rows * width)) return false;
