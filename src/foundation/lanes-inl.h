@@ -11,9 +11,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <type_traits>
 
+#include "foundation/parts-inl.h"
 #include "foundation/planes-inl.h"
 #include "ky/pixels.h"
 
@@ -40,22 +40,27 @@ template <class V>
 HWY_INLINE auto AsSigned(V v) {
   return hn::BitCast(hn::RebindToSigned<hn::DFromV<V>>(), v);
 }
-template <class V, class T>
-HWY_INLINE void StoreLanes(V v, T* to) {
+// Lanes as a vector of elements.
+template <class T, class V>
+HWY_INLINE auto ToElements(V v) {
   const hn::DFromV<V> d;
   using Lane = hn::TFromV<V>;
   if constexpr (sizeof(T) == sizeof(Lane)) {
-    hn::StoreU(v, d, to);
+    return hn::BitCast(hn::Rebind<T, decltype(d)>(), v);
   } else {
     static_assert(!hwy::IsFloat<Lane>(), "the formula converts floats");
-    const hn::Rebind<T, decltype(d)> narrow;
     // Highway 1.0.3 narrows 32-bit lanes above 32767 to 0 as unsigned bytes on AVX2 and AVX-512.
     constexpr bool kToBytes = sizeof(Lane) == 4 && sizeof(T) == 1 && !hwy::IsSigned<T>();
     using Most = hwy::MakeSigned<std::conditional_t<kToBytes, uint16_t, Lane>>;
     if constexpr (!hwy::IsSigned<Lane>() || kToBytes)
       v = hn::Min(v, hn::Set(d, static_cast<Lane>(hwy::LimitsMax<Most>())));
-    hn::StoreU(hn::DemoteTo(narrow, AsSigned(v)), narrow, to);
+    return hn::DemoteTo(hn::Rebind<T, decltype(d)>(), AsSigned(v));
   }
+}
+template <class V, class T>
+HWY_INLINE void StoreLanes(V v, T* to) {
+  const hn::Rebind<T, hn::DFromV<V>> d;
+  hn::StoreU(ToElements<T>(v), d, to);
 }
 
 template <class D>
@@ -78,20 +83,42 @@ HWY_INLINE void StoreLanes(const SamePlanes3<V>& v, T* to) {
   StorePlanes(v, reinterpret_cast<uint8_t*>(to));
 }
 
-// The first n of the elements that the lanes of D stand for; lanes without an element are 0. No
-// byte after them is touched.
+// The first n of the elements that the lanes of D stand for, fewer than these; lanes without an
+// element are 0. No byte after them is touched.
 template <class D, class T>
 HWY_INLINE auto LoadPart(D d, const T* from, size_t n) {
-  HWY_ALIGN T part[hn::MaxLanes(D())];
-  std::memset(static_cast<void*>(part), 0, sizeof part);
-  std::memcpy(static_cast<void*>(part), from, n * sizeof(T));
-  return LoadLanes(d, part);
+  if constexpr (sizeof(T) == sizeof(hn::TFromD<D>))
+    return LoadFirst(d, from, n);
+  else
+    return hn::PromoteTo(d, LoadFirst(hn::Rebind<T, D>(), from, n));
 }
 template <class D, class V, class T>
 HWY_INLINE void StorePart(D, const V& v, T* to, size_t n) {
-  HWY_ALIGN T part[hn::MaxLanes(D())];
-  StoreLanes(v, part);
-  std::memcpy(static_cast<void*>(to), part, n * sizeof(T));
+  if constexpr (requires { typename V::PrivateT; }) {
+    StoreFirst(hn::Rebind<T, hn::DFromV<V>>(), ToElements<T>(v), to, n);
+  } else {  // planes and the like, in vectors of bytes
+    constexpr size_t kLanes = hn::MaxLanes(D());
+    const hn::CappedTag<uint8_t, kLanes> d8;
+    HWY_ALIGN T all[kLanes];
+    StoreLanes(v, all);
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(all);
+    for (size_t at = 0; at < n * sizeof(T); at += kLanes)
+      StoreFirst(d8, hn::Load(d8, bytes + at), reinterpret_cast<uint8_t*>(to) + at,
+                 HWY_MIN(n * sizeof(T) - at, kLanes));
+  }
+}
+template <class D>
+HWY_INLINE Planes3<hn::Vec<D>> LoadPart(D d, const KyC24* from, size_t n) {
+  constexpr size_t kLanes = hn::MaxLanes(D());
+  HWY_ALIGN KyC24 all[kLanes];
+  auto* const bytes = reinterpret_cast<uint8_t*>(all);
+  const size_t count = 3 * n;
+  for (size_t at = 0; at < 3 * kLanes; at += kLanes)
+    hn::Store(at < count ? LoadFirst(d, reinterpret_cast<const uint8_t*>(from) + at,
+                                     HWY_MIN(count - at, kLanes))
+                         : hn::Zero(d),
+              d, bytes + at);
+  return LoadPlanes(d, static_cast<const KyC24*>(all));
 }
 
 #undef KY_HAVE_MUL_ADD_BYTES

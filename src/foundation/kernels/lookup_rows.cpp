@@ -140,7 +140,8 @@ void GainOffsetColorsRow(KyC24* out, size_t n, const KyC24* in, const ColorGainO
     return GainsAndOffsets{InLanes(gain), hn::LoadU(D16(), laws->offset + place)};
   };
   const LawsAt at[3] = {{from(0), from(1)}, {from(1), from(2)}, {from(2), from(3)}};
-  MapSpan(ApplyGainsAndOffsets(), &out->c0, 3 * n, &in->c0, ComponentsFrom<LawsAt>{at});
+  MapSpan(ApplyGainsAndOffsets(), reinterpret_cast<uint8_t*>(out), 3 * n,
+          reinterpret_cast<const uint8_t*>(in), ComponentsFrom<LawsAt>{at});
 }
 
 struct PlaceInTable {
