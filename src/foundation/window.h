@@ -104,7 +104,7 @@ class WindowWalk {
     in_ = input_.rows();
     ends_ = std::max(RoundUp(reach_), lanes_);
     halfStrip_ = (ends_ + reach_ + step_ - 1) / step_ * step_;
-    copies_ = in_.width < 2 * ends_ + lanes_ || Crowds() ||
+    copies_ = in_.width < 2 * ends_ + lanes_ || in_.RowBytes() <= kBrief || Crowds() ||
               SharingOf(in_, destination) == Sharing::kTheSame;
     prefetches_ = !copies_ && GainFromPrefetches(in_.height * (in_.RowBytes() + out_.RowBytes()));
     const std::ptrdiff_t most = descends_ ? kMostDescended : kMost;
@@ -124,6 +124,8 @@ class WindowWalk {
   // second one where kernels descend, as these begin anew in each band.
   static constexpr std::ptrdiff_t kLeast = 6, kMost = 24, kMostDescended = 48;
   static constexpr std::ptrdiff_t kCopied = 12 << 10, kCopiedDescended = 128 << 10;
+  // Copies of whole rows up to so many bytes take no longer than copies of their ends.
+  static constexpr std::ptrdiff_t kBrief = 256;
   // How many lines that compete for the same places a first cache has room for, mostly.
   static constexpr std::ptrdiff_t kWays = 8;
 
@@ -149,20 +151,22 @@ class WindowWalk {
            results_.Allocate(rowsAtOnce_ * ends_) && pointers_.Allocate(3 * BandRows());
   }
 
-  // So few that the call of a function would take longer: mostly two blocks, which may overlap.
-  static void CopyFew(T* to, const T* from, std::ptrdiff_t n) {
+  // Copies in blocks, which may overlap, where the call of a function would take longer.
+  static void Copy(T* to, const T* from, std::ptrdiff_t n) {
     const std::ptrdiff_t bytes = n * std::ptrdiff_t{sizeof(T)};
-    if (!CopyBlocks<32>(to, from, bytes) && !CopyBlocks<16>(to, from, bytes) &&
-        !CopyBlocks<64>(to, from, bytes))
+    if (!CopyBlocks<32>(to, from, bytes, 64) && !CopyBlocks<16>(to, from, bytes, 32) &&
+        !CopyBlocks<64>(to, from, bytes, kBrief))
       std::memcpy(to, from, static_cast<std::size_t>(bytes));
   }
-  template <std::ptrdiff_t kBytes>
-  static bool CopyBlocks(T* to, const T* from, std::ptrdiff_t bytes) {
-    if (bytes < kBytes || bytes > 2 * kBytes) return false;
-    const std::ptrdiff_t last = bytes - kBytes;
-    std::memcpy(to, from, kBytes);
-    std::memcpy(reinterpret_cast<KyBW8*>(to) + last, reinterpret_cast<const KyBW8*>(from) + last,
-                kBytes);
+  template <std::ptrdiff_t kBlock>
+  static bool CopyBlocks(T* to, const T* from, std::ptrdiff_t bytes, std::ptrdiff_t most) {
+    if (bytes < kBlock || bytes > most) return false;
+    const auto copy = [&](std::ptrdiff_t at) {
+      std::memcpy(reinterpret_cast<KyBW8*>(to) + at, reinterpret_cast<const KyBW8*>(from) + at,
+                  kBlock);
+    };
+    for (std::ptrdiff_t at = 0; at < bytes - kBlock; at += kBlock) copy(at);
+    copy(bytes - kBlock);
     return true;
   }
 
@@ -186,10 +190,10 @@ class WindowWalk {
     // Slots get the whole row, or either end.
     ring_.FetchTo(top + rows, [in, copies = copies_, n = halfStrip_](T* slot, std::ptrdiff_t row) {
       if (copies) {
-        std::memcpy(slot, in.Row(row), static_cast<std::size_t>(in.RowBytes()));
+        Copy(slot, in.Row(row), in.width);
       } else {
-        CopyFew(slot, in.Row(row), n);
-        CopyFew(slot + n, in.Row(row) + in.width - n, n);
+        Copy(slot, in.Row(row), n);
+        Copy(slot + n, in.Row(row) + in.width - n, n);
       }
     });
     const T **const whole = WholeRows(), **const strips = Strips();
@@ -202,15 +206,16 @@ class WindowWalk {
     band_ = {out_.Row(y), out_.pitch, out_.width, count};
   }
 
-  // All results of the band. A destination apart from the source may be written twice, so vectors
-  // may overlap.
+  // All results of the band. Vectors may overlap: what is read is apart from what is written, if
+  // need be as copies, so that results may be written twice.
   template <class Kernel>
   void MakeBand(const Kernel& kernel) {
     const std::ptrdiff_t width = in_.width, first = First(), end = width - first;
     const std::ptrdiff_t whole = (end - first) / lanes_ * lanes_, rest = end - first - whole;
     if (whole > 0) MakeAt(kernel, WholeRows(), 0, first, whole);
-    if (copies_) return MakeApart(kernel, WholeRows(), whole, 0, rest, whole);
+    if (whole == 0) return MakeApart(kernel, WholeRows(), 0, 0, rest, 0);
     if (rest > 0) MakeAt(kernel, WholeRows(), end - lanes_ - first, end - lanes_, lanes_);
+    if (copies_) return;
     MakeAt(kernel, Strips(), 0, 0, ends_);
     MakeAt(kernel, Strips(), 2 * halfStrip_ - ends_, end, ends_);
   }
