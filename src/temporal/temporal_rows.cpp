@@ -118,34 +118,51 @@ class NearChanges {
     (void)out, (void)n, (void)source, (void)state;
     return 0;
 #else
-    const hn::ScalableTag<int16_t> d16;
+    const D16 d16;
     const size_t lanes = hn::Lanes(D8()), half = hn::Lanes(d16);
     size_t i = 0;
     for (; i + lanes <= n; i += lanes) {
-      const auto oldA = hn::LoadU(d16, state + i), oldB = hn::LoadU(d16, state + i + half);
-      const auto difference = [=](const KyBW8* level, auto old) HWY_ATTR {
-        return hn::SaturatedSub(hn::ShiftLeft<4>(LoadLanes(d16, level)), old);
-      };
-      const auto a = difference(source + i, oldA), b = difference(source + i + half, oldB);
-      V8 changes = NarrowBlocks(D8(), hn::Abs(a), hn::Abs(b));
-      if (!LookUp(changes)) break;
-      const auto changed = [=](auto old, auto direction, V8 size) HWY_ATTR {
-        return hn::Add(old, WithSign(hn::BitCast(d16, size), direction));
-      };
-      const auto newA = changed(oldA, a, hn::InterleaveLower(D8(), changes, hn::Zero(D8())));
-      const auto newB = changed(oldB, b, hn::InterleaveUpper(D8(), changes, hn::Zero(D8())));
-      hn::StoreU(newA, d16, out.first + i);
-      hn::StoreU(newB, d16, out.first + i + half);
-      StoreLanes(hn::ShiftRight<4>(newA), out.more.first + i);
-      StoreLanes(hn::ShiftRight<4>(newB), out.more.first + i + half);
+      V16 a = hn::LoadU(d16, state + i), b = hn::LoadU(d16, state + i + half);
+      if (!Step(a, b, LoadLanes(d16, source + i), LoadLanes(d16, source + i + half))) return i;
+      hn::StoreU(a, d16, out.first + i);
+      hn::StoreU(b, d16, out.first + i + half);
+      StoreLanes(hn::ShiftRight<4>(a), out.more.first + i);
+      StoreLanes(hn::ShiftRight<4>(b), out.more.first + i + half);
     }
-    return i;
+    if (i == n) return n;
+    const size_t first = HWY_MIN(n - i, half), more = n - i - first, j = i + first;
+    V16 a = LoadPart(d16, state + i, first), b = LoadPart(d16, state + j, more);
+    if (!Step(a, b, LoadPart(d16, source + i, first), LoadPart(d16, source + j, more))) return i;
+    StorePart(d16, a, out.first + i, first);
+    StorePart(d16, b, out.first + j, more);
+    StorePart(d16, hn::ShiftRight<4>(a), out.more.first + i, first);
+    StorePart(d16, hn::ShiftRight<4>(b), out.more.first + j, more);
+    return n;
 #endif
   }
 
  private:
   using D8 = hn::ScalableTag<uint8_t>;
   using V8 = hn::Vec<D8>;
+
+#if HWY_TARGET != HWY_SCALAR
+  using D16 = hn::ScalableTag<int16_t>;
+  using V16 = hn::Vec<D16>;
+
+  // Gives the states of two vectors their changes; false when one is not near.
+  HWY_INLINE bool Step(V16& stateA, V16& stateB, V16 sourceA, V16 sourceB) const {
+    const V16 a = hn::SaturatedSub(hn::ShiftLeft<4>(sourceA), stateA);
+    const V16 b = hn::SaturatedSub(hn::ShiftLeft<4>(sourceB), stateB);
+    const D8 d;
+    V8 sizes = NarrowBlocks(d, hn::Abs(a), hn::Abs(b));
+    if (!LookUp(sizes)) return false;
+    const auto change = [](V8 size, V16 direction)
+                            HWY_ATTR { return WithSign(hn::BitCast(D16(), size), direction); };
+    stateA = hn::Add(stateA, change(hn::InterleaveLower(d, sizes, hn::Zero(d)), a));
+    stateB = hn::Add(stateB, change(hn::InterleaveUpper(d, sizes, hn::Zero(d)), b));
+    return true;
+  }
+#endif
 
   // The sizes of changes for those of differences, which are limited to 255; false when one is as
   // large.
@@ -190,6 +207,7 @@ void Recur(Several<KyBW16*, KyBW8*> out, size_t n, const KyBW8* source, const Ky
   const NearChanges near(changes->near);
   for (size_t i = 0; i < n;) {
     if (changes->areOdd) i += near.Recur(to + i, n - i, source + i, old + i);
+    if (i == n) return;
     const size_t length = std::min(kPiece, n - i);
     RecurByTable(to + i, length, source + i, old + i, changes->all);
     i += length;
