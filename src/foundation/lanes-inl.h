@@ -92,33 +92,42 @@ HWY_INLINE auto LoadPart(D d, const T* from, size_t n) {
   else
     return hn::PromoteTo(d, LoadFirst(hn::Rebind<T, D>(), from, n));
 }
+// n elements from and to aligned memory for kCount of them, vector by vector: what is loaded from
+// there next, or was stored there, are whole vectors.
+template <size_t kCount, class T>
+HWY_INLINE void ReadPart(T* all, const T* from, size_t n) {
+  const hn::CappedTag<uint8_t, kCount> d;
+  const size_t lanes = hn::Lanes(d), bytes = n * sizeof(T);
+  for (size_t at = 0; at < kCount * sizeof(T); at += lanes) {
+    const auto* const first = reinterpret_cast<const uint8_t*>(from) + at;
+    const auto v = at < bytes ? LoadFirst(d, first, HWY_MIN(bytes - at, lanes)) : hn::Zero(d);
+    hn::Store(v, d, reinterpret_cast<uint8_t*>(all) + at);
+  }
+}
+template <size_t kCount, class T>
+HWY_INLINE void WritePart(T* to, const T* all, size_t n) {
+  const hn::CappedTag<uint8_t, kCount> d;
+  const size_t lanes = hn::Lanes(d), bytes = n * sizeof(T);
+  for (size_t at = 0; at < bytes; at += lanes)
+    StoreFirst(d, hn::Load(d, reinterpret_cast<const uint8_t*>(all) + at),
+               reinterpret_cast<uint8_t*>(to) + at, HWY_MIN(bytes - at, lanes));
+}
+
+template <class D>
+HWY_INLINE Planes3<hn::Vec<D>> LoadPart(D d, const KyC24* from, size_t n) {
+  HWY_ALIGN KyC24 all[hn::MaxLanes(D())];
+  ReadPart<hn::MaxLanes(D())>(all, from, n);
+  return LoadPlanes(d, static_cast<const KyC24*>(all));
+}
 template <class D, class V, class T>
 HWY_INLINE void StorePart(D, const V& v, T* to, size_t n) {
   if constexpr (requires { typename V::PrivateT; }) {
     StoreFirst(hn::Rebind<T, hn::DFromV<V>>(), ToElements<T>(v), to, n);
-  } else {  // planes and the like, in vectors of bytes
-    constexpr size_t kLanes = hn::MaxLanes(D());
-    const hn::CappedTag<uint8_t, kLanes> d8;
-    HWY_ALIGN T all[kLanes];
+  } else {
+    HWY_ALIGN T all[hn::MaxLanes(D())];
     StoreLanes(v, all);
-    const auto* const bytes = reinterpret_cast<const uint8_t*>(all);
-    for (size_t at = 0; at < n * sizeof(T); at += kLanes)
-      StoreFirst(d8, hn::Load(d8, bytes + at), reinterpret_cast<uint8_t*>(to) + at,
-                 HWY_MIN(n * sizeof(T) - at, kLanes));
+    WritePart<hn::MaxLanes(D())>(to, all, n);
   }
-}
-template <class D>
-HWY_INLINE Planes3<hn::Vec<D>> LoadPart(D d, const KyC24* from, size_t n) {
-  constexpr size_t kLanes = hn::MaxLanes(D());
-  HWY_ALIGN KyC24 all[kLanes];
-  auto* const bytes = reinterpret_cast<uint8_t*>(all);
-  const size_t count = 3 * n;
-  for (size_t at = 0; at < 3 * kLanes; at += kLanes)
-    hn::Store(at < count ? LoadFirst(d, reinterpret_cast<const uint8_t*>(from) + at,
-                                     HWY_MIN(count - at, kLanes))
-                         : hn::Zero(d),
-              d, bytes + at);
-  return LoadPlanes(d, static_cast<const KyC24*>(all));
 }
 
 #undef KY_HAVE_MUL_ADD_BYTES
