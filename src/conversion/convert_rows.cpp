@@ -147,8 +147,8 @@ struct Convert {
     }
   }
 };
-// The law of a pair is compiled once: rows end in a vector that overlaps the one before it, or, where
-// pixels of the same size may be in place, in a whole vector of their own.
+// The law of a pair is compiled once: rows end in a vector that overlaps the one before it, or,
+// where pixels of the same size may be in place, in a whole vector of their own.
 template <class B, class A>
 void ConvertRow(B* out, size_t n, const A* in) {
   // Of what memory holds, Zen 5 takes twice as long to load two vectors of 64 bytes for one.
@@ -200,7 +200,7 @@ void ShiftLeftRow(KyBW16* out, size_t n, const KyBW8* in, const int* shift) {
 template <class B, class... A>
 constexpr void AddTo(ConvertKernels& kernels, Types<A...>) {
   const auto add = [&]<class From>(Conversion<B, From>& conversion) {
-    if constexpr (!std::is_same_v<B, From>) conversion.kernel = &ConvertRow<B, From>;
+    if constexpr (!std::is_same_v<B, From>) conversion.kernel = kEachRow<&ConvertRow<B, From>>;
   };
   (add(static_cast<Conversion<B, A>&>(kernels)), ...);
 }
@@ -211,8 +211,8 @@ constexpr void AddAll(ConvertKernels& kernels, Types<B...> all) {
 constexpr ConvertKernels kKernels = [] {
   ConvertKernels kernels{};
   AddAll(kernels, ConvertedTypes());
-  kernels.shiftRight = &ShiftRightRow;
-  kernels.shiftLeft = &ShiftLeftRow;
+  kernels.shiftRight = kEachRow<&ShiftRightRow>;
+  kernels.shiftLeft = kEachRow<&ShiftLeftRow>;
   return kernels;
 }();
 

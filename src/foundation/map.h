@@ -13,7 +13,18 @@ namespace ky {
 // The row kernel of a per-pixel operation: n results from n elements of each source. `out` may be
 // one of the sources, and holds the destination's old elements on entry.
 template <class Out, class... In>
-using MapKernel = void (*)(Out* out, std::size_t n, const In*... in);
+using RowKernel = void (*)(Out* out, std::size_t n, const In*... in);
+
+// The same for all rows of the destination. Of the sources, whose rows are as long and as many, the
+// first address and the pitch alone are looked at.
+template <class Out, class... In>
+using MapKernel = void (*)(Rows<Out> out, Rows<const In>... in);
+
+// n elements of one row.
+template <class Out, class... In>
+void MapRow(MapKernel<Out, In...> kernel, Out* out, std::size_t n, const In*... in) {
+  kernel({out, 0, static_cast<std::ptrdiff_t>(n), 1}, {in}...);
+}
 
 // The same with n results for each of several destinations: SeveralKernel<Several<Out...>, In...>.
 // A destination that is not also a source is written only.
@@ -148,8 +159,8 @@ class FromGreyAsColor {
   }
   bool Joined() const noexcept { return source_.Joined(); }
   const KyBW8* Span(std::ptrdiff_t y, std::ptrdiff_t x, std::ptrdiff_t n) noexcept {
-    triple_(reinterpret_cast<KyC24*>(tripled_), static_cast<std::size_t>(n / 3),
-            source_.Span(y, x / 3, n / 3));
+    MapRow(triple_, reinterpret_cast<KyC24*>(tripled_), static_cast<std::size_t>(n / 3),
+           source_.Span(y, x / 3, n / 3));
     return tripled_;
   }
 
@@ -174,15 +185,6 @@ void WalkSpans(std::ptrdiff_t width, std::ptrdiff_t height, const Run& run,
   }
 }
 
-// The same for whole rows of sources that have them in memory, one after the other: a third of the
-// time for rows of a few vectors.
-template <class Out, class... T>
-void WalkRows(MapKernel<Out, T...> kernel, Rows<Out> destination,
-              Rows<const T>... source) noexcept {
-  for (std::ptrdiff_t y = 0; y < destination.height; ++y)
-    kernel(destination.Row(y), static_cast<std::size_t>(destination.width), source.Row(y)...);
-}
-
 // destination(x, y) = kernel(source(x, y)...). Destination and sources, all of one size in
 // elements, which the caller has checked, become one long row where none has gaps. 1303 when a
 // source that overlaps the destination cannot be copied.
@@ -193,15 +195,14 @@ KY_ERRORS MapRows(MapKernel<Out, typename std::remove_reference_t<Source>::Eleme
   if (destination.Joined() && (source.Joined() && ...)) destination = destination.AsOneRow();
   if constexpr ((requires { source.First(); } && ...)) {
     if (((destination.width <= std::remove_reference_t<Source>::kLongest) && ...)) {
-      WalkRows<Out, typename std::remove_reference_t<Source>::Element...>(
-          kernel, destination, {source.First(), source.Pitch()}...);
+      kernel(destination, {source.First(), source.Pitch()}...);
       return KY_OK;
     }
   }
   WalkSpans(
       destination.width, destination.height,
       [&](std::ptrdiff_t y, std::ptrdiff_t x, std::size_t n, const auto*... in) {
-        kernel(destination.Row(y) + x, n, in...);
+        MapRow(kernel, destination.Row(y) + x, n, in...);
       },
       source...);
   return KY_OK;
@@ -262,8 +263,9 @@ KY_ERRORS MapRows(
 // destination(x, y) = source(x, y).
 template <class T, class Source>
 KY_ERRORS CopyRows(Rows<T> destination, Source&& source) noexcept {
-  const MapKernel<T, T> copy = [](T* out, std::size_t n, const T* in) {
-    std::memmove(out, in, n * sizeof(T));
+  const MapKernel<T, T> copy = [](Rows<T> out, Rows<const T> in) {
+    for (std::ptrdiff_t y = 0; y < out.height; ++y)
+      std::memmove(out.Row(y), in.Row(y), static_cast<std::size_t>(out.RowBytes()));
   };
   return MapRows(copy, destination, source);
 }

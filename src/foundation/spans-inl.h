@@ -17,6 +17,7 @@
 #include <cstdint>
 
 #include "foundation/lanes-inl.h"
+#include "foundation/rows.h"
 #include "foundation/several.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -110,6 +111,19 @@ HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
   StoreLanes(nextToLast, out + i);
   StoreLanes(last, out + end);
 }
+
+// The kernel of all rows that does what the kernel of one row does with each.
+template <auto kRow>
+struct RowByRow;
+template <class Out, class... In, void (*kRow)(Out*, size_t, const In*...)>
+struct RowByRow<kRow> {
+  static void Map(Rows<Out> out, Rows<const In>... in) {
+    for (ptrdiff_t y = 0; y < out.height; ++y)
+      kRow(out.Row(y), static_cast<size_t>(out.width), in.Row(y)...);
+  }
+};
+template <auto kRow>
+inline constexpr auto kEachRow = &RowByRow<kRow>::Map;
 
 // out[i] = table[places[i]], one after the other: `out` may be `places`. The compiler is kept from
 // collecting the results in vectors or words, which takes longer than their stores.

@@ -71,7 +71,8 @@ void ForLines(const Rows<KyBW8>& destination, const Take& take) noexcept {
 // writes past the caches: null where results are copied there instead.
 template <class Out, class... In>
 struct FreshKernel {
-  MapKernel<Out, In...> usual, lines = nullptr;
+  MapKernel<Out, In...> usual;
+  RowKernel<Out, In...> lines = nullptr;
 };
 
 // MapRows, past the caches where that pays.
@@ -86,8 +87,12 @@ KY_ERRORS MapFreshRows(
   if constexpr (std::is_same_v<Out, KyBW8>) {
     if (kernel.lines != nullptr) {
       ForLines(destination, [&](std::size_t n, std::ptrdiff_t y, std::ptrdiff_t x, bool whole) {
-        (whole ? kernel.lines : kernel.usual)(destination.Row(y) + x, n,
-                                              source.Span(y, x, static_cast<std::ptrdiff_t>(n))...);
+        KyBW8* const out = destination.Row(y) + x;
+        const auto count = static_cast<std::ptrdiff_t>(n);
+        if (whole)
+          kernel.lines(out, n, source.Span(y, x, count)...);
+        else
+          MapRow(kernel.usual, out, n, source.Span(y, x, count)...);
       });
       stream->finish();
       return KY_OK;
@@ -95,7 +100,7 @@ KY_ERRORS MapFreshRows(
   }
   StreamRows(*stream, destination,
              [&](Out* out, std::size_t n, std::ptrdiff_t y, std::ptrdiff_t x) {
-               kernel.usual(out, n, source.Span(y, x, static_cast<std::ptrdiff_t>(n))...);
+               MapRow(kernel.usual, out, n, source.Span(y, x, static_cast<std::ptrdiff_t>(n))...);
              });
   return KY_OK;
 }

@@ -157,8 +157,9 @@ struct MultiplyConjugate {
 };
 
 template <class Op, class Out, class... In>
-void Map(Out* out, size_t n, const In*... in) {
-  MapSpan(Op(), out, n, in...);
+void Map(Rows<Out> out, Rows<const In>... in) {
+  for (ptrdiff_t y = 0; y < out.height; ++y)
+    MapSpan(Op(), out.Row(y), static_cast<size_t>(out.width), in.Row(y)...);
 }
 template <class Op>
 void MapScaled(KyBW8* out, size_t n, const KyComplex64* in, const ModulusScale* scale) {
@@ -185,8 +186,8 @@ constexpr ComplexKernels kKernels = {
     .modulus = &Map<Modulus>,
     .argument = &Map<Argument>,
     .real = &Map<Real>,
-    .scaledModulus = &MapScaled<ScaledModulus<false>>,
-    .logarithmicModulus = &MapScaled<ScaledModulus<true>>,
+    .scaledModulus = kEachRow<&MapScaled<ScaledModulus<false>>>,
+    .logarithmicModulus = kEachRow<&MapScaled<ScaledModulus<true>>>,
     .multiply = &Map<Multiply>,
     .multiplyConjugate = &Map<MultiplyConjugate>,
     .largest = &LargestOfRow,

@@ -119,7 +119,8 @@ bool RunTopHat(const Operands& on, Extreme first, const Element& element) noexce
   const auto subtract = ChooseOperatorKernels().combine[KY_OPER_SUBTRACT];
   const auto width = static_cast<std::size_t>(on.source.width);
   return RunBoth(on, first, element, true, [&](KyBW8* row, const KyBW8* from) {
-    first == kErosion ? subtract(row, width, from, row) : subtract(row, width, row, from);
+    first == kErosion ? MapRow(subtract, row, width, from, row)
+                      : MapRow(subtract, row, width, row, from);
   });
 }
 
@@ -150,7 +151,8 @@ bool RunGradient(const Operands& on, const Element& element) noexcept {
     const std::ptrdiff_t erosions = erosion.Advance(ready, in, eroded);
     const std::ptrdiff_t made = std::min(erosions, dilation.Advance(ready, in, out));
     for (; finished < made; ++finished)
-      subtract(out(finished), static_cast<std::size_t>(width), out(finished), eroded(finished));
+      MapRow(subtract, out(finished), static_cast<std::size_t>(width), out(finished),
+             eroded(finished));
   });
   return true;
 }

@@ -121,8 +121,9 @@ KY_ERRORS Rebuild(const char* name, const KyROI<T>* source, KyROI<T>* destinatio
     for (ptrdiff_t y = OppositeFrame(frame); y < height; y += 2) {
       const ptrdiff_t above = y > 0 ? y - 1 : std::min<ptrdiff_t>(y + 1, height - 1);
       const ptrdiff_t below = y + 1 < height ? y + 1 : above;
-      average(reinterpret_cast<KyBW8*>(out.Row(y)), static_cast<std::size_t>(out.RowBytes()),
-              bytes(in.Row(above)), bytes(in.Row(below)));
+      ky::MapRow(average, reinterpret_cast<KyBW8*>(out.Row(y)),
+                 static_cast<std::size_t>(out.RowBytes()), bytes(in.Row(above)),
+                 bytes(in.Row(below)));
     }
   });
 }

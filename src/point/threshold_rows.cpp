@@ -83,7 +83,8 @@ void UnpackRow(KyBW8* out, size_t n, const KyBW8* in, const Split* split) {
   UnpackBits(ChoiceOp{*split}, out, n, in);
 }
 
-constexpr ThresholdKernels kKernels = {&SplitRow, &DoubleSplitRow, &BoxRow, &PackRow, &UnpackRow};
+constexpr ThresholdKernels kKernels = {kEachRow<&SplitRow>, kEachRow<&DoubleSplitRow>,
+                                       kEachRow<&BoxRow>, &PackRow, &UnpackRow};
 
 }  // namespace
 

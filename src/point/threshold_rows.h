@@ -22,7 +22,7 @@ struct ThresholdKernels {
   MapKernel<KyBW8, KyBW8, DoubleSplit> doubleSplit;
   MapKernel<KyBW8, KyC24, ColorBox> box;
   // Whole bytes of bits to and from n pixels, a multiple of 8. Into bits, high is 255 and low is 0.
-  MapKernel<KyBW8, KyBW8, Split> pack, unpack;
+  RowKernel<KyBW8, KyBW8, Split> pack, unpack;
 };
 
 const ThresholdKernels& ChooseThresholdKernels() noexcept;

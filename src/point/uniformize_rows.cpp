@@ -91,7 +91,7 @@ void ByBothRow(KyBW8* out, size_t n, const KyBW8* in, const KyBW8* light, const 
   }
   MapSpan(ByBoth(), out, n, in, light, dark, range.At0(), darkLevel.At0());
 }
-constexpr UniformizeKernels kKernels = {&ByLightRow, &ByBothRow};
+constexpr UniformizeKernels kKernels = {kEachRow<&ByLightRow>, kEachRow<&ByBothRow>};
 
 }  // namespace
 

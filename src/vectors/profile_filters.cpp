@@ -92,10 +92,10 @@ KY_ERRORS Extremes(const char* name, const KyBW8Vector* source, KyBW8Vector* des
       ptrdiff_t length = 1, places = count + 2 * reach;
       for (; 2 * length < window; length *= 2) {
         places -= length;
-        combine(extremes.get(), static_cast<std::size_t>(places), from, from + length);
+        ky::MapRow(combine, extremes.get(), static_cast<std::size_t>(places), from, from + length);
         from = extremes.get();
       }
-      combine(to, static_cast<std::size_t>(count), from, from + (window - length));
+      ky::MapRow(combine, to, static_cast<std::size_t>(count), from, from + (window - length));
     });
   };
   return Filter(name, source, destination, prepare, body);

@@ -15,8 +15,8 @@ inline constexpr KyBW8 kRising = 1, kFalling = 2;
 inline constexpr std::ptrdiff_t kLongestMean = 201;
 
 struct ProfileKernels {
-  MapKernel<KyBW8, KyBW8, KyBW8> slope;            // of the elements before and after
-  MapKernel<KyBW8, KyBW8, KyBW8, KyBW8> binomial;  // of those, with the element itself in between
+  RowKernel<KyBW8, KyBW8, KyBW8> slope;            // of the elements before and after
+  RowKernel<KyBW8, KyBW8, KyBW8, KyBW8> binomial;  // of those, with the element itself in between
   // The truncated means of the `length` levels from each on, an odd number up to kLongestMean, for
   // which there is room for n + length - 1 sums.
   void (*uniform)(KyBW8* out, std::size_t n, const KyBW8* levels, std::size_t length,

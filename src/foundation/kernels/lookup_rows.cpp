@@ -88,7 +88,7 @@ struct ApplyFloatLaw {
 void FloatLawRow(KyBW8* out, size_t n, const KyBW8* in, const FloatLaw* law) {
   MapSpan(ApplyFloatLaw{*law}, out, n, in);
 }
-constexpr MapKernel<KyBW8, KyBW8, FloatLaw> kFloatLaw = &FloatLawRow;
+constexpr MapKernel<KyBW8, KyBW8, FloatLaw> kFloatLaw = kEachRow<&FloatLawRow>;
 #else
 constexpr MapKernel<KyBW8, KyBW8, FloatLaw> kFloatLaw = nullptr;
 #endif
@@ -171,9 +171,10 @@ void LookUpDeepRow(KyBW8* out, size_t n, const KyBW16* in, const DeepTable* tabl
   }
 }
 
-constexpr LookupKernels kKernels = {&LookUpRow,       &GainOffsetRow,       kFloatLaw,
-                                    &LookUpColorsRow, &GainOffsetColorsRow, &FalseColorsRow,
-                                    &LookUpDeepRow};
+constexpr LookupKernels kKernels = {
+    kEachRow<&LookUpRow>,       kEachRow<&GainOffsetRow>,       kFloatLaw,
+    kEachRow<&LookUpColorsRow>, kEachRow<&GainOffsetColorsRow>, kEachRow<&FalseColorsRow>,
+    kEachRow<&LookUpDeepRow>};
 
 }  // namespace
 

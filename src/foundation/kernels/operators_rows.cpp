@@ -272,8 +272,9 @@ struct TripleInverse : Op8 {
 };
 
 template <class Op, class Out, class... In>
-void Map(Out* out, size_t n, const In*... in) {
-  MapSpan(Op(), out, n, in...);
+void Map(Rows<Out> out, Rows<const In>... in) {
+  for (ptrdiff_t y = 0; y < out.height; ++y)
+    MapSpan(Op(), out.Row(y), static_cast<size_t>(out.width), in.Row(y)...);
 }
 #if KY_STREAMS
 template <class Op, class... In>
@@ -282,8 +283,9 @@ void Stream(KyBW8* out, size_t n, const In*... in) {
 }
 #endif
 template <class Op>
-void Combine(KyBW8* out, size_t n, const KyBW8* a, const KyBW8* b) {
-  MapLongSpan(Op(), out, n, a, b);
+void Combine(Rows<KyBW8> out, Rows<const KyBW8> a, Rows<const KyBW8> b) {
+  for (ptrdiff_t y = 0; y < out.height; ++y)
+    MapLongSpan(Op(), out.Row(y), static_cast<size_t>(out.width), a.Row(y), b.Row(y));
 }
 template <class Op>
 constexpr void Put(ARITH_LOGIC_OPERATIONS operation, OperatorKernels& kernels) {

@@ -8,14 +8,15 @@ namespace ky {
 
 // Null where an operation has no kernel.
 struct OperatorKernels {
-  MapKernel<KyBW8, KyBW8> invert, streamInvert;
+  MapKernel<KyBW8, KyBW8> invert;
+  RowKernel<KyBW8, KyBW8> streamInvert;
   MapKernel<KyC24, KyBW8> triple, tripleInverse;  // a grey level into three components
   // By operation, all but these two on components. For the shifts, whose counts are constants, the
   // second operand is made of the count by ShiftOperand.
   MapKernel<KyBW8, KyBW8, KyBW8> combine[KY_OPER_OVERLAY + 1];
   // The same for whole lines of a cache, which they write past the caches; null where the
   // destination is read, and where the processor decides by itself.
-  MapKernel<KyBW8, KyBW8, KyBW8> stream[KY_OPER_OVERLAY + 1];
+  RowKernel<KyBW8, KyBW8, KyBW8> stream[KY_OPER_OVERLAY + 1];
   MapKernel<KyC24, KyC24, KyC24> overlay;              // b where it is not black, else a
   MapKernel<KyBW8, KyBW8, KyBW8, KyBW8> overlayWhere;  // c where b is not 0, else a
   MapKernel<KyBW16, KyBW8, KyBW8> combine8To16[KY_OPER_OVERLAY + 1];
