@@ -59,7 +59,7 @@ TEST(Stream, Lines) {
     for (int operation = 0; operation <= KY_OPER_OVERLAY; ++operation) {
       if (kernels.stream[operation] == nullptr) continue;
       alignas(64) KyBW8 usual[kBytes], lines[kBytes];
-      kernels.combine[operation](usual, kBytes, a, b);
+      MapRow(kernels.combine[operation], usual, kBytes, a, b);
       kernels.stream[operation](lines, kBytes, a, b);
       ChooseStreamKernels().finish();
       ASSERT_EQ(std::memcmp(usual, lines, kBytes), 0) << operation;
@@ -78,10 +78,10 @@ TEST(Stream, LongRows) {
     const OperatorKernels& kernels = ChooseOperatorKernels();
     for (int operation = 0; operation <= KY_OPER_OVERLAY; ++operation) {
       if (kernels.stream[operation] == nullptr) continue;
-      kernels.combine[operation](whole.data(), kBytes, a, b);
+      MapRow(kernels.combine[operation], whole.data(), kBytes, a, b);
       for (std::size_t i = 0; i < kBytes; i += 1000)
-        kernels.combine[operation](pieces.data() + i, std::min<std::size_t>(1000, kBytes - i),
-                                   a + i, b + i);
+        MapRow(kernels.combine[operation], pieces.data() + i,
+               std::min<std::size_t>(1000, kBytes - i), a + i, b + i);
       ASSERT_EQ(whole, pieces) << operation;
     }
   });
