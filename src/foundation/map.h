@@ -16,9 +16,10 @@ template <class Out, class... In>
 using RowKernel = void (*)(Out* out, std::size_t n, const In*... in);
 
 // The same for all rows of the destination. Of the sources, whose rows are as long and as many, the
-// first address and the pitch alone are looked at.
+// first address and the pitch alone are looked at. (References, as values would be copied by wide
+// loads of what narrow stores have just written, which processors wait for.)
 template <class Out, class... In>
-using MapKernel = void (*)(Rows<Out> out, Rows<const In>... in);
+using MapKernel = void (*)(const Rows<Out>& out, const Rows<const In>&... in);
 
 // n elements of one row.
 template <class Out, class... In>
@@ -263,7 +264,7 @@ KY_ERRORS MapRows(
 // destination(x, y) = source(x, y).
 template <class T, class Source>
 KY_ERRORS CopyRows(Rows<T> destination, Source&& source) noexcept {
-  const MapKernel<T, T> copy = [](Rows<T> out, Rows<const T> in) {
+  const MapKernel<T, T> copy = [](const Rows<T>& out, const Rows<const T>& in) {
     for (std::ptrdiff_t y = 0; y < out.height; ++y)
       std::memmove(out.Row(y), in.Row(y), static_cast<std::size_t>(out.RowBytes()));
   };

@@ -112,18 +112,30 @@ HWY_INLINE void MapSpan(const Op& op, Out out, size_t n, In... in) {
   StoreLanes(last, out + end);
 }
 
-// The kernel of all rows that does what the kernel of one row does with each.
+// row(out, n, in...) for each row. The copies of the arguments stay in registers.
+template <class Row, class Out, class... In>
+HWY_INLINE void ForEachRow(const Row& row, Rows<Out> out, Rows<const In>... in) {
+  for (ptrdiff_t y = 0; y < out.height; ++y)
+    row(out.Row(y), static_cast<size_t>(out.width), in.Row(y)...);
+}
+// The kernel of all rows that does with each what the kernel of one row does.
 template <auto kRow>
 struct RowByRow;
 template <class Out, class... In, void (*kRow)(Out*, size_t, const In*...)>
 struct RowByRow<kRow> {
-  static void Map(Rows<Out> out, Rows<const In>... in) {
-    for (ptrdiff_t y = 0; y < out.height; ++y)
-      kRow(out.Row(y), static_cast<size_t>(out.width), in.Row(y)...);
+  static void Map(const Rows<Out>& out, const Rows<const In>&... in) {
+    ForEachRow(kRow, out, in...);
   }
 };
 template <auto kRow>
 inline constexpr auto kEachRow = &RowByRow<kRow>::Map;
+// That of a formula without parameters.
+template <class Op, class Out, class... In>
+void MapFormula(const Rows<Out>& out, const Rows<const In>&... in) {
+  const auto row = [](Out* to, size_t n, const In*... from)
+                       HWY_ATTR { MapSpan(Op(), to, n, from...); };
+  ForEachRow(row, out, in...);
+}
 
 // out[i] = table[places[i]], one after the other: `out` may be `places`. The compiler is kept from
 // collecting the results in vectors or words, which takes longer than their stores.

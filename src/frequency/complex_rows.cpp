@@ -156,11 +156,6 @@ struct MultiplyConjugate {
   }
 };
 
-template <class Op, class Out, class... In>
-void Map(Rows<Out> out, Rows<const In>... in) {
-  for (ptrdiff_t y = 0; y < out.height; ++y)
-    MapSpan(Op(), out.Row(y), static_cast<size_t>(out.width), in.Row(y)...);
-}
 template <class Op>
 void MapScaled(KyBW8* out, size_t n, const KyComplex64* in, const ModulusScale* scale) {
   MapSpan(Op{*scale}, out, n, in);
@@ -183,13 +178,13 @@ double LargestOfRow(const KyComplex64* row, size_t n) {
 }
 
 constexpr ComplexKernels kKernels = {
-    .modulus = &Map<Modulus>,
-    .argument = &Map<Argument>,
-    .real = &Map<Real>,
+    .modulus = &MapFormula<Modulus>,
+    .argument = &MapFormula<Argument>,
+    .real = &MapFormula<Real>,
     .scaledModulus = kEachRow<&MapScaled<ScaledModulus<false>>>,
     .logarithmicModulus = kEachRow<&MapScaled<ScaledModulus<true>>>,
-    .multiply = &Map<Multiply>,
-    .multiplyConjugate = &Map<MultiplyConjugate>,
+    .multiply = &MapFormula<Multiply>,
+    .multiplyConjugate = &MapFormula<MultiplyConjugate>,
     .largest = &LargestOfRow,
 };
 

@@ -271,11 +271,6 @@ struct TripleInverse : Op8 {
   }
 };
 
-template <class Op, class Out, class... In>
-void Map(Rows<Out> out, Rows<const In>... in) {
-  for (ptrdiff_t y = 0; y < out.height; ++y)
-    MapSpan(Op(), out.Row(y), static_cast<size_t>(out.width), in.Row(y)...);
-}
 #if KY_STREAMS
 template <class Op, class... In>
 void Stream(KyBW8* out, size_t n, const In*... in) {
@@ -283,9 +278,10 @@ void Stream(KyBW8* out, size_t n, const In*... in) {
 }
 #endif
 template <class Op>
-void Combine(Rows<KyBW8> out, Rows<const KyBW8> a, Rows<const KyBW8> b) {
-  for (ptrdiff_t y = 0; y < out.height; ++y)
-    MapLongSpan(Op(), out.Row(y), static_cast<size_t>(out.width), a.Row(y), b.Row(y));
+void Combine(const Rows<KyBW8>& out, const Rows<const KyBW8>& a, const Rows<const KyBW8>& b) {
+  const auto row = [](KyBW8* to, size_t n, const KyBW8* first, const KyBW8* second)
+                       HWY_ATTR { MapLongSpan(Op(), to, n, first, second); };
+  ForEachRow(row, out, a, b);
 }
 template <class Op>
 constexpr void Put(ARITH_LOGIC_OPERATIONS operation, OperatorKernels& kernels) {
@@ -296,14 +292,14 @@ constexpr void Put(ARITH_LOGIC_OPERATIONS operation, OperatorKernels& kernels) {
 }
 constexpr OperatorKernels MakeKernels() {
   OperatorKernels kernels{};
-  kernels.invert = &Map<Invert>;
+  kernels.invert = &MapFormula<Invert>;
 #if KY_STREAMS
   kernels.streamInvert = &Stream<Invert>;
 #endif
-  kernels.triple = &Map<Triple>;
-  kernels.tripleInverse = &Map<TripleInverse>;
-  kernels.overlay = &Map<Overlay>;
-  kernels.overlayWhere = &Map<OverlayWhere>;
+  kernels.triple = &MapFormula<Triple>;
+  kernels.tripleInverse = &MapFormula<TripleInverse>;
+  kernels.overlay = &MapFormula<Overlay>;
+  kernels.overlayWhere = &MapFormula<OverlayWhere>;
 
   Put<Add<Op8>>(KY_OPER_ADD, kernels);
   Put<Subtract<Op8>>(KY_OPER_SUBTRACT, kernels);
@@ -335,18 +331,18 @@ constexpr OperatorKernels MakeKernels() {
   Put<AbsDifference>(KY_OPER_ABS_DIFFERENCE, kernels);
 
   auto& combine8To16 = kernels.combine8To16;
-  combine8To16[KY_OPER_ADD] = &Map<AddWrap>;
-  combine8To16[KY_OPER_SUBTRACT] = &Map<Subtract<Op16>>;
-  combine8To16[KY_OPER_MULTIPLY] = &Map<Multiply16>;
-  combine8To16[KY_OPER_DIVIDE] = &Map<Divide8To16>;
+  combine8To16[KY_OPER_ADD] = &MapFormula<AddWrap>;
+  combine8To16[KY_OPER_SUBTRACT] = &MapFormula<Subtract<Op16>>;
+  combine8To16[KY_OPER_MULTIPLY] = &MapFormula<Multiply16>;
+  combine8To16[KY_OPER_DIVIDE] = &MapFormula<Divide8To16>;
 
   auto& combine16 = kernels.combine16;
-  combine16[KY_OPER_ADD] = &Map<Add<Op16>>;
-  combine16[KY_OPER_SUBTRACT] = &Map<Subtract<Op16>>;
-  combine16[KY_OPER_MULTIPLY] = &Map<Multiply16>;
-  combine16[KY_OPER_DIVIDE] = &Map<Divide16>;
-  combine16[KY_OPER_ADD_WRAP] = &Map<AddWrap>;
-  combine16[KY_OPER_SUBTRACT_WRAP] = &Map<SubtractWrap>;
+  combine16[KY_OPER_ADD] = &MapFormula<Add<Op16>>;
+  combine16[KY_OPER_SUBTRACT] = &MapFormula<Subtract<Op16>>;
+  combine16[KY_OPER_MULTIPLY] = &MapFormula<Multiply16>;
+  combine16[KY_OPER_DIVIDE] = &MapFormula<Divide16>;
+  combine16[KY_OPER_ADD_WRAP] = &MapFormula<AddWrap>;
+  combine16[KY_OPER_SUBTRACT_WRAP] = &MapFormula<SubtractWrap>;
   return kernels;
 }
 
