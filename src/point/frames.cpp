@@ -116,15 +116,25 @@ KY_ERRORS Rebuild(const char* name, const KyROI<T>* source, KyROI<T>* destinatio
                   int frame) noexcept {
   return OnFrames(name, source, destination, [&](const Rows<T>& out, const Rows<const T>& in) {
     const auto average = ky::ChooseOperatorKernels().combine[KY_OPER_AVERAGE];
-    const auto bytes = [](auto* row) { return reinterpret_cast<const KyBW8*>(row); };
+    // Rows y, y + 2, ... from those from `above` and from `below` on.
+    const auto make = [&](ptrdiff_t y, ptrdiff_t count, ptrdiff_t above, ptrdiff_t below) {
+      const auto from = [&](ptrdiff_t row) {
+        return Rows<const KyBW8>{reinterpret_cast<const KyBW8*>(in.Row(row)), 2 * in.pitch};
+      };
+      average({reinterpret_cast<KyBW8*>(out.Row(y)), 2 * out.pitch, out.RowBytes(), count},
+              from(above), from(below));
+    };
     const ptrdiff_t height = out.height;
-    for (ptrdiff_t y = OppositeFrame(frame); y < height; y += 2) {
-      const ptrdiff_t above = y > 0 ? y - 1 : std::min<ptrdiff_t>(y + 1, height - 1);
-      const ptrdiff_t below = y + 1 < height ? y + 1 : above;
-      ky::MapRow(average, reinterpret_cast<KyBW8*>(out.Row(y)),
-                 static_cast<std::size_t>(out.RowBytes()), bytes(in.Row(above)),
-                 bytes(in.Row(below)));
+    ptrdiff_t y = OppositeFrame(frame);
+    if (y == 0 && height > 0) {
+      const ptrdiff_t nearest = std::min<ptrdiff_t>(1, height - 1);
+      make(y, 1, nearest, nearest);
+      y = 2;
     }
+    const ptrdiff_t inner = std::max<ptrdiff_t>(0, height - y) / 2;
+    make(y, inner, y - 1, y + 1);
+    y += 2 * inner;
+    if (y < height) make(y, 1, y - 1, y - 1);
   });
 }
 
