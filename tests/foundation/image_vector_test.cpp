@@ -191,21 +191,17 @@ TEST(ImageVector, ForeignBytesAreHarmless) {
   }
 }
 
-TEST(ImageVector, ACountThatIsNotTrueBuildsNoImages) {
+TEST(ImageVector, ACountThatIsNotTrueBuildsFewImages) {
   std::vector<unsigned char> bytes(4 + 2 * 120 + 50, 0);
-  for (const unsigned int count : {3u, 100000u, 0xFFFFFFFFu}) {
+  for (const unsigned int count : {3u, 1000u, 0xFFFFFFFFu}) {
     std::memcpy(bytes.data(), &count, sizeof count);
-    Images v;
-    EXPECT_EQ(Read(v, bytes, true), KY_ERROR_FILE_READ);
-    EXPECT_EQ(v.GetNumElements(), 2u);
-    EXPECT_EQ(v.GetMaxElements(), 2u);
-    for (KyImage<KyBW8>& image : v) ExpectHarmless(image);
+    for (const bool regular : {true, false}) {
+      Images v;
+      EXPECT_EQ(Read(v, bytes, regular), KY_ERROR_FILE_READ);
+      EXPECT_EQ(v.GetNumElements(), count <= 1000 ? count : 2u);
+      for (KyImage<KyBW8>& image : v) ExpectHarmless(image);
+    }
   }
-  const unsigned int count = 100000;
-  std::memcpy(bytes.data(), &count, sizeof count);
-  Images v;
-  EXPECT_EQ(Read(v, bytes, false), KY_ERROR_FILE_READ);
-  EXPECT_EQ(v.GetNumElements(), 2u);
 }
 
 }  // namespace
