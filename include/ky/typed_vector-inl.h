@@ -293,16 +293,8 @@ KY_ERRORS KyVectorTemplate<T>::Serialize(std::FILE* stream, int direction,
 
 template <class T>
 KY_ERRORS KyVectorTemplate<T>::Write(std::FILE* stream) const noexcept {
-  bool written = std::fwrite(&count_, sizeof count_, 1, stream) == 1;
-  if constexpr (std::is_trivially_copyable_v<T>) {
-    written = written && (count_ == 0 || std::fwrite(data_, sizeof(T), count_, stream) == count_);
-  } else {
-    for (unsigned int i = 0; written && i < count_; ++i) {
-      unsigned char bytes[sizeof(T)];
-      data_[i].Store(bytes);
-      written = std::fwrite(bytes, sizeof bytes, 1, stream) == 1;
-    }
-  }
+  const bool written = std::fwrite(&count_, sizeof count_, 1, stream) == 1 &&
+                       (count_ == 0 || std::fwrite(data_, sizeof(T), count_, stream) == count_);
   return written ? KY_OK : KY_ERROR_FILE_WRITE;
 }
 
