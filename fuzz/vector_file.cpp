@@ -80,8 +80,9 @@ void Load(const Bytes& bytes) {
   } else {
     Require(error == KY_ERROR_FILE_READ || error == KY_ERROR_FILE_FORMAT);
   }
-  // There is no room for elements that the file does not hold, whatever number it promises.
-  Require(std::size_t{vector.GetMaxElements()} * sizeof(T) <= bytes.size());
+  // There is little room for elements that the file does not hold, whatever number it promises.
+  constexpr std::size_t kMostMissing = std::size_t{64} << 20;
+  Require(std::size_t{vector.GetMaxElements()} * sizeof(T) <= bytes.size() + kMostMissing);
   Use(vector);
 }
 

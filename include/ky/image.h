@@ -59,9 +59,6 @@ class KY_API KyImage : public KyROI<T> {
   /// `object` points to, as files of vectors of images hold them. Nothing else is taken from the
   /// bytes, so that any are harmless. Leaves the status alone.
   void Restore(const void* object) noexcept;
-  /// Writes the bytes that Restore reads, as many as the object has: its position, width and height
-  /// in their places, and zeros everywhere else, so that no address leaves the process.
-  void Store(void* object) const noexcept;
 
   /// Returns the image that stands in for images that do not exist, one for the whole process. It
   /// has no pixels and never gets any: SetSize to more than (0, 0), Attach, CopyFrom and SetMask

@@ -10,10 +10,11 @@
 /// copy with pixels of its own. When the vector grows, its images move to other addresses, and ROIs
 /// that were placed on them have to be placed anew.
 ///
-/// An image's element in a file is as long as the object and holds its rectangle, not its pixels
-/// (KyImage::Store). A loaded image has its position, width and height but no pixels, and every
-/// function fails with `KY_ERROR_NO_IMAGE` (1400) until SetSize or Attach gives it some. The images
-/// that stand in for missing ones are KyImage::StandIn.
+/// An image's element in a file is the bytes of the object, addresses included, not its pixels. Of
+/// what a file says only the rectangle is taken (KyImage::Restore): a loaded image has its
+/// position, width and height but no pixels, and every function fails with `KY_ERROR_NO_IMAGE`
+/// (1400) until SetSize or Attach gives it some. The images that stand in for missing ones are
+/// KyImage::StandIn.
 
 template <>
 struct KyFileType<KyImage<KyBW8>> : KyFileTypeOf<18> {};

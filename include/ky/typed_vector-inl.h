@@ -293,21 +293,14 @@ KY_ERRORS KyVectorTemplate<T>::Serialize(std::FILE* stream, int direction,
 
 template <class T>
 KY_ERRORS KyVectorTemplate<T>::Write(std::FILE* stream) const noexcept {
-  bool written = std::fwrite(&count_, sizeof count_, 1, stream) == 1;
-  if constexpr (std::is_trivially_copyable_v<T>) {
-    written = written && (count_ == 0 || std::fwrite(data_, sizeof(T), count_, stream) == count_);
-  } else {
-    for (unsigned int i = 0; written && i < count_; ++i) {
-      unsigned char bytes[sizeof(T)];
-      data_[i].Store(bytes);
-      written = std::fwrite(bytes, sizeof bytes, 1, stream) == 1;
-    }
-  }
+  const bool written = std::fwrite(&count_, sizeof count_, 1, stream) == 1 &&
+                       (count_ == 0 || std::fwrite(data_, sizeof(T), count_, stream) == count_);
   return written ? KY_OK : KY_ERROR_FILE_WRITE;
 }
 
 // Elements come into being as they are read: the count proves nothing. Where nobody knows how much
-// a stream holds, there is room for as many more as have come already.
+// a stream holds, there is room for as many more as have come already. What is missing at the end
+// is made up for.
 template <class T>
 KY_ERRORS KyVectorTemplate<T>::Read(std::FILE* stream) noexcept {
   constexpr unsigned kFirstRoom = 4096;
@@ -319,10 +312,25 @@ KY_ERRORS KyVectorTemplate<T>::Read(std::FILE* stream) noexcept {
   KY_ERRORS error = Reserve(left == UINT64_MAX ? std::min(held, kFirstRoom) : held);
   while (error == KY_OK && count_ < held) {
     if (count_ == capacity_) error = Replace(count_ + std::min(count_, held - count_), count_);
-    if (error == KY_OK && !ReadMore(stream)) return KY_ERROR_FILE_READ;
+    if (error == KY_OK && !ReadMore(stream)) break;
   }
-  if (error != KY_OK) Empty();
-  return error != KY_OK || held == count ? error : KY_ERROR_FILE_READ;
+  if (error == KY_OK && count_ < count) error = AddMissing(count - count_);
+  if (error == KY_ERROR_NOT_ENOUGH_MEMORY) Empty();
+  return error;
+}
+
+// Appends T() for elements that a file announces and does not hold, unless it is the number itself
+// that must be wrong.
+template <class T>
+KY_ERRORS KyVectorTemplate<T>::AddMissing(unsigned int missing) noexcept {
+  constexpr std::size_t kMostBytes = std::size_t{64} << 20;
+  if (missing > kMostBytes / sizeof(T)) return KY_ERROR_FILE_READ;
+  const unsigned int count = count_ + missing;
+  if (count > capacity_)
+    if (const KY_ERRORS error = Replace(count, count_)) return error;
+  std::uninitialized_value_construct_n(data_ + count_, missing);
+  count_ = count;
+  return KY_ERROR_FILE_READ;
 }
 
 // Appends elements of the stream as far as there is room; false when it has none left.

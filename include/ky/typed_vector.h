@@ -125,8 +125,9 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   /// `KY_ERROR_NOT_ENOUGH_MEMORY` (1303) when memory runs out, `KY_ERROR_FILE_CLOSE` (1106) when it
   /// cannot be closed. The vector stays as it was when the file does not even hold a number of
   /// elements, and is empty after `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). When the file ends before
-  /// the number of elements that it announces, the vector holds those that were read; memory is
-  /// never allocated for elements that the file cannot hold. Trace: "KyVector::Load".
+  /// the number of elements that it announces, the vector has that number: those that were read,
+  /// then T(). Where more than 64 MiB of elements are missing, it has only those that were read, so
+  /// that a wrong number takes no memory. Trace: "KyVector::Load".
   KY_ERRORS Load(const char* name) noexcept;
 
   /// Writes the part of a file after its first four bytes to an open stream (any `direction` other
@@ -154,6 +155,7 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   KY_ERRORS Write(std::FILE* stream) const noexcept;
   KY_ERRORS Read(std::FILE* stream) noexcept;
   bool ReadMore(std::FILE* stream) noexcept;
+  KY_ERRORS AddMissing(unsigned int missing) noexcept;
 
   unsigned int count_ = 0;
   unsigned int capacity_ = 0;

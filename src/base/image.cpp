@@ -175,15 +175,6 @@ void KyImage<T>::Restore(const void* object) noexcept {
 }
 
 template <class T>
-void KyImage<T>::Store(void* object) const noexcept {
-  std::memset(object, 0, sizeof *this);
-  for (const int* const field : {&this->x_, &this->y_, &this->width_, &this->height_}) {
-    const auto offset = reinterpret_cast<const char*>(field) - reinterpret_cast<const char*>(this);
-    std::memcpy(static_cast<char*>(object) + offset, field, sizeof *field);
-  }
-}
-
-template <class T>
 KyImage<T>& KyImage<T>::StandIn() noexcept {
   // Never destroyed: the last threads may still ask for it.
   alignas(KyImage) static unsigned char memory[sizeof(KyImage)];
