@@ -5,7 +5,9 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
 #include <set>
+#include <utility>
 
 #include "ky/histogram.h"
 #include "tests/support/picture.h"
@@ -75,15 +77,18 @@ float Mean(const Numbers& h, int first, int last) {
 
 float Deviation(const Numbers& h, int first, int last) {
   std::uint32_t count = 0;
+  int levels = 0;
   float a = 0, b = 0;
   for (int j = 0; j <= last - first; ++j) {
     const float n = static_cast<float>(At(h, j)), d = static_cast<float>(last - j);
     count += At(h, j);
+    levels += At(h, j) != 0;
     a += n * d;
     b += n * d * d;
   }
-  const float n = static_cast<float>(count);
-  return count == 0 ? 0 : std::sqrt(std::fabs(b / n - (a / n) * (a / n)));
+  if (count == 0 || levels == 1) return 0;
+  const double n = count, mean = static_cast<double>(a) / n;
+  return static_cast<float>(std::sqrt(std::fabs(static_cast<double>(b) / n - mean * mean)));
 }
 
 std::vector<Numbers> ManyHistograms() {
@@ -130,6 +135,20 @@ TEST(Analysis, EveryFeatureOverManyRanges) {
         for (int feature = 0; feature <= 8; ++feature)
           ImgAnalyseHistogram(&h.typed, static_cast<IMG_HISTOGRAM_FEATURE>(feature), first, last);
   }
+}
+
+// Sums of so few pixels are exact in single precision, and so is what follows from them.
+TEST(Analysis, DeviationOfFewPixels) {
+  const auto deviation = [](std::initializer_list<std::pair<int, std::uint32_t>> bins) {
+    Numbers counts(256);
+    for (const auto& [level, count] : bins) counts[level] = count;
+    const Histogram h(counts);
+    return ImgAnalyseHistogram(&h.typed, IMG_HISTOGRAM_STD_DEV, 0, 255);
+  };
+  EXPECT_FLOAT_EQ(deviation({{1, 1}, {2, 1}, {3, 1}}), std::sqrt(2.0f / 3));
+  EXPECT_FLOAT_EQ(deviation({{10, 1}, {20, 2}, {30, 3}}), std::sqrt(500.0f / 9));
+  EXPECT_FLOAT_EQ(deviation({{0, 70}, {1, 30}}), std::sqrt(0.21f));
+  for (const std::uint32_t count : {3u, 1003u, 307201u}) EXPECT_EQ(deviation({{7, count}}), 0);
 }
 
 TEST(Analysis, OtherFeaturesAndRefusals) {
