@@ -101,9 +101,10 @@ enum IMG_HISTOGRAM_FEATURE : int {
                                     ///< empty from last down to 0, or 0
   IMG_HISTOGRAM_PIXEL_COUNT = 6,    ///< N, the sum of h[k]
   IMG_HISTOGRAM_MEAN = 7,           ///< the sum of k h[k], divided by N; 0 when N is 0
-  IMG_HISTOGRAM_STD_DEV = 8,        ///< the population deviation, all in single precision:
-                              ///< sqrt(|B / N - (A / N) (A / N)|) with A and B the sums of d h[j]
-                              ///< and d d h[j], d = last - j; 0 when N is 0
+  IMG_HISTOGRAM_STD_DEV = 8,        ///< the population deviation sqrt(|B / N - (A / N) (A / N)|) in
+                                    ///< double precision, A and B being the sums of d h[j] and of
+                                    ///< d d h[j] in single precision, d = last - j; 0 when N is 0,
+                                    ///< and for a single level
 };
 
 /// Returns a feature of a typed histogram. Counts pass through signed 32 bits, so that 2^32 - 1

@@ -26,10 +26,11 @@ KY_API KY_ERRORS ImgLut(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                         const KyBW8Vector* table) noexcept;
 
 /// Gives an image of up to 16,843,009 pixels a new mean and a new standard deviation: level i
-/// becomes i r + newMean - r mean, truncated and limited to 0..255, where r = newDeviation /
+/// becomes i r + (newMean - r mean), truncated and limited to 0..255, where r = newDeviation /
 /// deviation, or 0 when the deviation is 0, and mean and deviation are those of ImgPixelStdDev.
-/// Each operation is rounded to single precision. Error: `KY_ERROR_NO_PIXELS` (1051) for ROIs of no
-/// columns or rows. Trace: "ImgNormalize", after those of ImgPixelStdDev when that fails.
+/// Each operation is rounded to single precision; an image that has this mean and this deviation
+/// stays as it is. Error: `KY_ERROR_NO_PIXELS` (1051) for ROIs of no columns or rows. Trace:
+/// "ImgNormalize", after those of ImgPixelStdDev when that fails.
 KY_API KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, float newMean,
                               float newDeviation) noexcept;
 

@@ -92,18 +92,21 @@ class Analysis {
     return sums.count == 0 ? 0 : static_cast<float>(sum / count);
   }
   float Deviation() const noexcept {
-    std::uint32_t count = 0;
+    std::uint32_t count = 0, levels = 0;
     float sum = 0, squares = 0;
     for (std::int64_t j = 0; j < Bins(); ++j) {
       const float distance = static_cast<float>(last_ - j);
       const float term = static_cast<float>(counts_[j]) * distance;
       count += counts_[j];
+      levels += counts_[j] != 0;
       sum += term;
       squares += term * distance;
     }
-    if (count == 0) return 0;
-    const float n = static_cast<float>(count), mean = sum / n;
-    return std::sqrt(std::fabs(squares / n - mean * mean));
+    // A single level does not deviate, which rounded squares would miss.
+    if (count == 0 || levels == 1) return 0;
+    // The difference of nearly equal numbers needs more digits than the sums have.
+    const double n = count, mean = double(sum) / n;
+    return static_cast<float>(std::sqrt(std::fabs(double(squares) / n - mean * mean)));
   }
 
   const std::uint32_t* counts_;

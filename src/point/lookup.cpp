@@ -39,7 +39,7 @@ std::int32_t ToInt32(float value) noexcept {
 
 struct NormalizeLaw : ky::FloatLaw {
   float ValueAt(std::uint32_t level) const noexcept {
-    return static_cast<float>(level) * gain + added - taken;
+    return static_cast<float>(level) * gain + offset;
   }
   // The value rises or falls with the level all the way, so that the ends tell.
   bool FitsLanes() const noexcept {
@@ -113,7 +113,8 @@ KY_ERRORS ImgNormalize(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination, fl
     float deviation, mean;
     if (const KY_ERRORS error = ImgPixelStdDev(source, deviation, mean)) return error;
     const float ratio = deviation == 0 ? 0 : newDeviation / deviation;
-    const NormalizeLaw law{{ratio, newMean, ratio * mean}};
+    // The means first, so that an image keeps its levels where they are what they should be.
+    const NormalizeLaw law{{ratio, newMean - ratio * mean}};
     const auto kernel = ky::ChooseLookupKernels().floatLaw;
     if (kernel == nullptr || !law.FitsLanes()) return ky::LookUp(out, in, TableBy(law));
     return ky::MapRows(kernel, out, ky::FromRows(in), ky::FromParameters<ky::FloatLaw>(law));

@@ -1,9 +1,13 @@
 // What histograms tell, against the definitions read literally.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
+#include <set>
+#include <utility>
 
 #include "ky/histogram.h"
 #include "tests/support/picture.h"
@@ -73,15 +77,18 @@ float Mean(const Numbers& h, int first, int last) {
 
 float Deviation(const Numbers& h, int first, int last) {
   std::uint32_t count = 0;
+  int levels = 0;
   float a = 0, b = 0;
   for (int j = 0; j <= last - first; ++j) {
     const float n = static_cast<float>(At(h, j)), d = static_cast<float>(last - j);
     count += At(h, j);
+    levels += At(h, j) != 0;
     a += n * d;
     b += n * d * d;
   }
-  const float n = static_cast<float>(count);
-  return count == 0 ? 0 : std::sqrt(std::fabs(b / n - (a / n) * (a / n)));
+  if (count == 0 || levels == 1) return 0;
+  const double n = count, mean = static_cast<double>(a) / n;
+  return static_cast<float>(std::sqrt(std::fabs(static_cast<double>(b) / n - mean * mean)));
 }
 
 std::vector<Numbers> ManyHistograms() {
@@ -130,6 +137,20 @@ TEST(Analysis, EveryFeatureOverManyRanges) {
   }
 }
 
+// Sums of so few pixels are exact in single precision, and so is what follows from them.
+TEST(Analysis, DeviationOfFewPixels) {
+  const auto deviation = [](std::initializer_list<std::pair<int, std::uint32_t>> bins) {
+    Numbers counts(256);
+    for (const auto& [level, count] : bins) counts[level] = count;
+    const Histogram h(counts);
+    return ImgAnalyseHistogram(&h.typed, IMG_HISTOGRAM_STD_DEV, 0, 255);
+  };
+  EXPECT_FLOAT_EQ(deviation({{1, 1}, {2, 1}, {3, 1}}), std::sqrt(2.0f / 3));
+  EXPECT_FLOAT_EQ(deviation({{10, 1}, {20, 2}, {30, 3}}), std::sqrt(500.0f / 9));
+  EXPECT_FLOAT_EQ(deviation({{0, 70}, {1, 30}}), std::sqrt(0.21f));
+  for (const std::uint32_t count : {3u, 1003u, 307201u}) EXPECT_EQ(deviation({{7, count}}), 0);
+}
+
 TEST(Analysis, OtherFeaturesAndRefusals) {
   Histogram h(Numbers(256, 3));
   int i = -7;
@@ -161,26 +182,35 @@ TEST(Entropy, OfPartsOfHistograms) {
   for (const Numbers& counts : ManyHistograms()) {
     Histogram h(counts);
     for (const auto& [first, last] : {std::pair(0u, ~0u), {0, 255}, {17, 90}, {200, 100}}) {
-      std::uint32_t n = 0, levels = 0;
+      std::uint32_t n = 0;
+      std::uint64_t levels = 0;
+      std::set<std::uint32_t> differing;
       float l = 0;
       for (std::size_t k = first; k <= std::min(last, 255u); ++k) {
         if (counts[k] == 0) continue;
         n += counts[k];
         ++levels;
+        differing.insert(counts[k]);
         l += static_cast<float>(counts[k]) * std::log(static_cast<float>(counts[k]));
       }
       const double total = n;
-      const double bits = n == 0 || levels == 1
-                              ? 0
+      const bool equal = differing.size() == 1 && levels * *differing.begin() == n;
+      const double bits = n == 0 ? 0
+                          : equal
+                              ? std::log2(static_cast<double>(levels))
                               : (std::log(total) - static_cast<double>(l) / total) / std::log(2.0);
       EXPECT_EQ(h.typed.Entropy(first, last), static_cast<float>(bits));
     }
   }
-  Numbers two(256);
-  two[7] = two[9] = 1000;
-  Histogram h(two);
-  EXPECT_NEAR(h.typed.Entropy(), 1, 1e-6);
-  EXPECT_EQ(h.typed.Entropy(0, 8), 0);
+  // Equally frequent levels: rounding of sums leaves no trace.
+  for (const unsigned count : {10u, 500u, 77777u}) {
+    for (const int levels : {1, 2, 4, 256}) {
+      Numbers equal(256);
+      std::fill_n(equal.begin(), levels, count);
+      EXPECT_EQ(Histogram(equal).typed.Entropy(), std::log2(levels)) << levels << " x " << count;
+    }
+  }
+  Histogram h(Numbers(256, 1000));
   EXPECT_EQ(h.typed.Entropy(256), 0);
   EXPECT_EQ(KyGetError(), KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
   EXPECT_EQ(h.typed.Entropy(0, 256), 0);

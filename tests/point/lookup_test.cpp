@@ -79,15 +79,24 @@ TEST(Normalize, AsDefined) {
       ImgPixelStdDev(canvas.roi(), sigma, mu);
       const float ratio = sigma == 0 ? 0 : deviation / sigma;
       for (int i = 0; i < in.width * in.height; ++i) {
-        const float scaled = static_cast<float>(in.pixels[i]) * ratio;
-        const float shifted = scaled + mean, base = ratio * mu;
-        const float v = shifted - base;
+        const float scaled = static_cast<float>(in.pixels[i]) * ratio, base = ratio * mu;
+        const float offset = mean - base, v = scaled + offset;
         out.pixels[i] = std::isnan(v) || v < 0 ? 0 : v > 255 ? 255 : static_cast<KyBW8>(v);
       }
     };
     std::vector<Size> sizes = {{1, 1}, {9, 5}, {64, 3}, {131, 17}};
     CheckOperation<KyBW8, KyBW8>(call, model, sizes);
   }
+
+  // What has the mean and the deviation already stays as it is, also where the mean is rounded.
+  const KyBW8 levels[] = {25, 75, 175};
+  KyImage<KyBW8> image(3, 1);
+  for (int x = 0; x < 3; ++x) image.SetPixel(levels[x], x, 0);
+  float deviation, mean;
+  ASSERT_EQ(ImgPixelStdDev(&image, deviation, mean), KY_OK);
+  ASSERT_EQ(ImgNormalize(&image, &image, mean, deviation), KY_OK);
+  for (int x = 0; x < 3; ++x) EXPECT_EQ(image.GetPixel(x, 0), levels[x]);
+
   const auto call = [](auto... roi) { return ImgNormalize(roi..., 1, 1); };
   KyImage<KyBW8> none(0, 4);
   EXPECT_EQ(call(&none, &none), KY_ERROR_NO_PIXELS);

@@ -79,8 +79,8 @@ struct ApplyFloatLaw {
   template <class D, class V>
   HWY_INLINE V operator()(D d, V v) const {
     const auto apply = [&](auto df, auto level) HWY_ATTR {
-      const auto sum = hn::Add(hn::Mul(level, hn::Set(df, law.gain)), hn::Set(df, law.added));
-      return TruncateFitting(df, hn::Sub(sum, hn::Set(df, law.taken)));
+      const auto scaled = hn::Mul(level, hn::Set(df, law.gain));
+      return TruncateFitting(df, hn::Add(scaled, hn::Set(df, law.offset)));
     };
     return OnFloats(d, apply, v);
   }

@@ -16,10 +16,10 @@ struct GainOffset {
 
   static constexpr int kMostGain = 8191, kOffsetBias = 0xFF00;
 };
-// (level * gain + added) - taken in single precision, each step rounded; the result is truncated
-// and limited to 0..255. All results fit 32 bits before they are limited.
+// level * gain + offset in single precision, each step rounded; the result is truncated and limited
+// to 0..255. All results fit 32 bits before they are limited.
 struct FloatLaw {
-  float gain, added, taken;
+  float gain, offset;
 };
 // A table for each component.
 struct ColorTables {
