@@ -97,7 +97,7 @@ KY_ERRORS ImgGradientVector(const KyROI<KyBW8>* source, KyROI<KyBW32>* destinati
 KY_ERRORS ImgGradientScalar(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
                             const KyROI<KyBW8>* lookup) noexcept {
   return MapGradients(source, destination, lookup, [&](const auto& kernels, auto table) {
-    constexpr std::int64_t kWorthCopying = 1 << 14;
+    constexpr std::int64_t kWorthCopying = 1 << 13;
     ky::Scratch<KyBW8> near;
     if (std::int64_t{source->GetWidth()} * source->GetHeight() >= kWorthCopying)
       if (const KY_ERRORS error = CopyNear(table, near)) return error;

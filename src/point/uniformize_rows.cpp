@@ -71,17 +71,26 @@ struct ByBoth {
   }
 };
 
-void ByLightRow(KyBW8* out, size_t n, const KyBW8* in, const KyBW8* light,
-                const ShadingLevels* levels) {
-  const auto& level = levels->light;
-  if (level[0] == level[1] && level[1] == level[2])
-    MapSpan(ByOneLight{static_cast<float>(level[0])}, out, n, in, light);
-  else
-    MapSpan(ByLight(), out, n, in, light, Levels(level).At0());
+using Bytes = Rows<const KyBW8>;
+
+void DivideByLight(const Rows<KyBW8>& out, const Bytes& in, const Bytes& light,
+                   const Rows<const ShadingLevels>& levels) {
+  const auto map = [&](const auto& op, auto... level) HWY_ATTR {
+    const auto row = [&](KyBW8* to, size_t n, const KyBW8* from, const KyBW8* lit)
+                         HWY_ATTR { MapSpan(op, to, n, from, lit, level...); };
+    ForEachRow(row, out, in, light);
+  };
+  const auto& level = levels.first->light;
+  if (level[0] == level[1] && level[1] == level[2]) {
+    map(ByOneLight{static_cast<float>(level[0])});
+  } else {
+    const Levels each(level);
+    map(ByLight(), each.At0());
+  }
 }
-void ByBothRow(KyBW8* out, size_t n, const KyBW8* in, const KyBW8* light, const KyBW8* dark,
-               const ShadingLevels* levels) {
-  Levels range(levels->light), darkLevel(levels->dark);
+void DivideByBoth(const Rows<KyBW8>& out, const Bytes& in, const Bytes& light, const Bytes& dark,
+                  const Rows<const ShadingLevels>& levels) {
+  Levels range(levels.first->light), darkLevel(levels.first->dark);
   for (size_t i = 0; i < 3; ++i) {
     for (size_t k = 0; k < kFloats; ++k) {
       VF& low = darkLevel.at[i].of[k];
@@ -89,9 +98,12 @@ void ByBothRow(KyBW8* out, size_t n, const KyBW8* in, const KyBW8* light, const 
       low = hn::Add(low, hn::Set(DF(), 1.0f / (1 << 11)));
     }
   }
-  MapSpan(ByBoth(), out, n, in, light, dark, range.At0(), darkLevel.At0());
+  const auto row =
+      [&](KyBW8* to, size_t n, const KyBW8* from, const KyBW8* lit, const KyBW8* unlit)
+          HWY_ATTR { MapSpan(ByBoth(), to, n, from, lit, unlit, range.At0(), darkLevel.At0()); };
+  ForEachRow(row, out, in, light, dark);
 }
-constexpr UniformizeKernels kKernels = {kEachRow<&ByLightRow>, kEachRow<&ByBothRow>};
+constexpr UniformizeKernels kKernels = {&DivideByLight, &DivideByBoth};
 
 }  // namespace
 

@@ -40,11 +40,13 @@ void AdaptiveChanges(double reduction, double noise, const Set& set) noexcept {
 ky::Changes ChangesOf(const KyBW16* table) noexcept {
   const auto change = [table](int d) { return static_cast<std::int16_t>(table[kFarthest + d]); };
   ky::Changes changes = {table, true, {}};
+  int others = 0;  // bits of values that are not near and odd: without a jump, as vectors
   for (int d = 0; d < ky::kNearChanges; ++d) {
     const int value = change(d);
-    changes.areOdd = changes.areOdd && value >= 0 && value <= UINT8_MAX && change(-d) == -value;
+    others |= (value & ~UINT8_MAX) | (value + change(-d));
     changes.near[d] = static_cast<KyBW8>(value);
   }
+  changes.areOdd = others == 0;
   return changes;
 }
 
