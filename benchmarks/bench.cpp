@@ -319,7 +319,7 @@ std::optional<Options> Parse(int argc, char** argv) {
       return std::nullopt;
     }
   }
-  if (options.sizes.empty()) options.sizes = {{640, 480}, {1920, 1080}, {4096, 4096}};
+  if (options.sizes.empty()) options.sizes = {{100, 100}, {640, 480}, {1920, 1080}, {4096, 4096}};
   if (options.pitch != 0)
     std::erase_if(options.sizes, [&](const Size& size) { return size.width > options.pitch; });
   return options;
