@@ -43,8 +43,9 @@ using SeveralKernel = typename SeveralKernelOf<Out, In...>::Type;
 // source that has to make them does so in pieces of kPiece elements; spans start at multiples of
 // it.
 //
-// `Bytes` counts those of its rows, and `IsApart` tells that none of them is the destination's. A
-// source that has all its elements in memory tells by `First` and `Pitch` where its rows stand.
+// `Bytes` counts those of its rows, and `IsApart` tells that none of them is the destination's.
+// `Band(y, width, count)` is rows y.. y + count - 1, of no more than kLongest elements together
+// where they have to be made.
 struct WithoutRows {
   static constexpr std::int64_t Bytes() noexcept { return 0; }
   template <class Out>
@@ -77,8 +78,9 @@ class FromRows {
   const T* Span(std::ptrdiff_t y, std::ptrdiff_t x, std::ptrdiff_t) const noexcept {
     return input_.rows().Row(y) + x;
   }
-  const T* First() const noexcept { return input_.rows().first; }
-  std::ptrdiff_t Pitch() const noexcept { return input_.rows().pitch; }
+  Rows<const T> Band(std::ptrdiff_t y, std::ptrdiff_t width, std::ptrdiff_t count) const noexcept {
+    return {input_.rows().Row(y), input_.rows().pitch, width, count};
+  }
 
  private:
   Rows<const T> source_;
@@ -109,8 +111,9 @@ class FromConstant : public WithoutRows {
   }
   bool Joined() const noexcept { return true; }
   const T* Span(std::ptrdiff_t, std::ptrdiff_t, std::ptrdiff_t) const noexcept { return pattern_; }
-  const T* First() const noexcept { return pattern_; }
-  std::ptrdiff_t Pitch() const noexcept { return 0; }
+  Rows<const T> Band(std::ptrdiff_t, std::ptrdiff_t width, std::ptrdiff_t count) const noexcept {
+    return {pattern_, 0, width, count};
+  }
 
  private:
   alignas(64) T pattern_[kLongest];
@@ -133,8 +136,9 @@ class FromParameters : public WithoutRows {
   const T* Span(std::ptrdiff_t, std::ptrdiff_t, std::ptrdiff_t) const noexcept {
     return &parameters_;
   }
-  const T* First() const noexcept { return &parameters_; }
-  std::ptrdiff_t Pitch() const noexcept { return 0; }
+  Rows<const T> Band(std::ptrdiff_t, std::ptrdiff_t, std::ptrdiff_t) const noexcept {
+    return {&parameters_, 0, 1, 1};
+  }
 
  private:
   T parameters_;
@@ -163,6 +167,11 @@ class FromGreyAsColor {
     MapRow(triple_, reinterpret_cast<KyC24*>(tripled_), static_cast<std::size_t>(n / 3),
            source_.Span(y, x / 3, n / 3));
     return tripled_;
+  }
+  Rows<const KyBW8> Band(std::ptrdiff_t y, std::ptrdiff_t width, std::ptrdiff_t count) noexcept {
+    triple_({reinterpret_cast<KyC24*>(tripled_), width, width / 3, count},
+            source_.Band(y, width / 3, count));
+    return {tripled_, width, width, count};
   }
 
  private:
@@ -194,11 +203,18 @@ KY_ERRORS MapRows(MapKernel<Out, typename std::remove_reference_t<Source>::Eleme
                   Rows<Out> destination, Source&&... source) noexcept {
   if (!(source.Open(destination) && ...)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   if (destination.Joined() && (source.Joined() && ...)) destination = destination.AsOneRow();
-  if constexpr ((requires { source.First(); } && ...)) {
-    if (((destination.width <= std::remove_reference_t<Source>::kLongest) && ...)) {
-      kernel(destination, {source.First(), source.Pitch()}...);
-      return KY_OK;
+  constexpr std::ptrdiff_t kLongest =
+      std::min({kWholeRow, std::remove_reference_t<Source>::kLongest...});
+  const std::ptrdiff_t width = destination.width, height = destination.height;
+  if (width > 0 && width <= kLongest) {
+    const std::ptrdiff_t atOnce = kLongest / width;
+    for (std::ptrdiff_t y = 0; y < height;) {
+      const std::ptrdiff_t count = std::min(atOnce, height - y);
+      kernel({destination.Row(y), destination.pitch, width, count},
+             source.Band(y, width, count)...);
+      y += count;
     }
+    return KY_OK;
   }
   WalkSpans(
       destination.width, destination.height,

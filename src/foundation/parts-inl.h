@@ -69,8 +69,7 @@ HWY_INLINE Words LoadWords(const uint8_t* from, size_t n) {
     const uint64_t last = WordAt<uint64_t>(from + n - 8);
     return {WordAt<uint64_t>(from), last >> (8 * (15 - n)) >> 8};
   }
-  if (n >= 4)
-    return {WordAt<uint32_t>(from) | WordAt<uint32_t>(from + n - 4) << (8 * (n - 4)), 0};
+  if (n >= 4) return {WordAt<uint32_t>(from) | WordAt<uint32_t>(from + n - 4) << (8 * (n - 4)), 0};
   if (n == 0) return {0, 0};
   const size_t middle = n / 2, last = n - 1;
   return {uint64_t{from[0]} | uint64_t{from[middle]} << (8 * middle) |
@@ -111,8 +110,7 @@ template <class D, class T>
 HWY_INLINE hn::Vec<D> LoadFirst(D d, const T* from, size_t n) {
   if (n >= hn::Lanes(d)) return hn::LoadU(d, from);
   const hn::Repartition<uint8_t, D> d8;
-  return hn::BitCast(d,
-                     LoadFirstBytes(d8, reinterpret_cast<const uint8_t*>(from), n * sizeof(T)));
+  return hn::BitCast(d, LoadFirstBytes(d8, reinterpret_cast<const uint8_t*>(from), n * sizeof(T)));
 }
 template <class D, class T>
 HWY_INLINE void StoreFirst(D d, hn::Vec<D> v, T* to, size_t n) {
