@@ -83,8 +83,8 @@ HWY_INLINE void StoreLanes(const SamePlanes3<V>& v, T* to) {
   StorePlanes(v, reinterpret_cast<uint8_t*>(to));
 }
 
-// The first n of the elements that the lanes of D stand for, up to all; lanes without an element are
-// 0. No byte after them is touched.
+// The first n of the elements that the lanes of D stand for, up to all; lanes without an element
+// are 0. No byte after them is touched.
 template <class D, class T>
 HWY_INLINE auto LoadPart(D d, const T* from, size_t n) {
   if constexpr (sizeof(T) == sizeof(hn::TFromD<D>))

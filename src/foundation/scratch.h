@@ -26,7 +26,7 @@ class Scratch {
     if (count < 0 || count > kLimit) return false;
     const std::size_t bytes = static_cast<std::size_t>(count) * sizeof(T) + 1;
 #if KY_SANITIZED  // which see where an aligned block ends
-    block_ = ::operator new(bytes, std::align_val_t{kAlignment}, std::nothrow);
+    block_ = ::operator new (bytes, std::align_val_t{kAlignment}, std::nothrow);
 #else  // aligned by hand, as the C library takes several times as long for aligned blocks
     block_ = ::operator new(bytes + kAlignment, std::nothrow);
 #endif
@@ -47,7 +47,7 @@ class Scratch {
 
   void Release() noexcept {
 #if KY_SANITIZED
-    ::operator delete(block_, std::align_val_t{kAlignment});
+    ::operator delete (block_, std::align_val_t{kAlignment});
 #else
     ::operator delete(block_);
 #endif
