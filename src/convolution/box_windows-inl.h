@@ -10,10 +10,10 @@
 #include <type_traits>
 
 #include "convolution/box_rows.h"
-#include "foundation/pinned-inl.h"
+#include "foundation/registers-inl.h"
 #include "foundation/shifts-inl.h"
 #include "foundation/spans-inl.h"
-#include "foundation/window-inl.h"
+#include "foundation/window_lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
