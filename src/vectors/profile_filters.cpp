@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <utility>
 
 #include "foundation/frame.h"
 #include "foundation/kernels/operators_rows.h"
