@@ -269,7 +269,9 @@ class Reporter : public benchmark::BenchmarkReporter {
 void LimitOpenCv(const std::string& target, char** argv) {
   constexpr const char* kVariable = "OPENCV_CPU_DISABLE";
   if (target.empty() || target == "avx512" || std::getenv(kVariable) != nullptr) return;
-  setenv(kVariable, "AVX512F,AVX512-SKX,AVX512-ICL", 1);
+  std::string disabled = "AVX512F,AVX512-SKX,AVX512-ICL";
+  if (target != "avx2") disabled += ",AVX,AVX2,FMA3,FP16";
+  setenv(kVariable, disabled.c_str(), 1);
   execv("/proc/self/exe", argv);
 }
 #endif
@@ -289,7 +291,8 @@ constexpr const char* kUsage =
     "         [--plain=off] [--csv=FILE]\n"
     "The filter is matched against OPERATION/WxH. Rows of grey images are BYTES apart, those of\n"
     "others in proportion; sizes that are wider are left out. The target is the widest path that\n"
-    "calls may take, such as avx2; it takes the place of KY_PATH in the environment.\n";
+    "calls may take, such as avx2; it takes the place of KY_PATH in the environment. OpenCV may\n"
+    "use no AVX-512 then, and for targets narrower than avx2 no AVX either.\n";
 
 std::optional<Options> Parse(int argc, char** argv) {
   Options options;

@@ -39,8 +39,7 @@ void PreferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::int64
 // Zeroed memory for rows of `pitch` bytes and the spare row; no pixels when it cannot be had.
 KyPixelBuffer AllocateRows(std::int64_t pitch, int width, int height) noexcept {
   if (width < 0 || height < 0 || pitch > INT_MAX) return {};
-  const std::int64_t bytes = ky::ImageBytes(pitch, height);
-  if (bytes > PTRDIFF_MAX / 2) return {};
+  const std::int64_t bytes = ky::ImageBytes(pitch, height);  // below 2^62
   void* const memory = ::operator new(static_cast<std::size_t>(bytes), kAlignment, std::nothrow);
   if (memory == nullptr) return {};
   PreferLargePages(memory, bytes);

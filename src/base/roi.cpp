@@ -1,8 +1,6 @@
 #include "ky/roi.h"
 
 #include <algorithm>
-#include <climits>
-#include <cstddef>
 #include <cstring>
 #include <new>
 #include <utility>

@@ -13,10 +13,10 @@ constexpr int kTraceLimit = 16;
 
 struct ThreadStatus {
   KY_ERRORS error;
-  int origin;         // how many routines older errors of the same code have left in the trace
+  int origin;         // of an error: how many routines older ones of its code left in the trace
   const char* about;  // a parameter or a sentence, or null
   int traceCount;
-  int traceCountBefore;  // when the error was set last
+  int traceCountBefore;  // of an error: when it was set last
   const char* trace[kTraceLimit];
 };
 
@@ -181,8 +181,6 @@ KY_ERRORS KyGetError() noexcept { return status.error; }
 
 void KyOk() noexcept {
   status.error = KY_OK;
-  status.origin = 0;
-  status.traceCountBefore = 0;
   status.about = nullptr;
   status.traceCount = 0;
 }

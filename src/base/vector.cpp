@@ -66,7 +66,7 @@ KY_ERRORS KyVector::SetStructure(int dataSize, int maxGroups, int groupLength,
 
 KY_ERRORS KyVector::Restructure(int vectType, int dataSize, int maxGroups, int groupLength,
                                 int dataType) noexcept {
-  // Both factors fit 31 bits and an element 2, so 64 bits hold the product.
+  // Both factors fit 31 bits, so 64 bits hold the product.
   const std::int64_t elements = std::int64_t{maxGroups} * groupLength;
   if (elements > INT_MAX / (dataSize / 2)) return KY_ERROR_NOT_ENOUGH_MEMORY;
   const int bytes = static_cast<int>(elements) * (dataSize / 2);

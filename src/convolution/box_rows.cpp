@@ -255,7 +255,7 @@ struct DeviationOfLargeOp {
 };
 
 template <class Rows, class Op>
-void AverageRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& windows,
+void AverageRow(KyBW8* out, size_t n, const SlidingWindows<typename Rows::Columns>& windows,
                 const WindowAreas& areas) {
   MapSums(Op(), out, n, areas, RowSpan::kAll, WindowScan<Rows>(windows));
 }
@@ -269,22 +269,22 @@ void KeepRow(size_t n, const KeptWindows& windows) {
   for (size_t x = 0; x < n; x += hn::Lanes(D8())) sums.Next(x);
 }
 template <class Rows>
-void SmallDeviationRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& levels,
-                       const Windows<WideColumns>& squares, const WindowAreas& areas) {
+void SmallDeviationRow(KyBW8* out, size_t n, const SlidingWindows<typename Rows::Columns>& levels,
+                       const SlidingWindows<WideColumns>& squares, const WindowAreas& areas) {
   MapSums(SmallDeviationOp(areas.area), out, n, areas, RowSpan::kAll, WindowScan<Rows>(levels),
           WindowScan<WideRows>(squares));
 }
 template <class Rows>
-void DeviationRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& levels,
-                  const Windows<WideColumns>& squares, const WindowAreas& areas) {
+void DeviationRow(KyBW8* out, size_t n, const SlidingWindows<typename Rows::Columns>& levels,
+                  const SlidingWindows<WideColumns>& squares, const WindowAreas& areas) {
   MapSums(DeviationOp(), out, n, areas, RowSpan::kAll, WindowScan<Rows>(levels),
           WindowScan<WideRows>(squares));
 }
 
-void DeviationOfLargeRow(KyBW8* out, size_t n, const Windows<WideColumns>& levels,
-                         const Windows<WideColumns>& squares, uint32_t coarseBefore,
+void DeviationOfLargeRow(KyBW8* out, size_t n, const SlidingWindows<WideColumns>& levels,
+                         const SlidingWindows<WideColumns>& squares, uint32_t coarseBefore,
                          const WindowAreas& areas) {
-  const Windows<WideColumns> coarse = {squares.entering, squares.leaving, coarseBefore};
+  const SlidingWindows<WideColumns> coarse = {squares.entering, squares.leaving, coarseBefore};
   MapSums(DeviationOfLargeOp(), out, n, areas, RowSpan::kAll, WindowScan<WideRows>(levels),
           WindowScan<WideRows>(squares), WindowScan<CoarseRows>(coarse));
 }

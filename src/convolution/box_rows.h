@@ -13,7 +13,7 @@ namespace ky {
 // The sum of window i is that of window i - 1, and what entering.At(i) has more than
 // leaving.At(i). Columns are readable for a vector more.
 template <class Columns>
-struct Windows {
+struct SlidingWindows {
   Columns entering, leaving;
   std::uint32_t before;  // the sum of window -1
 };
@@ -41,11 +41,12 @@ struct KeptWindows {
 enum class RowSpan { kAll, kEnds };
 
 template <class Columns>
-using AverageKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Columns>& windows,
+using AverageKernel = void (*)(KyBW8* out, std::size_t n, const SlidingWindows<Columns>& windows,
                                const WindowAreas& areas);
 template <class Columns>
-using DeviationKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Columns>& levels,
-                                 const Windows<WideColumns>& squares, const WindowAreas& areas);
+using DeviationKernel = void (*)(KyBW8* out, std::size_t n, const SlidingWindows<Columns>& levels,
+                                 const SlidingWindows<WideColumns>& squares,
+                                 const WindowAreas& areas);
 
 // round(sum / area), half a level upwards: for an area that is odd and the same everywhere and is
 // below kMostOddArea, for any below kMostSmallArea, and for any up to kMostArea.
@@ -71,8 +72,8 @@ struct BoxKernels {
   ResultKernels<NarrowColumns> few, narrow;  // of kFewRows rows, and of kNarrowRows
   ResultKernels<WideColumns> wide;
   // The sum of window -1 in coarse units is that of its columns, each rounded down to these.
-  void (*deviationOfLarge)(KyBW8* out, std::size_t n, const Windows<WideColumns>& levels,
-                           const Windows<WideColumns>& squares, std::uint32_t coarseBefore,
+  void (*deviationOfLarge)(KyBW8* out, std::size_t n, const SlidingWindows<WideColumns>& levels,
+                           const SlidingWindows<WideColumns>& squares, std::uint32_t coarseBefore,
                            const WindowAreas& areas);
   // Means of kept windows, of areas below kMostSmallArea and of others; and their sums alone.
   KeptAverageKernel keptSmall, kept;

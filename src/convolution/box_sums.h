@@ -21,7 +21,7 @@ class ColumnSums {
  public:
   using Element = typename Columns::Element;
 
-  bool Allocate(const ColumnKernels<Columns>& kernels, const PlaneRows& source, int planes,
+  bool Allocate(const ColumnSumKernels<Columns>& kernels, const PlaneRows& source, int planes,
                 const Box& box, bool nearest) noexcept {
     kernels_ = kernels;
     width_ = source.width();
@@ -38,7 +38,7 @@ class ColumnSums {
     return true;
   }
   // Those of row y, after those of the row before it.
-  Windows<Columns> Advance(const PlaneRows& source, std::ptrdiff_t y, int plane) noexcept {
+  SlidingWindows<Columns> Advance(const PlaneRows& source, std::ptrdiff_t y, int plane) noexcept {
     if (y == 0)
       Start(source, plane);
     else
@@ -59,7 +59,7 @@ class ColumnSums {
                    });
   }
   // The windows along a row, whose columns are there.
-  Windows<Columns> Along(int plane) const noexcept {
+  SlidingWindows<Columns> Along(int plane) const noexcept {
     const Columns columns = At(plane);
     std::uint32_t before = kernels_.sum(columns, static_cast<std::size_t>(half_));
     if (nearest_) {
@@ -81,7 +81,7 @@ class ColumnSums {
   }
 
  private:
-  ColumnKernels<Columns> kernels_ = {};
+  ColumnSumKernels<Columns> kernels_ = {};
   std::ptrdiff_t width_ = 0, halfHeight_ = 0;
   // What lies so far outside that all windows have it, or none, is not kept: beyond_ columns.
   std::ptrdiff_t half_ = 0;

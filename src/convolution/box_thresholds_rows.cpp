@@ -96,7 +96,7 @@ class ThresholdOp {
   LocalThreshold threshold_;
 };
 template <class Rows>
-void ThresholdRow(KyBW8* out, size_t n, const Windows<typename Rows::Columns>& windows,
+void ThresholdRow(KyBW8* out, size_t n, const SlidingWindows<typename Rows::Columns>& windows,
                   const WindowAreas& areas, const KyBW8* source, const LocalThreshold& threshold) {
   const ThresholdOp op(source, n, threshold);
   const int32_t area = areas.area;

@@ -32,7 +32,8 @@ struct LocalThreshold {
 // Thresholds of sums, for areas below kMostThresholdArea.
 inline constexpr std::int64_t kMostThresholdArea = 1 << 15;
 template <class Columns>
-using LocalThresholdKernel = void (*)(KyBW8* out, std::size_t n, const Windows<Columns>& windows,
+using LocalThresholdKernel = void (*)(KyBW8* out, std::size_t n,
+                                      const SlidingWindows<Columns>& windows,
                                       const WindowAreas& areas, const KyBW8* source,
                                       const LocalThreshold& threshold);
 

@@ -10,10 +10,10 @@
 #include <type_traits>
 
 #include "convolution/box_rows.h"
-#include "foundation/pinned-inl.h"
+#include "foundation/registers-inl.h"
 #include "foundation/shifts-inl.h"
 #include "foundation/spans-inl.h"
-#include "foundation/window-inl.h"
+#include "foundation/window_lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -61,7 +61,7 @@ struct Changes {
 struct FewRows {
   using Columns = NarrowColumns;
 #if HWY_TARGET != HWY_SCALAR
-  static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
+  static HWY_INLINE Changes At(const SlidingWindows<Columns>& windows, size_t x) {
     const hn::RebindToUnsigned<D16> d;
     const D32 d32;
     V16 changes[2];
@@ -88,7 +88,7 @@ HWY_INLINE Changes SumOfChanges(VU32 a, VU32 b, VU32 c, VU32 d) {
 struct NarrowRows {
   using Columns = NarrowColumns;
 #if HWY_TARGET != HWY_SCALAR
-  static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
+  static HWY_INLINE Changes At(const SlidingWindows<Columns>& windows, size_t x) {
     const hn::RebindToUnsigned<D16> d;
     const DU32 du;
     const VU32 lower = hn::Set(du, 0xFFFF);
@@ -111,7 +111,7 @@ template <int kBits>
 struct ScaledRows {
   using Columns = WideColumns;
 #if HWY_TARGET != HWY_SCALAR
-  static HWY_INLINE Changes At(const Windows<Columns>& windows, size_t x) {
+  static HWY_INLINE Changes At(const SlidingWindows<Columns>& windows, size_t x) {
     const DU32 d;
     const auto change = [&](int p) HWY_ATTR {
       return Pinned(hn::Sub(hn::ShiftRight<kBits>(hn::LoadU(d, windows.entering.of[p] + x / 4)),
@@ -132,7 +132,7 @@ class WindowScan {
  public:
   using Columns = typename Rows::Columns;
 
-  HWY_INLINE explicit WindowScan(const Windows<Columns>& windows)
+  HWY_INLINE explicit WindowScan(const SlidingWindows<Columns>& windows)
       : windows_(windows), before_(hn::Set(DU32(), windows.before)) {}
 
   // All sums from here on are so much larger, modulo 2^32.
@@ -157,7 +157,7 @@ class WindowScan {
   }
 
  private:
-  const Windows<Columns> windows_;
+  const SlidingWindows<Columns> windows_;
   VU32 before_;
 };
 

@@ -28,7 +28,7 @@ AverageKernel<Columns> AverageKernelOf(const ResultKernels<Columns>& kernels,
 // thresholds by the sums and by averages.
 template <class Columns>
 struct HeightKernels {
-  const ColumnKernels<Columns>& columns;
+  const ColumnSumKernels<Columns>& columns;
   const ResultKernels<Columns>& results;
   LocalThresholdKernel<Columns> threshold;
   decltype(LocalThresholdKernels::compare) compare;
@@ -37,7 +37,7 @@ struct HeightKernels {
 // run(the HeightKernels of a window).
 template <class Run>
 KY_ERRORS ForHeight(std::ptrdiff_t halfHeight, const Run& run) noexcept {
-  const AllColumnKernels& columns = ChooseAllColumnKernels();
+  const AllColumnSumKernels& columns = ChooseAllColumnSumKernels();
   const BoxKernels& results = ChooseBoxKernels();
   const LocalThresholdKernels& thresholds = ChooseLocalThresholdKernels();
   const std::ptrdiff_t rows = 2 * halfHeight + 1;
@@ -69,7 +69,7 @@ KY_ERRORS AverageWith(const HeightKernels<Columns>& kernels, const BoxJob& job) 
   const bool isDirect = job.threshold != nullptr && job.box.Area() < kMostThresholdArea;
   const auto n = static_cast<std::size_t>(width);
   MakePlanes(source, results, job.planes, job.box.halfHeight, [&](std::ptrdiff_t y, int plane) {
-    const Windows<Columns> windows = columns.Advance(source, y, plane);
+    const SlidingWindows<Columns> windows = columns.Advance(source, y, plane);
     KyBW8* const row = results.Row(y, plane);
     if (isDirect)
       return kernels.threshold(row, n, windows, areas.At(y), source.whole().Row(y), *job.threshold);
@@ -101,8 +101,8 @@ KY_ERRORS Average(const BoxJob& job) noexcept {
 
 // make(out, n, windows of levels, those of squares, these squares' columns, areas) makes a row.
 template <class Columns, class Make>
-KY_ERRORS DeviationWith(const ColumnKernels<Columns>& columnKernels,
-                        const ColumnKernels<WideColumns>& squareKernels, const BoxJob& job,
+KY_ERRORS DeviationWith(const ColumnSumKernels<Columns>& columnKernels,
+                        const ColumnSumKernels<WideColumns>& squareKernels, const BoxJob& job,
                         const Make& make) noexcept {
   const std::ptrdiff_t width = job.Width(), height = job.in.height;
   PlaneRows source;
@@ -136,7 +136,7 @@ KY_ERRORS Deviation(const BoxJob& job) noexcept {
   const std::int64_t area = job.box.Area();
   if (area > kMostLargeDeviationArea || 2 * job.box.halfHeight + 1 > kSquareRows)
     return DeviationOfLargeBoxes(job);
-  const AllColumnKernels& all = ChooseAllColumnKernels();
+  const AllColumnSumKernels& all = ChooseAllColumnSumKernels();
   if (area > kMostDeviationArea) {
     const BoxKernels& results = ChooseBoxKernels();
     const auto half = static_cast<std::size_t>(job.box.halfWidth);

@@ -8,7 +8,7 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/spans-inl.h"
-#include "foundation/window-inl.h"
+#include "foundation/window_lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -187,11 +187,11 @@ uint32_t SumOf(const Columns& columns, size_t n) {
 }
 
 template <class Columns>
-constexpr ColumnKernels<Columns> KernelsOf() {
+constexpr ColumnSumKernels<Columns> KernelsOf() {
   return {&AddRow<AddLevels, Columns>, &SlideRow<SlideLevels, Columns>, &SlideBothRow<Columns>,
           &SumOf<Columns>};
 }
-constexpr AllColumnKernels kKernels = {
+constexpr AllColumnSumKernels kKernels = {
     KernelsOf<NarrowColumns>(),
     KernelsOf<WideColumns>(),
     {&AddRow<AddSquares, WideColumns>, nullptr, nullptr, &SumOf<WideColumns>},
@@ -204,4 +204,4 @@ constexpr AllColumnKernels kKernels = {
 }  // namespace ky
 HWY_AFTER_NAMESPACE();
 
-KY_EXPORT_KERNELS(AllColumnKernels)
+KY_EXPORT_KERNELS(AllColumnSumKernels)

@@ -48,7 +48,7 @@ inline constexpr std::int64_t kNarrowRows = UINT16_MAX / 255;
 inline constexpr std::int64_t kSquareRows = UINT32_MAX / (255 * 255);
 
 template <class Columns>
-struct ColumnKernels {
+struct ColumnSumKernels {
   // columns(i) += (what row[i] counts)
   void (*add)(const Columns& columns, std::size_t n, const KyBW8* row);
   // columns(i) += (what entering[i] counts) - (what leaving[i] counts)
@@ -60,12 +60,12 @@ struct ColumnKernels {
   std::uint32_t (*sum)(const Columns& columns, std::size_t n);
 };
 
-struct AllColumnKernels {
-  ColumnKernels<NarrowColumns> narrow;
-  ColumnKernels<WideColumns> wide, squares;  // squares slide with levels only
+struct AllColumnSumKernels {
+  ColumnSumKernels<NarrowColumns> narrow;
+  ColumnSumKernels<WideColumns> wide, squares;  // squares slide with levels only
   // The sum of columns(0) >> shift to columns(n - 1) >> shift.
   std::uint32_t (*sumShifted)(const WideColumns& columns, std::size_t n, int shift);
 };
-const AllColumnKernels& ChooseAllColumnKernels() noexcept;
+const AllColumnSumKernels& ChooseAllColumnSumKernels() noexcept;
 
 }  // namespace ky

@@ -1,4 +1,4 @@
-// What the formulas of several filters have in common. Included by row files like window-inl.h.
+// What the formulas of several filters have in common. Included by row files like lanes-inl.h.
 #if defined(KY_CONVOLUTION_FILTER_TERMS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_CONVOLUTION_FILTER_TERMS_INL_H_
 #undef KY_CONVOLUTION_FILTER_TERMS_INL_H_

@@ -1,5 +1,5 @@
 // The formulas of convolutions in integers, and the table of their row kernels for rows of pixels
-// or of the components of colours. Included by row files like window-inl.h.
+// or of the components of colours. Included by row files like lanes-inl.h.
 #if defined(KY_CONVOLUTION_FIXED_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_CONVOLUTION_FIXED_INL_H_
 #undef KY_CONVOLUTION_FIXED_INL_H_

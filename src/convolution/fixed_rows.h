@@ -27,8 +27,9 @@ struct FixedKernel {
 
 // The paired kernels of colours multiply two taps at once in the order of the weights, the last
 // with a weight of 0. Those of grey pixels multiply two taps of a row, two columns apart, as such
-// pixels lie side by side in 16-bit lanes (see window-inl.h). By radius, the first of the taps of
-// each pair; one tap, kSingleTap, remains, and is put with a weight of 0 before it or after it.
+// pixels lie side by side in 16-bit lanes (see window_lanes-inl.h). By radius, the first of the
+// taps of each pair; one tap, kSingleTap, remains, and is put with a weight of 0 before it or after
+// it.
 inline constexpr int kFirstTaps[kLargestRadius + 1][kLargestRadius] = {
     {}, {-1}, {-2, -1}, {-3, -2, 1}};
 inline constexpr int kSingleTap[kLargestRadius + 1] = {0, 0, 2, 2};

@@ -5,8 +5,10 @@
 #include "convolution/gaussian_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/registers-inl.h"
 #include "foundation/spans-inl.h"
-#include "foundation/window-inl.h"
+#include "foundation/widen-inl.h"
+#include "foundation/window_lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

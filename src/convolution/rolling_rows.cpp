@@ -9,9 +9,10 @@
 
 #include "convolution/local_thresholds-inl.h"
 #include "foundation/dispatch.h"
+#include "foundation/registers-inl.h"
 #include "foundation/shifts-inl.h"
 #include "foundation/spans-inl.h"
-#include "foundation/window-inl.h"
+#include "foundation/window_lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

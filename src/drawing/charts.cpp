@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <cmath>
-#include <cstdint>
 
 #include "drawing/chart.h"
 #include "drawing/context.h"

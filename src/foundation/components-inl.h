@@ -8,7 +8,6 @@
 #endif
 
 #include <cstddef>
-#include <cstdint>
 
 #include "foundation/lanes-inl.h"
 

@@ -360,8 +360,8 @@ HWY_INLINE void AddRowsToSums(Sum* sums, size_t vectors, const T* first, ptrdiff
   }
 }
 
-// A ColumnKernel: the sums of kColumnRows 8-bit elements fit 16 bits. They stay in a first cache
-// while few rows at a time are added, as processors read no more of them ahead.
+// A ReduceColumnsKernel: the sums of kColumnRows 8-bit elements fit 16 bits. They stay in a first
+// cache while few rows at a time are added, as processors read no more of them ahead.
 template <class T>
 HWY_INLINE void AddColumns(uint32_t* sums, size_t n, const T* first, ptrdiff_t pitch,
                            ptrdiff_t height) {

@@ -37,8 +37,8 @@ using ReduceAllKernel = Result (*)(const Rows<const T>& rows);
 // 2^32.
 inline constexpr std::ptrdiff_t kColumnRows = 256;
 template <class T>
-using ColumnKernel = void (*)(std::uint32_t* sums, std::size_t n, const T* first,
-                              std::ptrdiff_t pitch, std::ptrdiff_t height);
+using ReduceColumnsKernel = void (*)(std::uint32_t* sums, std::size_t n, const T* first,
+                                     std::ptrdiff_t pitch, std::ptrdiff_t height);
 
 // take(kernel of row y, y) for all rows from top to bottom.
 template <class Result, class T, class Take>
@@ -49,7 +49,7 @@ void ReduceRows(ReduceKernel<Result, T> kernel, Rows<const T> rows, Take&& take)
 
 // sums[x] = the sum of column x, modulo 2^32.
 template <class T>
-void SumColumns(ColumnKernel<T> kernel, Rows<const T> rows, std::uint32_t* sums) noexcept {
+void SumColumns(ReduceColumnsKernel<T> kernel, Rows<const T> rows, std::uint32_t* sums) noexcept {
   std::fill_n(sums, rows.width, 0u);
   for (std::ptrdiff_t y = 0; y < rows.height; y += kColumnRows)
     kernel(sums, static_cast<std::size_t>(rows.width), rows.Row(y), rows.pitch,

@@ -9,7 +9,6 @@
 
 #include <hwy/highway.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 

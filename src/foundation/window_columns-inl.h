@@ -1,5 +1,5 @@
 // The vector loop of windows whose results follow from a few sums that roll down a column of
-// places. Included by row files like window-inl.h.
+// places. Included by row files like lanes-inl.h.
 #if defined(KY_FOUNDATION_WINDOW_COLUMNS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KY_FOUNDATION_WINDOW_COLUMNS_INL_H_
 #undef KY_FOUNDATION_WINDOW_COLUMNS_INL_H_
@@ -7,7 +7,10 @@
 #define KY_FOUNDATION_WINDOW_COLUMNS_INL_H_
 #endif
 
-#include "foundation/window-inl.h"
+#include "foundation/prefetch-inl.h"
+#include "foundation/registers-inl.h"
+#include "foundation/window.h"
+#include "foundation/window_parts-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

@@ -1,8 +1,6 @@
 // Row kernels of images of complex numbers.
 #pragma once
 
-#include <cstddef>
-
 #include "foundation/map.h"
 #include "foundation/reduce.h"
 #include "ky/pixels.h"

@@ -1,7 +1,6 @@
 // The energy of spectra within discs.
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 
 #include "foundation/frame.h"

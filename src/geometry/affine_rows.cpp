@@ -11,7 +11,7 @@
 #include "foundation/lanes-inl.h"
 #include "foundation/widen-inl.h"
 #include "geometry/gather-inl.h"
-#include "geometry/windows-inl.h"
+#include "geometry/pixel_windows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -127,11 +127,11 @@ HWY_INLINE size_t SampleWindows(KyBW8* out, size_t n, const Rows<const KyBW8>& s
       source.width < kWindowWidth || source.height < rows + Op::kBelow)
     return 0;
 
-  const Windows::D32 d;
-  const Windows::D16 d16;
+  const PixelWindows::D32 d;
+  const PixelWindows::D16 d16;
   const hn::RebindToSigned<decltype(d)> signed32;
   const hn::RebindToSigned<decltype(d16)> signed16;
-  constexpr size_t kPlaces = Windows::kWindows * kWindowPlaces;
+  constexpr size_t kPlaces = PixelWindows::kWindows * kWindowPlaces;
   // Windows start at the least place, or where they end with the source.
   const auto lowestOf = [](uint32_t step) {
     return static_cast<int32_t>(step) < 0 ? uint32_t{kFarthest} * step : 0u;
@@ -144,7 +144,7 @@ HWY_INLINE size_t SampleWindows(KyBW8* out, size_t n, const Rows<const KyBW8>& s
 
   // Along one axis, the places of each window's first half and second half.
   struct Axis {
-    hn::Vec<Windows::D32> first, second, next, lowest, last;
+    hn::Vec<PixelWindows::D32> first, second, next, lowest, last;
   };
   const auto axisOf = [=](uint32_t start, uint32_t step, uint32_t last) HWY_ATTR {
     const auto i = hn::Iota(d, 0);
@@ -169,10 +169,10 @@ HWY_INLINE size_t SampleWindows(KyBW8* out, size_t n, const Rows<const KyBW8>& s
   Axis across = axisOf(line.u, line.du, lastX), down = axisOf(line.v, line.dv, lastY);
   uint32_t u = line.u + lowestOf(line.du), v = line.v + lowestOf(line.dv);
   const auto fraction = hn::Set(d16, 0xFF);
-  Windows windows(source.pitch);
+  PixelWindows windows(source.pitch);
   size_t i = 0;
   for (; i + kPlaces <= n; i += kPlaces) {
-    for (size_t k = 0; k < Windows::kWindows; ++k) {
+    for (size_t k = 0; k < PixelWindows::kWindows; ++k) {
       windows.Start(k, source.Row(std::min(v / kOnePixel, lastY)) + std::min(u / kOnePixel, lastX));
       u += uint32_t{kWindowPlaces} * line.du;
       v += uint32_t{kWindowPlaces} * line.dv;

@@ -9,7 +9,7 @@
 #include "foundation/dispatch.h"
 #include "foundation/spans-inl.h"
 #include "geometry/gather-inl.h"
-#include "geometry/windows-inl.h"
+#include "geometry/pixel_windows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -50,8 +50,8 @@ struct Place {
 // Maps are smooth in general, so that neighbours come from windows of a few rows.
 class NearPlaces {
  public:
-  static constexpr size_t kPlaces = Windows::kWindows * kWindowPlaces;
-  using D = hn::RebindToSigned<Windows::D16>;
+  static constexpr size_t kPlaces = PixelWindows::kWindows * kWindowPlaces;
+  using D = hn::RebindToSigned<PixelWindows::D16>;
   using V = hn::Vec<D>;
 
   explicit HWY_INLINE NearPlaces(const Rows<const KyBW8>& source)
@@ -65,10 +65,10 @@ class NearPlaces {
   template <class At>
   HWY_INLINE bool Store(KyBW8* out, V x, V y, const At& at) const {
     const D d;
-    const Windows::D16 d16;
-    Windows windows(source_.pitch);
-    uint16_t left[Windows::kWindows], top[Windows::kWindows];
-    for (size_t i = 0; i < Windows::kWindows; ++i) {
+    const PixelWindows::D16 d16;
+    PixelWindows windows(source_.pitch);
+    uint16_t left[PixelWindows::kWindows], top[PixelWindows::kWindows];
+    for (size_t i = 0; i < PixelWindows::kWindows; ++i) {
       const Place first = at(kWindowPlaces * i), last = at(kWindowPlaces * (i + 1) - 1);
       const ptrdiff_t u = std::clamp<ptrdiff_t>(std::min(first.x, last.x), 0, lastX_);
       const ptrdiff_t v = std::clamp<ptrdiff_t>(std::min(first.y, last.y), 0, lastY_);
@@ -76,8 +76,8 @@ class NearPlaces {
       left[i] = static_cast<uint16_t>(u);
       top[i] = static_cast<uint16_t>(v);
     }
-    const V column = hn::SaturatedSub(x, hn::BitCast(d, Windows::PerWindow(left)));
-    const V row = hn::SaturatedSub(y, hn::BitCast(d, Windows::PerWindow(top)));
+    const V column = hn::SaturatedSub(x, hn::BitCast(d, PixelWindows::PerWindow(left)));
+    const V row = hn::SaturatedSub(y, hn::BitCast(d, PixelWindows::PerWindow(top)));
     // 0 for places from 0 to size - 1, where the size is a power of two, and only for these.
     const auto beyond = [=](V place, ptrdiff_t size) HWY_ATTR {
       return hn::And(place, hn::Set(d, static_cast<int16_t>(-size)));
@@ -154,7 +154,7 @@ size_t FromPacked(T* out, size_t n, const Rows<const T>& source, const ptrdiff_t
   size_t i = 0;
 #if HWY_TARGET != HWY_SCALAR
   if constexpr (sizeof(T) == 1) {
-    const Windows::D16 d16;
+    const PixelWindows::D16 d16;
     const NearPlaces::D d;
     const NearPlaces near(source);
     while (near.Suit() && i + NearPlaces::kPlaces <= n) {

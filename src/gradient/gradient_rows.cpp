@@ -9,7 +9,7 @@
 #include "foundation/dispatch.h"
 #include "foundation/look_up-inl.h"
 #include "foundation/spans-inl.h"
-#include "foundation/window-inl.h"
+#include "foundation/window_lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

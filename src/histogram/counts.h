@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdint>
 
 #include "foundation/kernels/counts.h"
 #include "ky/histogram_vector.h"

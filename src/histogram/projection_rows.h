@@ -13,8 +13,8 @@ using RowSumsKernel = void (*)(const Rows<const T>& rows, std::uint32_t* sums);
 struct ProjectionKernels {
   RowSumsKernel<KyBW8> sums;
   RowSumsKernel<KyBW16> sums16;
-  ColumnKernel<KyBW8> columns;
-  ColumnKernel<KyBW16> columns16;
+  ReduceColumnsKernel<KyBW8> columns;
+  ReduceColumnsKernel<KyBW16> columns16;
 };
 
 // The kernels of the instruction set that this call may use.

@@ -37,7 +37,7 @@ KY_ERRORS Projection(const char* name, const KyROI<T>* source, Vector* sums,
 }
 
 template <class T>
-auto ColumnKernelOf(const ky::ProjectionKernels& kernels) noexcept {
+auto ColumnsKernelOf(const ky::ProjectionKernels& kernels) noexcept {
   if constexpr (sizeof(T) == 1)
     return kernels.columns;
   else
@@ -55,7 +55,7 @@ template <class T, class Vector>
 KY_ERRORS ProjectOnARow(const char* name, const KyROI<T>* source, Vector* sums) noexcept {
   return Projection(name, source, sums, &Rows<const T>::width,
                     [](const Rows<const T>& rows, std::uint32_t* to) {
-                      ky::SumColumns(ColumnKernelOf<T>(ky::ChooseProjectionKernels()), rows, to);
+                      ky::SumColumns(ColumnsKernelOf<T>(ky::ChooseProjectionKernels()), rows, to);
                     });
 }
 template <class T, class Vector>

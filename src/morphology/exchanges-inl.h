@@ -6,7 +6,7 @@
 #define KY_MORPHOLOGY_EXCHANGES_INL_H_
 #endif
 
-#include "foundation/window-inl.h"
+#include "foundation/window_lanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

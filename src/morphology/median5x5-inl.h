@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/registers-inl.h"
 #include "morphology/exchanges-inl.h"
 
 HWY_BEFORE_NAMESPACE();

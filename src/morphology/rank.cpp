@@ -1,7 +1,6 @@
 #include "ky/rank.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "foundation/frame.h"
 #include "foundation/rows.h"

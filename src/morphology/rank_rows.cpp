@@ -5,7 +5,6 @@
 #include "morphology/rank_rows.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "foundation/dispatch.h"
-#include "foundation/window-inl.h"
+#include "foundation/registers-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {

@@ -5,6 +5,7 @@
 #include "morphology/small_rank_rows.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/registers-inl.h"
 #include "foundation/window-inl.h"
 #include "morphology/exchanges-inl.h"
 #include "morphology/median5x5-inl.h"

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-#include "foundation/window-inl.h"
+#include "foundation/registers-inl.h"
 #include "morphology/strip_sums-inl.h"
 
 HWY_BEFORE_NAMESPACE();

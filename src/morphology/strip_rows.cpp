@@ -9,7 +9,7 @@
 
 #include "foundation/dispatch.h"
 #include "foundation/lanes-inl.h"
-#include "foundation/window-inl.h"
+#include "foundation/registers-inl.h"
 #include "morphology/strip_bounds-inl.h"
 #include "morphology/strip_sums-inl.h"
 

@@ -9,8 +9,8 @@
 
 #include <type_traits>
 
-#include "foundation/pinned-inl.h"
-#include "foundation/window-inl.h"
+#include "foundation/registers-inl.h"
+#include "foundation/window_lanes-inl.h"
 #include "morphology/strip_rows.h"
 
 HWY_BEFORE_NAMESPACE();

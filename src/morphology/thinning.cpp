@@ -1,8 +1,5 @@
 #include "ky/thinning.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "foundation/frame.h"
 #include "foundation/kernels/kernel_view.h"
 #include "foundation/rows.h"

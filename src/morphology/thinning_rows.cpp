@@ -4,7 +4,6 @@
 
 #include "morphology/thinning_rows.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "foundation/bits-inl.h"

@@ -70,12 +70,12 @@ struct Range : WindowOp<1> {
 };
 
 template <template <class> class Element>
-constexpr ExtremeWindows Windows() {
+constexpr ExtremeWindows WindowsOf() {
   return {RolledKernels<Element<Maximum>>(), RolledKernels<Element<Minimum>>(),
           RolledKernels<Range<Element>>()};
 }
 
-constexpr UnitKernels kKernels = {Windows<Square>(), Windows<Cross>()};
+constexpr UnitKernels kKernels = {WindowsOf<Square>(), WindowsOf<Cross>()};
 
 }  // namespace
 

@@ -1,7 +1,6 @@
 #include "ky/lookup.h"
 
 #include <algorithm>
-#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <iterator>

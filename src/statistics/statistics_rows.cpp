@@ -5,9 +5,9 @@
 #include "statistics/statistics_rows.h"
 
 #include "foundation/dispatch.h"
-#include "foundation/pinned-inl.h"
 #include "foundation/prefetch.h"
 #include "foundation/reduce-inl.h"
+#include "foundation/registers-inl.h"
 #include "foundation/stream-inl.h"
 
 HWY_BEFORE_NAMESPACE();

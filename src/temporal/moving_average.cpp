@@ -3,7 +3,6 @@
 #include <climits>
 #include <cstdint>
 #include <new>
-#include <utility>
 
 #include "foundation/frame.h"
 #include "foundation/pitch.h"

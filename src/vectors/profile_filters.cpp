@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <utility>
 
 #include "foundation/frame.h"
 #include "foundation/kernels/operators_rows.h"
@@ -34,7 +33,7 @@ KY_ERRORS Filter(const char* name, const KyBW8Vector* source, KyBW8Vector* desti
 // Elements with `reach` more on either side, which repeat the first and the last one, in pieces
 // that are small beside a first cache unless the reach is long. (A profile is one row, read in
 // pieces: there are no neighbouring rows that a RowRing could keep.)
-class Windows {
+class ProfileWindows {
  public:
   bool Allocate(ptrdiff_t n, ptrdiff_t reach) noexcept {
     n_ = n;
@@ -77,7 +76,7 @@ template <ARITH_LOGIC_OPERATIONS kExtreme>
 KY_ERRORS Extremes(const char* name, const KyBW8Vector* source, KyBW8Vector* destination,
                    unsigned passes) noexcept {
   ptrdiff_t reach = 0;
-  Windows windows;
+  ProfileWindows windows;
   Scratch<KyBW8> extremes;
   const auto prepare = [&](ptrdiff_t n) {
     reach = std::min<ptrdiff_t>(passes, n);
@@ -104,7 +103,7 @@ KY_ERRORS Extremes(const char* name, const KyBW8Vector* source, KyBW8Vector* des
 // The truncated means of n windows of 2 half + 1 elements, up to kLongestMean; false when there is
 // no memory. `out` may be `levels`.
 bool ShortMeans(const KyBW8* levels, ptrdiff_t n, ptrdiff_t half, KyBW8* out) noexcept {
-  Windows windows;
+  ProfileWindows windows;
   Scratch<std::uint16_t> sums;
   if (!windows.Allocate(n, half) || !sums.Allocate(windows.Longest())) return false;
   const auto means = ky::ChooseProfileKernels().uniform;
@@ -187,7 +186,7 @@ class BinomialPasses {
 }  // namespace
 
 KY_ERRORS ImgProfileDerivative(const KyBW8Vector* source, KyBW8Vector* destination) noexcept {
-  Windows windows;
+  ProfileWindows windows;
   const auto prepare = [&](ptrdiff_t n) { return windows.Allocate(n, 1); };
   const auto body = [&](const KyBW8* levels, ptrdiff_t n, KyBW8* out) {
     const auto difference = [](int from, int to) {

@@ -1,6 +1,5 @@
 // Peaks and valleys of profiles.
 #include <algorithm>
-#include <climits>
 #include <cstdint>
 
 #include "foundation/frame.h"

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <climits>
 #include <cstdint>
-#include <iterator>
 #include <limits>
 #include <type_traits>
 #include <utility>

@@ -214,8 +214,11 @@ TEST(Image, MovesItsPixelsAndLeavesRoisWithoutAny) {
   EXPECT_EQ(At(roi, 0, 0), nullptr);
   image.SetSize(4, 4);
   EXPECT_NE(At(roi, 0, 0), nullptr);
+  ASSERT_EQ(moved.SetMask(nullptr, 0, false), KY_OK);
   moved = std::move(image);
   EXPECT_EQ(moved.GetWidth(), 4);
+  EXPECT_EQ(moved.GetMaskOffsets(), nullptr);
+  EXPECT_EQ(image.GetMaskOffsets(), nullptr);
   KyImage<KyBW8>& same = moved;
   moved = std::move(same);
   EXPECT_EQ(moved.GetWidth(), 4);

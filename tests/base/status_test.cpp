@@ -49,6 +49,12 @@ TEST(Status, MessagesNameRoutineParameterAndCode) {
   // The name goes with the status that it belongs to, and is nothing without one.
   KySetError(KY_ERROR_PARAMETER_1_OUT_OF_RANGE);
   EXPECT_EQ(std::string(KyGetErrorMessage()).find("sigma"), std::string::npos);
+  // Nor do the routines of an older error stand in the message of another one.
+  KyTraceError("older");
+  KySetError(KY_ERROR_NO_IMAGE);
+  KyTraceError("newer");
+  EXPECT_STREQ(KyGetErrorMessage(),
+               "newer: an ROI is missing or has no pixels (KY_ERROR_NO_IMAGE)");
   KyOk();
   EXPECT_EQ(KyNameParameter("none"), KY_OK);
   one[1];

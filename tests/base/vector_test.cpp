@@ -19,8 +19,8 @@ TEST(Vector, TypesDescribeTheirElements) {
                {3, 0, 1, 2, 1, 5},
                {4, 0, 3, 8, 2, 60},
                {4, 2, 2, 8, 2, 40}};
+  KyVector vector;
   for (const auto& c : cases) {
-    KyVector vector;
     vector.SetUse(7);
     ASSERT_EQ(vector.SetType(c.type, 5, c.length), KY_OK);
     EXPECT_TRUE(vector.IsSameVectType(c.type));
@@ -32,6 +32,7 @@ TEST(Vector, TypesDescribeTheirElements) {
     EXPECT_EQ(vector.GetNbGroup(), 0);
     EXPECT_EQ(vector.GetUse(), 0);
     EXPECT_EQ(static_cast<unsigned char*>(vector.GetDataPtr())[c.bytes - 1], 0);
+    vector.SetNbGroup(5);  // what comes next forgets them
   }
 }
 
@@ -68,8 +69,10 @@ TEST(Vector, ReallocationKeepsWhatFits) {
   EXPECT_EQ(vector.GetDataPtr(), nullptr);
   ASSERT_EQ(vector.Reallocate(8), KY_OK);
   EXPECT_EQ(vector.GetNbMaxGroup(), 2);
+  vector.SetUse(7);
   KyVector moved(std::move(vector));
   EXPECT_EQ(moved.GetAllocatedSize(), 8);
+  EXPECT_EQ(moved.GetUse(), 7);
   EXPECT_EQ(vector.GetDataPtr(), nullptr);  // NOLINT(bugprone-use-after-move)
 }
 

@@ -50,6 +50,7 @@ void ExpectHarmless(KyImage<T>& image) {
 TEST(ImageVector, OwnsItsImages) {
   KyImage<KyBW8> image(5, 4);
   image.SetPixel(77, 4, 3);
+  *static_cast<KyBW8*>(image.GetPixelPtr(4, 4)) = 78;  // in the spare row
   const void* const pixels = image.GetPixelPtr(0, 0);
   Images v;
   ASSERT_EQ(v.AddElement(std::move(image)), KY_OK);
@@ -58,6 +59,7 @@ TEST(ImageVector, OwnsItsImages) {
   EXPECT_EQ(v.GetMaxElements(), 4u);
   EXPECT_EQ(v[0].GetPixelPtr(0, 0), pixels);
   EXPECT_NE(v[1].GetPixelPtr(0, 0), pixels);
+  EXPECT_EQ(*static_cast<KyBW8*>(v[1].GetPixelPtr(4, 4)), 78);
   v[1].SetPixel(1, 4, 3);
   EXPECT_EQ(v[0].GetPixel(4, 3), 77);
   EXPECT_EQ(v[2].GetPixel(4, 3), 77);
@@ -121,8 +123,10 @@ TEST(ImageVector, TheStandInNeverHasPixels) {
   KyImage<KyBW8> taker = std::move(none);
   taker.SetSize(2, 2);
   EXPECT_NE(taker.GetPixelPtr(0, 0), nullptr);
+  ASSERT_EQ(taker.SetMask(&run, 1, false), KY_OK);
   taker = std::move(none);
   EXPECT_EQ(taker.GetPixelPtr(0, 0), nullptr);
+  EXPECT_EQ(none.GetMaskOffsets(), nullptr);
   KyImage<KyC24> color(2, 2);
   EXPECT_EQ(ImgOper(KY_OPER_COPY, &none, &image), KY_ERROR_NO_IMAGE);
 

@@ -109,12 +109,11 @@ HWY_INLINE hn::Vec<D> QuotientsOf(D d, const A& a, hn::Vec<D> b, VF factor, cons
 // or more. So neither is wrong, and halves are rounded up.
 inline constexpr float kJustAbove1 = 1 + 1.0f / (1 << 19);
 
-// 2^kBits / b - kLess in 16-bit lanes, for b of 1 to 255, within 1/2 + 2^(kBits - 11.4) / b. 0 for
-// b = 0; a result of 2^16 wraps.
-template <int kBits, int kLess>
-struct Reciprocal {
+// 2^15 / b - 13 in 16-bit lanes, for b of 1 to 255, within 1/2 + 2^3.6 / b. 0 for b = 0.
+struct LessenedReciprocal {
   template <class DF, class VF>
   HWY_INLINE VF operator()(DF df, VF b) const {
+    constexpr int kBits = 15, kLess = 13;
     constexpr float kShift = (1 << (23 - kBits)) - kLess / float{1 << kBits};
     return hn::Add(RoughReciprocal(b), hn::Set(df, kShift));
   }
@@ -132,7 +131,7 @@ HWY_INLINE V Borrow(D16 d16, V a, V b) {
 template <class D16, class V>
 HWY_INLINE V QuotientOrOneMore(D16 d16, V a, V b) {
   const hn::RebindToSigned<D16> signed16;
-  const V reciprocal = InFloat(d16, Reciprocal<15, 13>(), b);
+  const V reciprocal = InFloat(d16, LessenedReciprocal(), b);
   return hn::BitCast(
       d16, hn::MulFixedPoint15(hn::BitCast(signed16, a), hn::BitCast(signed16, reciprocal)));
 }

@@ -1,11 +1,11 @@
 // Grey pixels from places that lie close together, such as those of a line through an image: eight
 // of them in a window of a few rows of 16 pixels, from which shuffles pick them. That takes a third
 // of the time of loads from scattered places. Compiled once per instruction set, as lanes-inl.h is.
-#if defined(KY_GEOMETRY_WINDOWS_INL_H_) == defined(HWY_TARGET_TOGGLE)
-#ifdef KY_GEOMETRY_WINDOWS_INL_H_
-#undef KY_GEOMETRY_WINDOWS_INL_H_
+#if defined(KY_GEOMETRY_PIXEL_WINDOWS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KY_GEOMETRY_PIXEL_WINDOWS_INL_H_
+#undef KY_GEOMETRY_PIXEL_WINDOWS_INL_H_
 #else
-#define KY_GEOMETRY_WINDOWS_INL_H_
+#define KY_GEOMETRY_PIXEL_WINDOWS_INL_H_
 #endif
 
 #include <cstddef>
@@ -22,7 +22,7 @@ namespace HWY_NAMESPACE {
 inline constexpr ptrdiff_t kWindowWidth = 16, kWindowPlaces = 8;
 
 // One window for each block of 16 bytes in a vector, and two vectors at most.
-class Windows {
+class PixelWindows {
  public:
   using D16 = hn::CappedTag<uint16_t, 2 * kWindowPlaces>;
   using D8 = hn::Repartition<uint8_t, D16>;
@@ -31,7 +31,7 @@ class Windows {
   using V8 = hn::Vec<D8>;
   static constexpr size_t kWindows = hn::MaxLanes(D16()) / kWindowPlaces;
 
-  explicit HWY_INLINE Windows(ptrdiff_t pitch) : pitch_(pitch) {}
+  explicit HWY_INLINE PixelWindows(ptrdiff_t pitch) : pitch_(pitch) {}
   // Window i starts at a pixel.
   HWY_INLINE void Start(size_t i, const KyBW8* pixel) { first_[i] = pixel; }
 
