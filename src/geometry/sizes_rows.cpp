@@ -48,33 +48,39 @@ HWY_INLINE hn::Vec<D> HalvesOf(D d, const hn::Vec<D> (&upper)[2], const hn::Vec<
 #endif
 
 template <class D>
-HWY_INLINE Planes3<hn::Vec<D>> HalvesOf(D d, const Planes3<hn::Vec<D>> (&upper)[2],
-                                        const Planes3<hn::Vec<D>> (&lower)[2]) {
-  const auto& [a, b] = upper;
-  const auto& [e, f] = lower;
-  return {HalvesOf<D>(d, {a.c0, b.c0}, {e.c0, f.c0}), HalvesOf<D>(d, {a.c1, b.c1}, {e.c1, f.c1}),
-          HalvesOf<D>(d, {a.c2, b.c2}, {e.c2, f.c2})};
+HWY_INLINE void HalveLanes(D d, KyBW8* out, const KyBW8* upper, const KyBW8* lower) {
+  const size_t lanes = hn::Lanes(d);
+  StoreLanes(HalvesOf<D>(d, {LoadLanes(d, upper), LoadLanes(d, upper + lanes)},
+                         {LoadLanes(d, lower), LoadLanes(d, lower + lanes)}),
+             out);
+}
+template <class D>
+HWY_INLINE void HalveLanes(D d, KyC24* out, const KyC24* upper, const KyC24* lower) {
+  const size_t lanes = hn::Lanes(d);
+  const auto a = LoadLanes(d, upper), b = LoadLanes(d, upper + lanes);
+  const auto e = LoadLanes(d, lower), f = LoadLanes(d, lower + lanes);
+  StoreLanes(Planes3<hn::Vec<D>>{HalvesOf<D>(d, {a.c0, b.c0}, {e.c0, f.c0}),
+                                 HalvesOf<D>(d, {a.c1, b.c1}, {e.c1, f.c1}),
+                                 HalvesOf<D>(d, {a.c2, b.c2}, {e.c2, f.c2})},
+             out);
 }
 
 template <class T>
 void Halve(T* out, size_t n, const T* upper, const T* lower) {
   const hn::ScalableTag<uint8_t> d;
   const size_t lanes = hn::Lanes(d);
-  using Pixels = decltype(LoadLanes(d, upper));
   if (n < lanes) {
-    const size_t first = HWY_MIN(2 * n, lanes), rest = 2 * n - first;
-    const Pixels above[] = {LoadPart(d, upper, first), LoadPart(d, upper + first, rest)};
-    const Pixels below[] = {LoadPart(d, lower, first), LoadPart(d, lower + first, rest)};
-    return StorePart(d, HalvesOf(d, above, below), out, n);
+    constexpr size_t kMost = hn::MaxLanes(d);
+    HWY_ALIGN T in[2][2 * kMost], halves[kMost];
+    ReadPart<2 * kMost>(in[0], upper, 2 * n);
+    ReadPart<2 * kMost>(in[1], lower, 2 * n);
+    HalveLanes(d, halves, in[0], in[1]);
+    WritePart<kMost>(out, static_cast<const T*>(halves), n);
+    return;
   }
-  const auto halve = [=](size_t i) HWY_ATTR {
-    const T *const above = upper + 2 * i, *const below = lower + 2 * i;
-    const Pixels two[] = {LoadLanes(d, above), LoadLanes(d, above + lanes)};
-    const Pixels twoBelow[] = {LoadLanes(d, below), LoadLanes(d, below + lanes)};
-    StoreLanes(HalvesOf(d, two, twoBelow), out + i);
-  };
-  for (size_t i = 0; i < n - lanes; i += lanes) halve(i);
-  halve(n - lanes);
+  for (size_t i = 0; i < n - lanes; i += lanes)
+    HalveLanes(d, out + i, upper + 2 * i, lower + 2 * i);
+  HalveLanes(d, out + n - lanes, upper + 2 * (n - lanes), lower + 2 * (n - lanes));
 }
 
 HWY_INLINE void InterpolateEach(int32_t* out, const KyBW8* row, const PairsOfElements& pairs) {
