@@ -13,7 +13,8 @@ namespace HWY_NAMESPACE {
 namespace {
 
 template <template <class> class Sum, size_t kBytes = kAnyVector, class T>
-void SumsOfRows(const Rows<const T>& rows, uint32_t* sums) {
+void SumsOfRows(const Rows<const T>& source, uint32_t* sums) {
+  const Rows<const T> rows = source;  // which no sum can change
   for (ptrdiff_t y = 0; y < rows.height; ++y)
     sums[y] = static_cast<uint32_t>(
         ReduceSpan<Sum, T, kBytes>(static_cast<size_t>(rows.width), rows.Row(y)));
