@@ -160,7 +160,7 @@ void CheckRoundTrip(unsigned char signature) {
   const unsigned char header[] = {
       'Q', signature, 1, static_cast<unsigned char>('Q' ^ signature ^ 1), 2, 0, 0, 0};
   EXPECT_EQ(std::memcmp(bytes, header, sizeof header), 0);
-  EXPECT_EQ(std::memcmp(bytes + 8, saved.GetDataPtr(), 2 * 120), 0);
+  EXPECT_EQ(std::memcmp(bytes + 8, static_cast<const void*>(saved.GetDataPtr()), 2 * 120), 0);
   ASSERT_EQ(loaded.Load(name.c_str()), KY_OK);
   std::remove(name.c_str());
   ASSERT_EQ(loaded.GetNumElements(), 2u);
