@@ -157,18 +157,15 @@ void ConvertRow(B* out, size_t n, const A* in) {
   constexpr size_t kLanes = hn::MaxLanes(d);
   constexpr bool kOverlaps = sizeof(A) != sizeof(B);
   size_t i = 0;
-  for (;;) {
-    for (; i + kLanes <= n; i += kLanes) {
-      auto* const to = reinterpret_cast<uint8_t*>(out + i);
-      if constexpr (std::is_same_v<A, KyC24> && Law<B>::kIsGrey)
-        StorePlanes(Law<B>::From(d, LumaOf(d, in + i)), to);
-      else
-        StorePlanes(Convert<B, A>()(d, LoadPlanes(d, in + i)), to);
-    }
-    if (i == n) return;
-    if (!kOverlaps || n < kLanes) break;
-    i = n - kLanes;
+  for (; i + kLanes <= n; i += kLanes) {
+    auto* const to = reinterpret_cast<uint8_t*>(out + i);
+    if constexpr (std::is_same_v<A, KyC24> && Law<B>::kIsGrey)
+      StorePlanes(Law<B>::From(d, LumaOf(d, in + i)), to);
+    else
+      StorePlanes(Convert<B, A>()(d, LoadPlanes(d, in + i)), to);
   }
+  if (i == n) return;
+  if (kOverlaps && n >= kLanes) return ConvertRow(out + n - kLanes, kLanes, in + n - kLanes);
   HWY_ALIGN A from[kLanes];
   HWY_ALIGN B to[kLanes];
   ReadPart<kLanes>(from, in + i, n - i);
