@@ -127,7 +127,7 @@ class KY_API KyVectorTemplate : public KyPlaceHolder<T> {
   /// elements, and is empty after `KY_ERROR_NOT_ENOUGH_MEMORY` (1303). When the file ends before
   /// the number of elements that it announces, the vector has that number: those that were read,
   /// then T(). Where more than 64 MiB of elements are missing, it has only those that were read, so
-  /// that a wrong number takes no memory. Trace: "KyVector::Load".
+  /// that a wrong number takes little memory. Trace: "KyVector::Load".
   KY_ERRORS Load(const char* name) noexcept;
 
   /// Writes the part of a file after its first four bytes to an open stream (any `direction` other

@@ -92,27 +92,6 @@ HWY_INLINE auto LoadPart(D d, const T* from, size_t n) {
   else
     return hn::PromoteTo(d, LoadFirst(hn::Rebind<T, D>(), from, n));
 }
-// n elements from and to aligned memory for kCount of them, vector by vector: what is loaded from
-// there next, or was stored there, are whole vectors.
-template <size_t kCount, class T>
-HWY_INLINE void ReadPart(T* all, const T* from, size_t n) {
-  const hn::CappedTag<uint8_t, kCount> d;
-  const size_t lanes = hn::Lanes(d), bytes = n * sizeof(T);
-  for (size_t at = 0; at < kCount * sizeof(T); at += lanes) {
-    const auto* const first = reinterpret_cast<const uint8_t*>(from) + at;
-    const auto v = at < bytes ? LoadFirst(d, first, HWY_MIN(bytes - at, lanes)) : hn::Zero(d);
-    hn::Store(v, d, reinterpret_cast<uint8_t*>(all) + at);
-  }
-}
-template <size_t kCount, class T>
-HWY_INLINE void WritePart(T* to, const T* all, size_t n) {
-  const hn::CappedTag<uint8_t, kCount> d;
-  const size_t lanes = hn::Lanes(d), bytes = n * sizeof(T);
-  for (size_t at = 0; at < bytes; at += lanes)
-    StoreFirst(d, hn::Load(d, reinterpret_cast<const uint8_t*>(all) + at),
-               reinterpret_cast<uint8_t*>(to) + at, HWY_MIN(bytes - at, lanes));
-}
-
 template <class D>
 HWY_INLINE Planes3<hn::Vec<D>> LoadPart(D d, const KyC24* from, size_t n) {
   HWY_ALIGN KyC24 all[hn::MaxLanes(D())];

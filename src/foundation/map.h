@@ -16,8 +16,8 @@ template <class Out, class... In>
 using RowKernel = void (*)(Out* out, std::size_t n, const In*... in);
 
 // The same for all rows of the destination. Of the sources, whose rows are as long and as many, the
-// first address and the pitch alone are looked at. (References, as values would be copied by wide
-// loads of what narrow stores have just written, which processors wait for.)
+// first address and the pitch alone are looked at. They are passed by reference: compilers copy
+// values by wide loads of what narrow stores have just written, and processors wait for such loads.
 template <class Out, class... In>
 using MapKernel = void (*)(const Rows<Out>& out, const Rows<const In>&... in);
 

@@ -134,6 +134,27 @@ HWY_INLINE void StoreFirst(D d, hn::Vec<D> v, T* to, size_t n) {
 
 #endif
 
+// Copies n elements to aligned memory for kCount of them, with zeros after them, and from there.
+// That memory is stored and loaded by whole vectors.
+template <size_t kCount, class T>
+HWY_INLINE void ReadPart(T* all, const T* from, size_t n) {
+  const hn::CappedTag<uint8_t, kCount> d;
+  const size_t lanes = hn::Lanes(d), bytes = n * sizeof(T);
+  for (size_t at = 0; at < kCount * sizeof(T); at += lanes) {
+    const auto* const first = reinterpret_cast<const uint8_t*>(from) + at;
+    const auto v = at < bytes ? LoadFirst(d, first, HWY_MIN(bytes - at, lanes)) : hn::Zero(d);
+    hn::Store(v, d, reinterpret_cast<uint8_t*>(all) + at);
+  }
+}
+template <size_t kCount, class T>
+HWY_INLINE void WritePart(T* to, const T* all, size_t n) {
+  const hn::CappedTag<uint8_t, kCount> d;
+  const size_t lanes = hn::Lanes(d), bytes = n * sizeof(T);
+  for (size_t at = 0; at < bytes; at += lanes)
+    StoreFirst(d, hn::Load(d, reinterpret_cast<const uint8_t*>(all) + at),
+               reinterpret_cast<uint8_t*>(to) + at, HWY_MIN(bytes - at, lanes));
+}
+
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 }  // namespace HWY_NAMESPACE
 }  // namespace ky

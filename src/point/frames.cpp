@@ -116,7 +116,8 @@ KY_ERRORS Rebuild(const char* name, const KyROI<T>* source, KyROI<T>* destinatio
                   int frame) noexcept {
   return OnFrames(name, source, destination, [&](const Rows<T>& out, const Rows<const T>& in) {
     const auto average = ky::ChooseOperatorKernels().combine[KY_OPER_AVERAGE];
-    // Rows y, y + 2, ... from those from `above` and from `below` on.
+    // Makes `count` rows, every other one from y on, from every other one from `above` and `below`
+    // on.
     const auto make = [&](ptrdiff_t y, ptrdiff_t count, ptrdiff_t above, ptrdiff_t below) {
       const auto from = [&](ptrdiff_t row) {
         return Rows<const KyBW8>{reinterpret_cast<const KyBW8*>(in.Row(row)), 2 * in.pitch};
@@ -132,7 +133,7 @@ KY_ERRORS Rebuild(const char* name, const KyROI<T>* source, KyROI<T>* destinatio
       y = 2;
     }
     const ptrdiff_t inner = std::max<ptrdiff_t>(0, height - y) / 2;
-    make(y, inner, y - 1, y + 1);
+    if (inner > 0) make(y, inner, y - 1, y + 1);
     y += 2 * inner;
     if (y < height) make(y, 1, y - 1, y - 1);
   });
