@@ -31,6 +31,7 @@ struct SmoothY : SymmetricRow<kMiddle, 1> {
 };
 template <int kMiddle>
 struct Modulus : WindowOp<1> {
+  static constexpr bool kIsLong = true;
   struct Part {
     V16 difference, sum;
   };

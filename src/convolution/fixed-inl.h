@@ -75,7 +75,7 @@ struct Weights8<1> {
   HWY_INLINE void Sum(const At& at, V16* sums) const {
     V16 even[3], odd[3];
     for (int y = 0; y < 3; ++y) {
-      const auto right = at(1, y - 1);
+      const auto right = Pinned(at(1, y - 1));
       even[y] =
           hn::Add(MulAddBytes(at(-1, y - 1), rows[y].two), MulAddBytes(right, rows[y].evenThird));
       odd[y] =
@@ -92,6 +92,7 @@ using Weights8 = Weights16<kStep>;
 
 template <class Weights, bool kUnsigned>
 struct Narrow : WindowOp<1> {
+  static constexpr bool kIsLong = true;
   Weights weights;
   V16 offset, lowest;
   int shift;
@@ -126,6 +127,7 @@ void NarrowRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* 
 
 template <int kRadius, bool kSplit, int kStep>
 struct Paired : WindowOp<kRadius> {
+  static constexpr bool kIsLong = true;
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -172,6 +174,7 @@ HWY_INLINE V16 Levels(const FixedKernel& kernel, V32 a, V32 b) {
 // Every fourth place has its sums in one vector of 32-bit lanes: four quarters.
 template <int kRadius, bool kSplit, int kStep>
 struct Paired : WindowOp<kRadius> {
+  static constexpr bool kIsLong = true;
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -205,6 +208,7 @@ struct Paired : WindowOp<kRadius> {
 // order of the weights, in pairs of bytes that are put together first.
 template <int kRadius, bool kSplit>
 struct Paired<kRadius, kSplit, 3> : WindowOp<kRadius> {
+  static constexpr bool kIsLong = true;
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -241,6 +245,7 @@ struct Paired<kRadius, kSplit, 3> : WindowOp<kRadius> {
 // Pixels that share a weight are added up first.
 template <int kRadius, bool kSplit, int kStep>
 struct Symmetric : WindowOp<kRadius> {
+  static constexpr bool kIsLong = true;
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -284,6 +289,7 @@ struct Symmetric : WindowOp<kRadius> {
 // corners and edge.
 template <bool kSplit>
 struct Symmetric3x3 : WindowOp<1> {
+  static constexpr bool kIsLong = true;
   const FixedKernel& kernel;
 
   struct Part {
@@ -330,6 +336,7 @@ template <class Kernels, int kStep>
 constexpr Kernels MakeFixedKernels() {
   Kernels kernels = {};
   kernels.lanes = hn::MaxLanes(D8());
+  kernels.shortestWithEnds = kShortestRow<Narrow<Weights8<kStep>, false>>;
   kernels.narrow[0][0] = &NarrowRows<Weights16, false, kStep>;
   kernels.narrow[0][1] = &NarrowRows<Weights16, true, kStep>;
   kernels.narrow[1][0] = &NarrowRows<Weights8, false, kStep>;

@@ -138,22 +138,27 @@ KY_ERRORS ConvolveFixed(Rows<KyBW8> destination, Rows<const KyBW8> source, int s
                         const FixedWeights& weights, const Border& border) noexcept {
   const FixedWeights w = Reduced(weights);
   const Reach reach(w);
-  const auto run = [&](std::size_t lanes, const auto& rowsOf) {
+  const auto run = [&](std::size_t lanes, std::ptrdiff_t shortestWithEnds, const auto& rowsOf) {
     return FilterWindows(destination, source, border,
-                         WindowKernel<decltype(rowsOf)>{w.radius, lanes, rowsOf, step});
+                         WindowKernel<decltype(rowsOf)>{.radius = w.radius,
+                                                        .lanes = lanes,
+                                                        .run = rowsOf,
+                                                        .step = step,
+                                                        .shortestWithEnds = shortestWithEnds});
   };
   constexpr std::int64_t kMostSum = 1 << 30;  // see FixedKernel
   if (reach.below + reach.above > kMostSum || std::abs(w.offset) > kFurthestOffset)
-    return run(1,
+    return run(1, kNoRowsWithEnds,
                [&](Rows<KyBW8> out, const KyBW8* const* rows) { WeighWide(w, step, out, rows); });
 
   const bool isGrey = step == 1;
   const FixedRowKernels& kernels = isGrey ? ChooseFixedRowKernels() : ChooseFixedColorRowKernels();
   FixedKernel kernel = KernelOf(w);
   const FixedRowKernel rowKernel = ChooseRowKernel(kernels, w, reach, isGrey, kernel);
-  return run(kernels.lanes, [&](Rows<KyBW8> out, const KyBW8* const* rows, const Layout& layout) {
-    rowKernel(kernel, out, rows, layout);
-  });
+  return run(kernels.lanes, w.radius == 1 ? kernels.shortestWithEnds : kNoRowsWithEnds,
+             [&](Rows<KyBW8> out, const KyBW8* const* rows, const Layout& layout) {
+               rowKernel(kernel, out, rows, layout);
+             });
 }
 
 }  // namespace ky

@@ -39,6 +39,7 @@ using FixedRowKernel = void (*)(const FixedKernel& kernel, Rows<KyBW8> out,
 
 struct FixedRowKernels {
   std::size_t lanes;
+  std::ptrdiff_t shortestWithEnds;  // for radius 1
   // For radius 1, when all sums stay in 16 bits, by two questions. Are all weights in -64..64? Are
   // the sums unsigned, with a shift of 1 or more? Signed ones are in -32512..32512.
   FixedRowKernel narrow[2][2];

@@ -270,7 +270,11 @@ KY_ERRORS SmallGaussian(Rows<const KyBW8> in, Rows<KyBW8> out, int step, const W
     (step == 1 ? kernels.grey : kernels.color)(taps, results, rows, layout);
   };
   return FilterWindows(out, in, Border::Nearest(),
-                       WindowKernel<decltype(run)>{1, kernels.lanes, run, step});
+                       WindowKernel<decltype(run)>{.radius = 1,
+                                                   .lanes = kernels.lanes,
+                                                   .run = run,
+                                                   .step = step,
+                                                   .shortestWithEnds = kernels.shortestWithEnds});
 }
 
 template <class Pixel>

@@ -99,6 +99,7 @@ struct ThreeTaps {
 // Windows of 3 x 3 pixels, in rows of grey pixels and of the components of colours.
 struct SmallGaussianKernels {
   std::size_t lanes;
+  std::ptrdiff_t shortestWithEnds;
   void (*grey)(const ThreeTaps& taps, Rows<KyBW8> out, const KyBW8* const* rows,
                const Layout& layout);
   void (*color)(const ThreeTaps& taps, Rows<KyBW8> out, const KyBW8* const* rows,

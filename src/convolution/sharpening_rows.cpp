@@ -28,6 +28,7 @@ struct Cross : WindowOp<1> {
 // kCentre * centre - the 8 neighbours, its magnitude or its positive part.
 template <int kCentre, bool kMagnitude>
 struct Square : WindowOp<1> {
+  static constexpr bool kIsLong = true;
   struct Part {
     V16 all, own;
   };

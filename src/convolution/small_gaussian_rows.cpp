@@ -21,6 +21,7 @@ namespace {
 // of neighbouring rows fit 16 bits, but not what is added up of them. Their products are therefore
 // computed in two halves, and the halves subtracted with a borrow; the next row needs them too.
 struct Gaussian3x3 : WindowOp<1> {
+  static constexpr bool kIsLong = true;
   ThreeTaps weights;
 
   HWY_INLINE explicit Gaussian3x3(const ThreeTaps& taps) : weights(taps) {}
@@ -50,7 +51,8 @@ void Run(const ThreeTaps& taps, Rows<KyBW8> out, const KyBW8* const* rows, const
   RollWindows<Gaussian3x3, kStep>(Gaussian3x3(taps), out, rows, layout);
 }
 
-constexpr SmallGaussianKernels kKernels = {hn::MaxLanes(D8()), &Run<1>, &Run<3>};
+constexpr SmallGaussianKernels kKernels = {hn::MaxLanes(D8()), kShortestRow<Gaussian3x3>, &Run<1>,
+                                           &Run<3>};
 
 }  // namespace
 

@@ -23,17 +23,13 @@ namespace ky {
 namespace HWY_NAMESPACE {
 
 // The pixels around one vector of places in the rows of a window: at(right, down) are those that
-// lie so many columns to the right and rows below.
-template <class D, int kRadius, int kStep = 1>
+// lie so many columns to the right and rows below. rowOf(k) is around the places in the k-th row.
+template <int kRadius, int kStep, class RowOf>
 struct Around {
-  D d;
-  const uint8_t* const* rows;
-  ptrdiff_t x;
+  const RowOf& rowOf;
 
-  HWY_INLINE const uint8_t* Row(int down) const { return rows[kRadius + down] + x; }
-  HWY_INLINE hn::Vec<D> operator()(int right, int down) const {
-    return hn::LoadU(d, Row(down) + kStep * right);
-  }
+  HWY_INLINE auto Row(int down) const { return rowOf(kRadius + down); }
+  HWY_INLINE V8 operator()(int right, int down) const { return Row(down)(kStep * right); }
 };
 
 // Prefetches to the second cache, once a line, what is read and written kRows rows further down:
@@ -48,24 +44,47 @@ HWY_INLINE void PrefetchBandBelow(const Rows<uint8_t>& out, const uint8_t* const
   }
 }
 
-// kRows rows of results, as many times as there are: every one is op(d, at), with at(right, down)
-// as above.
-template <class Op, int kStep, int kRows, class D>
-HWY_INLINE void MapBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const*& rows,
-                         ptrdiff_t pitch) {
-  const D d;
-  for (; out.height >= kRows; out.height -= kRows, rows += kRows, out.first = out.Row(kRows))
-    for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
-      if (kRows > 1) PrefetchBandBelow<kRows>(out, rows + 2 * Op::kRadius, pitch, x);
-      for (int y = 0; y < kRows; ++y)
-        hn::StoreU(op(d, Around<D, Op::kRadius, kStep>{d, rows + y, x}), d, out.Row(y) + x);
-    }
+// One result is op(d, at), with at(right, down) as above.
+template <class Op, int kStep, class RowOf>
+HWY_INLINE V8 ResultOf(const Op& op, const RowOf& rowOf) {
+  return op(D8(), Around<Op::kRadius, kStep, RowOf>{rowOf});
 }
-template <class Op, int kStep = 1, class D = D8>
+// Results within rows: kRows rows, as many times as there are.
+template <class Op, int kStep, int kRows>
+HWY_INLINE void MapBands(const Op& op, Rows<uint8_t>& out, const uint8_t* const*& rows,
+                         const Layout& layout) {
+  for (; out.height >= kRows; out.height -= kRows, rows += kRows, out.first = out.Row(kRows))
+    GoWithin<kStep>(out.width, layout, [&](ptrdiff_t x) KY_INLINE_ATTR {
+      if (kRows > 1) PrefetchBandBelow<kRows>(out, rows + 2 * Op::kRadius, layout.pitch, x);
+      for (int y = 0; y < kRows; ++y) {
+        const auto rowOf = [x, window = rows + y](int k)
+                               KY_INLINE_ATTR { return InnerRow<Op>(window[k] + x); };
+        hn::StoreU(ResultOf<Op, kStep>(op, rowOf), D8(), out.Row(y) + x);
+      }
+    });
+}
+// Results at the ends of rows. Each row of a window is needed for several results.
+template <class Op, int kStep>
+HWY_INLINE void MapEnds(const Op& op, const Rows<uint8_t>& out, const uint8_t* const* rows,
+                        const Layout& layout) {
+  constexpr int kBefore = 2 * Op::kRadius;
+  GoToEnds<kStep>(out.width, layout, [&](const auto& end, ptrdiff_t) KY_INLINE_ATTR {
+    decltype(end.Of(nullptr)) window[kBefore + 1];
+    for (int k = 0; k < kBefore; ++k) window[k + 1] = end.Of(rows[k]);
+    for (ptrdiff_t y = 0; y < out.height; ++y) {
+      for (int k = 0; k < kBefore; ++k) window[k] = window[k + 1];
+      window[kBefore] = end.Of(rows[y + kBefore]);
+      const auto rowOf = [&](int k) KY_INLINE_ATTR { return window[k]; };
+      end.Store(ResultOf<Op, kStep>(op, rowOf), out.Row(y));
+    }
+  });
+}
+template <class Op, int kStep = 1>
 HWY_INLINE void MapWindows(const Op& op, Rows<uint8_t> out, const uint8_t* const* rows,
                            const Layout& layout) {
-  if (layout.prefetches) MapBands<Op, kStep, 3, D>(op, out, rows, layout.pitch);
-  MapBands<Op, kStep, 1, D>(op, out, rows, layout.pitch);
+  if constexpr (kShortestRow<Op> != kNoRowsWithEnds) MapEnds<Op, kStep>(op, out, rows, layout);
+  if (layout.prefetches) MapBands<Op, kStep, 3>(op, out, rows, layout);
+  MapBands<Op, kStep, 1>(op, out, rows, layout);
 }
 
 // kRows rows of windows. What a row contributes stays in registers while it is needed. Whether
@@ -80,21 +99,34 @@ HWY_INLINE void RollRows(const Op& op, const Rows<uint8_t>& out, const uint8_t* 
   for (int k = 0; k < kIn; ++k) in[k] = rows[k];
   uint8_t* to[kRows];
   for (int y = 0; y < kRows; ++y) to[y] = out.Row(y);
-  for (ptrdiff_t x = 0; x < out.width; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
-    if (kRows > 1 && layout.prefetches)
-      PrefetchBandBelow<kRows>(out, in + 2 * Op::kRadius, layout.pitch, x);
+  // rowOf(k) is around the places in the k-th row, store(v, y) stores results of the y-th.
+  const auto make = [&](const auto& rowOf, const auto& store) KY_INLINE_ATTR {
     RowParts<Op, kStep> parts[kIn];
     const auto result = [&]<int y, int... k>(std::integral_constant<int, y>,
                                              std::integer_sequence<int, k...>) KY_INLINE_ATTR {
-      hn::StoreU(RowParts<Op, kStep>::Result(op, parts[y + k]...), d, to[y] + x);
+      store(RowParts<Op, kStep>::Result(op, parts[y + k]...), y);
     };
     ForEach<kIn>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR {
-      parts[k].Make(op, in[k] + x);
+      parts[k].Make(op, rowOf(k));
       if constexpr (k >= kSize - 1)
         result(std::integral_constant<int, k - (kSize - 1)>(),
                std::make_integer_sequence<int, kSize>());
     });
-  }
+  };
+  const auto prefetch = [&](ptrdiff_t x) KY_INLINE_ATTR {
+    if (kRows > 1 && layout.prefetches)
+      PrefetchBandBelow<kRows>(out, in + 2 * Op::kRadius, layout.pitch, x);
+  };
+  const auto inner = [&](ptrdiff_t x) KY_INLINE_ATTR {
+    prefetch(x);
+    make([&](int k) KY_INLINE_ATTR { return InnerRow<Op>(in[k] + x); },
+         [&](auto v, int y) KY_INLINE_ATTR { hn::StoreU(v, d, to[y] + x); });
+  };
+  GoAlong<kStep>(out.width, layout, inner, [&](const auto& end, ptrdiff_t x) KY_INLINE_ATTR {
+    prefetch(x);
+    make([&](int k) KY_INLINE_ATTR { return end.Of(in[k]); },
+         [&](auto v, int y) KY_INLINE_ATTR { end.Store(v, to[y]); });
+  });
 }
 
 // As many bands of kRows rows as there are.
@@ -126,17 +158,13 @@ HWY_INLINE void RollWindows(const Op& op, Rows<uint8_t> out, const uint8_t* cons
 // apart.
 template <class Op, int kStep = 1>
 constexpr WindowKernel<WindowRun> MappedWindows() {
-  static_assert(kStep == 1 || kStep == 3);
-  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
-                       HWY_ATTR { MapWindows<Op, kStep, DBytes>(Op(), out, rows, layout); };
-  return {Op::kRadius, hn::MaxLanes(DBytes()), run, kStep};
+  return KernelOf<Op, kStep>([](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
+                                 HWY_ATTR { MapWindows<Op, kStep>(Op(), out, rows, layout); });
 }
 template <class Op, int kStep = 1>
 constexpr WindowKernel<WindowRun> RolledWindows() {
-  static_assert(kStep == 1 || kStep == 3);
-  const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
-                       HWY_ATTR { RollWindows<Op, kStep>(Op(), out, rows, layout); };
-  return {Op::kRadius, hn::MaxLanes(typename RowParts<Op, kStep>::D()), run, kStep};
+  return KernelOf<Op, kStep>([](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
+                                 HWY_ATTR { RollWindows<Op, kStep>(Op(), out, rows, layout); });
 }
 // Both of a formula, for a table.
 template <class Op>

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <type_traits>
 
@@ -13,22 +14,35 @@
 
 namespace ky {
 
+// Of rows that are not readable beyond their ends: what stands there, over and over. It is the
+// pixel at `outside` or, where that is null, the one of the row that lies `inset` elements further
+// inside than the outermost.
+struct RowBorder {
+  const KyBW8* outside;
+  std::ptrdiff_t inset;
+};
+
 // How the source rows of a kernel lie: the bytes from one to the next, but where the border
-// interferes, and whether prefetches pay.
+// interferes, whether prefetches pay, and what is beyond the rows' ends, if these are not
+// continued.
 struct Layout {
   std::ptrdiff_t pitch;
   bool prefetches;
+  const RowBorder* border = nullptr;
 };
+
+// What a kernel that makes no results at ends of rows has as the shortest row with ends.
+inline constexpr std::ptrdiff_t kNoRowsWithEnds = PTRDIFF_MAX;
 
 // How results are made of windows of 2 * radius + 1 rows and columns.
 //
 // run(out, rows) makes the results `out` from source rows: out.height + 2 * radius of them, from
 // the one `radius` rows above the first result down. Each points at the column of the first result
-// and is readable for radius * step elements more on either side of out.width. out.width is a
-// multiple of `lanes`, the vector length, so kernels need no tails. They may not look at what they
-// have written.
+// and is readable for `lanes`, the vector length, on either side of out.width, which is a multiple
+// of that, so kernels need no tails. They may not look at what they have written.
 //
-// A run that takes a third argument is told the layout.
+// A run that takes a third argument is told the layout. Rows that have no fewer elements than
+// `shortestWithEnds` may have ends; then out.width is the rows' own.
 //
 // Neighbours in a row are `step` elements apart: 1 in rows of grey pixels, 3 in rows of the
 // components of colours. A run that `descends` goes through all rows of a column of places before
@@ -40,6 +54,7 @@ struct WindowKernel {
   Run run;
   int step = 1;
   bool descends = false;
+  std::ptrdiff_t shortestWithEnds = kNoRowsWithEnds;
 };
 
 // Runs of one byte for another, the kind that kernels without arguments have.
@@ -59,10 +74,11 @@ struct WindowKernels {
 // Walks the windows a band of rows at a time, so that kernels can carry what they know of one row
 // to the next. `atBorder` makes those results whose window reaches over the border.
 //
-// Source rows are read where they are, but for the two ends of a row, which go through small padded
-// strips. In place, for narrow images, and where many rows would compete for the same places in a
-// cache, a ring of padded copies of the rows still needed takes their place: some rows of scratch,
-// never an image. A source that overlaps the destination otherwise is copied first.
+// Source rows are read where they are. The two ends of a row go through small padded strips, unless
+// the kernel makes the results there. In place, for narrow images, and where many rows would
+// compete for the same places in a cache, a ring of padded copies of the rows still needed takes
+// their place: some rows of scratch, never an image. A source that overlaps the destination
+// otherwise is copied first.
 template <class T, class Out>
 class WindowWalk {
  public:
@@ -73,6 +89,7 @@ class WindowWalk {
         lanes_(static_cast<std::ptrdiff_t>(kernel.lanes)),
         step_(kernel.step),
         descends_(kernel.descends),
+        shortestWithEnds_(kernel.shortestWithEnds),
         border_(border) {}
 
   template <class Inside>
@@ -83,6 +100,7 @@ class WindowWalk {
   KY_ERRORS Run(Rows<Out> destination, Rows<const T> source, const Inside& inside,
                 const AtBorder& atBorder) noexcept {
     if (destination.Empty()) return KY_OK;
+    if (kApart) shortestWithEnds_ = kNoRowsWithEnds;
     if (!Open(destination, source)) return KY_ERROR_NOT_ENOUGH_MEMORY;
     const std::ptrdiff_t above = kApart ? std::min(radius_, in_.height) : 0;
     const std::ptrdiff_t below = std::max(above, in_.height - (kApart ? radius_ : 0));
@@ -104,13 +122,12 @@ class WindowWalk {
     in_ = input_.rows();
     ends_ = std::max(RoundUp(reach_), lanes_);
     halfStrip_ = (ends_ + reach_ + step_ - 1) / step_ * step_;
-    copies_ = in_.width < 2 * ends_ + lanes_ || in_.RowBytes() <= kBrief || Crowds() ||
-              SharingOf(in_, destination) == Sharing::kTheSame;
-    prefetches_ = !copies_ && GainFromPrefetches(in_.height * (in_.RowBytes() + out_.RowBytes()));
+    reading_ = ChooseReading(SharingOf(in_, destination) == Sharing::kTheSame);
+    prefetches_ = !Copies() && GainFromPrefetches(in_.height * (in_.RowBytes() + out_.RowBytes()));
     const std::ptrdiff_t most = descends_ ? kMostDescended : kMost;
     const std::ptrdiff_t copied = descends_ ? kCopiedDescended : kCopied;
     rowsAtOnce_ =
-        copies_ ? std::clamp<std::ptrdiff_t>(copied / in_.RowBytes(), kLeast, most) : most;
+        Copies() ? std::clamp<std::ptrdiff_t>(copied / in_.RowBytes(), kLeast, most) : most;
     return Allocate();
   }
   template <class Kernel>
@@ -119,6 +136,10 @@ class WindowWalk {
   }
 
  private:
+  // How the source is read: its rows by themselves, or strips with the ends of rows besides, or
+  // copies of rows.
+  enum class Reading : std::uint8_t { kRows, kRowsAndStrips, kCopies };
+
   // Rows of a band: so many that what is done once a band costs little, and at least those that
   // kernels go through at once. In between, copies of rows are to stay in a first cache, or in a
   // second one where kernels descend, as these begin anew in each band.
@@ -139,16 +160,37 @@ class WindowWalk {
   bool Crowds() const {
     return FightsCache(in_.pitch) && (descends_ ? kMost : 3) + 2 * radius_ > kWays;
   }
+  // Whether a border stands for one pixel at each end of a row.
+  bool RepeatsOne() const { return border_.kind != Border::kMirror || radius_ == 1; }
+  Reading ChooseReading(bool inPlace) const {
+    if (inPlace || Crowds()) return Reading::kCopies;
+    if (in_.width >= shortestWithEnds_ && RepeatsOne()) return Reading::kRows;
+    const bool isNarrow = in_.width < 2 * ends_ + lanes_ || in_.RowBytes() <= kBrief;
+    return isNarrow ? Reading::kCopies : Reading::kRowsAndStrips;
+  }
+  bool Copies() const { return reading_ == Reading::kCopies; }
   // The first column of what is made from whole rows.
-  std::ptrdiff_t First() const { return copies_ ? 0 : ends_; }
+  std::ptrdiff_t First() const { return reading_ == Reading::kRowsAndStrips ? ends_ : 0; }
 
   // A slot for each row that a band reads: a padded copy, else a strip with its ends. And a band of
   // results for what cannot be written at once.
   bool Allocate() noexcept {
-    const std::ptrdiff_t strip = 2 * halfStrip_, width = copies_ ? in_.width : strip;
+    if (reading_ == Reading::kRows) return AllocateForRows();
+    const std::ptrdiff_t strip = 2 * halfStrip_, width = Copies() ? in_.width : strip;
     return ring_.Allocate({width / step_, in_.height, radius_, radius_, BandRows(), step_,
                            2 * lanes_, border_, std::max(in_.width, strip) / step_}) &&
            results_.Allocate(rowsAtOnce_ * ends_) && pointers_.Allocate(3 * BandRows());
+  }
+
+  // A row of the constant, if there is one.
+  bool AllocateForRows() noexcept {
+    const std::ptrdiff_t width = in_.width;
+    const bool isConstant = border_.kind == Border::kConstant;
+    if (!outside_.Allocate(isConstant ? width : 0) || !pointers_.Allocate(BandRows())) return false;
+    if (isConstant) std::fill_n(outside_.get(), width, static_cast<T>(border_.value));
+    rowBorder_ = {isConstant ? outside_.get() : nullptr,
+                  border_.kind == Border::kMirror && width > step_ ? step_ : 0};
+    return true;
   }
 
   // Copies in blocks, which may overlap, where the call of a function would take longer.
@@ -187,8 +229,22 @@ class WindowWalk {
   void OpenBand(std::ptrdiff_t y, std::ptrdiff_t count) {
     const std::ptrdiff_t top = y - radius_, rows = count + 2 * radius_, first = First();
     const Rows<const T> in = in_;
+    const T** const whole = WholeRows();
+    const bool isInside = top >= 0 && top + rows <= in.height;
+    const auto forEachRow = [&](const auto& find) {
+      for (std::ptrdiff_t k = 0; k < rows; ++k)
+        find(k, isInside ? top + k : border_.PlaceOf(top + k, in.height));
+    };
+    band_ = {out_.Row(y), out_.pitch, out_.width, count};
+    if (reading_ == Reading::kRows) {
+      const T* const outside = outside_.get();
+      return forEachRow([&](std::ptrdiff_t k, std::ptrdiff_t row) {
+        whole[k] = row < 0 ? outside : in.Row(row);
+      });
+    }
     // Slots get the whole row, or either end.
-    ring_.FetchTo(top + rows, [in, copies = copies_, n = halfStrip_](T* slot, std::ptrdiff_t row) {
+    const bool copies = Copies();
+    ring_.FetchTo(top + rows, [in, copies, n = halfStrip_](T* slot, std::ptrdiff_t row) {
       if (copies) {
         Copy(slot, in.Row(row), in.width);
       } else {
@@ -196,14 +252,11 @@ class WindowWalk {
         Copy(slot + n, in.Row(row) + in.width - n, n);
       }
     });
-    const T **const whole = WholeRows(), **const strips = Strips();
-    const bool isInside = top >= 0 && top + rows <= in.height;
-    for (std::ptrdiff_t k = 0; k < rows; ++k) {
-      const std::ptrdiff_t row = isInside ? top + k : border_.PlaceOf(top + k, in.height);
+    const T** const strips = Strips();
+    forEachRow([&](std::ptrdiff_t k, std::ptrdiff_t row) {
       strips[k] = ring_.At(row);
-      whole[k] = (copies_ || row < 0 ? strips[k] : in.Row(row)) + first;
-    }
-    band_ = {out_.Row(y), out_.pitch, out_.width, count};
+      whole[k] = (copies || row < 0 ? strips[k] : in.Row(row)) + first;
+    });
   }
 
   // All results of the band. Vectors may overlap: what is read is apart from what is written, if
@@ -211,11 +264,12 @@ class WindowWalk {
   template <class Kernel>
   void MakeBand(const Kernel& kernel) {
     const std::ptrdiff_t width = in_.width, first = First(), end = width - first;
+    if (reading_ == Reading::kRows) return MakeAt(kernel, WholeRows(), 0, 0, width);
     const std::ptrdiff_t whole = (end - first) / lanes_ * lanes_, rest = end - first - whole;
     if (whole > 0) MakeAt(kernel, WholeRows(), 0, first, whole);
     if (whole == 0) return MakeApart(kernel, WholeRows(), 0, 0, rest, 0);
     if (rest > 0) MakeAt(kernel, WholeRows(), end - lanes_ - first, end - lanes_, lanes_);
-    if (copies_) return;
+    if (Copies()) return;
     MakeAt(kernel, Strips(), 0, 0, ends_);
     MakeAt(kernel, Strips(), 2 * halfStrip_ - ends_, end, ends_);
   }
@@ -225,7 +279,7 @@ class WindowWalk {
   void MakeEnds(const Kernel& kernel, std::ptrdiff_t n) {
     const std::ptrdiff_t last = in_.width - n;
     MakeApart(kernel, Strips(), 0, 0, n, 0);
-    if (copies_) return MakeApart(kernel, Strips(), last, 0, n, last);
+    if (Copies()) return MakeApart(kernel, Strips(), last, 0, n, last);
     MakeApart(kernel, Strips(), 2 * halfStrip_ - ends_, ends_ - n, n, last);
   }
 
@@ -250,14 +304,17 @@ class WindowWalk {
   template <class Kernel>
   void Make(const Kernel& kernel, const T* const* rows, std::ptrdiff_t column,
             const Rows<Out>& out) {
-    const std::ptrdiff_t pitch = rows == Strips() || copies_ ? ring_.pitch() : in_.pitch;
+    const bool areRows =
+        reading_ == Reading::kRows || (reading_ == Reading::kRowsAndStrips && rows == WholeRows());
     if (column != 0) {
       const T** const at = pointers_.get() + 2 * BandRows();
       for (std::ptrdiff_t k = 0; k < band_.height + 2 * radius_; ++k) at[k] = rows[k] + column;
       rows = at;
     }
     if constexpr (std::is_invocable_v<decltype(kernel.run), Rows<Out>, const T* const*, Layout>)
-      kernel.run(out, rows, Layout{pitch, prefetches_});
+      kernel.run(out, rows,
+                 Layout{areRows ? in_.pitch : ring_.pitch(), prefetches_,
+                        reading_ == Reading::kRows ? &rowBorder_ : nullptr});
     else
       kernel.run(out, rows);
   }
@@ -269,17 +326,20 @@ class WindowWalk {
   std::ptrdiff_t reach_, lanes_;  // elements
   int step_;
   bool descends_;
+  std::ptrdiff_t shortestWithEnds_;
   // Results at either end of a row that are made from strips: whole vectors; and elements of a
   // strip that one end's are made from: whole pixels.
   std::ptrdiff_t ends_ = 0, halfStrip_ = 0;
   std::ptrdiff_t rowsAtOnce_ = 0, made_ = 0;
   bool prefetches_ = false;
   Border border_;
-  bool copies_ = false;  // of whole rows are in the ring, else their ends alone
+  Reading reading_ = Reading::kCopies;
   Rows<Out> out_, band_;
   Rows<const T> in_;
   Input<T> input_;
   RowRing<T> ring_;
+  RowBorder rowBorder_ = {};
+  Scratch<T> outside_;
   Scratch<Out> results_;
   Scratch<const T*> pointers_;
 };

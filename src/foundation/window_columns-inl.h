@@ -59,78 +59,81 @@ class SumColumn {
   hn::Vec<D> sum_, before_[kCount - 1];
 };
 
-// Goes down the columns of one vector of places after another, from column `begin` to `end` - 1.
-// Op::Columns() starts without a row. columns.Next(parts) gets what the next row contributes, and
-// puts the results of the window that ends with that row in its place, one vector for each phase:
-// in the upper bytes of the lanes where Op::kInUpperBytes is true, else in whole lanes.
+// Goes down the column of a vector of places. Op::Columns() starts without a row.
+// columns.Next(parts) gets what the next row contributes, and puts the results of the window that
+// ends with that row in its place, one vector for each phase: in the upper bytes of the lanes where
+// Op::kInUpperBytes is true, else in whole lanes.
 //
-// What comes next is inAhead and outAhead bytes further on than the rows and the results. It is
-// prefetched where these are not 0: processors do not see by themselves what comes next where so
-// many rows are gone through.
-template <class Op, int kStep>
-HWY_INLINE void DescendStrip(const Rows<uint8_t>& out, const uint8_t* const* rows, ptrdiff_t begin,
-                             ptrdiff_t end, ptrdiff_t inAhead, ptrdiff_t outAhead) {
+// rowOf(k) is around the places in the k-th row, and store(v, y) stores results of the y-th. Before
+// each row but the first, prefetch(y) is called.
+template <class Op, int kStep, class RowOf, class Store, class Prefetch>
+HWY_INLINE void Descend(ptrdiff_t height, const RowOf& rowOf, const Store& store,
+                        const Prefetch& prefetch) {
   constexpr int kBefore = 2 * Op::kRadius, kUnrolled = 4;
   using Parts = RowParts<Op, kStep>;
-  const D8 d;
   const Op op;
-  for (ptrdiff_t x = begin; x < end; x += static_cast<ptrdiff_t>(hn::Lanes(d))) {
-    typename Op::Columns columns;
-    Parts row;
-    for (int k = 0; k < kBefore; ++k) {
-      row.Make(op, rows[k] + x);
-      columns.Next(row.part);
-    }
-    const bool prefetches = inAhead != 0 && x % 64 == 0;
-    const uint8_t* const* in = rows + kBefore;
-    const auto next = [&](ptrdiff_t y) KY_INLINE_ATTR {
-      const uint8_t* const places = in[y] + x;
-      uint8_t* const to = out.Row(y) + x;
-      if (prefetches) {
-        PrefetchToSecondCache(places, inAhead);
-        PrefetchToSecondCache(to, outAhead);
-      }
-      row.Make(op, places);
-      columns.Next(row.part);
-      const auto results =
-          Op::kInUpperBytes ? Parts::JoinUpperBytes(row.part) : Parts::Join(row.part);
-      hn::StoreU(results, d, to);
-    };
-    ptrdiff_t y = 0;
-    for (; y + kUnrolled <= out.height; y += kUnrolled)
-      ForEach<kUnrolled>([&]<int k>(std::integral_constant<int, k>)
-                             KY_INLINE_ATTR { next(y + k); });
-    for (; y < out.height; ++y) next(y);
+  typename Op::Columns columns;
+  Parts row;
+  for (int k = 0; k < kBefore; ++k) {
+    row.Make(op, rowOf(k));
+    columns.Next(row.part);
   }
+  const auto next = [&](ptrdiff_t y) KY_INLINE_ATTR {
+    prefetch(y);
+    row.Make(op, rowOf(kBefore + y));
+    columns.Next(row.part);
+    store(Op::kInUpperBytes ? Parts::JoinUpperBytes(row.part) : Parts::Join(row.part), y);
+  };
+  ptrdiff_t y = 0;
+  for (; y + kUnrolled <= height; y += kUnrolled)
+    ForEach<kUnrolled>([&]<int k>(std::integral_constant<int, k>) KY_INLINE_ATTR { next(y + k); });
+  for (; y < height; ++y) next(y);
 }
 
-// In strips so narrow that what is prefetched for the next one, which may be the first of the rows
-// below, is still in a second cache when its turn comes.
+// One vector of places after another.
+//
+// Where the layout says so, what comes next is prefetched: processors do not see by themselves what
+// comes next where so many rows are gone through. It lies in strips so narrow that what is
+// prefetched for the next one, which may be the first of the rows below, is still in a second cache
+// when its turn comes.
 template <class Op, int kStep>
-HWY_INLINE void DescendWindows(const Rows<uint8_t>& out, const uint8_t* const* rows,
+HWY_INLINE void DescendWindows(Rows<uint8_t> out, const uint8_t* const* rows,
                                const Layout& layout) {
   constexpr ptrdiff_t kMost = 2048, kLine = 64;
+  constexpr int kBefore = 2 * Op::kRadius;
   if (out.width == 0) return;
   const ptrdiff_t count = (out.width - 1) / kMost + 1;
   const ptrdiff_t strip = ((out.width - 1) / count / kLine + 1) * kLine;
-  for (ptrdiff_t begin = 0; begin < out.width; begin += strip) {
-    const ptrdiff_t end = HWY_MIN(begin + strip, out.width);
-    ptrdiff_t inAhead = 0, outAhead = 0;
-    if (layout.prefetches) {
-      const bool isLast = end == out.width;
-      inAhead = isLast ? out.height * layout.pitch - begin : strip;
-      outAhead = isLast ? out.height * out.pitch - begin : strip;
-    }
-    DescendStrip<Op, kStep>(out, rows, begin, end, inAhead, outAhead);
-  }
+  const auto prefetchAt = [&](ptrdiff_t x) KY_INLINE_ATTR {
+    const ptrdiff_t begin = x / strip * strip;
+    const bool isLast = begin + strip >= out.width;
+    const ptrdiff_t inAhead = isLast ? out.height * layout.pitch - begin : strip;
+    const ptrdiff_t outAhead = isLast ? out.height * out.pitch - begin : strip;
+    const bool prefetches = layout.prefetches && x % kLine == 0;
+    return [=](ptrdiff_t y) KY_INLINE_ATTR {
+      if (!prefetches) return;
+      PrefetchToSecondCache(rows[kBefore + y] + x, inAhead);
+      PrefetchToSecondCache(out.Row(y) + x, outAhead);
+    };
+  };
+  GoToEnds<kStep>(out.width, layout, [&](const auto& end, ptrdiff_t x) KY_INLINE_ATTR {
+    Descend<Op, kStep>(
+        out.height, [&](ptrdiff_t k) KY_INLINE_ATTR { return end.Of(rows[k]); },
+        [&](V8 v, ptrdiff_t y) KY_INLINE_ATTR { end.Store(v, out.Row(y)); }, prefetchAt(x));
+  });
+  GoWithin<kStep>(out.width, layout, [&](ptrdiff_t x) KY_INLINE_ATTR {
+    Descend<Op, kStep>(
+        out.height, [=](ptrdiff_t k) KY_INLINE_ATTR { return LoadedRow(rows[k] + x); },
+        [=](V8 v, ptrdiff_t y) KY_INLINE_ATTR { hn::StoreU(v, D8(), out.Row(y) + x); },
+        prefetchAt(x));
+  });
 }
 
 template <class Op, int kStep>
 constexpr WindowKernel<WindowRun> DescendedWindows() {
-  static_assert(kStep == 1 || kStep == 3);
   const auto run = [](Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout)
                        HWY_ATTR { DescendWindows<Op, kStep>(out, rows, layout); };
-  return {Op::kRadius, hn::MaxLanes(D8()), run, kStep, true};
+  return KernelOf<Op, kStep>(run, true);
 }
 // Both of a formula, for a table.
 template <class Op>

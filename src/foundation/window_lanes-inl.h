@@ -28,13 +28,9 @@ constexpr int kPhases = 2;
 using D16 = hn::Repartition<int16_t, D8>;
 using D32 = hn::Repartition<int32_t, D8>;
 #endif
+using V8 = hn::Vec<D8>;
 using V16 = hn::Vec<D16>;
 using V32 = hn::Vec<D32>;
-
-// The lanes of formulas that stay within bytes. These do little with what they load, and most loads
-// of neighbours cross a cache line: all that are 64 bytes wide, but half of those of 32.
-using DBytes = hn::CappedTag<uint8_t, 32>;
-using VBytes = hn::Vec<DBytes>;
 
 // Lanes without a sign, shifted.
 template <int kBits>

@@ -14,6 +14,7 @@
 #include "foundation/registers-inl.h"
 #include "foundation/widen-inl.h"
 #include "foundation/window_lanes-inl.h"
+#include "foundation/window_rows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -22,8 +23,10 @@ namespace HWY_NAMESPACE {
 // The base of formulas over windows of 2 * radius + 1 rows and columns.
 template <int radius>
 struct WindowOp {
+  static_assert(radius <= 3, "a PickedRow reaches no further");
   using Lane = int16_t;
   static constexpr int kRadius = radius;
+  static constexpr bool kIsLong = false;  // does so much that it hides what loads take
 };
 
 // The pixels of one row around a vector of places: at[i] of a phase are those i pixels to the right
@@ -32,18 +35,18 @@ template <int kRadius, int kStep = 1>
 class Neighbours {
  public:
   HWY_INLINE Neighbours() {}
-  HWY_INLINE explicit Neighbours(const uint8_t* places) {
+  template <class Row>
+  HWY_INLINE explicit Neighbours(const Row& row) {
     const D16 d16;
 #if HWY_TARGET == HWY_SCALAR
-    for (int i = 0; i < kColumns; ++i)
-      columns_[i] = hn::PromoteTo(d16, hn::LoadU(D8(), places + kStep * (i - kRadius)));
+    for (int i = 0; i < kColumns; ++i) columns_[i] = hn::PromoteTo(d16, row(kStep * (i - kRadius)));
 #else
     const hn::Repartition<uint16_t, D8> unsigned16;
     ForEach<(kColumns + 1) / 2>([&]<int i>(std::integral_constant<int, i>) KY_INLINE_ATTR {
       constexpr int kColumn = kStep == 1 ? 2 * i - kRadius : kStep * (i - kRadius);
       constexpr int kFirst = kStep == 1 ? 2 * i : i,
                     kSecond = kStep == 1 ? 2 * i + 1 : i + kSecondPhase;
-      const auto pair = hn::BitCast(unsigned16, LoadOnce(places + kColumn));
+      const auto pair = hn::BitCast(unsigned16, Pinned(row(kColumn)));
       columns_[kFirst] = hn::BitCast(d16, hn::And(pair, hn::Set(unsigned16, 0xFF)));
       columns_[kSecond] = hn::BitCast(d16, hn::ShiftRight<8>(pair));
     });
@@ -120,10 +123,10 @@ HWY_INLINE V16 SumOf(V16 first, V... others) {
 
 // What a SymmetricRow contributes, from products of bytes in pairs: to the even and the odd places
 // in rows of grey pixels, otherwise to the lower and the upper half of each block of 16 bytes.
-template <class Op, int kStep>
+template <class Op, int kStep, class Row>
 struct ByteRow {
   static constexpr int kRadius = Op::kRadius;
-  const uint8_t* places;
+  const Row& row;
 
   HWY_INLINE void Make(V16 (&part)[kPhases]) const {
     if constexpr (kStep != 1)
@@ -145,8 +148,8 @@ struct ByteRow {
 
   // Blocks have two uses for each vector.
   HWY_INLINE hn::Vec<D8> At(int column) const {
-    const uint8_t* const from = places + kStep * column;
-    return kStep != 1 ? LoadOnce(from) : hn::LoadU(D8(), from);
+    const auto v = row(kStep * column);
+    return kStep != 1 ? Pinned(v) : v;
   }
 
   // The pairs lie so many columns to the right of the even places, and one column less to the right
@@ -207,11 +210,12 @@ struct RowParts {
   static constexpr bool kOfBytes = false;
 #endif
 
-  HWY_INLINE void Make(const Op& op, const uint8_t* places) {
+  template <class Row>
+  HWY_INLINE void Make(const Op& op, const Row& row) {
 #if KY_HAVE_MUL_ADD_BYTES
-    if constexpr (kOfBytes) return ByteRow<Op, kStep>{places}.Make(part);
+    if constexpr (kOfBytes) return ByteRow<Op, kStep, Row>{row}.Make(part);
 #endif
-    const Neighbours<Op::kRadius, kStep> neighbours(places);
+    const Neighbours<Op::kRadius, kStep> neighbours(row);
     for (int p = 0; p < kPhases; ++p) part[p] = op.Row(D16(), neighbours.Phase(p));
   }
   template <class... RowPart>
@@ -239,26 +243,28 @@ struct RowParts {
   }
 };
 
-// Formulas that work on bytes say so by `using Lane = uint8_t`: op.Row(d, at), in lanes of DBytes,
+// Formulas that work on bytes say so by `using Lane = uint8_t`: op.Row(d, at), in lanes of D8,
 // is what a row contributes, with at(right) as above.
-template <int kStep>
+template <int kStep, class Row>
 struct BytesAround {
-  const uint8_t* places;
+  const Row& row;
 
-  HWY_INLINE VBytes operator()(int right) const {
-    return hn::LoadU(DBytes(), places + kStep * right);
-  }
+  HWY_INLINE V8 operator()(int right) const { return row(kStep * right); }
 };
 template <class Op, int kStep>
 requires std::is_same_v<typename Op::Lane, uint8_t>
 struct RowParts<Op, kStep> {
-  using D = DBytes;
-  using Around = BytesAround<kStep>;
-  decltype(std::declval<Op>().Row(D(), Around())) part;
+  using D = D8;
+  template <class Row>
+  using Around = BytesAround<kStep, Row>;
+  decltype(std::declval<Op>().Row(D(), std::declval<Around<LoadedRow>>())) part;
 
-  HWY_INLINE void Make(const Op& op, const uint8_t* places) { part = op.Row(D(), Around{places}); }
+  template <class Row>
+  HWY_INLINE void Make(const Op& op, const Row& row) {
+    part = op.Row(D(), Around<Row>{row});
+  }
   template <class... RowPart>
-  HWY_INLINE static VBytes Result(const Op& op, const RowPart&... row) {
+  HWY_INLINE static V8 Result(const Op& op, const RowPart&... row) {
     return op(D(), row.part...);
   }
 };

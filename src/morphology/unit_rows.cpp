@@ -17,10 +17,10 @@ template <class Op>
 struct Square : WindowOp<1> {
   using Lane = uint8_t;
   template <class At>
-  HWY_INLINE VBytes Row(DBytes, const At& at) const {
+  HWY_INLINE V8 Row(D8, const At& at) const {
     return ExtremeOf<Op>(at(-1), at(0), at(1));
   }
-  HWY_INLINE VBytes operator()(DBytes, VBytes above, VBytes here, VBytes below) const {
+  HWY_INLINE V8 operator()(D8, V8 above, V8 here, V8 below) const {
     return ExtremeOf<Op>(above, here, below);
   }
 };
@@ -29,15 +29,14 @@ template <class Op>
 struct Cross : WindowOp<1> {
   using Lane = uint8_t;
   struct Pixels {
-    VBytes one, three;  // the extreme of the three in a row
+    V8 one, three;  // the extreme of the three in a row
   };
   template <class At>
-  HWY_INLINE Pixels Row(DBytes, const At& at) const {
-    const VBytes here = at(0);
+  HWY_INLINE Pixels Row(D8, const At& at) const {
+    const V8 here = at(0);
     return {here, ExtremeOf<Op>(at(-1), here, at(1))};
   }
-  HWY_INLINE VBytes operator()(DBytes, const Pixels& above, const Pixels& here,
-                               const Pixels& below) const {
+  HWY_INLINE V8 operator()(D8, const Pixels& above, const Pixels& here, const Pixels& below) const {
     return ExtremeOf<Op>(above.one, here.three, below.one);
   }
 };
@@ -47,12 +46,11 @@ template <template <class> class Element>
 struct Range : WindowOp<1> {
   using Lane = uint8_t;
   template <class At>
-  HWY_INLINE auto Row(DBytes d, const At& at) const {
+  HWY_INLINE auto Row(D8 d, const At& at) const {
     return PairOf(Element<Maximum>().Row(d, at), Element<Minimum>().Row(d, at));
   }
   template <class Rows>
-  HWY_INLINE VBytes operator()(DBytes d, const Rows& above, const Rows& here,
-                               const Rows& below) const {
+  HWY_INLINE V8 operator()(D8 d, const Rows& above, const Rows& here, const Rows& below) const {
     return hn::Sub(Element<Maximum>()(d, above.largest, here.largest, below.largest),
                    Element<Minimum>()(d, above.smallest, here.smallest, below.smallest));
   }

@@ -149,6 +149,20 @@ void CheckAll(Call<Pixel> Filter::*call) {
 TEST(Filters, FormulaAndBorderOnGreyImages) { CheckAll(&Filter::grey); }
 TEST(Filters, FormulaAndBorderOnColorImages) { CheckAll(&Filter::color); }
 
+// Rows that take from one vector to a few, of every length: a filter for each loop over windows.
+TEST(Filters, EveryWidth) {
+  std::vector<Size> sizes;
+  for (int width = 1; width <= 200; ++width) sizes.push_back({width, 4});
+  for (const Filter& filter : kFilters)
+    for (const char* const name :
+         {"ImgConvolSobelX", "ImgConvolRoberts", "ImgConvolUniform3x3", "ImgConvolUniform5x5"})
+      if (std::strcmp(filter.name, name) == 0) {
+        SCOPED_TRACE(name);
+        CheckOperation<KyBW8, KyBW8>(filter.grey, ModelOf<KyBW8>(filter), sizes);
+        CheckOperation<KyC24, KyC24>(filter.color, ModelOf<KyC24>(filter), sizes);
+      }
+}
+
 // So large that rows are prefetched on every processor, in several strips: a filter for each loop
 // over windows. Pieces of the image that are small give the same.
 TEST(Filters, LargeImages) {

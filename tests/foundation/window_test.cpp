@@ -30,6 +30,7 @@ struct Case {
   Border border;
   std::size_t lanes;
   int borderScale = 1;
+  std::ptrdiff_t shortestWithEnds = ky::kNoRowsWithEnds;
 };
 
 // The definition. Columns are elements; the neighbours of a pixel's elements are those of the
@@ -48,31 +49,49 @@ KyBW8 Model(const Picture<KyBW8>& in, int x, int y, const Case& c, int scale) {
 }
 
 auto Kernel(const Case& c, int scale) {
-  const auto run = [=, radius = c.radius, step = c.step](ky::Rows<KyBW8> out,
-                                                         const KyBW8* const* rows) {
-    EXPECT_EQ(out.width % static_cast<std::ptrdiff_t>(c.lanes), 0);
+  const auto run = [=, radius = c.radius, step = c.step](
+                       ky::Rows<KyBW8> out, const KyBW8* const* rows, const ky::Layout& layout) {
+    const std::ptrdiff_t width = out.width;
+    if (layout.border == nullptr)
+      EXPECT_EQ(width % static_cast<std::ptrdiff_t>(c.lanes), 0);
+    else
+      EXPECT_GE(width, c.shortestWithEnds);
+    // Places outside stay in their column of components.
+    const auto at = [&](const KyBW8* row, std::ptrdiff_t x) {
+      if (layout.border == nullptr || (x >= 0 && x < width)) return row[x];
+      const std::ptrdiff_t component = (x + radius * step) % step, inset = layout.border->inset;
+      if (layout.border->outside != nullptr) return layout.border->outside[component];
+      return row[component + (x < 0 ? inset : width - step - inset)];
+    };
     for (std::ptrdiff_t y = 0; y < out.height; ++y)
-      for (std::ptrdiff_t x = 0; x < out.width; ++x) {
+      for (std::ptrdiff_t x = 0; x < width; ++x) {
         int sum = 0;
         for (int down = -radius; down <= radius; ++down)
           for (int right = -radius; right <= radius; ++right)
-            sum += Weight(right, down) * rows[y + radius + down][x + step * right];
+            sum += Weight(right, down) * at(rows[y + radius + down], x + step * right);
         out.Row(y)[x] = static_cast<KyBW8>(scale * sum);
       }
   };
-  return ky::WindowKernel<decltype(run)>{c.radius, c.lanes, run, c.step};
+  return ky::WindowKernel<decltype(run)>{.radius = c.radius,
+                                         .lanes = c.lanes,
+                                         .run = run,
+                                         .step = c.step,
+                                         .shortestWithEnds = c.shortestWithEnds};
 }
 
 TEST(Window, RadiiStepsBordersAndVectorLengths) {
   const Case kCases[] = {
-      {1, 1, Border::Nearest(), 1},      {1, 1, Border::Nearest(), 16, 5},
-      {1, 1, Border::Constant(9), 64},   {1, 3, Border::Nearest(), 16},
-      {1, 3, Border::Constant(7), 1, 5}, {1, 3, Border::Mirror(), 64},
-      {2, 1, Border::Constant(0), 16},   {2, 1, Border::Mirror(), 1, 5},
-      {2, 3, Border::Nearest(), 64, 5},  {3, 1, Border::Constant(9), 64, 5},
-      {3, 1, Border::Nearest(), 16},     {3, 3, Border::Mirror(), 16},
-      {9, 1, Border::Mirror(), 16},      {6, 3, Border::Constant(3), 1},
-      {0, 1, Border::Nearest(), 16},     {0, 3, Border::Constant(3), 64},
+      {1, 1, Border::Nearest(), 1},          {1, 1, Border::Nearest(), 16, 5},
+      {1, 1, Border::Constant(9), 64},       {1, 3, Border::Nearest(), 16},
+      {1, 3, Border::Constant(7), 1, 5},     {1, 3, Border::Mirror(), 64},
+      {2, 1, Border::Constant(0), 16},       {2, 1, Border::Mirror(), 1, 5},
+      {2, 3, Border::Nearest(), 64, 5},      {3, 1, Border::Constant(9), 64, 5},
+      {3, 1, Border::Nearest(), 16},         {3, 3, Border::Mirror(), 16},
+      {9, 1, Border::Mirror(), 16},          {6, 3, Border::Constant(3), 1},
+      {0, 1, Border::Nearest(), 16},         {0, 3, Border::Constant(3), 64},
+      {1, 1, Border::Mirror(), 64, 1, 1},    {1, 3, Border::Constant(9), 16, 1, 48},
+      {2, 3, Border::Nearest(), 64, 1, 1},   {2, 1, Border::Mirror(), 16, 1, 1},
+      {1, 1, Border::Constant(7), 64, 5, 1}, {3, 1, Border::Nearest(), 16, 1, 33},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(testing::Message() << "radius " << c.radius << ", step " << c.step << ", border "
