@@ -64,12 +64,30 @@ class Neighbours {
 };
 #endif
 
-// Results of one row of 3 x 3, of whole vectors; `rows` is the first of its windows. Every column
-// is sorted once: neighbours are shifted from the sorted ones.
+// The columns of a window by themselves, each sorted.
+template <int kRank>
+struct RankOf3 : WindowOp<1> {
+  template <class At>
+  HWY_INLINE V8 operator()(D8, const At& at) const {
+    V8 columns[3][3];
+    for (int k = 0; k < 3; ++k) {
+      for (int i = 0; i < 3; ++i) columns[k][i] = at(k - 1, i - 1);
+      Sort3(columns[k][0], columns[k][1], columns[k][2]);
+    }
+    const auto sorted = [&](int i, int k) HWY_ATTR { return columns[k][i]; };
+    return RankOfColumns<kRank>(sorted);
+  }
+};
+
+// Results of one row of 3 x 3, of whole vectors, from column `begin` on; `rows` is the first of its
+// windows. Every column is sorted once: neighbours are shifted from the sorted ones.
 template <int kStep, int kRank>
-HWY_INLINE void RankOf3Rows(uint8_t* to, ptrdiff_t n, const uint8_t* const* rows) {
+HWY_INLINE void RankOf3Rows(uint8_t* to, ptrdiff_t begin, ptrdiff_t n, const uint8_t* const* rows) {
   const D8 d;
   constexpr ptrdiff_t kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(d));
+  ptrdiff_t x = begin;
+  const ptrdiff_t end = begin + n;
+#if HWY_TARGET != HWY_SCALAR
   const uint8_t *const above = rows[0] - kStep, *const middle = rows[1] - kStep,
                        *const below = rows[2] - kStep;
   struct Column {
@@ -80,8 +98,6 @@ HWY_INLINE void RankOf3Rows(uint8_t* to, ptrdiff_t n, const uint8_t* const* rows
     Sort3(c.v[0], c.v[1], c.v[2]);
     return c;
   };
-  ptrdiff_t x = 0;
-#if HWY_TARGET != HWY_SCALAR
   const auto put = [&](const Column& column, const Column& next) KY_INLINE_ATTR {
     const Neighbours around[3] = {
         {column.v[0], next.v[0]}, {column.v[1], next.v[1]}, {column.v[2], next.v[2]}};
@@ -89,26 +105,29 @@ HWY_INLINE void RankOf3Rows(uint8_t* to, ptrdiff_t n, const uint8_t* const* rows
     hn::StoreU(RankOfColumns<kRank>(at), d, to + x);
     x += kLanes;
   };
-  Column column = sort(0);
-  while (x + 2 * kLanes < n) {
+  Column column = sort(x);
+  while (x + 2 * kLanes < end) {
     const Column next = sort(x + kLanes);
     put(column, next);
     column = sort(x + kLanes);
     put(next, column);
   }
-  if (x + kLanes < n) put(column, sort(x + kLanes));
+  if (x + kLanes < end) put(column, sort(x + kLanes));
 #endif
-  for (; x < n; x += kLanes) {  // no more is readable than its windows
-    const Column columns[3] = {sort(x), sort(x + kStep), sort(x + 2 * kStep)};
-    const auto at = [&](int i, int k) HWY_ATTR { return columns[k].v[i]; };
-    hn::StoreU(RankOfColumns<kRank>(at), d, to + x);
+  for (; x < end; x += kLanes) {  // no more is readable than its windows
+    const auto rowOf = [=](int k) HWY_ATTR { return LoadedRow(rows[k] + x); };
+    hn::StoreU(ResultOf<RankOf3<kRank>, kStep>(RankOf3<kRank>(), rowOf), d, to + x);
   }
 }
 
 template <int kStep, int kRank>
-void RankOf3x3(Rows<uint8_t> out, const uint8_t* const* rows, const Layout&) {
-  for (ptrdiff_t y = 0; y < out.height; ++y)
-    RankOf3Rows<kStep, kRank>(out.Row(y), out.width, rows + y);
+void RankOf3x3(Rows<uint8_t> out, const uint8_t* const* rows, const Layout& layout) {
+  using Op = RankOf3<kRank>;
+  MapEnds<Op, kStep>(Op(), out, rows, layout);
+  ForEachStretch(out.width, layout, [&](ptrdiff_t x, ptrdiff_t n) HWY_ATTR {
+    for (ptrdiff_t y = 0; y < out.height; ++y)
+      RankOf3Rows<kStep, kRank>(out.Row(y), x, n, rows + y);
+  });
 }
 template <int kStep>
 void MedianOf5x5(Rows<uint8_t> out, const uint8_t* const* rows, const Layout&) {
@@ -117,10 +136,8 @@ void MedianOf5x5(Rows<uint8_t> out, const uint8_t* const* rows, const Layout&) {
 }
 
 template <int kRank>
-constexpr WindowKernels kRankOf3x3 = {
-    {1, hn::MaxLanes(D8()), &RankOf3x3<1, kRank>, 1},
-    {1, hn::MaxLanes(D8()), &RankOf3x3<3, kRank>, 3},
-};
+constexpr WindowKernels kRankOf3x3 = {KernelOf<RankOf3<kRank>, 1>(&RankOf3x3<1, kRank>),
+                                      KernelOf<RankOf3<kRank>, 3>(&RankOf3x3<3, kRank>)};
 constexpr SmallRankKernels kKernels = {
     {kRankOf3x3<0>, kRankOf3x3<1>, kRankOf3x3<2>, kRankOf3x3<3>, kRankOf3x3<4>, kRankOf3x3<5>,
      kRankOf3x3<6>, kRankOf3x3<7>, kRankOf3x3<8>},
