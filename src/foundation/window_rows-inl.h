@@ -132,6 +132,7 @@ class RowEnd {
         hasBefore_(FirstN(x)),
         hasHere_(FirstN(width - x)),
         hasAfter_(FirstN(width - x - kLanes)),
+        isWhole_(!kHasByteMasks || width - x >= kLanes),
         placesBefore_(Places(kLanes * (kStep - 1))),
         placesHere_(Places(x)),
         placesAfter_(Places(x + kLanes)) {}
@@ -147,10 +148,10 @@ class RowEnd {
   }
   // Stores those results that lie in the row.
   HWY_INLINE void Store(V8 v, uint8_t* row) const {
-    if constexpr (kHasByteMasks)
-      hn::BlendedStore(v, hasHere_, D8(), row + here_);
-    else
+    if (isWhole_)
       hn::StoreU(v, D8(), row + here_);
+    else
+      hn::BlendedStore(v, hasHere_, D8(), row + here_);
   }
 
  private:
@@ -189,6 +190,7 @@ class RowEnd {
   const uint8_t* outside_;
   ptrdiff_t first_, last_, here_, before_, after_;
   Mask hasBefore_, hasHere_, hasAfter_;
+  bool isWhole_;
   V8 placesBefore_, placesHere_, placesAfter_;
 };
 
