@@ -200,14 +200,15 @@ void WalkSpans(std::ptrdiff_t width, std::ptrdiff_t height, const Run& run,
 // source that overlaps the destination cannot be copied.
 template <class Out, class... Source>
 KY_ERRORS MapRows(MapKernel<Out, typename std::remove_reference_t<Source>::Element...> kernel,
-                  Rows<Out> destination, Source&&... source) noexcept {
+                  const Rows<Out>& destination, Source&&... source) noexcept {
   if (!(source.Open(destination) && ...)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-  if (destination.Joined() && (source.Joined() && ...)) destination = destination.AsOneRow();
   constexpr std::ptrdiff_t kLongest =
       std::min({kWholeRow, std::remove_reference_t<Source>::kLongest...});
-  const std::ptrdiff_t width = destination.width, height = destination.height;
+  const bool isOneRow = destination.Joined() && (source.Joined() && ...);
+  const std::ptrdiff_t width = destination.width * (isOneRow ? destination.height : 1);
+  const std::ptrdiff_t height = isOneRow ? 1 : destination.height;
   if (width > 0 && width <= kLongest) {
-    const std::ptrdiff_t atOnce = kLongest / width;
+    const std::ptrdiff_t atOnce = kLongest == kWholeRow ? height : kLongest / width;
     for (std::ptrdiff_t y = 0; y < height;) {
       const std::ptrdiff_t count = std::min(atOnce, height - y);
       kernel({destination.Row(y), destination.pitch, width, count},
@@ -217,7 +218,7 @@ KY_ERRORS MapRows(MapKernel<Out, typename std::remove_reference_t<Source>::Eleme
     return KY_OK;
   }
   WalkSpans(
-      destination.width, destination.height,
+      width, height,
       [&](std::ptrdiff_t y, std::ptrdiff_t x, std::size_t n, const auto*... in) {
         MapRow(kernel, destination.Row(y) + x, n, in...);
       },
@@ -279,7 +280,7 @@ KY_ERRORS MapRows(
 
 // destination(x, y) = source(x, y).
 template <class T, class Source>
-KY_ERRORS CopyRows(Rows<T> destination, Source&& source) noexcept {
+KY_ERRORS CopyRows(const Rows<T>& destination, Source&& source) noexcept {
   const MapKernel<T, T> copy = [](const Rows<T>& out, const Rows<const T>& in) {
     for (std::ptrdiff_t y = 0; y < out.height; ++y)
       std::memmove(out.Row(y), in.Row(y), static_cast<std::size_t>(out.RowBytes()));

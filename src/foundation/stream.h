@@ -79,15 +79,16 @@ struct FreshKernel {
 template <class Out, class... Source>
 KY_ERRORS MapFreshRows(
     const FreshKernel<Out, typename std::remove_reference_t<Source>::Element...>& kernel,
-    Rows<Out> destination, Source&&... source) noexcept {
+    const Rows<Out>& destination, Source&&... source) noexcept {
   const StreamKernels* const stream = StreamFor(destination, source...);
   if (stream == nullptr) return MapRows(kernel.usual, destination, source...);
   if (!(source.Open(destination) && ...)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-  if (destination.Joined() && (source.Joined() && ...)) destination = destination.AsOneRow();
+  const bool isOneRow = destination.Joined() && (source.Joined() && ...);
+  const Rows<Out> rows = isOneRow ? destination.AsOneRow() : destination;
   if constexpr (std::is_same_v<Out, KyBW8>) {
     if (kernel.lines != nullptr) {
-      ForLines(destination, [&](std::size_t n, std::ptrdiff_t y, std::ptrdiff_t x, bool whole) {
-        KyBW8* const out = destination.Row(y) + x;
+      ForLines(rows, [&](std::size_t n, std::ptrdiff_t y, std::ptrdiff_t x, bool whole) {
+        KyBW8* const out = rows.Row(y) + x;
         const auto count = static_cast<std::ptrdiff_t>(n);
         if (whole)
           kernel.lines(out, n, source.Span(y, x, count)...);
@@ -98,24 +99,24 @@ KY_ERRORS MapFreshRows(
       return KY_OK;
     }
   }
-  StreamRows(*stream, destination,
-             [&](Out* out, std::size_t n, std::ptrdiff_t y, std::ptrdiff_t x) {
-               MapRow(kernel.usual, out, n, source.Span(y, x, static_cast<std::ptrdiff_t>(n))...);
-             });
+  StreamRows(*stream, rows, [&](Out* out, std::size_t n, std::ptrdiff_t y, std::ptrdiff_t x) {
+    MapRow(kernel.usual, out, n, source.Span(y, x, static_cast<std::ptrdiff_t>(n))...);
+  });
   return KY_OK;
 }
 // CopyRows likewise.
 template <class T, class Source>
-KY_ERRORS CopyFreshRows(Rows<T> destination, Source&& source) noexcept {
+KY_ERRORS CopyFreshRows(const Rows<T>& destination, Source&& source) noexcept {
   const StreamKernels* const stream = StreamFor(destination, source);
   if (stream == nullptr) return CopyRows(destination, source);
   if (!source.Open(destination)) return KY_ERROR_NOT_ENOUGH_MEMORY;
-  if (destination.Joined() && source.Joined()) destination = destination.AsOneRow();
+  const bool isOneRow = destination.Joined() && source.Joined();
+  const Rows<T> rows = isOneRow ? destination.AsOneRow() : destination;
   constexpr std::ptrdiff_t kLongest = std::remove_reference_t<Source>::kLongest;
-  for (std::ptrdiff_t y = 0; y < destination.height; ++y)
-    for (std::ptrdiff_t x = 0; x < destination.width; x += kLongest) {
-      const std::ptrdiff_t n = std::min(kLongest, destination.width - x);
-      stream->write(reinterpret_cast<KyBW8*>(destination.Row(y) + x),
+  for (std::ptrdiff_t y = 0; y < rows.height; ++y)
+    for (std::ptrdiff_t x = 0; x < rows.width; x += kLongest) {
+      const std::ptrdiff_t n = std::min(kLongest, rows.width - x);
+      stream->write(reinterpret_cast<KyBW8*>(rows.Row(y) + x),
                     static_cast<std::size_t>(n) * sizeof(T),
                     reinterpret_cast<const KyBW8*>(source.Span(y, x, n)));
     }

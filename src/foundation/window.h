@@ -93,11 +93,12 @@ class WindowWalk {
         border_(border) {}
 
   template <class Inside>
-  KY_ERRORS Run(Rows<Out> destination, Rows<const T> source, const Inside& inside) noexcept {
+  KY_ERRORS Run(const Rows<Out>& destination, const Rows<const T>& source,
+                const Inside& inside) noexcept {
     return Run<Inside, Inside, false>(destination, source, inside, inside);
   }
   template <class Inside, class AtBorder, bool kApart = true>
-  KY_ERRORS Run(Rows<Out> destination, Rows<const T> source, const Inside& inside,
+  KY_ERRORS Run(const Rows<Out>& destination, const Rows<const T>& source, const Inside& inside,
                 const AtBorder& atBorder) noexcept {
     if (destination.Empty()) return KY_OK;
     if (kApart) shortestWithEnds_ = kNoRowsWithEnds;
@@ -115,7 +116,7 @@ class WindowWalk {
   // In steps: Open, which is false when there is no memory, and then MakeTo for ends that grow up
   // to the height. Each MakeTo reads the source's rows that lie in the windows of results before
   // `end`, which must be complete by then.
-  bool Open(Rows<Out> destination, Rows<const T> source) noexcept {
+  bool Open(const Rows<Out>& destination, const Rows<const T>& source) noexcept {
     out_ = destination;
     made_ = 0;
     if (!input_.Open(source, destination)) return false;
@@ -347,14 +348,14 @@ class WindowWalk {
 // destination(x, y) = kernel of the window around source(x, y). 1303 when there is no scratch
 // memory.
 template <class T, class Out, class Run>
-KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
+KY_ERRORS FilterWindows(const Rows<Out>& destination, const Rows<const T>& source, Border border,
                         const WindowKernel<Run>& kernel) noexcept {
   return WindowWalk<T, Out>(kernel, border).Run(destination, source, kernel);
 }
 // The same with another kernel, of the same radius and vector length, for the windows that reach
 // over the border.
 template <class T, class Out, class Run>
-KY_ERRORS FilterWindows(Rows<Out> destination, Rows<const T> source, Border border,
+KY_ERRORS FilterWindows(const Rows<Out>& destination, const Rows<const T>& source, Border border,
                         const WindowKernel<Run>& inside,
                         const WindowKernel<Run>& atBorder) noexcept {
   return WindowWalk<T, Out>(inside, border).Run(destination, source, inside, atBorder);
