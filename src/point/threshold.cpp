@@ -120,7 +120,7 @@ KY_ERRORS ImgThreshold(const KyROI<KyBW8>* source, KyROI<KyBW8>* destination,
         return ky::FailIn(error, {"ImgHistogramThreshold"});
       threshold = choice.threshold;
     }
-    return ky::MapFreshRows({ChooseThresholdKernels().split}, out, ky::FromRows(in),
+    return ky::MapFreshRows(ChooseThresholdKernels().split, out, ky::FromRows(in),
                             ky::FromParameters(SplitAt(threshold, low, high)));
   });
 }

@@ -7,6 +7,7 @@
 #include "foundation/bits-inl.h"
 #include "foundation/dispatch.h"
 #include "foundation/spans-inl.h"
+#include "foundation/stream-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ky {
@@ -70,6 +71,13 @@ struct ChoiceOp {
 void SplitRow(KyBW8* out, size_t n, const KyBW8* in, const Split* split) {
   MapSpan(SplitOp{*split}, out, n, in);
 }
+#if KY_STREAMS
+void SplitLines(KyBW8* out, size_t n, const KyBW8* in, const Split* split) {
+  StreamSpan(SplitOp{*split}, out, n, in);
+}
+#else
+constexpr RowKernel<KyBW8, KyBW8, Split> SplitLines = nullptr;
+#endif
 void DoubleSplitRow(KyBW8* out, size_t n, const KyBW8* in, const DoubleSplit* split) {
   MapSpan(DoubleSplitOp{*split}, out, n, in);
 }
@@ -83,8 +91,11 @@ void UnpackRow(KyBW8* out, size_t n, const KyBW8* in, const Split* split) {
   UnpackBits(ChoiceOp{*split}, out, n, in);
 }
 
-constexpr ThresholdKernels kKernels = {kEachRow<&SplitRow>, kEachRow<&DoubleSplitRow>,
-                                       kEachRow<&BoxRow>, &PackRow, &UnpackRow};
+constexpr ThresholdKernels kKernels = {{kEachRow<&SplitRow>, SplitLines},
+                                       kEachRow<&DoubleSplitRow>,
+                                       kEachRow<&BoxRow>,
+                                       &PackRow,
+                                       &UnpackRow};
 
 }  // namespace
 

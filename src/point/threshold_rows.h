@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/map.h"
+#include "foundation/stream.h"
 
 namespace ky {
 
@@ -18,7 +19,7 @@ struct ColorBox {
 };
 
 struct ThresholdKernels {
-  MapKernel<KyBW8, KyBW8, Split> split;
+  FreshKernel<KyBW8, KyBW8, Split> split;
   MapKernel<KyBW8, KyBW8, DoubleSplit> doubleSplit;
   MapKernel<KyBW8, KyC24, ColorBox> box;
   // Whole bytes of bits to and from n pixels, a multiple of 8. Into bits, high is 255 and low is 0.
