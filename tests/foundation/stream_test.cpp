@@ -10,6 +10,7 @@
 
 #include "foundation/kernels/operators_rows.h"
 #include "ky/operators.h"
+#include "ky/threshold.h"
 #include "tests/support/harness.h"
 
 namespace ky {
@@ -162,6 +163,8 @@ TEST(Stream, WholeImages) {
   EXPECT_TRUE(holds([](int p, int q) { return q == 0 ? q : p; }));
   ASSERT_EQ(ImgOper(KY_OPER_INVERT, &a, &out), KY_OK);
   EXPECT_TRUE(holds([](int p, int) { return 255 - p; }));
+  ASSERT_EQ(ImgThreshold(&a, &out, 90, KyBW8{3}, KyBW8{250}), KY_OK);
+  EXPECT_TRUE(holds([](int p, int) { return p < 90 ? 3 : 250; }));
 
   const int colors = kWidth / 3;
   KyImage<KyC24> in(colors, height), sum(colors, height);
