@@ -64,13 +64,10 @@ MEMORY = "Memory limits both libraries, and the ratio differs from run to run."
 WHY = {
     r"^(C24 |BW16 |BW8, C24 |BW8 to C24 )?(copy|fill|add|subtract|multiply|and|or|xor|min|max|"
     r"average|greater|less|equal|absolute difference|invert)\b.*": MEMORY,
-    r"^threshold": MEMORY,
+    r"^threshold|^set where|^median 3": MEMORY,
     r"^(get|set|swap) frame|^ImgProjectOnA|^ImgPixelAverage|^ImgLut": MEMORY,
     r"^halve": "At 640 x 480 on Zen 5 with AVX-512 its time is one of two, 0.005 or 0.009 ns a pixel, "
     "from run to run in the same memory; why is not known.",
-    r"^(C24 )?(uniform|binomial) 3x3|^dilate box 1$": "The ends of rows, whose windows reach over the "
-    "border, are made from padded copies; on Zen 5 with AVX-512 these copies take a fifth of the time "
-    "of rows of 640 pixels.",
     r"^ImgHistogram|^automatic threshold": "In the noise of these pictures every pixel "
     "increments a counter, and the processor makes one store a cycle; OpenCV and Simd meet the same "
     "limit.",
