@@ -30,8 +30,7 @@ struct SmoothY : SymmetricRow<kMiddle, 1> {
   HWY_INLINE V16 operator()(D16 d, V16 a, V16, V16 c) const { return Magnitude(d, hn::Sub(c, a)); }
 };
 template <int kMiddle>
-struct Modulus : WindowOp<1> {
-  static constexpr bool kIsLong = true;
+struct Modulus : LongWindowOp<1> {
   struct Part {
     V16 difference, sum;
   };

@@ -91,8 +91,7 @@ using Weights8 = Weights16<kStep>;
 #endif
 
 template <class Weights, bool kUnsigned>
-struct Narrow : WindowOp<1> {
-  static constexpr bool kIsLong = true;
+struct Narrow : LongWindowOp<1> {
   Weights weights;
   V16 offset, lowest;
   int shift;
@@ -126,8 +125,7 @@ void NarrowRows(const FixedKernel& kernel, Rows<KyBW8> out, const KyBW8* const* 
 #if HWY_TARGET == HWY_SCALAR
 
 template <int kRadius, bool kSplit, int kStep>
-struct Paired : WindowOp<kRadius> {
-  static constexpr bool kIsLong = true;
+struct Paired : LongWindowOp<kRadius> {
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -173,8 +171,7 @@ HWY_INLINE V16 Levels(const FixedKernel& kernel, V32 a, V32 b) {
 
 // Every fourth place has its sums in one vector of 32-bit lanes: four quarters.
 template <int kRadius, bool kSplit, int kStep>
-struct Paired : WindowOp<kRadius> {
-  static constexpr bool kIsLong = true;
+struct Paired : LongWindowOp<kRadius> {
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -207,8 +204,7 @@ struct Paired : WindowOp<kRadius> {
 // The same for the components of colours, where neighbours do not lie side by side: the taps in the
 // order of the weights, in pairs of bytes that are put together first.
 template <int kRadius, bool kSplit>
-struct Paired<kRadius, kSplit, 3> : WindowOp<kRadius> {
-  static constexpr bool kIsLong = true;
+struct Paired<kRadius, kSplit, 3> : LongWindowOp<kRadius> {
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -244,8 +240,7 @@ struct Paired<kRadius, kSplit, 3> : WindowOp<kRadius> {
 
 // Pixels that share a weight are added up first.
 template <int kRadius, bool kSplit, int kStep>
-struct Symmetric : WindowOp<kRadius> {
-  static constexpr bool kIsLong = true;
+struct Symmetric : LongWindowOp<kRadius> {
   const FixedKernel& kernel;
 
   template <class D, class At>
@@ -288,8 +283,7 @@ struct Symmetric : WindowOp<kRadius> {
 // together and its middle. The row of the result weighs them as edges and centre, the others as
 // corners and edge.
 template <bool kSplit>
-struct Symmetric3x3 : WindowOp<1> {
-  static constexpr bool kIsLong = true;
+struct Symmetric3x3 : LongWindowOp<1> {
   const FixedKernel& kernel;
 
   struct Part {

@@ -27,8 +27,7 @@ struct Cross : WindowOp<1> {
 
 // kCentre * centre - the 8 neighbours, its magnitude or its positive part.
 template <int kCentre, bool kMagnitude>
-struct Square : WindowOp<1> {
-  static constexpr bool kIsLong = true;
+struct Square : LongWindowOp<1> {
   struct Part {
     V16 all, own;
   };

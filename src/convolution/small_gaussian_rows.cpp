@@ -20,8 +20,7 @@ namespace {
 // Down the rows, (sum + 2^21) >> 22 is (b1 + 64 + (w (b0 - 2 b1 + b2) >> 15)) >> 7. The differences
 // of neighbouring rows fit 16 bits, but not what is added up of them. Their products are therefore
 // computed in two halves, and the halves subtracted with a borrow; the next row needs them too.
-struct Gaussian3x3 : WindowOp<1> {
-  static constexpr bool kIsLong = true;
+struct Gaussian3x3 : LongWindowOp<1> {
   ThreeTaps weights;
 
   HWY_INLINE explicit Gaussian3x3(const ThreeTaps& taps) : weights(taps) {}

@@ -26,7 +26,13 @@ struct WindowOp {
   static_assert(radius <= 3, "a PickedRow reaches no further");
   using Lane = int16_t;
   static constexpr int kRadius = radius;
-  static constexpr bool kIsLong = false;  // does so much that it hides what loads take
+  static constexpr bool kIsLong = false;
+};
+
+// The same for formulas that do so much that they hide what loads take.
+template <int radius>
+struct LongWindowOp : WindowOp<radius> {
+  static constexpr bool kIsLong = true;
 };
 
 // The pixels of one row around a vector of places: at[i] of a phase are those i pixels to the right

@@ -40,8 +40,8 @@ constexpr ptrdiff_t kShortestRow = kNoRowsWithEnds;
 
 #else
 
-// The same, picked from three vectors: at the places, before and after them. At most three pixels
-// of one component or of three lie in between.
+// The same, picked from three vectors: at the places, before and after them. It reaches three
+// pixels to either side, of one component or of three.
 class PickedRow {
  public:
   HWY_INLINE PickedRow() {}
@@ -107,8 +107,9 @@ template <class Op>
 using InnerRow =
     std::conditional_t<HWY_TARGET == HWY_AVX3_DL && !Op::kIsLong, PickedRow, LoadedRow>;
 
-// The shortest rows with ends that a formula gets, in elements. Without masks for bytes it takes
-// whole vectors. Long formulas over large windows lose more by picking than copies of rows cost.
+// The shortest rows with ends that a formula gets, in elements: where there are no masks for bytes,
+// rows must hold three vectors. Long formulas over large windows lose more by picking at the ends
+// than copies of rows cost.
 constexpr bool kHasByteMasks = HWY_TARGET == HWY_AVX3_DL;
 template <class Op>
 constexpr ptrdiff_t ShortestRow() {
@@ -232,7 +233,7 @@ HWY_INLINE void GoToEnds(ptrdiff_t width, const Layout& layout, const End& end) 
         width, layout, [](ptrdiff_t) {}, end);
 }
 
-// run(x, n) for the stretches of n places, in whole vectors, that inner goes through.
+// Calls run(x, n) for each stretch of n places, in whole vectors, that GoAlong leaves to inner.
 template <class Run>
 HWY_INLINE void ForEachStretch(ptrdiff_t width, const Layout& layout, const Run& run) {
   constexpr ptrdiff_t kLanes = hn::MaxLanes(D8());
@@ -244,7 +245,7 @@ HWY_INLINE void ForEachStretch(ptrdiff_t width, const Layout& layout, const Run&
 #endif
 }
 
-// The kernel of a formula that is run by these.
+// The kernel that makes results of the formula Op by `run`, which goes along rows in these ways.
 template <class Op, int kStep>
 constexpr WindowKernel<WindowRun> KernelOf(WindowRun run, bool descends = false) {
   static_assert(kStep == 1 || kStep == 3);
